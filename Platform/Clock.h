@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+// The host clock. Its ticks are nanoseconds here (timebase 1/1); nobody but the clock conversions of
+// `Util` may rely on that.
+
+namespace VeltoTouch {
+
+struct mach_timebase_info_data_t {
+    std::uint32_t numer; // nanoseconds = ticks * numer / denom
+    std::uint32_t denom;
+};
+
+// Monotonic host time in ticks. Any thread.
+[[nodiscard]] std::uint64_t mach_absolute_time() noexcept;
+
+void mach_timebase_info(mach_timebase_info_data_t* info) noexcept;
+
+// Blocks the calling thread for at least so many microseconds, signals or not.
+void usleep(std::uint64_t microseconds) noexcept;
+
+} // namespace VeltoTouch

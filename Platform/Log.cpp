@@ -1,0 +1,190 @@
+#include "Platform/Log.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <mutex>
+#include <optional>
+
+#include <spdlog/async.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
+
+namespace VeltoTouch {
+
+class OSLog {
+public:
+    OSLog(std::string logSubsystem, std::string logCategory)
+        : subsystem(std::move(logSubsystem)), category(std::move(logCategory)) {}
+
+    const std::string subsystem;
+    const std::string category;
+};
+
+namespace {
+
+constexpr std::size_t kQueuedLines = 8192;
+constexpr int kOff = 3;
+
+// Levels by weight, so that "from this level up" is one comparison.
+constexpr int weight(os_log_type_t type) noexcept {
+    switch (type) {
+    case OS_LOG_TYPE_DEBUG:
+        return 0;
+    case OS_LOG_TYPE_DEFAULT:
+        return 1;
+    case OS_LOG_TYPE_ERROR:
+        return 2;
+    }
+    return kOff;
+}
+
+spdlog::level::level_enum spdlogLevel(os_log_type_t type) noexcept {
+    switch (type) {
+    case OS_LOG_TYPE_DEBUG:
+        return spdlog::level::debug;
+    case OS_LOG_TYPE_DEFAULT:
+        return spdlog::level::info;
+    case OS_LOG_TYPE_ERROR:
+        return spdlog::level::err;
+    }
+    return spdlog::level::off;
+}
+
+// What VELTO_LOG says.
+struct Settings {
+    int leastWeight = weight(OS_LOG_TYPE_ERROR);
+    std::string file; // empty: standard error
+
+    static Settings fromEnvironment() {
+        Settings settings;
+        const char* variable = std::getenv("VELTO_LOG");
+        if (variable == nullptr)
+            return settings;
+        const std::string_view text = variable;
+        const auto colon = text.find(':');
+        const std::string_view level = text.substr(0, colon);
+        if (colon != std::string_view::npos)
+            settings.file = text.substr(colon + 1);
+        if (level == "debug")
+            settings.leastWeight = weight(OS_LOG_TYPE_DEBUG);
+        else if (level == "default")
+            settings.leastWeight = weight(OS_LOG_TYPE_DEFAULT);
+        else if (level == "off")
+            settings.leastWeight = kOff;
+        return settings;
+    }
+};
+
+const Settings& settings() {
+    static const Settings fromEnvironment = Settings::fromEnvironment();
+    return fromEnvironment;
+}
+
+std::atomic<int>& leastWeight() {
+    static std::atomic<int> weightInForce{settings().leastWeight};
+    return weightInForce;
+}
+
+// The writer thread and its sink; made when the first line is logged.
+class Output {
+public:
+    Output() : _pool(std::make_shared<spdlog::details::thread_pool>(kQueuedLines, 1)) {
+        _logger = std::make_shared<spdlog::async_logger>("velto", makeSink(), _pool,
+                                                         spdlog::async_overflow_policy::overrun_oldest);
+        _logger->set_level(spdlog::level::debug);
+        _logger->set_pattern("%H:%M:%S.%f %l %v");
+        _logger->flush_on(spdlog::level::err);
+    }
+
+    void write(const OSLog& log, os_log_type_t type, std::string_view message) {
+        _logger->log(spdlogLevel(type), "[{}:{}] {}", log.subsystem, log.category, message);
+    }
+
+    [[nodiscard]] std::uint64_t overrunCount() const { return _pool->overrun_counter(); }
+
+private:
+    static spdlog::sink_ptr makeSink() {
+        if (settings().file.empty())
+            return std::make_shared<spdlog::sinks::stderr_sink_mt>();
+        try {
+            return std::make_shared<spdlog::sinks::basic_file_sink_mt>(settings().file);
+        } catch (const spdlog::spdlog_ex&) {
+            return std::make_shared<spdlog::sinks::stderr_sink_mt>();
+        }
+    }
+
+    std::shared_ptr<spdlog::details::thread_pool> _pool;
+    std::shared_ptr<spdlog::async_logger> _logger;
+};
+
+std::atomic<bool> outputExists{false};
+
+Output& output() {
+    static Output theOutput;
+    outputExists.store(true, std::memory_order_release);
+    return theOutput;
+}
+
+std::mutex captureLock;
+std::optional<std::vector<LogCapture::Line>> captured; // guarded by captureLock
+
+// Keeps the line if a capture is on.
+bool capture(const OSLog& log, os_log_type_t type, std::string_view message) {
+    const std::scoped_lock lock(captureLock);
+    if (captured)
+        captured->push_back({.category = log.category, .type = type, .message = std::string(message)});
+    return captured.has_value();
+}
+
+} // namespace
+
+os_log_t os_log_create(const char* subsystem, const char* category) {
+    static std::mutex lock;
+    static std::vector<std::unique_ptr<OSLog>> logs; // guarded by lock
+    const std::scoped_lock guard(lock);
+    for (const auto& log : logs) {
+        if (log->subsystem == subsystem && log->category == category)
+            return log.get();
+    }
+    logs.push_back(std::make_unique<OSLog>(subsystem, category));
+    return logs.back().get();
+}
+
+bool os_log_type_enabled(os_log_t /*log*/, os_log_type_t type) noexcept {
+    return weight(type) >= leastWeight().load(std::memory_order_relaxed);
+}
+
+void os_log_with_type(os_log_t log, os_log_type_t type, std::string_view message) noexcept {
+    if (!os_log_type_enabled(log, type))
+        return;
+    try {
+        if (!capture(*log, type, message))
+            output().write(*log, type, message);
+    } catch (...) {
+        // A line that there is no memory for is lost; its caller goes on.
+    }
+}
+
+std::uint64_t os_log_overrun_count() noexcept {
+    return outputExists.load(std::memory_order_acquire) ? output().overrunCount() : 0;
+}
+
+LogCapture::LogCapture(os_log_type_t level) {
+    const std::scoped_lock lock(captureLock);
+    captured.emplace();
+    leastWeight().store(weight(level), std::memory_order_relaxed);
+}
+
+LogCapture::~LogCapture() {
+    const std::scoped_lock lock(captureLock);
+    captured.reset();
+    leastWeight().store(settings().leastWeight, std::memory_order_relaxed);
+}
+
+std::vector<LogCapture::Line> LogCapture::lines() const {
+    const std::scoped_lock lock(captureLock);
+    return *captured;
+}
+
+} // namespace VeltoTouch

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The platform log. A component creates one log per category and, before it builds a message, asks whether
+// the level is enabled. Logging never blocks its caller: lines go through a bounded queue to a writer thread,
+// and when the queue is full the oldest line is overrun and counted.
+//
+// The environment variable VELTO_LOG chooses what is written and where: LEVEL or LEVEL:FILE, LEVEL being
+// debug, default, error (where it is not set) or off; without a FILE lines go to standard error.
+
+namespace VeltoTouch {
+
+enum os_log_type_t : std::uint8_t {
+    OS_LOG_TYPE_DEBUG = 0x02,
+    OS_LOG_TYPE_DEFAULT = 0x00,
+    OS_LOG_TYPE_ERROR = 0x10,
+};
+
+class OSLog;
+using os_log_t = const OSLog*;
+
+// The log of a category of a component. Logs live until the process ends; equal arguments may give
+// the same log. Any thread.
+[[nodiscard]] os_log_t os_log_create(const char* subsystem, const char* category);
+
+// Whether messages of this level are taken at all: one relaxed load. Any thread.
+[[nodiscard]] bool os_log_type_enabled(os_log_t log, os_log_type_t type) noexcept;
+
+// Logs one message if its level is enabled. Any thread; never blocks, never throws.
+void os_log_with_type(os_log_t log, os_log_type_t type, std::string_view message) noexcept;
+
+// Lines that found the queue full and overran an older one, since the process began.
+[[nodiscard]] std::uint64_t os_log_overrun_count() noexcept;
+
+// Collects what is logged while it exists, from every thread, in place of what VELTO_LOG says. For tests and
+// tools; one at a time.
+class LogCapture {
+public:
+    struct Line {
+        std::string category;
+        os_log_type_t type;
+        std::string message;
+    };
+
+    // Enables messages from `level` up: debug takes all, default also errors.
+    explicit LogCapture(os_log_type_t level);
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+    ~LogCapture();
+
+    // The lines so far, oldest first.
+    [[nodiscard]] std::vector<Line> lines() const;
+};
+
+} // namespace VeltoTouch

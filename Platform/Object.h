@@ -1,0 +1,103 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+// Reference-counted objects, as the host platform passes them across its boundaries. Everything that
+// outlives a call or crosses to the host is an Object; our own code owns objects through `Ref` alone.
+// Counting is atomic: any thread may retain and release any object.
+
+namespace VeltoTouch {
+
+class Object;
+
+using CFTypeRef = const Object*;
+using CFIndex = std::int64_t;
+
+// Adds one reference. Null is tolerated.
+CFTypeRef CFRetain(CFTypeRef object) noexcept;
+
+// Drops one reference; the last one destroys the object on the calling thread. Null is tolerated.
+void CFRelease(CFTypeRef object) noexcept;
+
+// The number of references right now; for tests and diagnostics, since other threads may change it. Null has 0.
+[[nodiscard]] CFIndex CFGetRetainCount(CFTypeRef object) noexcept;
+
+// Equal content for values, identity for everything else. Two nulls are equal.
+[[nodiscard]] bool CFEqual(CFTypeRef a, CFTypeRef b) noexcept;
+
+// Base of every reference-counted object. An object starts with one reference, which its maker owns.
+class Object {
+public:
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+
+protected:
+    Object() noexcept = default;
+    virtual ~Object() = default;
+
+    // Content equality with `other`, which may be of any class. Identity unless a class says more.
+    [[nodiscard]] virtual bool isEqual(const Object& other) const noexcept { return this == &other; }
+
+private:
+    friend CFTypeRef CFRetain(CFTypeRef object) noexcept;
+    friend void CFRelease(CFTypeRef object) noexcept;
+    friend CFIndex CFGetRetainCount(CFTypeRef object) noexcept;
+    friend bool CFEqual(CFTypeRef a, CFTypeRef b) noexcept;
+
+    mutable std::atomic<CFIndex> _references{1};
+};
+
+// One owned reference to an object, or null: the only owner of references in our code.
+template <class T>
+class Ref {
+public:
+    constexpr Ref() noexcept = default;
+    constexpr Ref(std::nullptr_t) noexcept {}
+    Ref(const Ref& other) noexcept : Ref(retained(other._object)) {}
+    Ref(Ref&& other) noexcept : _object(other.leak()) {}
+    template <class U>
+    requires std::is_convertible_v<U*, T*> Ref(Ref<U> other)
+    noexcept : _object(other.leak()) {}
+    ~Ref() { CFRelease(_object); }
+
+    Ref& operator=(Ref other) noexcept {
+        std::swap(_object, other._object);
+        return *this;
+    }
+
+    // Takes over a reference that the caller owns.
+    [[nodiscard]] static Ref adopt(T* object) noexcept {
+        Ref ref;
+        ref._object = object;
+        return ref;
+    }
+
+    // Adds a reference of its own.
+    [[nodiscard]] static Ref retained(T* object) noexcept {
+        CFRetain(object);
+        return adopt(object);
+    }
+
+    // Gives the reference up: the caller owns it now.
+    [[nodiscard]] T* leak() noexcept { return std::exchange(_object, nullptr); }
+
+    [[nodiscard]] T* get() const noexcept { return _object; }
+    [[nodiscard]] T* operator->() const noexcept { return _object; }
+    [[nodiscard]] T& operator*() const noexcept { return *_object; }
+    [[nodiscard]] explicit operator bool() const noexcept { return _object != nullptr; }
+    friend bool operator==(const Ref& a, const Ref& b) noexcept { return a._object == b._object; }
+
+private:
+    T* _object = nullptr;
+};
+
+// Makes an object and owns its first reference.
+template <class T, class... Arguments>
+[[nodiscard]] Ref<T> makeRef(Arguments&&... arguments) {
+    return Ref<T>::adopt(new T(std::forward<Arguments>(arguments)...));
+}
+
+} // namespace VeltoTouch
