@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+// The controller's one feature report that has a record. Layout and parse rules are those of the input reports.
+
+namespace VeltoTouch::FeatureReport {
+
+struct FactoryResetHoldDuration {
+    static constexpr std::uint8_t kReportID = 0x1F;
+
+    std::uint32_t holdDuration; // handed to the host unchanged; its unit is the device's business
+
+    [[nodiscard]] static std::optional<FactoryResetHoldDuration> parse(const std::uint8_t* report,
+                                                                       std::size_t length) noexcept;
+};
+
+} // namespace VeltoTouch::FeatureReport
