@@ -1,0 +1,115 @@
+#include "Algs/Algs.h"
+
+#include "Platform/JSON.h"
+
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch {
+namespace {
+
+//                                               A        B        C        D        E
+constexpr std::array<float, kPadCount> padGainTable{1.9219F, 1.8833F, 1.9281F, 1.8837F, 1.9163F,
+                                                    // F     G        H        I        J
+                                                    1.8105F, 1.0081F, 1.0F, 1.4851F, 1.5033F,
+                                                    // K     L        M        N        O
+                                                    2.4154F, 1.5378F, 1.5431F, 1.04F, 1.0493F};
+
+template <std::size_t... Pad>
+Pixels makePixels(std::index_sequence<Pad...> /*pads*/) {
+    return {Pixel(static_cast<std::int32_t>(Pad), padGainTable[Pad])...};
+}
+
+// A group's index is a letter until its first frame sets the dominant pad.
+template <std::size_t... Group>
+VirtualPixels makeVirtualPixels(const VirtualImage& image, std::index_sequence<Group...> /*groups*/) {
+    return {VirtualPixel(image.names[Group].front(), image.normalizationFactors[Group], image.names[Group])...};
+}
+
+} // namespace
+
+Algs::Algs()
+    : log(os_log_create("org.velto.touch", "Algs")), pixels(makePixels(std::make_index_sequence<kPadCount>())),
+      virtualPixels(makeVirtualPixels(virtualImage, std::make_index_sequence<kGroupCount>())) {}
+
+HIDEvents Algs::handleImage(const InputReport::Image& image) noexcept {
+    HIDEvents events;
+    processTouchFrame(image.padSignal.data(), image.frameNumber, image.timestampMs, events);
+    return events;
+}
+
+HIDEvents Algs::handleReset() noexcept {
+    static constexpr std::array<std::int16_t, kPadCount> kNoContact{};
+    HIDEvents events;
+    processTouchFrame(kNoContact.data(), 0, 0, events);
+    return events;
+}
+
+void Algs::processTouchFrame(const std::int16_t* padValues, std::uint32_t frameNumber, std::uint32_t timeMs,
+                             HIDEvents& events) {
+    const float threshold = handStats.activationThreshold;
+    for (std::size_t i = 0; i < kPadCount; ++i)
+        pixels[i].updatePixelState(padValues[i], threshold);
+    virtualImage.updateValues(pixels);
+    for (std::size_t i = 0; i < kGroupCount; ++i) {
+        const auto narrowedSum = static_cast<std::int16_t>(virtualImage.values[i]);
+        virtualPixels[i].updatePixelState(narrowedSum, threshold, virtualImage.maxPixelIndex[i]);
+    }
+    handStats.updateHandState(pixels, virtualPixels, timeMs);
+
+    if (auto event = eventOfFrame()) {
+        IOHIDEventSetIntegerValue(event.get(), kIOHIDEventFieldDigitizerGenerationCount, frameNumber);
+        lastEventPhase = IOHIDEventGetPhase(event.get());
+        events.push_back(std::move(event));
+    }
+    eventStats.update(handStats);
+    if (os_log_type_enabled(log, OS_LOG_TYPE_DEBUG))
+        logFrame(padValues, frameNumber, timeMs);
+}
+
+// The first rule that holds decides. A touch's end resets the touch's statistics, with an event or without.
+Ref<HIDEvent> Algs::eventOfFrame() {
+    const HandStats& hand = handStats;
+    if (hand.touching && !hand.wasTouching)
+        return createMayBeginEvent(hand.activeRegion);
+    if (hand.holding && !hand.wasHolding)
+        return createHoldStartEvent(hand.activeRegion);
+    if (hand.holding && hand.wasHolding && hand.previousRegion != hand.activeRegion)
+        return createHoldChangeEvent(hand.activeRegion);
+    if (!hand.holding && hand.wasHolding) {
+        Reset();
+        return createHoldEndEvent(hand.activeRegion);
+    }
+    if (hand.tapDetected) {
+        Reset();
+        return createTapEvent(hand.activeRegion);
+    }
+    if (!hand.touching && hand.wasTouching) {
+        Reset();
+        return lastEventPhase == kIOHIDEventPhaseMayBegin ? createCancelEvent() : nullptr;
+    }
+    return nullptr;
+}
+
+void Algs::Reset() noexcept {
+    for (Pixel& pixel : pixels)
+        pixel.resetGlobalStats();
+    for (VirtualPixel& pixel : virtualPixels)
+        pixel.resetGlobalStats();
+    handStats.Reset();
+}
+
+// Each text is built only if the level is still enabled when its turn comes.
+void Algs::logFrame(const std::int16_t* padValues, std::uint32_t frameNumber, std::uint32_t timeMs) const {
+    const auto logSection = [&](std::string_view title, const auto& makeText) {
+        if (os_log_type_enabled(log, OS_LOG_TYPE_DEBUG))
+            os_log_with_type(log, OS_LOG_TYPE_DEBUG,
+                             fmt::format("Frame {} @{}ms, *** {} ***\n{}", frameNumber, timeMs, title, makeText()));
+    };
+    logSection("Event Stats", [&] { return JSON::description(eventStats.statsDictionary().get()); });
+    logSection("Touch State Description", [&] { return touchStateDescription(padValues, timeMs); });
+    logSection("Virtual State Description", [&] { return virtualStateDescription(padValues, timeMs); });
+}
+
+} // namespace VeltoTouch

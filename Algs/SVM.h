@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Algs/Pixel.h"
+
+namespace VeltoTouch {
+
+// The touch classifier: a linear support-vector machine that scores every frame. Its features are the
+// frame's 38 pixel values ranked from largest to smallest, so that the score depends on the shape of the value
+// profile and not on which pad carries which value. A frame with nothing to judge scores 0.
+class SVM {
+public:
+    // Scores the frame from its updated pixels. `threshold` is the activation threshold, below which a lone
+    // strongest value is nothing to judge; the frame time does not matter.
+    void updateSVMScore(const Pixels& pixels, const VirtualPixels& virtualPixels, float threshold,
+                        std::uint32_t timeMs) noexcept;
+
+    // The score of the last frame; 0 before the first.
+    [[nodiscard]] float getSVMScore() const noexcept { return score; }
+
+private:
+    float score = 0;
+};
+
+} // namespace VeltoTouch
