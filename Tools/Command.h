@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+
+#include <CLI/CLI.hpp>
+
+// The subcommands of `velto`. Each `make...Command` adds its subcommand with options and help to the program and
+// gives what runs it; the options live as long as the runner. A runner returns the exit status: 0, or 1 when
+// something failed and was told on standard error. An exception that leaves it is told by the program.
+
+namespace VeltoTouch::Tools {
+
+struct Command {
+    CLI::App* app;
+    std::function<int()> run;
+};
+
+[[nodiscard]] Command makeReplayCommand(CLI::App& program);
+[[nodiscard]] Command makeConvertCommand(CLI::App& program);
+[[nodiscard]] Command makeTrimCommand(CLI::App& program);
+[[nodiscard]] Command makeRenderCommand(CLI::App& program);
+[[nodiscard]] Command makeInfoCommand(CLI::App& program);
+[[nodiscard]] Command makeSimulateCommand(CLI::App& program);
+
+} // namespace VeltoTouch::Tools

@@ -1,0 +1,152 @@
+#include "Algs/Algs.h"
+#include "Platform/JSON.h"
+#include "Recording/ContainerFormat.h"
+#include "Shared/Util.h"
+#include "Tools/Command.h"
+#include "Tools/Files.h"
+#include "Tools/GestureTable.h"
+#include "Tools/Replay.h"
+#include "Tools/Terminal.h"
+
+#include <array>
+#include <memory>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Tools {
+namespace {
+
+struct Options {
+    std::vector<std::string> files;
+    bool json = false;
+};
+
+struct Info {
+    std::uint64_t version = 0;
+    std::array<std::uint64_t, 3> framesByType{}; // in the order of Frame::Type
+    std::uint64_t durationNs = 0;
+    Replay::Counts counts;
+    std::uint64_t gaps = 0;
+    std::uint64_t resets = 0;
+    std::vector<Setting> settings; // in force at the end
+    std::map<std::string, std::map<std::string, std::uint64_t>> gestures;
+};
+
+std::uint64_t versionOfContainer(const Data& container) {
+    const JSON::Document document(container);
+    return Container::versionOf(document.root());
+}
+
+// The newest write of each key; a key that acts without a value is no setting.
+std::vector<Setting> settingsInForce(PipelineRecording recording) {
+    recording.trimFrames(0);
+    std::vector<Setting> settings;
+    for (const Frame& frame : recording.frames()) {
+        std::string key = frame.key;
+        const bool isAction =
+            Util::stripDomainFromKey(key, "Algs") && Algs::settingKind(key) == Algs::SettingKind::ReadsNothing;
+        if (!isAction)
+            settings.push_back({.key = fmt::format("{}.{}", kPipelineDomain, frame.key), .value = frame.value});
+    }
+    return settings;
+}
+
+Info inspect(const std::string& file) {
+    Info info;
+    const Ref<Data> container = readFile(file);
+    PipelineRecording recording(container.get());
+    recording.sortFrames();
+    info.version = versionOfContainer(*container);
+    for (const Frame& frame : recording.frames())
+        ++info.framesByType[static_cast<std::size_t>(frame.type)];
+    if (!recording.frames().empty())
+        info.durationNs = recording.frames().back().timestampNs - recording.frames().front().timestampNs;
+    info.settings = settingsInForce(recording);
+
+    Replay replay;
+    GestureTable gestures([](const GestureTable::Gesture&) {});
+    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) { gestures.add(event, timeNs); };
+    replay.play(recording, {}, Replay::kMaxSpeed, "replaying " + file);
+    gestures.finish(info.durationNs);
+    info.counts = replay.counts();
+    info.gaps = replay.pipeline().disjointImageCount;
+    info.resets = replay.pipeline().resetCount;
+    info.gestures = gestures.counts();
+    return info;
+}
+
+std::string asText(const std::string& file, const Info& info) {
+    std::string text = coloured(Colour::Bold, file) + "\n";
+    const auto line = [&text](std::string_view name, const std::string& value) {
+        text += fmt::format("  {:<18} {}\n", name, value);
+    };
+    line("version", fmt::format("{}", info.version));
+    line("frames", fmt::format("{} ({} settings, {} input reports, {} metadata)", info.counts.frames,
+                               info.framesByType[0], info.framesByType[1], info.framesByType[2]));
+    line("duration", fmt::format("{:.3f} s", static_cast<double>(info.durationNs) / 1e9));
+    line("images", fmt::format("{}", info.counts.images));
+    line("invalid reports", fmt::format("{}", info.counts.invalidReports));
+    line("gaps", fmt::format("{}", info.gaps));
+    line("firmware resets", fmt::format("{}", info.resets));
+    for (const Setting& setting : info.settings)
+        line("setting", fmt::format("{} = {}", setting.key,
+                                    setting.value ? JSON::text(setting.value.get()) : std::string("(none)")));
+    for (const auto& [name, regions] : info.gestures) {
+        for (const auto& [region, count] : regions)
+            line(name, fmt::format("{} x {}", count, region.empty() ? "-" : region));
+    }
+    return text;
+}
+
+Dictionary::Entry number(std::string name, std::uint64_t count) {
+    return {.key = std::move(name), .value = Number::withUnsignedLong(count)};
+}
+
+Ref<Value> dictionary(std::vector<Dictionary::Entry> entries) { return makeRef<Dictionary>(std::move(entries)); }
+
+std::string asJSON(std::string_view file, const Info& info) {
+    std::vector<Dictionary::Entry> settings;
+    for (const Setting& setting : info.settings)
+        settings.push_back({.key = setting.key, .value = setting.value ? setting.value : makeRef<Null>()});
+    std::vector<Dictionary::Entry> gestures;
+    for (const auto& [name, regions] : info.gestures) {
+        std::vector<Dictionary::Entry> counts;
+        for (const auto& [region, count] : regions)
+            counts.push_back(number(region, count));
+        gestures.push_back({.key = name, .value = dictionary(std::move(counts))});
+    }
+    const auto frames = dictionary({number("State", info.framesByType[0]), number("InputReport", info.framesByType[1]),
+                                    number("Metadata", info.framesByType[2])});
+    const auto all = dictionary({{.key = "file", .value = makeRef<String>(std::string(file))},
+                                 number("version", info.version),
+                                 {.key = "frames", .value = frames},
+                                 number("durationNs", info.durationNs),
+                                 number("images", info.counts.images),
+                                 number("invalidReports", info.counts.invalidReports),
+                                 number("gaps", info.gaps),
+                                 number("resets", info.resets),
+                                 {.key = "settings", .value = dictionary(std::move(settings))},
+                                 {.key = "gestures", .value = dictionary(std::move(gestures))}});
+    return JSON::text(all.get()) + "\n";
+}
+
+} // namespace
+
+Command makeInfoCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app =
+        program.add_subcommand("info", "Example:\n"
+                                       "  velto info gestures.json\n\n"
+                                       "Tells what recordings hold: frames, duration, gaps, settings in force,\n"
+                                       "gestures found.");
+    app->add_option("FILE", options->files, "Recordings of any version; - is the standard input")->required();
+    app->add_flag("--json", options->json, "One JSON object a file");
+    return {app, [options] {
+                return forEachFile(options->files, [&](const std::string& file) {
+                    const Info info = inspect(file);
+                    writeStandardOutput(options->json ? asJSON(fileNameOf(file), info) : asText(file, info));
+                });
+            }};
+}
+
+} // namespace VeltoTouch::Tools

@@ -1,0 +1,52 @@
+#include "Shared/Util.h"
+#include "Tools/Command.h"
+#include "Tools/Files.h"
+#include "Tools/Replay.h"
+#include "Tools/Terminal.h"
+
+#include <memory>
+
+namespace VeltoTouch::Tools {
+namespace {
+
+constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;
+
+struct Options {
+    std::string file;
+    std::optional<std::uint32_t> frame;
+    bool raw = false;
+};
+
+void renderFile(const Options& options, const std::string& file) {
+    const PipelineRecording recording = loadRecording(file);
+    std::string text;
+    for (const Frame& frame : recording.frames()) {
+        const auto image = InputReport::Image::parse(frame.report.data(), frame.report.size());
+        if (!image || (options.frame && image->frameNumber != *options.frame))
+            continue;
+        text += Util::stringFromImage(*image, options.raw) + "\n";
+        if (text.size() >= kFlushedFrom) {
+            writeStandardOutput(text);
+            text.clear();
+        }
+    }
+    writeStandardOutput(text);
+}
+
+} // namespace
+
+Command makeRenderCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app =
+        program.add_subcommand("render", "Example:\n"
+                                         "  velto render --frame 42 gestures.json\n\n"
+                                         "Shows images as text pictures, each pad's value where the pad lies.");
+    app->add_option("FILE", options->file, "Recording of any version; - is the standard input")->required();
+    app->add_option("--frame", options->frame, "Only the images with this frame number")->type_name("F");
+    app->add_flag("--raw", options->raw, "Raw values in place of signals");
+    return {app, [options] {
+                return forEachFile({options->file}, [&](const std::string& file) { renderFile(*options, file); });
+            }};
+}
+
+} // namespace VeltoTouch::Tools

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Pipeline/Pipeline.h"
+#include "Recording/PipelineRecording.h"
+#include "Tools/Settings.h"
+
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace VeltoTouch::Tools {
+
+// Reads a recording and brings its frames into the order of time.
+[[nodiscard]] PipelineRecording loadRecording(const std::string& file);
+
+// One play of a recording through a fresh pipeline.
+class Replay {
+public:
+    static constexpr float kMaxSpeed = std::numeric_limits<float>::infinity();
+
+    struct Counts {
+        std::uint64_t frames = 0; // of the recording, settings left out included
+        std::uint64_t images = 0;
+        std::uint64_t invalidReports = 0;
+        std::uint64_t events = 0;
+        std::uint64_t settingsLeftOut = 0;
+    };
+
+    // Called for each HID event, in order; the time since the start of playback in nanoseconds.
+    std::function<void(const HIDEvent& event, std::uint64_t timeNs)> eventHandler;
+    // Called for each image that the recognizer has processed (a firmware reset is one without contacts, frame 0 and
+    // time 0), before its events.
+    std::function<void(const Algs& algs, const InputReport::Image& image)> frameHandler;
+
+    // Plays a recording in time order. `settings` are written before its first frame, and its own writes of their
+    // keys are left out. `work` names the play for the progress line.
+    void play(PipelineRecording& recording, const std::vector<Setting>& settings, float speed, std::string work);
+
+    [[nodiscard]] const Counts& counts() const noexcept { return _counts; }
+    [[nodiscard]] Pipeline& pipeline() noexcept { return *_pipeline; }
+
+private:
+    void installHandlers(std::uint64_t startTime);
+    void showFrame();
+
+    std::shared_ptr<Pipeline> _pipeline = std::make_shared<Pipeline>();
+    Counts _counts;
+    std::optional<InputReport::Image> _image; // of the report in progress, until it is shown
+};
+
+} // namespace VeltoTouch::Tools

@@ -1,0 +1,182 @@
+#include "Platform/JSON.h"
+#include "Tools/Command.h"
+#include "Tools/EventLines.h"
+#include "Tools/Files.h"
+#include "Tools/GestureTable.h"
+#include "Tools/Replay.h"
+#include "Tools/Terminal.h"
+
+#include <cmath>
+#include <memory>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Tools {
+namespace {
+
+constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;
+
+struct Options {
+    std::vector<std::string> files;
+    std::vector<Setting> settings;
+    float speed = Replay::kMaxSpeed;
+    bool describe = false;
+    bool jsonl = false;
+};
+
+// What is played at a pace is shown as it happens; what is not, in large pieces.
+class Output {
+public:
+    explicit Output(bool isLive) : _isLive(isLive) {}
+
+    // The text that waits to be written.
+    std::string text;
+
+    void flush() {
+        writeStandardOutput(text);
+        text.clear();
+    }
+    void lineAdded() {
+        if (_isLive || text.size() >= kFlushedFrom)
+            flush();
+    }
+
+private:
+    bool _isLive;
+};
+
+void appendFrameLine(std::string& text, const Algs& algs, const InputReport::Image& image) {
+    const std::int16_t* pads = image.padSignal.data();
+    text += fmt::format(R"({{"kind":"frame","frame":{},"timeMs":{},"touch":)", image.frameNumber, image.timestampMs);
+    JSON::appendString(text, algs.touchStateDescription(pads, image.timestampMs));
+    text += R"(,"virtual":)";
+    JSON::appendString(text, algs.virtualStateDescription(pads, image.timestampMs));
+    text += "}\n";
+}
+
+void appendSummaryLine(std::string& text, std::string_view file, Replay& replay) {
+    const auto& counts = replay.counts();
+    text += R"({"kind":"summary","file":)";
+    JSON::appendString(text, file);
+    text += fmt::format(R"(,"frames":{},"images":{},"invalidReports":{},"events":{},"debugInfo":)", counts.frames,
+                        counts.images, counts.invalidReports, counts.events);
+    JSON::append(text, replay.pipeline().getState("DebugInfo").get());
+    text += R"(,"eventStats":)";
+    JSON::append(text, replay.pipeline().getState("Algs.EventStats").get());
+    text += "}\n";
+}
+
+std::string summaryText(const Replay& replay, const GestureTable& gestures) {
+    const auto& counts = replay.counts();
+    std::string text = fmt::format("  {} frames, {} images, {} invalid reports, {} events\n", counts.frames,
+                                   counts.images, counts.invalidReports, counts.events);
+    for (const auto& [name, regions] : gestures.counts()) {
+        for (const auto& [region, count] : regions)
+            text += fmt::format("  {:>6} x {} {}\n", count, name, region);
+    }
+    return text;
+}
+
+void replayAsLines(const Options& options, const std::string& file, Replay& replay, PipelineRecording& recording) {
+    Output output(options.speed != Replay::kMaxSpeed);
+    if (options.describe) {
+        replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
+            appendFrameLine(output.text, algs, image);
+            output.lineAdded();
+        };
+    }
+    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
+        appendEventLine(output.text, event, timeNs);
+        output.lineAdded();
+    };
+    replay.play(recording, options.settings, options.speed, "replaying " + file);
+    appendSummaryLine(output.text, fileNameOf(file), replay);
+    output.flush();
+}
+
+void replayAsTable(const Options& options, const std::string& file, Replay& replay, PipelineRecording& recording) {
+    Output output(options.speed != Replay::kMaxSpeed);
+    output.text = file + "\n" + GestureTable::heading();
+    GestureTable gestures([&](const GestureTable::Gesture& gesture) {
+        output.text += GestureTable::row(gesture);
+        output.lineAdded();
+    });
+    std::uint64_t lastTimeNs = 0;
+    if (options.describe) {
+        replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
+            const std::int16_t* pads = image.padSignal.data();
+            output.text += fmt::format("Frame {} @{}ms\n  {}\n  {}\n", image.frameNumber, image.timestampMs,
+                                       algs.touchStateDescription(pads, image.timestampMs),
+                                       algs.virtualStateDescription(pads, image.timestampMs));
+            output.lineAdded();
+        };
+    }
+    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
+        lastTimeNs = timeNs;
+        gestures.add(event, timeNs);
+    };
+    replay.play(recording, options.settings, options.speed, "replaying " + file);
+    gestures.finish(lastTimeNs);
+    output.text += summaryText(replay, gestures);
+    output.flush();
+}
+
+void replayFile(const Options& options, const std::string& file) {
+    PipelineRecording recording = loadRecording(file);
+    Replay replay;
+    if (options.jsonl)
+        replayAsLines(options, file, replay, recording);
+    else
+        replayAsTable(options, file, replay, recording);
+    if (replay.counts().settingsLeftOut > 0)
+        complain(file, fmt::format("left out {} recorded writes of the keys given with --set",
+                                   replay.counts().settingsLeftOut));
+}
+
+float parseSpeed(const std::string& text) {
+    if (text == "max")
+        return Replay::kMaxSpeed;
+    float speed = 0;
+    if (!CLI::detail::lexical_cast(text, speed) || !(speed > 0.0F))
+        throw CLI::ValidationError("--speed", "a number above 0 or max is wanted");
+    return speed;
+}
+
+} // namespace
+
+Command makeReplayCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app = program.add_subcommand(
+        "replay", "Example:\n"
+                  "  velto replay gestures.json\n"
+                  "  velto replay --jsonl --set Pipeline.Algs.HoldTimeoutMilliseconds=250 *.json\n\n"
+                  "Plays recordings of any version through a fresh recognizer and shows the\n"
+                  "gestures that it finds.");
+    app->add_option("FILE", options->files, "Recordings; - is the standard input")->required();
+    app->add_option_function<std::string>(
+           "--speed", [options](const std::string& text) { options->speed = parseSpeed(text); },
+           "Pace: a factor on the recorded one, or max (the default)")
+        ->type_name("N|max");
+    app->add_option_function<std::vector<std::string>>(
+           "--set",
+           [options](const std::vector<std::string>& texts) {
+               for (const std::string& text : texts) {
+                   try {
+                       options->settings.push_back(parseSetting(text));
+                   } catch (const std::invalid_argument& error) {
+                       throw CLI::ValidationError("--set", error.what());
+                   }
+               }
+           },
+           "Write a setting before the first frame and leave out the recording's own writes of its key")
+        ->type_name("KEY=VALUE")
+        ->allow_extra_args(false);
+    app->add_flag("--describe", options->describe, "Show the recognizer's state after every frame");
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then a summary of each file");
+    return {app, [options] {
+                warnOfDoubtfulSettings(options->settings);
+                return forEachFile(options->files, [&](const std::string& file) { replayFile(*options, file); });
+            }};
+}
+
+} // namespace VeltoTouch::Tools

@@ -1,0 +1,60 @@
+#include "Tools/Terminal.h"
+
+#include "Tools/Files.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+namespace VeltoTouch::Tools {
+namespace {
+
+bool coloursAreWanted() {
+    static const bool wanted = [] {
+        const char* noColour = std::getenv("NO_COLOR");
+        return (noColour == nullptr || *noColour == '\0') && ::isatty(STDOUT_FILENO) != 0;
+    }();
+    return wanted;
+}
+
+} // namespace
+
+void complain(std::string_view subject, std::string_view message) {
+    std::fputs(fmt::format("velto: {}: {}\n", subject, message).c_str(), stderr);
+}
+
+std::string messageOf(const std::exception& error) {
+    return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? "out of memory" : error.what();
+}
+
+int forEachFile(const std::vector<std::string>& files, const std::function<void(const std::string& file)>& handle) {
+    int status = 0;
+    for (const std::string& file : files) {
+        try {
+            handle(file);
+        } catch (const ClosedPipe&) {
+            throw;
+        } catch (const std::exception& error) {
+            complain(file, messageOf(error));
+            status = 1;
+        }
+    }
+    return status;
+}
+
+std::string_view fileNameOf(std::string_view path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
+std::string coloured(Colour colour, std::string_view text) {
+    if (colour == Colour::Plain || !coloursAreWanted())
+        return std::string(text);
+    static constexpr const char* kCodes[] = {"0", "1", "32", "33", "31"};
+    return fmt::format("\x1b[{}m{}\x1b[0m", kCodes[static_cast<int>(colour)], text);
+}
+
+} // namespace VeltoTouch::Tools

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What the commands say to people.
+
+namespace VeltoTouch::Tools {
+
+// One line "velto: SUBJECT: MESSAGE" on standard error.
+void complain(std::string_view subject, std::string_view message);
+
+// Handles each file; what a file's handler throws is told under the file's name, and the other files are still
+// handled. The exit status: 1 if any failed. A closed pipe is passed on.
+[[nodiscard]] int forEachFile(const std::vector<std::string>& files,
+                              const std::function<void(const std::string& file)>& handle);
+
+// What to tell of an exception.
+[[nodiscard]] std::string messageOf(const std::exception& error);
+
+// The last part of a path.
+[[nodiscard]] std::string_view fileNameOf(std::string_view path);
+
+// Text in a colour of the terminal on standard output; plain elsewhere and where NO_COLOR is set.
+enum class Colour { Plain, Bold, Green, Yellow, Red };
+[[nodiscard]] std::string coloured(Colour colour, std::string_view text);
+
+} // namespace VeltoTouch::Tools
