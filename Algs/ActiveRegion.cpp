@@ -11,9 +11,9 @@
 namespace VeltoTouch {
 namespace {
 
-constexpr std::int32_t kPadI = 'I' - 'A';
-constexpr std::int32_t kPadK = 'K' - 'A';
-constexpr std::int32_t kPadM = 'M' - 'A';
+constexpr std::size_t kPadI = 'I' - 'A';
+constexpr std::size_t kPadK = 'K' - 'A';
+constexpr std::size_t kPadM = 'M' - 'A';
 
 // The share of pad K's peak that a neighbouring group must exceed to take the touch from K.
 constexpr float kPadKShare = 0.7F;
@@ -24,49 +24,52 @@ float& maxOf(std::array<float, kRegionCount>& regionMax, PixelRegion region) noe
 
 // The two pads with the highest peaks of this touch; equal peaks keep pad order.
 struct Leaders {
-    const Pixel* first;
-    const Pixel* second;
+    std::size_t first;
+    std::size_t second;
 };
 
-Leaders leadersOf(const Pixels& pixels) noexcept {
-    Leaders leaders{&pixels[0], &pixels[1]};
-    if (leaders.second->peakAboveNoise > leaders.first->peakAboveNoise)
-        std::swap(leaders.first, leaders.second);
+Leaders leadersOf(const Pixels::Lanes<float>& peaks) noexcept {
+    Leaders leaders{0, 1};
+    if (peaks[1] > peaks[0])
+        leaders = {1, 0};
     for (std::size_t i = 2; i < kPadCount; ++i) {
-        if (pixels[i].peakAboveNoise > leaders.first->peakAboveNoise)
-            leaders = {&pixels[i], leaders.first};
-        else if (pixels[i].peakAboveNoise > leaders.second->peakAboveNoise)
-            leaders.second = &pixels[i];
+        if (peaks[i] > peaks[leaders.first])
+            leaders = {i, leaders.first};
+        else if (peaks[i] > peaks[leaders.second])
+            leaders.second = i;
     }
     return leaders;
 }
+
+PixelRegion regionOf(std::size_t pad) noexcept { return regionOfPad(static_cast<std::int32_t>(pad)); }
 
 } // namespace
 
 PixelRegion HandStats::updateActiveRegion(const Pixels& pixels, const VirtualPixels& virtualPixels,
                                           std::uint32_t timeMs) noexcept {
-    PixelRegion region = pixels[static_cast<std::size_t>(peakPixel)].getPixelRegion();
-    const auto [first, second] = leadersOf(pixels);
+    PixelRegion region = regionOfPad(peakPixel);
+    const auto& peaks = pixels.peakAboveNoise;
+    const auto [first, second] = leadersOf(peaks);
     const float bias = updateTimeBiasFactor(timeMs);
     const float noise = static_cast<float>(kNoiseFloor) / activationThreshold;
-    const bool secondIsAboveNoise = second->peakAboveNoise > noise;
+    const bool secondIsAboveNoise = peaks[second] > noise;
 
     if (region != eventRegion && secondIsAboveNoise && //
-        first->getPixelRegion() == region &&           //
-        second->getPixelRegion() == eventRegion &&     //
-        second->peakAboveNoise > first->peakAboveNoise * bias)
+        regionOf(first) == region &&                   //
+        regionOf(second) == eventRegion &&             //
+        peaks[second] > peaks[first] * bias)
         region = eventRegion;
 
     // Pad K lies between the volume regions and belongs to neither: a finger beside it shows in the group of its
     // neighbours. May override the bias.
-    if (peakPixel == kPadK && first->index == kPadK && secondIsAboveNoise) {
+    if (peakPixel == kPadK && first == kPadK && secondIsAboveNoise) {
         const auto groupTakesTouch = [&](std::size_t group, PixelRegion volume) {
             const float share = eventRegion == volume ? std::min(bias, kPadKShare) : kPadKShare;
-            return virtualPixels[group].peakAboveNoise > share * pixels[kPadK].peakAboveNoise;
+            return virtualPixels.peakAboveNoise[group] > share * peaks[kPadK];
         };
-        if (second->index == kPadM && groupTakesTouch(VirtualImage::kKLM, PixelRegion::VolumeDown))
+        if (second == kPadM && groupTakesTouch(VirtualImage::kKLM, PixelRegion::VolumeDown))
             region = PixelRegion::VolumeDown;
-        else if (second->index == kPadI && groupTakesTouch(VirtualImage::kIJK, PixelRegion::VolumeUp))
+        else if (second == kPadI && groupTakesTouch(VirtualImage::kIJK, PixelRegion::VolumeUp))
             region = PixelRegion::VolumeUp;
     }
 
@@ -77,7 +80,7 @@ PixelRegion HandStats::updateActiveRegion(const Pixels& pixels, const VirtualPix
 PixelRegion HandStats::changeActiveRegion(const Pixels& pixels, std::int32_t strongestPad) noexcept {
     const PixelRegion current = activeRegion;
     previousRegion = current;
-    const PixelRegion candidate = pixels[static_cast<std::size_t>(strongestPad)].getPixelRegion();
+    const PixelRegion candidate = regionOfPad(strongestPad);
     if (candidate == current)
         return current;
     if (current == PixelRegion::None || candidate == PixelRegion::None)
@@ -95,15 +98,14 @@ PixelRegion HandStats::changeActiveRegion(const Pixels& pixels, std::int32_t str
 }
 
 void HandStats::updateRegionMax(const Pixels& pixels) noexcept {
-    regionMax.fill(0.0F);
-    for (const Pixel& pixel : pixels) {
-        if (pixel.getPixelRegion() == PixelRegion::None)
-            continue;
-        const float excess = static_cast<float>(pixel.value) - static_cast<float>(kNoiseFloor);
-        float& highest = maxOf(regionMax, pixel.getPixelRegion());
-        if (excess > highest)
-            highest = excess;
+    std::array<std::int32_t, kRegionCount> highest;
+    highest.fill(kNoiseFloor);
+    for (std::size_t pad = 0; pad < kPadCount; ++pad) {
+        std::int32_t& highestOfRegion = highest[static_cast<std::size_t>(regionOf(pad))]; // every pad has a region
+        highestOfRegion = std::max(highestOfRegion, pixels.value[pad]);
     }
+    for (std::size_t region = 0; region < kRegionCount; ++region)
+        regionMax[region] = static_cast<float>(highest[region]) - static_cast<float>(kNoiseFloor);
 }
 
 float HandStats::updateTimeBiasFactor(std::uint32_t timeMs) const noexcept {

@@ -2,6 +2,8 @@
 
 #include "Platform/JSON.h"
 
+#include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include <fmt/format.h>
@@ -16,22 +18,24 @@ constexpr std::array<float, kPadCount> padGainTable{1.9219F, 1.8833F, 1.9281F, 1
                                                     // K     L        M        N        O
                                                     2.4154F, 1.5378F, 1.5431F, 1.04F, 1.0493F};
 
-template <std::size_t... Pad>
-Pixels makePixels(std::index_sequence<Pad...> /*pads*/) {
-    return {Pixel(static_cast<std::int32_t>(Pad), padGainTable[Pad])...};
-}
+constexpr auto kPadIndices = [] {
+    std::array<std::int32_t, kPadCount> indices{};
+    std::iota(indices.begin(), indices.end(), 0);
+    return indices;
+}();
 
 // A group's index is a letter until its first frame sets the dominant pad.
-template <std::size_t... Group>
-VirtualPixels makeVirtualPixels(const VirtualImage& image, std::index_sequence<Group...> /*groups*/) {
-    return {VirtualPixel(image.names[Group].front(), image.normalizationFactors[Group], image.names[Group])...};
+std::array<std::int32_t, kGroupCount> firstLetters(const VirtualImage& image) {
+    std::array<std::int32_t, kGroupCount> letters{};
+    std::ranges::transform(image.names, letters.begin(), [](std::string_view name) { return name.front(); });
+    return letters;
 }
 
 } // namespace
 
 Algs::Algs()
-    : log(os_log_create("org.velto.touch", "Algs")), pixels(makePixels(std::make_index_sequence<kPadCount>())),
-      virtualPixels(makeVirtualPixels(virtualImage, std::make_index_sequence<kGroupCount>())) {}
+    : log(os_log_create("org.velto.touch", "Algs")), pixels(padGainTable, kPadIndices),
+      virtualPixels(virtualImage.normalizationFactors, firstLetters(virtualImage), virtualImage.names) {}
 
 HIDEvents Algs::handleImage(const InputReport::Image& image) noexcept {
     HIDEvents events;
@@ -49,13 +53,14 @@ HIDEvents Algs::handleReset() noexcept {
 void Algs::processTouchFrame(const std::int16_t* padValues, std::uint32_t frameNumber, std::uint32_t timeMs,
                              HIDEvents& events) {
     const float threshold = handStats.activationThreshold;
-    for (std::size_t i = 0; i < kPadCount; ++i)
-        pixels[i].updatePixelState(padValues[i], threshold);
+    Pixels::Lanes<std::int32_t> signals{};
+    std::copy_n(padValues, kPadCount, signals.begin());
+    pixels.updatePixelStates(signals, threshold);
     virtualImage.updateValues(pixels);
-    for (std::size_t i = 0; i < kGroupCount; ++i) {
-        const auto narrowedSum = static_cast<std::int16_t>(virtualImage.values[i]);
-        virtualPixels[i].updatePixelState(narrowedSum, threshold, virtualImage.maxPixelIndex[i]);
-    }
+    VirtualPixels::Lanes<std::int32_t> sums{};
+    std::ranges::transform(virtualImage.values, sums.begin(),
+                           [](std::int32_t sum) { return static_cast<std::int16_t>(sum); });
+    virtualPixels.updatePixelStates(sums, threshold, virtualImage.maxPixelIndex);
     handStats.updateHandState(pixels, virtualPixels, timeMs);
 
     if (auto event = eventOfFrame()) {
@@ -93,10 +98,8 @@ Ref<HIDEvent> Algs::eventOfFrame() {
 }
 
 void Algs::Reset() noexcept {
-    for (Pixel& pixel : pixels)
-        pixel.resetGlobalStats();
-    for (VirtualPixel& pixel : virtualPixels)
-        pixel.resetGlobalStats();
+    pixels.resetGlobalStats();
+    virtualPixels.resetGlobalStats();
     handStats.Reset();
 }
 

@@ -2,7 +2,7 @@
 
 #include "Algs/EventStats.h"
 #include "Algs/HandStats.h"
-#include "Algs/Pixel.h"
+#include "Algs/PixelBank.h"
 #include "Algs/VirtualImage.h"
 #include "Pipeline/Reports/InputReport.h"
 #include "Platform/HIDEvent.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Algs/Pixel.h"
+#include "Algs/PixelBank.h"
 #include "Algs/PixelRegion.h"
 #include "Algs/SVM.h"
 
@@ -95,14 +95,6 @@ public:
 private:
     static constexpr float kDecayParameter = 7.3890562F; // e squared
 
-    // What the scan over all pixels finds in one frame.
-    struct Scan {
-        bool touching = false;
-        bool aboveNoise = false;
-        float strongestValue = 0;      // clamped at 0
-        std::int32_t strongestPad = 0; // ties go to the earliest: pads before groups
-    };
-    void scan(const Pixel& pixel, Scan& found) noexcept;
     void updateEdgeTimes(std::uint32_t timeMs) noexcept;
 };
 

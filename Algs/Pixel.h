@@ -3,7 +3,6 @@
 #include "Algs/PixelRegion.h"
 #include "Pipeline/Reports/InputReport.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -40,30 +39,25 @@ struct Pixel {
     float peakAboveNoise = 0;    // highest normalized over the frames above the noise floor, 0 without any
     std::int32_t index;          // pad index; of a virtual pixel, its dominant pad
 
-    // Takes in the signal of one frame. `threshold` is the activation threshold.
+    // Takes in the signal of one frame. `threshold` is the activation threshold. Written as selections without
+    // branches, so that a whole bank of pixels is updated at once.
     void updatePixelState(int signal, float threshold) noexcept {
         value = static_cast<std::int32_t>(static_cast<float>(signal) * gain);
+        normalized = static_cast<float>(value) / threshold;
         const float release = onPeak * kHysteresis;
         const float press = offTrough / kHysteresis;
-        const float level = on ? release : (press > 1.0F ? press : 1.0F);
-        normalized = static_cast<float>(value) / threshold;
+        const float offLevel = press > 1.0F ? press : 1.0F;
+        const float level = on ? release : offLevel;
         on = normalized > level;
-        if (on) {
-            if (normalized > onPeak)
-                onPeak = normalized;
-            offTrough = normalized;
-            everOn = true;
-        } else {
-            onPeak = normalized;
-            if (normalized < offTrough)
-                offTrough = normalized;
-        }
+        const float highest = normalized > onPeak ? normalized : onPeak;
+        const float lowest = normalized < offTrough ? normalized : offTrough;
+        onPeak = on ? highest : normalized;
+        offTrough = on ? normalized : lowest;
+        everOn |= on;
         aboveNoise = value > kNoiseFloor;
-        if (aboveNoise) {
-            everAboveNoise = true;
-            if (normalized > peakAboveNoise)
-                peakAboveNoise = normalized;
-        }
+        everAboveNoise |= aboveNoise;
+        const float highestAboveNoise = normalized > peakAboveNoise ? normalized : peakAboveNoise;
+        peakAboveNoise = aboveNoise ? highestAboveNoise : peakAboveNoise;
     }
 
     [[nodiscard]] PixelRegion getPixelRegion() const noexcept { return regionOfPad(index); }
@@ -80,6 +74,7 @@ struct Pixel {
 struct VirtualPixel : Pixel {
     constexpr VirtualPixel(std::int32_t padIndex, float groupGain, std::string_view groupName) noexcept
         : Pixel(padIndex, groupGain), name(groupName) {}
+    constexpr VirtualPixel(const Pixel& state, std::string_view groupName) noexcept : Pixel(state), name(groupName) {}
 
     std::string_view name; // of static lifetime
 
@@ -88,10 +83,5 @@ struct VirtualPixel : Pixel {
         index = dominantPad;
     }
 };
-
-constexpr std::size_t kGroupCount = 23;
-
-using Pixels = std::array<Pixel, kPadCount>;
-using VirtualPixels = std::array<VirtualPixel, kGroupCount>;
 
 } // namespace VeltoTouch

@@ -1,7 +1,7 @@
 #include "Algs/SVM.h"
 
 #include <algorithm>
-#include <functional>
+#include <numeric>
 
 namespace VeltoTouch {
 namespace {
@@ -58,25 +58,70 @@ constexpr std::array<Rank, kRankCount> kRanks{{
     {2.1581F, 10.0508F, -0.2101F},    // 37
 }};
 
+// A column of the table, so that the terms of all ranks are computed at once.
+constexpr std::array<float, kRankCount> column(float Rank::*field) noexcept {
+    std::array<float, kRankCount> values{};
+    for (std::size_t k = 0; k < kRankCount; ++k)
+        values[k] = kRanks[k].*field;
+    return values;
+}
+constexpr auto kMeans = column(&Rank::mean);
+constexpr auto kStdDevs = column(&Rank::stdDev);
+constexpr auto kWeights = column(&Rank::weight);
+
+// Whole vectors; what lies beyond the last value ranks behind it.
+constexpr std::size_t kLanes = (kRankCount + 3) / 4 * 4;
+using Values = std::array<std::int32_t, kLanes>;
+
+// Values from largest to smallest. Each value's rank is the number of values before it, counted for all of them at
+// once: a comparison sort would spend most of a frame's time on mispredicted branches. A key is unique, since it ends
+// with the place of its value, and fits its type: values stay below 2^17.
+Values ranked(const Values& values) noexcept {
+    Values keys;
+    for (std::size_t i = 0; i < kLanes; ++i)
+        keys[i] = values[i] * 64 - static_cast<std::int32_t>(i);
+    Values ranks{};
+    for (std::size_t k = 0; k < kRankCount; ++k) {
+        for (std::size_t i = 0; i < kLanes; ++i)
+            ranks[i] += keys[k] > keys[i] ? 1 : 0;
+    }
+    Values sorted;
+    for (std::size_t i = 0; i < kRankCount; ++i)
+        sorted[static_cast<std::size_t>(ranks[i])] = values[i];
+    return sorted;
+}
+
+// Whether there is anything to judge: a value above the threshold, or two above the noise floor.
+bool isWorthJudging(const Values& values, float threshold) noexcept {
+    std::int32_t largest = values[0];
+    std::int32_t aboveNoise = 0;
+    for (const std::int32_t value : values) {
+        largest = value > largest ? value : largest;
+        aboveNoise += value > kNoiseFloor ? 1 : 0;
+    }
+    return static_cast<float>(largest) > threshold || aboveNoise >= 2;
+}
+
 } // namespace
 
 void SVM::updateSVMScore(const Pixels& pixels, const VirtualPixels& virtualPixels, float threshold,
                          std::uint32_t /*timeMs*/) noexcept {
-    std::array<std::int32_t, kRankCount> ranked{};
-    auto* next = std::ranges::transform(pixels, ranked.begin(), &Pixel::value).out;
-    std::ranges::transform(virtualPixels, next, &VirtualPixel::value);
-    std::ranges::sort(ranked, std::greater{});
+    static constexpr std::int32_t kBehindAll = -(1 << 20);
+    Values values;
+    values.fill(kBehindAll);
+    std::copy_n(pixels.value.begin(), kPadCount, values.begin());
+    std::copy_n(virtualPixels.value.begin(), kGroupCount, values.begin() + kPadCount);
 
     score = 0;
-    const bool strongestIsWeak = !(static_cast<float>(ranked[0]) > threshold);
-    if (strongestIsWeak && ranked[1] <= kNoiseFloor)
+    if (!isWorthJudging(values, threshold))
         return;
 
-    // The sum's order is part of the result: rank 0 first, the division before the multiplication.
-    float sum = 0;
-    for (std::size_t k = 0; k < kRankCount; ++k)
-        sum += (static_cast<float>(ranked[k]) - kRanks[k].mean) / kRanks[k].stdDev * kRanks[k].weight;
-    score = kBias + sum;
+    const Values sorted = ranked(values);
+    std::array<float, kRankCount> terms;
+    for (std::size_t k = 0; k < kRankCount; ++k) // the division before the multiplication
+        terms[k] = (static_cast<float>(sorted[k]) - kMeans[k]) / kStdDevs[k] * kWeights[k];
+    // The order of the sum is part of the result: rank 0 first.
+    score = kBias + std::accumulate(terms.begin(), terms.end(), 0.0F);
 }
 
 } // namespace VeltoTouch

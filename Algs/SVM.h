@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Algs/Pixel.h"
+#include "Algs/PixelBank.h"
 
 namespace VeltoTouch {
 

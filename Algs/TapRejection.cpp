@@ -11,6 +11,15 @@ namespace {
 
 constexpr std::int32_t kAllowedInactivePixels = 21;
 
+// Pixels that rose above noise during this touch but never turned on.
+template <std::size_t Count>
+std::int32_t inactiveCount(const PixelBank<Count>& bank) noexcept {
+    std::int32_t count = 0;
+    for (std::size_t i = 0; i < Count; ++i)
+        count += bank.everAboveNoise[i] & ~bank.everOn[i];
+    return count;
+}
+
 } // namespace
 
 void HandStats::updateTapRejection(const Pixels& pixels, const VirtualPixels& virtualPixels) noexcept {
@@ -29,10 +38,7 @@ void HandStats::updateTapRejection(const Pixels& pixels, const VirtualPixels& vi
     if (touchDuration != 0)
         signalPerTouchDuration = peakSignal / static_cast<float>(touchDuration) - 0.65F;
 
-    const auto roseButNeverTurnedOn = [](const Pixel& pixel) { return pixel.everAboveNoise && !pixel.everOn; };
-    const auto inactive = std::ranges::count_if(pixels, roseButNeverTurnedOn) +
-                          std::ranges::count_if(virtualPixels, roseButNeverTurnedOn);
-    nonActivePixels = kAllowedInactivePixels - static_cast<std::int32_t>(inactive);
+    nonActivePixels = kAllowedInactivePixels - inactiveCount(pixels) - inactiveCount(virtualPixels);
 
     // The grouping is part of the result.
     tapSVMScore = 0.1886F * static_cast<float>(nonActivePixels) +

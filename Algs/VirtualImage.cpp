@@ -1,6 +1,6 @@
 #include "Algs/VirtualImage.h"
 
-#include <algorithm>
+#include <bit>
 
 namespace VeltoTouch {
 namespace {
@@ -39,6 +39,16 @@ static_assert(kGroups[VirtualImage::kIJK].name == "IJK" && kGroups[VirtualImage:
 
 constexpr std::int32_t padOf(char letter) noexcept { return letter - 'A'; }
 
+// Each group's pads as bits.
+constexpr auto kGroupPads = [] {
+    std::array<std::uint32_t, kGroupCount> pads{};
+    for (std::size_t i = 0; i < kGroupCount; ++i) {
+        for (const char letter : kGroups[i].name)
+            pads[i] |= 1U << static_cast<unsigned>(padOf(letter));
+    }
+    return pads;
+}();
+
 } // namespace
 
 VirtualImage::VirtualImage() noexcept {
@@ -50,17 +60,19 @@ VirtualImage::VirtualImage() noexcept {
 }
 
 void VirtualImage::updateValues(const Pixels& pixels) noexcept {
+    std::uint32_t strongPads = 0;
+    for (std::size_t pad = 0; pad < kPadCount; ++pad)
+        strongPads |= static_cast<std::uint32_t>(pixels.aboveNoise[pad]) << pad;
     values.fill(0);
-    if (std::ranges::none_of(pixels, &Pixel::aboveNoise))
+    if (strongPads == 0)
         return;
     for (std::size_t i = 0; i < kGroupCount; ++i) {
-        for (const char letter : kGroups[i].name) {
-            const std::int32_t pad = padOf(letter);
-            const std::int32_t value = pixels[static_cast<std::size_t>(pad)].value;
-            if (value <= kNoiseFloor)
-                continue;
+        // Bits come in pad order, which is the order of the letters in every name.
+        for (std::uint32_t pads = kGroupPads[i] & strongPads; pads != 0; pads &= pads - 1) {
+            const auto pad = std::countr_zero(pads);
+            const std::int32_t value = pixels.value[static_cast<std::size_t>(pad)];
             values[i] += value;
-            if (value > pixels[static_cast<std::size_t>(maxPixelIndex[i])].value)
+            if (value > pixels.value[static_cast<std::size_t>(maxPixelIndex[i])])
                 maxPixelIndex[i] = pad;
         }
     }
