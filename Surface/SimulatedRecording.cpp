@@ -1,0 +1,51 @@
+#include "Surface/SimulatedRecording.h"
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Surface {
+namespace {
+
+Ref<Value> valueOf(const Simulation::Label& label) {
+    std::vector<Dictionary::Entry> entries;
+    const auto addText = [&entries](const char* key, std::string_view text) {
+        entries.push_back({.key = key, .value = makeRef<String>(std::string(text))});
+    };
+    addText("gesture", label.gesture);
+    addText("region", label.region);
+    if (!label.endRegion.empty())
+        addText("endRegion", label.endRegion);
+    entries.push_back({.key = "startMs", .value = Number::withUnsignedInt(label.startMs)});
+    entries.push_back({.key = "endMs", .value = Number::withUnsignedInt(label.endMs)});
+    return makeRef<Dictionary>(std::move(entries));
+}
+
+} // namespace
+
+PipelineRecording recordingOf(Simulation& simulation) {
+    PipelineRecording recording;
+    std::uint64_t reports = 0;
+    while (const auto report = simulation.next()) {
+        if (++reports > kLargestRecording)
+            throw std::length_error(fmt::format("the script gives more than {} reports", kLargestRecording));
+        if (report->label)
+            recording.appendFrame({.type = Frame::Type::Metadata,
+                                   .timestampNs = report->timestampNs,
+                                   .key = "Label",
+                                   .value = valueOf(*report->label),
+                                   .report = {}});
+        const auto bytes = report->bytes();
+        recording.appendFrame({.type = Frame::Type::InputReport,
+                               .timestampNs = report->timestampNs,
+                               .key = {},
+                               .value = nullptr,
+                               .report = {bytes.begin(), bytes.end()}});
+    }
+    return recording;
+}
+
+} // namespace VeltoTouch::Surface

@@ -1,0 +1,223 @@
+#include "Pipeline/Pipeline.h"
+#include "Platform/JSON.h"
+#include "Surface/Scripts.h"
+#include "Surface/SimulatedRecording.h"
+#include "Surface/Simulation.h"
+#include "Surface/Step.h"
+#include "Tests/Support/EventMatchers.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+// The simulated surface: its clocks, and that the recognizer takes its gestures as they are meant.
+
+namespace VeltoTouch::Surface {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using Words = std::vector<std::string>;
+
+std::vector<Step> stepsOf(const Words& texts) {
+    std::vector<Step> steps;
+    std::ranges::transform(texts, std::back_inserter(steps), parseStep);
+    return steps;
+}
+
+Simulation simulate(const Words& steps, const Simulation::Options& options = {}) {
+    return {options, scriptOf(stepsOf(steps))};
+}
+
+std::vector<InputReport::Image> imagesOf(Simulation simulation) {
+    std::vector<InputReport::Image> images;
+    while (const auto report = simulation.next()) {
+        if (const auto image = InputReport::Image::parse(report->bytes().data(), report->length))
+            images.push_back(*image);
+    }
+    return images;
+}
+
+bool hasContact(const InputReport::Image& image) {
+    return std::ranges::any_of(image.padSignal, [](std::int16_t signal) { return signal > 20; });
+}
+
+// The recognizer in front of a simulation: one list of events for each contact.
+struct Played {
+    Simulation::Label label;
+    Words events;
+};
+
+std::vector<Played> play(Simulation simulation) {
+    std::vector<Played> contacts;
+    Pipeline pipeline;
+    pipeline.hidEventsHandler = [&](std::uint64_t, const HIDEvents& batch) {
+        for (const Ref<HIDEvent>& event : batch)
+            contacts.back().events.push_back(Tests::gestureOf(*event));
+    };
+    while (const auto report = simulation.next()) {
+        if (report->label)
+            contacts.push_back({*report->label, {}});
+        pipeline.handleInputReport(report->timestampNs, report->bytes().data(), report->length);
+    }
+    return contacts;
+}
+
+// What the recognizer should say to a contact.
+Words meant(const Simulation::Label& label) {
+    const std::string region(label.region);
+    const std::string endRegion(label.endRegion.empty() ? label.region : label.endRegion);
+    Words events{"MayBegin(" + region + ")"};
+    if (label.gesture == "tap") {
+        events.push_back("Tap(" + region + ")");
+    } else {
+        events.push_back("HoldStart(" + region + ")");
+        if (endRegion != region)
+            events.push_back("HoldChange(" + endRegion + ")");
+        events.push_back("HoldEnd(" + endRegion + ")");
+    }
+    return events;
+}
+
+void expectRecognized(const Played& contact) {
+    const bool isPress = contact.label.region != "None" && contact.label.gesture != "brush";
+    if (isPress) {
+        EXPECT_EQ(contact.events, meant(contact.label));
+    } else if (!contact.events.empty()) {
+        EXPECT_THAT(contact.events, ElementsAre(HasSubstr("MayBegin"), "Cancel()"));
+    }
+}
+
+TEST(SimulationTest, GesturesAreRecognizedAsMeant) {
+    Words steps{"tap:play-pause:40",
+                "tap:play-pause",
+                "tap:volume-up",
+                "tap:volume-down:250", //
+                "hold:play-pause",
+                "hold:volume-up",
+                "hold:volume-down", //
+                "slide:volume-up-volume-down",
+                "slide:volume-down-volume-up", //
+                "slide:play-pause-volume-up",
+                "slide:A-D", //
+                "palm",
+                "palm:80",
+                "palm:300", //
+                "brush:play-pause",
+                "brush:volume-down:60",
+                "brush:volume-up:900"};
+    for (char pad = 'A'; pad <= 'O'; ++pad) {
+        for (const char* action : {"tap:", "hold:", "brush:"})
+            steps.push_back(std::string(action) + pad);
+    }
+    for (const std::string& step : steps) {
+        for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+            SCOPED_TRACE(step + ", seed " + std::to_string(seed));
+            const auto contacts = play(simulate({step}, {.seed = seed}));
+            ASSERT_EQ(contacts.size(), 1U);
+            expectRecognized(contacts.front());
+        }
+    }
+}
+
+TEST(SimulationTest, AMadeUpUserIsUnderstood) {
+    for (std::uint64_t seed = 1; seed <= 5; ++seed) {
+        MadeUpUser user(seed);
+        std::vector<Step> steps(100);
+        std::ranges::generate(steps, [&user] { return user.next(); });
+        const auto contacts = play(Simulation({.seed = seed}, scriptOf(steps)));
+        EXPECT_EQ(contacts.size(), 50U);
+        for (const Played& contact : contacts) {
+            SCOPED_TRACE("seed " + std::to_string(seed) + ", contact at " + std::to_string(contact.label.startMs));
+            expectRecognized(contact);
+        }
+    }
+}
+
+TEST(SimulationTest, ContactsFollowEachOtherWithTheFingerLiftedBetween) {
+    const auto contacts = play(simulate({"tap:A", "tap:A", "hold:A", "tap:A"}));
+    ASSERT_EQ(contacts.size(), 4U);
+    std::ranges::for_each(contacts, expectRecognized);
+}
+
+TEST(SimulationTest, AContactShorterThanAScanIsSeen) {
+    const auto images = imagesOf(simulate({"tap:A:1"}, {.rateHz = 20}));
+    EXPECT_EQ(std::ranges::count_if(images, hasContact), 1);
+}
+
+TEST(SimulationTest, ClocksDoNotDriftAtARateThatDividesNoSecond) {
+    Simulation simulation = simulate({"idle:3000"}, {.rateHz = 7});
+    std::uint32_t scan = 0;
+    for (; const auto report = simulation.next(); ++scan) {
+        const auto image = InputReport::Image::parse(report->bytes().data(), report->length);
+        ASSERT_TRUE(image);
+        EXPECT_EQ(image->frameNumber, Simulation::kStartFrame + scan);
+        EXPECT_EQ(image->timestampMs, Simulation::kStartTimeMs + scan * 1000 / 7);
+        EXPECT_EQ(report->timestampNs, Simulation::kStartTimeNs + scan * std::uint64_t{1'000'000'000} / 7);
+    }
+    EXPECT_EQ(scan, 21U);
+}
+
+TEST(SimulationTest, AResetRestartsTheDevicesClockAndCounterAlone) {
+    Simulation simulation = simulate({"idle:20", "reset", "idle:20"});
+    Words reports;
+    while (const auto report = simulation.next()) {
+        const auto image = InputReport::Image::parse(report->bytes().data(), report->length);
+        const auto event = InputReport::FirmwareEvent::parse(report->bytes().data(), report->length);
+        reports.push_back(fmt::format("at {} ms ", (report->timestampNs - Simulation::kStartTimeNs) / 1'000'000));
+        if (image)
+            reports.back() += fmt::format("frame {} of {} ms", image->frameNumber, image->timestampMs);
+        if (event)
+            reports.back() += fmt::format("event {}", event->event);
+    }
+    EXPECT_THAT(reports, ElementsAre("at 0 ms frame 1 of 10000 ms", "at 10 ms frame 2 of 10010 ms", //
+                                     "at 20 ms event 0",                                            //
+                                     "at 30 ms frame 0 of 0 ms", "at 40 ms frame 1 of 10 ms"));
+}
+
+TEST(SimulationTest, LabelsSayWhatWasMeantAndWhen) {
+    Simulation simulation =
+        simulate({"idle:50", "tap:L", "idle:100", "slide:volume-up-volume-down", "reset", "palm:70"});
+    Words labels;
+    const Frame* previous = nullptr;
+    const PipelineRecording recording = recordingOf(simulation);
+    for (const Frame& frame : recording.frames()) {
+        EXPECT_TRUE(previous == nullptr || previous->timestampNs <= frame.timestampNs);
+        previous = &frame;
+        if (frame.type == Frame::Type::Metadata)
+            labels.push_back(fmt::format("{} {} @{}", frame.key, JSON::text(frame.value.get()), frame.timestampNs));
+    }
+    EXPECT_THAT(
+        labels,
+        ElementsAre(
+            R"(Label {"endMs":10150,"gesture":"tap","region":"VolumeDown","startMs":10050} @100050000000)",
+            R"(Label {"endMs":11510,"endRegion":"VolumeDown","gesture":"slide","region":"VolumeUp","startMs":10310} @100310000000)",
+            R"(Label {"endMs":70,"gesture":"palm","region":"None","startMs":0} @101580000000)"));
+}
+
+TEST(SimulationTest, TheSameSeedGivesTheSameBytesOnEveryBuild) {
+    const auto checksum = [](std::uint64_t seed) {
+        Simulation simulation = simulate({"tap:A", "slide:J-volume-down", "palm", "brush:O", "reset"}, {.seed = seed});
+        std::uint64_t hash = 14695981039346656037U;
+        const Ref<Data> recording = recordingOf(simulation).json();
+        for (const char byte : recording->bytes())
+            hash = (hash ^ static_cast<std::uint8_t>(byte)) * 1099511628211U;
+        return hash;
+    };
+    EXPECT_EQ(checksum(7), 1448992352273508259U); // changes with the simulation
+    EXPECT_NE(checksum(7), checksum(8));
+}
+
+TEST(SimulationTest, RefusesOptionsOutOfRange) {
+    EXPECT_THROW(simulate({}, {.rateHz = 0}), std::invalid_argument);
+    EXPECT_THROW(simulate({}, {.rateHz = 1001}), std::invalid_argument);
+    EXPECT_THROW(simulate({}, {.noise = 1001}), std::invalid_argument);
+}
+
+} // namespace
+} // namespace VeltoTouch::Surface
