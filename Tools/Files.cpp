@@ -58,8 +58,7 @@ void writeAll(int descriptor, std::string_view content) {
 }
 
 std::string readAll(int descriptor, std::size_t expectedSize, const std::string& name) {
-    std::string content;
-    content.reserve(std::min(expectedSize, kLargestFile) + Data::kPadding + 1);
+    std::string content = Data::roomFor(std::min(expectedSize, kLargestFile) + 1);
     Progress progress("reading " + name, expectedSize);
     for (std::size_t size = 0;;) {
         content.resize(std::max(size + 1, std::min(size + kChunk, content.capacity() - Data::kPadding)));

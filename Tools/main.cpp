@@ -4,6 +4,8 @@
 
 #include <array>
 #include <csignal>
+#include <memory>
+#include <sstream>
 
 namespace {
 
@@ -11,6 +13,18 @@ using namespace VeltoTouch::Tools;
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
+
+// Help begins with an example; the list of subcommands shows what comes behind it.
+class HelpFormatter final : public CLI::Formatter {
+public:
+    std::string make_subcommand(const CLI::App* subcommand) const override {
+        std::string summary = subcommand->get_description();
+        summary.erase(0, summary.rfind("\n\n") + 2);
+        std::stringstream line;
+        CLI::detail::format_help(line, subcommand->get_name(), summary, get_column_width());
+        return line.str();
+    }
+};
 
 } // namespace
 
@@ -21,9 +35,10 @@ int main(int argc, char** argv) {
                      "  velto replay gestures.json\n\n"
                      "Records, replays and inspects the touches of a fifteen-pad surface.",
                      "velto");
+    program.formatter(std::make_shared<HelpFormatter>());
     program.require_subcommand(1);
     const std::array commands{makeReplayCommand(program), makeConvertCommand(program), makeTrimCommand(program),
-                              makeRenderCommand(program), makeInfoCommand(program)};
+                              makeRenderCommand(program), makeInfoCommand(program),    makeSimulateCommand(program)};
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
