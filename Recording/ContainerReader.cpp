@@ -1,48 +1,18 @@
 #include "Recording/ContainerFormat.h"
+#include "Recording/ContainerScanner.h"
+#include "Recording/FrameReader.h"
 #include "Recording/PipelineRecording.h"
-#include "Shared/Util.h"
 
 #include <string>
 
-// A container of the current version is read from the parser's own form, without making a value of every frame; an
-// older one is parsed into values and migrated first. One reader serves both.
+// A container in its usual form is scanned. Otherwise the parser decides: a container of the current version is read
+// from the parser's own form, without making a value of every frame; an older one is parsed into values and migrated
+// first. One reader serves both.
 
 namespace VeltoTouch {
 namespace {
 
 using namespace Container;
-
-template <class T>
-const T& require(const std::optional<T>& wanted, const char* messageWithoutIt) {
-    if (!wanted)
-        throw std::invalid_argument(messageWithoutIt);
-    return *wanted;
-}
-
-// The checks run in this order; every JSON value is one that a frame can hold.
-template <class Node>
-Frame readFrame(const Node& node) {
-    requireFrameObject(node);
-    const auto [type, timestamp, key, value, data] = node.members(std::array{kType, kTimestamp, kKey, kValue, kData});
-    const std::string_view typeName = require(type.string(), "invalid frame type");
-    Frame frame;
-    frame.timestampNs = require(timestamp.unsignedNumber(), "invalid frame timestamp");
-    if (typeName == kInputReportType) {
-        frame.type = Frame::Type::InputReport;
-        frame.report = Util::bytesFromHexString(require(data.string(), "invalid report"));
-    } else if (typeName == kStateType) {
-        frame.type = Frame::Type::State;
-        frame.key = require(key.string(), "invalid state key");
-        frame.value = value.value();
-    } else if (typeName == kMetadataType) {
-        frame.type = Frame::Type::Metadata;
-        frame.key = require(key.string(), "invalid metadata key");
-        frame.value = value.value();
-    } else {
-        throw std::invalid_argument("invalid frame type");
-    }
-    return frame;
-}
 
 template <class Node>
 std::list<Frame> readFrames(const Node& container) {
@@ -70,6 +40,10 @@ auto asMigration(Step step) {
 PipelineRecording::PipelineRecording(const Data* container) {
     if (container == nullptr)
         throw std::invalid_argument("json not supplied");
+    if (auto frames = scanContainer(container->bytes())) {
+        _frames = *std::move(frames);
+        return;
+    }
     const JSON::Document document(*container);
     const JSON::Element root = document.root();
     if (asMigration([&] { return versionOf(root); }) == kCurrentVersion) {

@@ -11,8 +11,8 @@ namespace {
 
 using namespace Container;
 
-// Enough for the text of a usual frame around its report or value.
-constexpr std::size_t kTextAroundReport = 64;
+// Enough for the text of an image report; a recording of longer frames grows while it is written.
+constexpr std::size_t kUsualFrameLength = 300;
 
 void appendNumber(std::string& text, std::uint64_t number) {
     std::array<char, 20> digits{};
@@ -53,21 +53,13 @@ void appendFrameText(std::string& text, const Frame& frame) {
     }
 }
 
-std::size_t expectedLength(const std::list<Frame>& frames) {
-    std::size_t length = kTextAroundReport;
-    for (const Frame& frame : frames)
-        length += kTextAroundReport + 3 * frame.report.size() + frame.key.size();
-    return length;
-}
-
 } // namespace
 
 Ref<Data> PipelineRecording::json() {
     if (_maxFrameCount != 0)
         trimFrames(_maxFrameCount);
     sortFrames();
-    std::string text;
-    text.reserve(expectedLength(_frames) + Data::kPadding);
+    std::string text = Data::roomFor(kUsualFrameLength * (_frames.size() + 1));
     text += R"({"Frames":[)";
     for (const Frame& frame : _frames)
         appendFrameText(text, frame);

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstring>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 
@@ -36,8 +35,23 @@ constexpr std::size_t kTextPerByte = 3;
 
 std::uint8_t digitValue(char digit) noexcept { return kDigitValues[static_cast<unsigned char>(digit)]; }
 
-// The usual form: two digits and one blank a byte, the last blank may be missing. Empty for any other.
-std::optional<std::vector<std::uint8_t>> bytesFromPairs(std::string_view text) {
+// Any other form. The stream's own rules for signs, prefixes and white space hold.
+std::vector<std::uint8_t> bytesFromStream(std::string_view text) {
+    std::istringstream stream{std::string(text)};
+    stream.imbue(std::locale::classic());
+    stream >> std::hex;
+    std::vector<std::uint8_t> bytes;
+    for (std::uint16_t number = 0; stream >> number;) {
+        if (number > 0xFF)
+            throw std::invalid_argument("invalid hex string");
+        bytes.push_back(static_cast<std::uint8_t>(number));
+    }
+    return bytes;
+}
+
+} // namespace
+
+std::optional<std::vector<std::uint8_t>> bytesFromHexPairs(std::string_view text) {
     if (text.size() % kTextPerByte == 1)
         return std::nullopt;
     std::vector<std::uint8_t> bytes((text.size() + 1) / kTextPerByte);
@@ -58,24 +72,8 @@ std::optional<std::vector<std::uint8_t>> bytesFromPairs(std::string_view text) {
     return bytes;
 }
 
-// Any other form. The stream's own rules for signs, prefixes and white space hold.
-std::vector<std::uint8_t> bytesFromStream(std::string_view text) {
-    std::istringstream stream{std::string(text)};
-    stream.imbue(std::locale::classic());
-    stream >> std::hex;
-    std::vector<std::uint8_t> bytes;
-    for (std::uint16_t number = 0; stream >> number;) {
-        if (number > 0xFF)
-            throw std::invalid_argument("invalid hex string");
-        bytes.push_back(static_cast<std::uint8_t>(number));
-    }
-    return bytes;
-}
-
-} // namespace
-
 std::vector<std::uint8_t> bytesFromHexString(std::string_view text) {
-    if (auto bytes = bytesFromPairs(text))
+    if (auto bytes = bytesFromHexPairs(text))
         return *std::move(bytes);
     return bytesFromStream(text);
 }

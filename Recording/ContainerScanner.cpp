@@ -1,0 +1,188 @@
+#include "Recording/ContainerScanner.h"
+
+#include "Platform/JSON.h"
+#include "Recording/ContainerFormat.h"
+#include "Recording/FrameReader.h"
+#include "Shared/Util.h"
+
+#include <charconv>
+#include <exception>
+
+namespace VeltoTouch {
+namespace {
+
+using namespace Container;
+
+// Deeper values are left to the parser, which has its own bound.
+constexpr int kDeepestValue = 256;
+
+// A place in the text. Each `take...` moves behind what it takes, or says no; where it stands then does not matter.
+class Cursor {
+public:
+    explicit Cursor(std::string_view text) noexcept : _at(text.data()), _end(text.data() + text.size()) {}
+
+    [[nodiscard]] bool isAtEnd() noexcept {
+        skipBlanks();
+        return _at == _end;
+    }
+
+    [[nodiscard]] bool take(char wanted) noexcept {
+        skipBlanks();
+        if (_at == _end || *_at != wanted)
+            return false;
+        ++_at;
+        return true;
+    }
+
+    // A string without escapes; what stands between the quotes is not checked.
+    [[nodiscard]] std::optional<std::string_view> takeString() noexcept {
+        if (!take('"'))
+            return std::nullopt;
+        const std::string_view rest = remaining();
+        const std::size_t length = rest.find('"');
+        if (length == std::string_view::npos)
+            return std::nullopt;
+        _at += length + 1;
+        return rest.substr(0, length);
+    }
+
+    [[nodiscard]] std::optional<std::uint64_t> takeUnsigned() noexcept {
+        skipBlanks();
+        const bool hasLeadingZero = _end - _at > 1 && _at[0] == '0' && _at[1] >= '0' && _at[1] <= '9';
+        std::uint64_t number = 0;
+        const auto [behind, error] = std::from_chars(_at, _end, number);
+        if (error != std::errc() || hasLeadingZero)
+            return std::nullopt;
+        _at = behind;
+        return number;
+    }
+
+    // An object, whatever is in it, by its brackets alone; the parser must still read it.
+    [[nodiscard]] std::optional<std::string_view> takeObjectText() noexcept {
+        skipBlanks();
+        const char* const start = _at;
+        int depth = 0;
+        bool isInString = false;
+        for (; _at != _end; ++_at) {
+            if (isInString && *_at == '\\' && _end - _at > 1)
+                ++_at;
+            else if (*_at == '"')
+                isInString = !isInString;
+            else if (!isInString && (*_at == '{' || *_at == '['))
+                ++depth;
+            else if (!isInString && (*_at == '}' || *_at == ']'))
+                --depth;
+            if (depth > kDeepestValue)
+                return std::nullopt;
+            if (depth <= 0) {
+                ++_at;
+                return std::string_view(start, static_cast<std::size_t>(_at - start));
+            }
+        }
+        return std::nullopt;
+    }
+
+private:
+    [[nodiscard]] std::string_view remaining() const noexcept { return {_at, static_cast<std::size_t>(_end - _at)}; }
+
+    void skipBlanks() noexcept {
+        while (_at != _end && (*_at == ' ' || *_at == '\n' || *_at == '\r' || *_at == '\t'))
+            ++_at;
+    }
+
+    const char* _at;
+    const char* _end;
+};
+
+// A report with its three members, each once.
+bool takeReport(Cursor& cursor, Frame& frame) {
+    bool hasType = false;
+    bool hasTimestamp = false;
+    bool hasData = false;
+    if (!cursor.take('{'))
+        return false;
+    do {
+        const auto name = cursor.takeString();
+        if (!name || !cursor.take(':'))
+            return false;
+        if (*name == kTimestamp && !hasTimestamp) {
+            const auto number = cursor.takeUnsigned();
+            hasTimestamp = number.has_value();
+            frame.timestampNs = number.value_or(0);
+        } else if (*name == kData && !hasData) {
+            const auto text = cursor.takeString();
+            auto bytes = text ? Util::bytesFromHexPairs(*text) : std::nullopt;
+            hasData = bytes.has_value();
+            if (bytes)
+                frame.report = *std::move(bytes);
+        } else if (*name == kType && !hasType) {
+            hasType = cursor.takeString() == kInputReportType;
+        } else {
+            return false;
+        }
+    } while (cursor.take(','));
+    frame.type = Frame::Type::InputReport;
+    return hasType && hasTimestamp && hasData && cursor.take('}');
+}
+
+// Any other frame, which the parser reads.
+bool takeOtherFrame(Cursor& cursor, Frame& frame) {
+    const auto text = cursor.takeObjectText();
+    const Ref<Value> object = text ? JSON::parse(*text) : nullptr;
+    if (!object)
+        return false;
+    frame = readFrame(ValueNode(object.get()));
+    return true;
+}
+
+bool takeFrames(Cursor& cursor, std::list<Frame>& frames) {
+    if (!cursor.take('['))
+        return false;
+    if (cursor.take(']'))
+        return true;
+    do {
+        const Cursor start = cursor;
+        Frame& frame = frames.emplace_back();
+        if (takeReport(cursor, frame))
+            continue;
+        cursor = start;
+        if (!takeOtherFrame(cursor, frame))
+            return false;
+    } while (cursor.take(','));
+    return cursor.take(']');
+}
+
+bool takeContainer(Cursor& cursor, std::list<Frame>& frames) {
+    bool hasVersion = false;
+    bool hasFrames = false;
+    if (!cursor.take('{'))
+        return false;
+    do {
+        const auto name = cursor.takeString();
+        if (!name || !cursor.take(':'))
+            return false;
+        if (*name == kVersion && !hasVersion)
+            hasVersion = cursor.takeUnsigned() == kCurrentVersion;
+        else if (*name == kFrames && !hasFrames)
+            hasFrames = takeFrames(cursor, frames);
+        else
+            return false;
+    } while (cursor.take(','));
+    return hasVersion && hasFrames && cursor.take('}') && cursor.isAtEnd();
+}
+
+} // namespace
+
+std::optional<std::list<Frame>> scanContainer(std::string_view text) {
+    std::list<Frame> frames;
+    Cursor cursor(text);
+    try {
+        if (takeContainer(cursor, frames))
+            return frames;
+    } catch (const std::exception&) {
+        // A frame that is not right: what is told of it may depend on what follows.
+    }
+    return std::nullopt;
+}
+
+} // namespace VeltoTouch
