@@ -1,0 +1,82 @@
+#include "Benchmarks/SimulatedInput.h"
+
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <simdjson.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace VeltoTouch::Benchmarks {
+namespace {
+
+constexpr std::size_t kFrames = 200'000;
+
+double seconds(const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+// CPU time, user and system, of `velto replay --jsonl FILE` with its output thrown away; negative when it fails.
+double cpuTimeOfReplay(const std::string& file) {
+    std::string arguments[] = {VELTO_PROGRAM, "replay", "--jsonl", file};
+    char* argv[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(), arguments[3].data(), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = 0;
+    const int failure = posix_spawn(&child, argv[0], &actions, nullptr, argv, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    int status = 0;
+    rusage usage{};
+    if (failure != 0 || wait4(child, &status, 0, &usage) != child || status != 0)
+        return -1.0;
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+double cpuTimeNow() {
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+// CPU time of a bare parse of the file's text, which is in memory already.
+double cpuTimeOfParse(const simdjson::padded_string& text) {
+    const double start = cpuTimeNow();
+    simdjson::dom::parser parser;
+    benchmark::DoNotOptimize(parser.parse(text).error());
+    return cpuTimeNow() - start;
+}
+
+// The whole command over 200,000 frames against the bare parse, in one run. `ratio` is the figure.
+void ReplayAgainstBareParse(benchmark::State& state) {
+    const std::string file =
+        std::filesystem::temp_directory_path() / ("velto-benchmark-" + std::to_string(::getpid()) + ".json");
+    std::ofstream(file) << simulatedRecording(kFrames).json()->bytes();
+    const simdjson::padded_string text = simdjson::padded_string::load(file);
+    double replayTime = 0;
+    double parseTime = 0;
+    for (auto _ : state) {
+        const double time = cpuTimeOfReplay(file);
+        if (time < 0) {
+            state.SkipWithError("velto replay failed");
+            break;
+        }
+        replayTime += time;
+        parseTime += cpuTimeOfParse(text);
+        state.SetIterationTime(time);
+    }
+    std::filesystem::remove(file);
+    const auto iterations = static_cast<double>(state.iterations());
+    state.counters["replay_ms"] = 1e3 * replayTime / iterations;
+    state.counters["parse_ms"] = 1e3 * parseTime / iterations;
+    state.counters["ratio"] = replayTime / parseTime;
+}
+BENCHMARK(ReplayAgainstBareParse)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(10);
+
+} // namespace
+} // namespace VeltoTouch::Benchmarks
