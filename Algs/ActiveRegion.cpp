@@ -1,5 +1,4 @@
 #include "Algs/HandStats.h"
-#include "Algs/Membership.h"
 #include "Algs/VirtualImage.h"
 
 #include <algorithm>

@@ -53,13 +53,13 @@ HIDEvents Algs::handleReset() noexcept {
 void Algs::processTouchFrame(const std::int16_t* padValues, std::uint32_t frameNumber, std::uint32_t timeMs,
                              HIDEvents& events) {
     const float threshold = handStats.activationThreshold;
-    Pixels::Lanes<std::int32_t> signals{};
-    std::copy_n(padValues, kPadCount, signals.begin());
+    Pixels::Lanes<std::int32_t> signals;
+    std::fill(std::copy_n(padValues, kPadCount, signals.begin()), signals.end(), 0);
     pixels.updatePixelStates(signals, threshold);
     virtualImage.updateValues(pixels);
-    VirtualPixels::Lanes<std::int32_t> sums{};
-    std::ranges::transform(virtualImage.values, sums.begin(),
-                           [](std::int32_t sum) { return static_cast<std::int16_t>(sum); });
+    VirtualPixels::Lanes<std::int32_t> sums;
+    const auto narrowed = [](std::int32_t sum) { return static_cast<std::int16_t>(sum); };
+    std::fill(std::ranges::transform(virtualImage.values, sums.begin(), narrowed).out, sums.end(), 0);
     virtualPixels.updatePixelStates(sums, threshold, virtualImage.maxPixelIndex);
     handStats.updateHandState(pixels, virtualPixels, timeMs);
 

@@ -41,6 +41,15 @@ public:
     // Forgets the touch that has ended: the latched pixel statistics, the touch score and the peak.
     void Reset() noexcept;
 
+    // The events of the gestures. Each is a finger's digitizer event whose y coordinate carries the region. The
+    // caller owns the event.
+    [[nodiscard]] static Ref<HIDEvent> createMayBeginEvent(PixelRegion region);
+    [[nodiscard]] static Ref<HIDEvent> createHoldStartEvent(PixelRegion region);
+    [[nodiscard]] static Ref<HIDEvent> createHoldChangeEvent(PixelRegion region);
+    [[nodiscard]] static Ref<HIDEvent> createHoldEndEvent(PixelRegion region);
+    [[nodiscard]] static Ref<HIDEvent> createTapEvent(PixelRegion region);
+    [[nodiscard]] static Ref<HIDEvent> createCancelEvent();
+
     // Settings and diagnostics by key (without the domain). A value that is no number counts as 0; unknown keys
     // are ignored.
     //
@@ -78,14 +87,5 @@ private:
     [[nodiscard]] std::string stateLine(std::uint32_t timeMs) const;
     [[nodiscard]] static std::optional<std::size_t> factorIndex(const std::string& key);
 };
-
-// The events of the gestures. Each is a finger's digitizer event whose y coordinate carries the region. The
-// caller owns the event.
-[[nodiscard]] Ref<HIDEvent> createMayBeginEvent(PixelRegion region);
-[[nodiscard]] Ref<HIDEvent> createHoldStartEvent(PixelRegion region);
-[[nodiscard]] Ref<HIDEvent> createHoldChangeEvent(PixelRegion region);
-[[nodiscard]] Ref<HIDEvent> createHoldEndEvent(PixelRegion region);
-[[nodiscard]] Ref<HIDEvent> createTapEvent(PixelRegion region);
-[[nodiscard]] Ref<HIDEvent> createCancelEvent();
 
 } // namespace VeltoTouch

@@ -51,6 +51,7 @@ Ref<Dictionary> countsOf(const EventStats& stats, const std::array<Counter, 12>&
 
 } // namespace
 
+// The first rule that holds counts.
 void EventStats::update(const HandStats& hand) noexcept {
     if (hand.touching && !hand.wasTouching)
         return;

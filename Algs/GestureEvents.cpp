@@ -14,26 +14,26 @@ double coordinate(PixelRegion region) noexcept { return static_cast<double>(regi
 
 } // namespace
 
-Ref<HIDEvent> createMayBeginEvent(PixelRegion region) {
+Ref<HIDEvent> Algs::createMayBeginEvent(PixelRegion region) {
     return createFingerEvent(0, coordinate(region), kIOHIDEventPhaseMayBegin);
 }
 
-Ref<HIDEvent> createHoldStartEvent(PixelRegion region) {
+Ref<HIDEvent> Algs::createHoldStartEvent(PixelRegion region) {
     return createFingerEvent(kIOHIDDigitizerEventTouch, coordinate(region), kIOHIDEventPhaseBegan);
 }
 
-Ref<HIDEvent> createHoldChangeEvent(PixelRegion region) {
+Ref<HIDEvent> Algs::createHoldChangeEvent(PixelRegion region) {
     return createFingerEvent(kIOHIDDigitizerEventTouch, coordinate(region), kIOHIDEventPhaseChanged);
 }
 
-Ref<HIDEvent> createHoldEndEvent(PixelRegion region) {
+Ref<HIDEvent> Algs::createHoldEndEvent(PixelRegion region) {
     return createFingerEvent(kIOHIDDigitizerEventTouch, coordinate(region), kIOHIDEventPhaseEnded);
 }
 
-Ref<HIDEvent> createTapEvent(PixelRegion region) {
+Ref<HIDEvent> Algs::createTapEvent(PixelRegion region) {
     return createFingerEvent(kIOHIDDigitizerEventTap, coordinate(region), kIOHIDEventPhaseUndefined);
 }
 
-Ref<HIDEvent> createCancelEvent() { return createFingerEvent(0, 0.0, kIOHIDEventPhaseCancelled); }
+Ref<HIDEvent> Algs::createCancelEvent() { return createFingerEvent(0, 0.0, kIOHIDEventPhaseCancelled); }
 
 } // namespace VeltoTouch

@@ -30,17 +30,18 @@ struct Summary {
     }
 };
 
-// The index of the first pixel that `isWanted` picks; pads come before groups. Some pixel must be wanted.
+// The index of the first pixel that `isWanted` picks; pads come before groups. Pad 0 where it picks none.
 template <class IsWanted>
 std::int32_t indexOfFirst(const Pixels& pixels, const VirtualPixels& virtualPixels, IsWanted isWanted) noexcept {
     for (std::size_t i = 0; i < kPadCount; ++i) {
         if (isWanted(pixels, i))
             return pixels.index[i];
     }
-    std::size_t group = 0;
-    while (!isWanted(virtualPixels, group))
-        ++group;
-    return virtualPixels.index[group];
+    for (std::size_t i = 0; i < kGroupCount; ++i) {
+        if (isWanted(virtualPixels, i))
+            return virtualPixels.index[i];
+    }
+    return 0;
 }
 
 } // namespace

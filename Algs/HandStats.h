@@ -89,6 +89,20 @@ public:
     // Tap features and verdict. Meaningful in the frame in which a touch ends.
     void updateTapRejection(const Pixels& pixels, const VirtualPixels& virtualPixels) noexcept;
 
+    // Linear membership function through (x0, y0) and (x1, y1), not clipped.
+    [[nodiscard]] static float fuzzify(float x, float x0, float x1, float y0, float y1) noexcept {
+        const float a = (x - x0) / (x1 - x0);
+        return a * y1 + (1.0F - a) * y0;
+    }
+    // The same, held at y0 up to x0 and at y1 from x1 on.
+    [[nodiscard]] static float fuzzifyAndClip(float x, float x0, float x1, float y0, float y1) noexcept {
+        if (x <= x0)
+            return y0;
+        if (x >= x1)
+            return y1;
+        return fuzzify(x, x0, x1, y0, y1);
+    }
+
     // Sets the gesture flags from the statistics, the hold time-out and the two suppression switches.
     void updateGestureState(std::uint32_t timeMs) noexcept;
 

@@ -6,8 +6,7 @@
 namespace VeltoTouch {
 namespace {
 
-constexpr std::size_t kRankCount = kPadCount + kGroupCount;
-constexpr float kBias = 2.0083F;
+constexpr std::size_t kRankCount = SVM::kRankCount;
 
 struct Rank {
     float mean;
@@ -58,16 +57,12 @@ constexpr std::array<Rank, kRankCount> kRanks{{
     {2.1581F, 10.0508F, -0.2101F},    // 37
 }};
 
-// A column of the table, so that the terms of all ranks are computed at once.
-constexpr std::array<float, kRankCount> column(float Rank::*field) noexcept {
-    std::array<float, kRankCount> values{};
+constexpr SVM::ByRank column(float Rank::*field) noexcept {
+    SVM::ByRank values{};
     for (std::size_t k = 0; k < kRankCount; ++k)
         values[k] = kRanks[k].*field;
     return values;
 }
-constexpr auto kMeans = column(&Rank::mean);
-constexpr auto kStdDevs = column(&Rank::stdDev);
-constexpr auto kWeights = column(&Rank::weight);
 
 // Whole vectors; what lies beyond the last value ranks behind it.
 constexpr std::size_t kLanes = (kRankCount + 3) / 4 * 4;
@@ -80,8 +75,10 @@ Values ranked(const Values& values) noexcept {
     Values keys;
     for (std::size_t i = 0; i < kLanes; ++i)
         keys[i] = values[i] * 64 - static_cast<std::int32_t>(i);
-    Values ranks{};
-    for (std::size_t k = 0; k < kRankCount; ++k) {
+    Values ranks;
+    for (std::size_t i = 0; i < kLanes; ++i)
+        ranks[i] = keys[0] > keys[i] ? 1 : 0;
+    for (std::size_t k = 1; k < kRankCount; ++k) {
         for (std::size_t i = 0; i < kLanes; ++i)
             ranks[i] += keys[k] > keys[i] ? 1 : 0;
     }
@@ -104,9 +101,14 @@ bool isWorthJudging(const Values& values, float threshold) noexcept {
 
 } // namespace
 
+// Columns of the table, so that the terms of all ranks are computed at once.
+constexpr SVM::ByRank SVM::means = column(&Rank::mean);
+constexpr SVM::ByRank SVM::stdDevs = column(&Rank::stdDev);
+constexpr SVM::ByRank SVM::weights = column(&Rank::weight);
+
 void SVM::updateSVMScore(const Pixels& pixels, const VirtualPixels& virtualPixels, float threshold,
                          std::uint32_t /*timeMs*/) noexcept {
-    static constexpr std::int32_t kBehindAll = -(1 << 20);
+    static constexpr std::int32_t kBehindAll = -(1 << 20); // below every value; it passes no test for worth
     Values values;
     values.fill(kBehindAll);
     std::copy_n(pixels.value.begin(), kPadCount, values.begin());
@@ -117,11 +119,11 @@ void SVM::updateSVMScore(const Pixels& pixels, const VirtualPixels& virtualPixel
         return;
 
     const Values sorted = ranked(values);
-    std::array<float, kRankCount> terms;
+    ByRank terms;
     for (std::size_t k = 0; k < kRankCount; ++k) // the division before the multiplication
-        terms[k] = (static_cast<float>(sorted[k]) - kMeans[k]) / kStdDevs[k] * kWeights[k];
+        terms[k] = (static_cast<float>(sorted[k]) - means[k]) / stdDevs[k] * weights[k];
     // The order of the sum is part of the result: rank 0 first.
-    score = kBias + std::accumulate(terms.begin(), terms.end(), 0.0F);
+    score = bias + std::accumulate(terms.begin(), terms.end(), 0.0F);
 }
 
 } // namespace VeltoTouch

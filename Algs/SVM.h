@@ -14,11 +14,18 @@ public:
     void updateSVMScore(const Pixels& pixels, const VirtualPixels& virtualPixels, float threshold,
                         std::uint32_t timeMs) noexcept;
 
-    // The score of the last frame; 0 before the first.
+    // 0 before the first frame.
     [[nodiscard]] float getSVMScore() const noexcept { return score; }
 
-private:
-    float score = 0;
+    // By rank, 0 being the frame's largest value: each is (value - mean) / stdDev * weight in the sum.
+    static constexpr std::size_t kRankCount = kPadCount + kGroupCount;
+    using ByRank = std::array<float, kRankCount>;
+    static const ByRank means;
+    static const ByRank stdDevs;
+    static const ByRank weights;
+    static constexpr float bias = 2.0083F;
+
+    float score = 0; // of the last frame
 };
 
 } // namespace VeltoTouch

@@ -70,7 +70,7 @@ Algs::SettingKind Algs::settingKind(const std::string& key) {
 }
 
 // The factor that a key "VirtualNormalizationFactors.N" names, if there is one. N is read as a stream reads an
-// unsigned number: what follows the number is ignored, no number is 0, a negative one wraps and names no factor.
+// unsigned number: what follows the number is ignored, what is no number is 0, a negative one wraps.
 std::optional<std::size_t> Algs::factorIndex(const std::string& key) {
     std::string rest = key;
     if (!Util::stripDomainFromKey(rest, kVirtualNormalizationFactors))

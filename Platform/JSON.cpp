@@ -223,7 +223,7 @@ Document::Document(const Data& text) : _parsed(std::make_unique<Parsed>()) {
     if (result == simdjson::MEMALLOC)
         throw std::bad_alloc();
     if (result == simdjson::CAPACITY)
-        throw std::runtime_error("larger than 4 GiB");
+        throw std::runtime_error("4 GiB or larger");
     _parsed->isValid = result == simdjson::SUCCESS;
 }
 

@@ -24,7 +24,7 @@ class Element;
 class Document {
 public:
     // Parses `text` whole. Throws std::bad_alloc when there is no memory for it and
-    // std::runtime_error when it is longer than the 4 GiB that the parser can address.
+    // std::runtime_error when it is 4 GiB or larger, which the parser cannot address.
     explicit Document(const Data& text);
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;

@@ -1,11 +1,14 @@
 #include "Platform/Log.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
+#include <thread>
 
 #include <spdlog/async.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
@@ -24,6 +27,7 @@ public:
 namespace {
 
 constexpr std::size_t kQueuedLines = 8192;
+constexpr std::chrono::seconds kLongestDrain{1};
 constexpr int kOff = 3;
 
 // Levels by weight, so that "from this level up" is one comparison.
@@ -86,11 +90,21 @@ std::atomic<int>& leastWeight() {
     return weightInForce;
 }
 
-// The writer thread and its sink; made when the first line is logged.
+// Counts the lines that the sink before it has written.
+class WrittenLines final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+public:
+    std::atomic<std::uint64_t> count{0};
+
+private:
+    void sink_it_(const spdlog::details::log_msg& /*line*/) override { ++count; }
+    void flush_() override {}
+};
+
+// The writer thread and its sinks. Never destroyed: threads may log until the process ends.
 class Output {
 public:
     Output() : _pool(std::make_shared<spdlog::details::thread_pool>(kQueuedLines, 1)) {
-        _logger = std::make_shared<spdlog::async_logger>("velto", makeSink(), _pool,
+        _logger = std::make_shared<spdlog::async_logger>("velto", spdlog::sinks_init_list{makeSink(), _written}, _pool,
                                                          spdlog::async_overflow_policy::overrun_oldest);
         _logger->set_level(spdlog::level::debug);
         _logger->set_pattern("%H:%M:%S.%f %l %v");
@@ -98,7 +112,16 @@ public:
     }
 
     void write(const OSLog& log, os_log_type_t type, std::string_view message) {
+        ++_taken;
         _logger->log(spdlogLevel(type), "[{}:{}] {}", log.subsystem, log.category, message);
+    }
+
+    // Gives the writer time for the lines it has, but not for ever: what it writes to may be stalled.
+    void drain() const {
+        const auto end = std::chrono::steady_clock::now() + kLongestDrain;
+        while (_written->count + _pool->overrun_counter() < _taken && std::chrono::steady_clock::now() < end)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        _logger->flush();
     }
 
     [[nodiscard]] std::uint64_t overrunCount() const { return _pool->overrun_counter(); }
@@ -115,15 +138,21 @@ private:
     }
 
     std::shared_ptr<spdlog::details::thread_pool> _pool;
+    std::shared_ptr<WrittenLines> _written = std::make_shared<WrittenLines>();
     std::shared_ptr<spdlog::async_logger> _logger;
+    std::atomic<std::uint64_t> _taken{0};
 };
 
-std::atomic<bool> outputExists{false};
+std::atomic<Output*> openedOutput{nullptr};
 
 Output& output() {
-    static Output theOutput;
-    outputExists.store(true, std::memory_order_release);
-    return theOutput;
+    static Output* const theOutput = [] {
+        auto* opened = new Output;
+        openedOutput.store(opened, std::memory_order_release);
+        std::atexit([] { openedOutput.load()->drain(); });
+        return opened;
+    }();
+    return *theOutput;
 }
 
 std::mutex captureLock;
@@ -140,15 +169,17 @@ bool capture(const OSLog& log, os_log_type_t type, std::string_view message) {
 } // namespace
 
 os_log_t os_log_create(const char* subsystem, const char* category) {
+    if (!settings().file.empty() && settings().leastWeight != kOff)
+        output(); // to open a file may block: here, and not where the first line is logged
     static std::mutex lock;
-    static std::vector<std::unique_ptr<OSLog>> logs; // guarded by lock
+    static auto* const logs = new std::vector<std::unique_ptr<OSLog>>; // guarded by lock; never destroyed
     const std::scoped_lock guard(lock);
-    for (const auto& log : logs) {
+    for (const auto& log : *logs) {
         if (log->subsystem == subsystem && log->category == category)
             return log.get();
     }
-    logs.push_back(std::make_unique<OSLog>(subsystem, category));
-    return logs.back().get();
+    logs->push_back(std::make_unique<OSLog>(subsystem, category));
+    return logs->back().get();
 }
 
 bool os_log_type_enabled(os_log_t /*log*/, os_log_type_t type) noexcept {
@@ -167,7 +198,8 @@ void os_log_with_type(os_log_t log, os_log_type_t type, std::string_view message
 }
 
 std::uint64_t os_log_overrun_count() noexcept {
-    return outputExists.load(std::memory_order_acquire) ? output().overrunCount() : 0;
+    const Output* const opened = openedOutput.load(std::memory_order_acquire);
+    return opened != nullptr ? opened->overrunCount() : 0;
 }
 
 LogCapture::LogCapture(os_log_type_t level) {

@@ -9,7 +9,8 @@
 
 // The platform log. A component creates one log per category and, before it builds a message, asks whether
 // the level is enabled. Logging never blocks its caller: lines go through a bounded queue to a writer thread,
-// and when the queue is full the oldest line is overrun and counted.
+// and when the queue is full the oldest line is overrun and counted. At its end the process gives the writer a second
+// for what it has.
 //
 // The environment variable VELTO_LOG chooses what is written and where: LEVEL or LEVEL:FILE, LEVEL being
 // debug, default, error (where it is not set) or off; without a FILE lines go to standard error.
@@ -25,8 +26,8 @@ enum os_log_type_t : std::uint8_t {
 class OSLog;
 using os_log_t = const OSLog*;
 
-// The log of a category of a component. Logs live until the process ends; equal arguments may give
-// the same log. Any thread.
+// The log of a category of a component. Logs live until the process ends; equal arguments may give the same log. Any
+// thread; may open the log's file, so not where nothing may wait.
 [[nodiscard]] os_log_t os_log_create(const char* subsystem, const char* category);
 
 // Whether messages of this level are taken at all: one relaxed load. Any thread.

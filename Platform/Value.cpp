@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 
 #include <sys/mman.h>
 
@@ -29,6 +30,14 @@ bool isFloating(const Number::Content& content) noexcept {
 bool isNegativeInteger(const Number::Content& content) noexcept {
     const auto* number = std::get_if<std::int64_t>(&content);
     return number != nullptr && *number < 0;
+}
+
+template <class Items, class DepthOf>
+std::size_t deepest(const Items& items, DepthOf depthOf) {
+    std::size_t depth = 0;
+    for (const auto& item : items)
+        depth = std::max(depth, depthOf(item));
+    return depth;
 }
 
 } // namespace
@@ -72,7 +81,19 @@ bool Number::hasEqualContent(const Number& other) const noexcept {
            unsignedLongLongValue() == other.unsignedLongLongValue();
 }
 
-Dictionary::Dictionary(std::vector<Entry> entries) : Value(kKind), _entries(std::move(entries)) {
+std::size_t Value::checkedDepth(std::size_t depth) {
+    if (depth > kDeepest)
+        throw std::length_error("value too deep");
+    return depth;
+}
+
+Array::Array(std::vector<Ref<Value>> elements)
+    : Value(kKind, 1 + deepest(elements, [](const Ref<Value>& element) { return element->depth(); })),
+      _elements(std::move(elements)) {}
+
+Dictionary::Dictionary(std::vector<Entry> entries)
+    : Value(kKind, 1 + deepest(entries, [](const Entry& entry) { return entry.value->depth(); })),
+      _entries(std::move(entries)) {
     const auto byKey = [](const Entry& a, const Entry& b) { return a.key < b.key; };
     if (!std::is_sorted(_entries.begin(), _entries.end(), byKey))
         std::stable_sort(_entries.begin(), _entries.end(), byKey);

@@ -18,14 +18,23 @@ class Value : public Object {
 public:
     enum class Kind : std::uint8_t { Null, Number, String, Array, Dictionary, Data };
 
+    // How deep values may be nested, so that whatever walks a tree may do so by recursion. Making a deeper one throws
+    // std::length_error. It is the depth that JSON is read to.
+    static constexpr std::size_t kDeepest = 1024;
+
     [[nodiscard]] Kind kind() const noexcept { return _kind; }
+    // 1 for an array or a dictionary without any in it, 0 for every other value.
+    [[nodiscard]] std::size_t depth() const noexcept { return _depth; }
 
 protected:
-    explicit Value(Kind kind) noexcept : _kind(kind) {}
+    explicit Value(Kind kind, std::size_t depth = 0) : _kind(kind), _depth(checkedDepth(depth)) {}
     [[nodiscard]] bool isEqual(const Object& other) const noexcept override;
 
 private:
+    [[nodiscard]] static std::size_t checkedDepth(std::size_t depth);
+
     const Kind _kind;
+    const std::size_t _depth;
 };
 
 // `value` as a T, or null where it is nil or of another kind.
@@ -41,7 +50,7 @@ template <class T>
 class Null final : public Value {
 public:
     static constexpr Kind kKind = Kind::Null;
-    Null() noexcept : Value(kKind) {}
+    Null() : Value(kKind) {}
 };
 
 // The unsigned 64-bit reading of a double: truncated toward zero; NaN is 0, 2^64 and above the largest
@@ -55,7 +64,7 @@ public:
     static constexpr Kind kKind = Kind::Number;
     using Content = std::variant<bool, std::int64_t, std::uint64_t, float, double>;
 
-    explicit Number(Content content) noexcept : Value(kKind), _content(content) {}
+    explicit Number(Content content) : Value(kKind), _content(content) {}
 
     [[nodiscard]] static Ref<Number> withBool(bool number) { return makeRef<Number>(number); }
     [[nodiscard]] static Ref<Number> withLongLong(std::int64_t number) { return makeRef<Number>(number); }
@@ -88,7 +97,7 @@ private:
 class String final : public Value {
 public:
     static constexpr Kind kKind = Kind::String;
-    explicit String(std::string text) noexcept : Value(kKind), _text(std::move(text)) {}
+    explicit String(std::string text) : Value(kKind), _text(std::move(text)) {}
 
     [[nodiscard]] const std::string& text() const noexcept { return _text; }
 
@@ -100,7 +109,7 @@ class Array final : public Value {
 public:
     static constexpr Kind kKind = Kind::Array;
     // The elements must not be nil.
-    explicit Array(std::vector<Ref<Value>> elements) noexcept : Value(kKind), _elements(std::move(elements)) {}
+    explicit Array(std::vector<Ref<Value>> elements);
 
     [[nodiscard]] std::span<const Ref<Value>> elements() const noexcept { return _elements; }
 

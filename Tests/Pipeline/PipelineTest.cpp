@@ -155,7 +155,7 @@ TEST_F(PipelineTest, MetadataReachesItsHandlerAlone) {
 
 TEST_F(PipelineTest, CallbacksAreOptional) {
     Pipeline bare;
-    bare.handleHIDEvents(1, {createTapEvent(PlayPause)});
+    bare.handleHIDEvents(1, {Algs::createTapEvent(PlayPause)});
     bare.handleMetadata(1, "Accel", nullptr);
     for (const Report& report : {firmwareEventReport(0), firmwareEventReport(3), Report{9}})
         bare.handleInputReport(1, report.data(), report.size());
