@@ -16,7 +16,8 @@ using namespace Container;
 // Deeper values are left to the parser, which has its own bound.
 constexpr int kDeepestValue = 256;
 
-// A place in the text. Each `take...` moves behind what it takes, or says no; where it stands then does not matter.
+// A place in the text. Each `take...` moves behind what it takes, or says no; then nobody knows where it stands, and
+// whoever asked must say no as well.
 class Cursor {
 public:
     explicit Cursor(std::string_view text) noexcept : _at(text.data()), _end(text.data() + text.size()) {}
@@ -107,16 +108,19 @@ bool takeReport(Cursor& cursor, Frame& frame) {
             return false;
         if (*name == kTimestamp && !hasTimestamp) {
             const auto number = cursor.takeUnsigned();
-            hasTimestamp = number.has_value();
-            frame.timestampNs = number.value_or(0);
+            if (!number)
+                return false;
+            frame.timestampNs = *number;
+            hasTimestamp = true;
         } else if (*name == kData && !hasData) {
             const auto text = cursor.takeString();
             auto bytes = text ? Util::bytesFromHexPairs(*text) : std::nullopt;
-            hasData = bytes.has_value();
-            if (bytes)
-                frame.report = *std::move(bytes);
-        } else if (*name == kType && !hasType) {
-            hasType = cursor.takeString() == kInputReportType;
+            if (!bytes)
+                return false;
+            frame.report = *std::move(bytes);
+            hasData = true;
+        } else if (*name == kType && !hasType && cursor.takeString() == kInputReportType) {
+            hasType = true;
         } else {
             return false;
         }
@@ -161,10 +165,10 @@ bool takeContainer(Cursor& cursor, std::list<Frame>& frames) {
         const auto name = cursor.takeString();
         if (!name || !cursor.take(':'))
             return false;
-        if (*name == kVersion && !hasVersion)
-            hasVersion = cursor.takeUnsigned() == kCurrentVersion;
-        else if (*name == kFrames && !hasFrames)
-            hasFrames = takeFrames(cursor, frames);
+        if (*name == kVersion && !hasVersion && cursor.takeUnsigned() == kCurrentVersion)
+            hasVersion = true;
+        else if (*name == kFrames && !hasFrames && takeFrames(cursor, frames))
+            hasFrames = true;
         else
             return false;
     } while (cursor.take(','));

@@ -14,6 +14,9 @@ using namespace Container;
 // Enough for the text of an image report; a recording of longer frames grows while it is written.
 constexpr std::size_t kUsualFrameLength = 300;
 
+// Container, frames, frame. A value that would be nested too deep for the reader costs only itself.
+constexpr std::size_t kDepthAroundValue = 3;
+
 void appendNumber(std::string& text, std::uint64_t number) {
     std::array<char, 20> digits{};
     text.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
@@ -36,7 +39,10 @@ void appendKeyed(std::string& text, const Frame& frame, std::string_view type) {
     text.append(R"(,"Type":")").append(type).append("\"");
     if (frame.value) {
         text += R"(,"Value":)";
-        JSON::append(text, frame.value.get());
+        if (frame.value->depth() + kDepthAroundValue <= Value::kDeepest)
+            JSON::append(text, frame.value.get());
+        else
+            text += R"({"Unrepresentable":"depth"})";
     }
     text += "},";
 }

@@ -50,8 +50,6 @@ void PipelineRecording::handleInputReport(std::uint64_t timestamp, const std::ui
     Frame& frame = node.front();
     frame.type = Frame::Type::InputReport;
     frame.timestampNs = Util::nanosecondsFromMachTime(timestamp);
-    frame.key.clear();
-    frame.value = nullptr;
     frame.report.assign(report, report + length);
     appendNode(node);
     if (pipeline)
@@ -77,8 +75,10 @@ void PipelineRecording::appendFrame(Frame frame) noexcept {
 
 void PipelineRecording::appendNode(std::list<Frame>& node) noexcept {
     _frames.splice(_frames.end(), node);
-    if (_maxFrameCount != 0 && _frames.size() / 2 >= _maxFrameCount)
+    if (_maxFrameCount != 0 && _frames.size() / 2 >= _maxFrameCount) {
         _spareFrames = trimFrames(_frames, _maxFrameCount);
+        std::erase_if(_spareFrames, [](const Frame& frame) { return frame.type != Frame::Type::InputReport; });
+    }
     _play.valid = false;
 }
 

@@ -97,7 +97,7 @@ private:
     [[nodiscard]] const Frame* nextFrame() const noexcept;
 
     std::list<Frame> _frames;         // oldest first
-    std::list<Frame> _spareFrames;    // trimmed away; reports reuse their memory
+    std::list<Frame> _spareFrames;    // reports trimmed away; new ones reuse their memory
     std::uint64_t _maxFrameCount = 0; // 0: unbounded
     Play _play;
 };
