@@ -1,5 +1,6 @@
 #include "Tools/Command.h"
 #include "Tools/Files.h"
+#include "Tools/Numbers.h"
 #include "Tools/Replay.h"
 #include "Tools/Terminal.h"
 
@@ -15,7 +16,9 @@ struct Options {
 };
 
 void addFileOptions(CLI::App& app, Options& options) {
-    app.add_option("FILE", options.file, "Recording of any version; - is the standard input")->required();
+    app.add_option("FILE", options.file, "Recording of any version; - is the standard input")
+        ->type_name("")
+        ->required();
     app.add_option("-o", options.output, "Where to write (default: standard output)")->type_name("OUT");
 }
 
@@ -56,9 +59,8 @@ Command makeTrimCommand(CLI::App& program) {
                                                    "Keeps the newest frames of a recording and the settings in force\n"
                                                    "before them. The result is sorted, of the current version.");
     addFileOptions(*app, *options);
-    app->add_option("--max", options->maxFrameCount,
-                    "How many frames that are no settings to keep; 0 keeps the settings alone")
-        ->type_name("N")
+    addNumber(*app, "--max", options->maxFrameCount,
+              "How many frames that are no settings to keep; 0 keeps the settings alone")
         ->required();
     return {app, [options] {
                 return rewrite(*options,

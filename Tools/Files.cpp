@@ -16,7 +16,7 @@
 namespace VeltoTouch::Tools {
 namespace {
 
-constexpr std::size_t kLargestFile = (std::size_t{4} << 30U) - 1;
+constexpr std::size_t kLargestFile = (std::size_t{4} << 30U) - 1; // what the parser can address
 constexpr std::size_t kChunk = std::size_t{1} << 20U;
 
 [[noreturn]] void throwSystemError() { throw std::system_error(errno, std::generic_category()); }
@@ -61,7 +61,8 @@ std::string readAll(int descriptor, std::size_t expectedSize, const std::string&
     std::string content = Data::roomFor(std::min(expectedSize, kLargestFile) + 1);
     Progress progress("reading " + name, expectedSize);
     for (std::size_t size = 0;;) {
-        content.resize(std::max(size + 1, std::min(size + kChunk, content.capacity() - Data::kPadding)));
+        const std::size_t room = content.capacity() - Data::kPadding;
+        content.resize(room > size ? std::min(size + kChunk, room) : size + kChunk);
         const ssize_t count = ::read(descriptor, content.data() + size, content.size() - size);
         if (count < 0 && errno == EINTR)
             continue;
@@ -70,7 +71,7 @@ std::string readAll(int descriptor, std::size_t expectedSize, const std::string&
         size += static_cast<std::size_t>(count);
         progress.update(size);
         if (size > kLargestFile)
-            throw std::runtime_error("larger than 4 GiB");
+            throw std::runtime_error("4 GiB or larger");
         if (count == 0) {
             content.resize(size);
             return content;
@@ -80,7 +81,7 @@ std::string readAll(int descriptor, std::size_t expectedSize, const std::string&
 
 // Writes a new file beside `path` and renames it; the new file goes when anything fails.
 void replaceFile(const std::string& path, std::string_view content, mode_t mode) {
-    std::string temporary = path + ".XXXXXX";
+    std::string temporary = path.substr(0, path.rfind('/') + 1) + ".velto.XXXXXX";
     Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
     try {
         writeAll(file.get(), content);
@@ -95,6 +96,13 @@ void replaceFile(const std::string& path, std::string_view content, mode_t mode)
     }
 }
 
+// Devices, pipes and what stands for an open descriptor: whatever is there already stays.
+void writeInPlace(const std::string& path, std::string_view content) {
+    Descriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+    writeAll(file.get(), content);
+    file.close();
+}
+
 mode_t modeOfNewFiles() noexcept {
     const mode_t mask = ::umask(0);
     ::umask(mask);
@@ -105,25 +113,30 @@ mode_t modeOfNewFiles() noexcept {
 
 Ref<Data> readFile(const std::string& path) {
     if (path == "-")
-        return makeRef<Data>(readAll(STDIN_FILENO, 0, "standard input"));
+        return makeRef<Data>(readAll(STDIN_FILENO, kChunk, "standard input"));
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status {};
     if (::fstat(file.get(), &status) != 0)
         throwSystemError();
-    return makeRef<Data>(readAll(file.get(), static_cast<std::size_t>(status.st_size), path));
+    const auto size = static_cast<std::size_t>(status.st_size); // of a pipe or device 0
+    return makeRef<Data>(readAll(file.get(), size > 0 ? size : kChunk, path));
 }
 
 void writeFile(const std::string& path, std::string_view content) {
-    if (path.empty())
+    if (path.empty() || path == "-")
         return writeStandardOutput(content);
+    if (path.starts_with("/dev/") || path.starts_with("/proc/"))
+        return writeInPlace(path, content);
     struct stat status {};
-    if (::stat(path.c_str(), &status) != 0)
+    if (::stat(path.c_str(), &status) != 0) {
+        if (errno != ENOENT || ::lstat(path.c_str(), &status) == 0) // a link to nothing is not replaced
+            throwSystemError();
         return replaceFile(path, content, modeOfNewFiles());
-    if (!S_ISREG(status.st_mode)) {
-        Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-        writeAll(file.get(), content);
-        return file.close();
     }
+    if (!S_ISREG(status.st_mode))
+        return writeInPlace(path, content);
+    if (::access(path.c_str(), W_OK) != 0) // a protected file stays, though its folder would let it be replaced
+        throwSystemError();
     // A link stays one: what it points to is replaced.
     const std::unique_ptr<char, decltype(&std::free)> target(::realpath(path.c_str(), nullptr), &std::free);
     if (target == nullptr)
@@ -137,7 +150,7 @@ void writeStandardOutput(std::string_view text) {
     } catch (const std::system_error& error) {
         if (error.code() == std::errc::broken_pipe)
             throw ClosedPipe();
-        throw std::runtime_error(std::string("standard output: ") + error.what());
+        throw OutputFailed(std::string("standard output: ") + error.what());
     }
 }
 

@@ -24,7 +24,6 @@ struct Options {
 struct Info {
     std::uint64_t version = 0;
     std::array<std::uint64_t, 3> framesByType{}; // in the order of Frame::Type
-    std::uint64_t durationNs = 0;
     Replay::Counts counts;
     std::uint64_t gaps = 0;
     std::uint64_t resets = 0;
@@ -37,9 +36,8 @@ std::uint64_t versionOfContainer(const Data& container) {
     return Container::versionOf(document.root());
 }
 
-// The newest write of each key; a key that acts without a value is no setting.
-std::vector<Setting> settingsInForce(PipelineRecording recording) {
-    recording.trimFrames(0);
+// A key that acts without a value is no setting. `recording` holds the newest write of each key alone.
+std::vector<Setting> settingsInForce(const PipelineRecording& recording) {
     std::vector<Setting> settings;
     for (const Frame& frame : recording.frames()) {
         std::string key = frame.key;
@@ -59,19 +57,18 @@ Info inspect(const std::string& file) {
     info.version = versionOfContainer(*container);
     for (const Frame& frame : recording.frames())
         ++info.framesByType[static_cast<std::size_t>(frame.type)];
-    if (!recording.frames().empty())
-        info.durationNs = recording.frames().back().timestampNs - recording.frames().front().timestampNs;
-    info.settings = settingsInForce(recording);
 
     Replay replay;
     GestureTable gestures([](const GestureTable::Gesture&) {});
     replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) { gestures.add(event, timeNs); };
     replay.play(recording, {}, Replay::kMaxSpeed, "replaying " + file);
-    gestures.finish(info.durationNs);
     info.counts = replay.counts();
+    gestures.finish(info.counts.durationNs);
     info.gaps = replay.pipeline().disjointImageCount;
     info.resets = replay.pipeline().resetCount;
     info.gestures = gestures.counts();
+    recording.trimFrames(0);
+    info.settings = settingsInForce(recording);
     return info;
 }
 
@@ -83,13 +80,13 @@ std::string asText(const std::string& file, const Info& info) {
     line("version", fmt::format("{}", info.version));
     line("frames", fmt::format("{} ({} settings, {} input reports, {} metadata)", info.counts.frames,
                                info.framesByType[0], info.framesByType[1], info.framesByType[2]));
-    line("duration", fmt::format("{:.3f} s", static_cast<double>(info.durationNs) / 1e9));
+    line("duration", fmt::format("{:.3f} s", static_cast<double>(info.counts.durationNs) / 1e9));
     line("images", fmt::format("{}", info.counts.images));
     line("invalid reports", fmt::format("{}", info.counts.invalidReports));
     line("gaps", fmt::format("{}", info.gaps));
     line("firmware resets", fmt::format("{}", info.resets));
     for (const Setting& setting : info.settings)
-        line("setting", fmt::format("{} = {}", setting.key,
+        line("setting", fmt::format("{} = {}", printable(setting.key),
                                     setting.value ? JSON::text(setting.value.get()) : std::string("(none)")));
     for (const auto& [name, regions] : info.gestures) {
         for (const auto& [region, count] : regions)
@@ -120,7 +117,7 @@ std::string asJSON(std::string_view file, const Info& info) {
     const auto all = dictionary({{.key = "file", .value = makeRef<String>(std::string(file))},
                                  number("version", info.version),
                                  {.key = "frames", .value = frames},
-                                 number("durationNs", info.durationNs),
+                                 number("durationNs", info.counts.durationNs),
                                  number("images", info.counts.images),
                                  number("invalidReports", info.counts.invalidReports),
                                  number("gaps", info.gaps),
@@ -139,7 +136,9 @@ Command makeInfoCommand(CLI::App& program) {
                                        "  velto info gestures.json\n\n"
                                        "Tells what recordings hold: frames, duration, gaps, settings in force,\n"
                                        "gestures found.");
-    app->add_option("FILE", options->files, "Recordings of any version; - is the standard input")->required();
+    app->add_option("FILE", options->files, "Recordings of any version; - is the standard input")
+        ->type_name("")
+        ->required();
     app->add_flag("--json", options->json, "One JSON object a file");
     return {app, [options] {
                 return forEachFile(options->files, [&](const std::string& file) {

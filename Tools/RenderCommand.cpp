@@ -1,6 +1,7 @@
 #include "Shared/Util.h"
 #include "Tools/Command.h"
 #include "Tools/Files.h"
+#include "Tools/Numbers.h"
 #include "Tools/Replay.h"
 #include "Tools/Terminal.h"
 
@@ -13,7 +14,8 @@ constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;
 
 struct Options {
     std::string file;
-    std::optional<std::uint32_t> frame;
+    bool isFrameWanted = false; // otherwise every frame
+    std::uint32_t wantedFrame = 0;
     bool raw = false;
 };
 
@@ -22,7 +24,7 @@ void renderFile(const Options& options, const std::string& file) {
     std::string text;
     for (const Frame& frame : recording.frames()) {
         const auto image = InputReport::Image::parse(frame.report.data(), frame.report.size());
-        if (!image || (options.frame && image->frameNumber != *options.frame))
+        if (!image || (options.isFrameWanted && image->frameNumber != options.wantedFrame))
             continue;
         text += Util::stringFromImage(*image, options.raw) + "\n";
         if (text.size() >= kFlushedFrom) {
@@ -41,8 +43,12 @@ Command makeRenderCommand(CLI::App& program) {
         program.add_subcommand("render", "Example:\n"
                                          "  velto render --frame 42 gestures.json\n\n"
                                          "Shows images as text pictures, each pad's value where the pad lies.");
-    app->add_option("FILE", options->file, "Recording of any version; - is the standard input")->required();
-    app->add_option("--frame", options->frame, "Only the images with this frame number")->type_name("F");
+    app->add_option("FILE", options->file, "Recording of any version; - is the standard input")
+        ->type_name("")
+        ->required();
+    addNumber(*app, "--frame", options->wantedFrame, "Only the images with this frame number")
+        ->type_name("F")
+        ->each([options](const std::string&) { options->isFrameWanted = true; });
     app->add_flag("--raw", options->raw, "Raw values in place of signals");
     return {app, [options] {
                 return forEachFile({options->file}, [&](const std::string& file) { renderFile(*options, file); });

@@ -94,10 +94,13 @@ void Replay::play(PipelineRecording& recording, const std::vector<Setting>& sett
             _pipeline->setState(recording.playStartTime(), key, setting.value);
     }
     _counts.frames = recording.frames().size();
+    if (_counts.frames > 0)
+        _counts.durationNs = recording.frames().back().timestampNs - recording.frames().front().timestampNs;
     Progress progress(std::move(work), _counts.frames);
     for (std::uint64_t played = 0; recording.playCanContinue(); progress.update(++played)) {
         recording.playNextFrame(speed);
         showFrame();
+        frameDone();
     }
     _counts.settingsLeftOut = filter->leftOut;
 }

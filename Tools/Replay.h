@@ -25,13 +25,18 @@ public:
         std::uint64_t invalidReports = 0;
         std::uint64_t events = 0;
         std::uint64_t settingsLeftOut = 0;
+        std::uint64_t durationNs = 0; // from the first frame to the last
     };
+
+    // The handlers run within the pipeline and must not throw; what may is done in `frameDone`.
 
     // Called for each HID event, in order; the time since the start of playback in nanoseconds.
     std::function<void(const HIDEvent& event, std::uint64_t timeNs)> eventHandler;
     // Called for each image that the recognizer has processed (a firmware reset is one without contacts, frame 0 and
     // time 0), before its events.
     std::function<void(const Algs& algs, const InputReport::Image& image)> frameHandler;
+    // Called after each frame of the recording; may throw, which ends the play.
+    std::function<void()> frameDone = [] {};
 
     // Plays a recording in time order. `settings` are written before its first frame, and its own writes of their
     // keys are left out. `work` names the play for the progress line.

@@ -36,8 +36,8 @@ public:
         writeStandardOutput(text);
         text.clear();
     }
-    void lineAdded() {
-        if (_isLive || text.size() >= kFlushedFrom)
+    void flushWhenDue() {
+        if ((_isLive && !text.empty()) || text.size() >= kFlushedFrom)
             flush();
     }
 
@@ -82,13 +82,12 @@ void replayAsLines(const Options& options, const std::string& file, Replay& repl
     if (options.describe) {
         replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
             appendFrameLine(output.text, algs, image);
-            output.lineAdded();
         };
     }
     replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
         appendEventLine(output.text, event, timeNs);
-        output.lineAdded();
     };
+    replay.frameDone = [&output] { output.flushWhenDue(); };
     replay.play(recording, options.settings, options.speed, "replaying " + file);
     appendSummaryLine(output.text, fileNameOf(file), replay);
     output.flush();
@@ -97,26 +96,19 @@ void replayAsLines(const Options& options, const std::string& file, Replay& repl
 void replayAsTable(const Options& options, const std::string& file, Replay& replay, PipelineRecording& recording) {
     Output output(options.speed != Replay::kMaxSpeed);
     output.text = file + "\n" + GestureTable::heading();
-    GestureTable gestures([&](const GestureTable::Gesture& gesture) {
-        output.text += GestureTable::row(gesture);
-        output.lineAdded();
-    });
-    std::uint64_t lastTimeNs = 0;
+    GestureTable gestures([&](const GestureTable::Gesture& gesture) { output.text += GestureTable::row(gesture); });
     if (options.describe) {
         replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
             const std::int16_t* pads = image.padSignal.data();
             output.text += fmt::format("Frame {} @{}ms\n  {}\n  {}\n", image.frameNumber, image.timestampMs,
                                        algs.touchStateDescription(pads, image.timestampMs),
                                        algs.virtualStateDescription(pads, image.timestampMs));
-            output.lineAdded();
         };
     }
-    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
-        lastTimeNs = timeNs;
-        gestures.add(event, timeNs);
-    };
+    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) { gestures.add(event, timeNs); };
+    replay.frameDone = [&output] { output.flushWhenDue(); };
     replay.play(recording, options.settings, options.speed, "replaying " + file);
-    gestures.finish(lastTimeNs);
+    gestures.finish(replay.counts().durationNs);
     output.text += summaryText(replay, gestures);
     output.flush();
 }
@@ -152,7 +144,7 @@ Command makeReplayCommand(CLI::App& program) {
                   "  velto replay --jsonl --set Pipeline.Algs.HoldTimeoutMilliseconds=250 *.json\n\n"
                   "Plays recordings of any version through a fresh recognizer and shows the\n"
                   "gestures that it finds.");
-    app->add_option("FILE", options->files, "Recordings; - is the standard input")->required();
+    app->add_option("FILE", options->files, "Recordings; - is the standard input")->type_name("")->required();
     app->add_option_function<std::string>(
            "--speed", [options](const std::string& text) { options->speed = parseSpeed(text); },
            "Pace: a factor on the recorded one, or max (the default)")

@@ -2,6 +2,7 @@
 #include "Surface/SimulatedRecording.h"
 #include "Tools/Command.h"
 #include "Tools/Files.h"
+#include "Tools/Numbers.h"
 #include "Tools/Terminal.h"
 
 #include <memory>
@@ -11,7 +12,7 @@ namespace {
 
 using namespace VeltoTouch::Surface;
 
-constexpr std::uint32_t kMostMadeUp = 100'000;
+constexpr std::uint32_t kMostMadeUp = 5'000; // what a recording at the usual rate has room for
 
 constexpr const char* kDescription = "Example:\n"
                                      "  velto simulate --seed 7 tap:play-pause hold:volume-up -o gestures.json\n"
@@ -76,23 +77,18 @@ Command makeSimulateCommand(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     CLI::App* app = program.add_subcommand("simulate", kDescription);
     app->footer(kSteps);
-    app->add_option("STEP", options->steps, "What the fingers do, one step after the other; see below")->check(faultOf);
-    app->add_option("--seed", options->simulation.seed,
-                    "Where the small differences between fingers and the noise start")
-        ->type_name("N")
-        ->capture_default_str()
-        ->check([](const std::string& text) { return std::string(text.starts_with('-') ? "not 0 or more" : ""); });
-    app->add_option("--rate", options->simulation.rateHz, "Scans a second")
-        ->type_name("HZ")
-        ->capture_default_str()
-        ->check(CLI::Range(1U, Simulation::kHighestRateHz));
-    app->add_option("--noise", options->simulation.noise, "Largest noise of a pad, in counts")
-        ->type_name("N")
-        ->capture_default_str()
-        ->check(CLI::Range(0U, Simulation::kHighestNoise));
-    app->add_option("--random", options->madeUpGestures, "Add this many gestures of a made-up user after the steps")
-        ->type_name("N")
-        ->check(CLI::Range(1U, kMostMadeUp));
+    app->add_option("STEP", options->steps, "What the fingers do, one step after the other; see below")
+        ->type_name("")
+        ->check(faultOf);
+    Simulation::Options& simulation = options->simulation;
+    addNumber(*app, "--seed", simulation.seed,
+              "Where the small differences between fingers and the noise start (default: 1)");
+    addNumber(*app, "--rate", simulation.rateHz, "Scans a second (default: 100)", 1U, Simulation::kHighestRateHz)
+        ->type_name("HZ");
+    addNumber(*app, "--noise", simulation.noise, "Largest noise of a pad, in counts (default: 3)", 0U,
+              Simulation::kHighestNoise);
+    addNumber(*app, "--random", options->madeUpGestures,
+              "Add this many gestures of a made-up user after the steps, with pauses", 1U, kMostMadeUp);
     app->add_option("-o", options->output, "Where to write (default: standard output)")->type_name("OUT");
     app->callback([options] {
         if (options->steps.empty() && options->madeUpGestures == 0)

@@ -1,5 +1,6 @@
 #include "Tools/Terminal.h"
 
+#include "Platform/JSON.h"
 #include "Tools/Files.h"
 
 #include <cstdio>
@@ -37,12 +38,20 @@ int forEachFile(const std::vector<std::string>& files, const std::function<void(
             handle(file);
         } catch (const ClosedPipe&) {
             throw;
+        } catch (const OutputFailed&) {
+            throw;
         } catch (const std::exception& error) {
             complain(file, messageOf(error));
             status = 1;
         }
     }
     return status;
+}
+
+std::string printable(std::string_view text) {
+    std::string escaped;
+    JSON::appendString(escaped, text);
+    return escaped.substr(1, escaped.size() - 2);
 }
 
 std::string_view fileNameOf(std::string_view path) {

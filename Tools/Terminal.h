@@ -14,12 +14,15 @@ namespace VeltoTouch::Tools {
 void complain(std::string_view subject, std::string_view message);
 
 // Handles each file; what a file's handler throws is told under the file's name, and the other files are still
-// handled. The exit status: 1 if any failed. A closed pipe is passed on.
+// handled. The exit status: 1 if any failed. A standard output that fails is passed on.
 [[nodiscard]] int forEachFile(const std::vector<std::string>& files,
                               const std::function<void(const std::string& file)>& handle);
 
 // What to tell of an exception.
 [[nodiscard]] std::string messageOf(const std::exception& error);
+
+// Text of a recording for a terminal: control characters are escaped.
+[[nodiscard]] std::string printable(std::string_view text);
 
 // The last part of a path.
 [[nodiscard]] std::string_view fileNameOf(std::string_view path);

@@ -6,6 +6,10 @@
 #include <csignal>
 #include <memory>
 #include <sstream>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
 
 namespace {
 
@@ -26,6 +30,24 @@ public:
     }
 };
 
+// One line that says what is wrong, and where to look.
+std::string usageMessage(const CLI::App* program, const CLI::Error& error) {
+    const std::vector<std::string> unknown = program->remaining();
+    const std::string what = unknown.empty() ? error.what() : "nothing here is called " + unknown.front();
+    return fmt::format("velto: {} (velto --help says more)\n", what);
+}
+
+// The arguments without the program's name, last first, as the option parser wants them. It would split a file name in
+// brackets; the same file in the folder "." it leaves alone.
+std::vector<std::string> argumentsOf(int argc, char** argv) {
+    std::vector<std::string> arguments(std::make_reverse_iterator(argv + argc), std::make_reverse_iterator(argv + 1));
+    for (std::string& argument : arguments) {
+        if (argument.starts_with('['))
+            argument.insert(0, "./");
+    }
+    return arguments;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -36,11 +58,12 @@ int main(int argc, char** argv) {
                      "Records, replays and inspects the touches of a fifteen-pad surface.",
                      "velto");
     program.formatter(std::make_shared<HelpFormatter>());
+    program.failure_message(usageMessage);
     program.require_subcommand(1);
     const std::array commands{makeReplayCommand(program), makeConvertCommand(program), makeTrimCommand(program),
                               makeRenderCommand(program), makeInfoCommand(program),    makeSimulateCommand(program)};
     try {
-        program.parse(argc, argv);
+        program.parse(argumentsOf(argc, argv));
     } catch (const CLI::ParseError& error) {
         return program.exit(error) == 0 ? 0 : kWrongUsage;
     }
