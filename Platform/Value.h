@@ -19,7 +19,7 @@ public:
     enum class Kind : std::uint8_t { Null, Number, String, Array, Dictionary, Data };
 
     // How deep values may be nested, so that whatever walks a tree may do so by recursion. Making a deeper one throws
-    // std::length_error. It is the depth that JSON is read to.
+    // std::length_error. JSON is read to one level less, and to this one where there is nothing in the innermost.
     static constexpr std::size_t kDeepest = 1024;
 
     [[nodiscard]] Kind kind() const noexcept { return _kind; }
