@@ -5,10 +5,9 @@
 #include "Platform/HIDEvent.h"
 
 #include <array>
-#include <optional>
 #include <ostream>
 #include <string>
-#include <utility>
+#include <string_view>
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -26,7 +25,7 @@ inline constexpr std::array<const char*, kRegionCount> kRegionNames{"None", "Pla
 inline std::string nameOf(PixelRegion region) { return kRegionNames.at(static_cast<std::size_t>(region)); }
 
 struct GestureKind {
-    const char* name;
+    std::string_view name;
     std::uint32_t eventMask;
     std::uint16_t phase;
 };
@@ -48,71 +47,53 @@ inline std::string gestureOf(const HIDEvent& event) {
         return fmt::format("vendor-defined event (usage page {:#x}, usage {:#x})", vendor->usagePage, vendor->usage);
     }
     const auto& finger = std::get<Digitizer>(event.payload);
+    const auto region = static_cast<std::size_t>(finger.y);
     for (const GestureKind& kind : kGestureKinds) {
-        if (finger.eventMask != kind.eventMask || event.phase != kind.phase)
+        if (finger.eventMask != kind.eventMask || event.phase != kind.phase || finger.y != static_cast<double>(region))
             continue;
-        if (std::string_view(kind.name) == "Cancel" && finger.y == 0)
+        if (kind.name == "Cancel" && region == 0)
             return "Cancel()";
-        for (std::size_t region = 0; region < kRegionCount; ++region) {
-            if (finger.y == static_cast<double>(region))
-                return fmt::format("{}({})", kind.name, kRegionNames.at(region));
-        }
+        if (region < kRegionCount)
+            return fmt::format("{}({})", kind.name, kRegionNames.at(region));
     }
     return fmt::format("digitizer event (mask {:#x}, phase {:#x}, y {})", finger.eventMask, event.phase, finger.y);
 }
 
-// Matches an event that says the same; where a frame is given, in that frame.
-class GestureMatcher {
-public:
+inline std::string textOf(const HIDEvent& event) {
+    const auto* finger = std::get_if<Digitizer>(&event.payload);
+    return finger != nullptr ? fmt::format("{} at frame {}", gestureOf(event), finger->generationCount)
+                             : gestureOf(event);
+}
+
+// Matches an event that reads so, in any frame unless one is given.
+struct GestureMatcher {
     using is_gtest_matcher = void;
 
-    explicit GestureMatcher(std::string gesture) : _gesture(std::move(gesture)) {}
-
     [[nodiscard]] GestureMatcher atFrame(std::uint32_t frame) const {
-        GestureMatcher matcher = *this;
-        matcher._frame = frame;
-        return matcher;
+        return {fmt::format("{} at frame {}", text, frame)};
     }
-
     bool MatchAndExplain(const Ref<HIDEvent>& event, std::ostream* /*explanation*/) const {
-        return event && gestureOf(*event) == _gesture &&
-               (!_frame || IOHIDEventGetIntegerValue(event.get(), kIOHIDEventFieldDigitizerGenerationCount) == *_frame);
+        return event && (gestureOf(*event) == text || textOf(*event) == text);
     }
-    void DescribeTo(std::ostream* out) const { *out << "is " << words(); }
-    void DescribeNegationTo(std::ostream* out) const { *out << "is not " << words(); }
+    void DescribeTo(std::ostream* out) const { *out << "is " << text; }
+    void DescribeNegationTo(std::ostream* out) const { *out << "is not " << text; }
 
-private:
-    [[nodiscard]] std::string words() const {
-        return _frame ? fmt::format("{} at frame {}", _gesture, *_frame) : _gesture;
-    }
-
-    std::string _gesture;
-    std::optional<std::uint32_t> _frame;
+    std::string text;
 };
 
-inline GestureMatcher gesture(const char* kind, PixelRegion region) {
-    return GestureMatcher(fmt::format("{}({})", kind, nameOf(region)));
-}
-inline GestureMatcher MayBegin(PixelRegion region) { return gesture("MayBegin", region); }
-inline GestureMatcher HoldStart(PixelRegion region) { return gesture("HoldStart", region); }
-inline GestureMatcher HoldChange(PixelRegion region) { return gesture("HoldChange", region); }
-inline GestureMatcher HoldEnd(PixelRegion region) { return gesture("HoldEnd", region); }
-inline GestureMatcher Tap(PixelRegion region) { return gesture("Tap", region); }
-inline GestureMatcher Cancel() { return GestureMatcher("Cancel()"); }
-inline GestureMatcher FirmwareReset() { return GestureMatcher("FirmwareReset()"); }
+inline GestureMatcher MayBegin(PixelRegion region) { return {"MayBegin(" + nameOf(region) + ")"}; }
+inline GestureMatcher HoldStart(PixelRegion region) { return {"HoldStart(" + nameOf(region) + ")"}; }
+inline GestureMatcher HoldChange(PixelRegion region) { return {"HoldChange(" + nameOf(region) + ")"}; }
+inline GestureMatcher HoldEnd(PixelRegion region) { return {"HoldEnd(" + nameOf(region) + ")"}; }
+inline GestureMatcher Tap(PixelRegion region) { return {"Tap(" + nameOf(region) + ")"}; }
+inline GestureMatcher Cancel() { return {"Cancel()"}; }
+inline GestureMatcher FirmwareReset() { return {"FirmwareReset()"}; }
 
 } // namespace Tests
 
 inline void PrintTo(PixelRegion region, std::ostream* out) { *out << Tests::nameOf(region); }
-
 inline void PrintTo(const Ref<HIDEvent>& event, std::ostream* out) {
-    if (!event) {
-        *out << "no event";
-        return;
-    }
-    *out << Tests::gestureOf(*event);
-    if (std::holds_alternative<Digitizer>(event->payload))
-        *out << " at frame " << IOHIDEventGetIntegerValue(event.get(), kIOHIDEventFieldDigitizerGenerationCount);
+    *out << (event ? Tests::textOf(*event) : "no event");
 }
 
 } // namespace VeltoTouch

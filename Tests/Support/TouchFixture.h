@@ -5,7 +5,6 @@
 #include "Tests/Support/Reports.h"
 
 #include <algorithm>
-#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -35,7 +34,6 @@ public:
         };
     }
     TouchSurface(const TouchSurface&) = delete;
-    TouchSurface& operator=(const TouchSurface&) = delete;
 
     // The device time of the next frame.
     TouchSurface& at(std::uint32_t timeMs) {
@@ -51,26 +49,18 @@ public:
 
     // An ordinary finger in a region: a short contact is a tap, a long one a hold.
     TouchSurface& finger(PixelRegion region) {
-        switch (region) {
-        case VolumeUp:
+        if (region == VolumeUp)
             return press({{'G', 250}, {'H', 100}, {'I', 60}});
-        case VolumeDown:
+        if (region == VolumeDown)
             return press({{'L', 200}});
-        default:
-            return press({{'E', 150}, {'F', 60}, {'K', 40}});
-        }
+        return press({{'E', 150}, {'F', 60}, {'K', 40}});
     }
 
     // A contact so weak that it never becomes a hold; up to 300 ms it is a tap, from 400 ms on none.
     TouchSurface& brush(PixelRegion region) {
-        switch (region) {
-        case VolumeUp:
+        if (region == VolumeUp)
             return press({{'H', 203}});
-        case VolumeDown:
-            return press({{'O', 194}});
-        default:
-            return press({{'E', 106}});
-        }
+        return region == VolumeDown ? press({{'O', 194}}) : press({{'E', 106}});
     }
 
     // Frames with the fingers as they are; at least one makes a contact.
@@ -96,11 +86,11 @@ public:
     }
 
     // Writes and reads a setting of the recognizer.
-    template <class T>
-    TouchSurface& set(const std::string& key, const T& value) {
-        pipeline.setState(_hostTime, "Algs." + key, settingOf(value));
+    TouchSurface& set(const std::string& key, const Ref<Value>& value) {
+        pipeline.setState(_hostTime, "Algs." + key, value);
         return *this;
     }
+    TouchSurface& set(const std::string& key, Number::Content number) { return set(key, makeRef<Number>(number)); }
     [[nodiscard]] Ref<Value> get(const std::string& key) { return pipeline.getState("Algs." + key); }
 
     // The events so far, oldest first.
@@ -116,18 +106,6 @@ private:
         image.padSignal = _contacts;
         _timeMs += kFrameMs;
         send(imageReport(image));
-    }
-
-    template <class T>
-    static Ref<Value> settingOf(const T& value) {
-        if constexpr (std::is_same_v<T, bool>)
-            return Number::withBool(value);
-        else if constexpr (std::is_integral_v<T>)
-            return Number::withLongLong(value);
-        else if constexpr (std::is_floating_point_v<T>)
-            return Number::withDouble(value);
-        else
-            return value;
     }
 
     std::array<std::int16_t, kPadCount> _contacts{};

@@ -1,0 +1,120 @@
+#include "Recording/PipelineRecording.h"
+
+#include "Tests/Support/Frames.h"
+
+#include <array>
+
+#include <gmock/gmock.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+class RecordingTest : public testing::Test {
+protected:
+    RecordingTest() { recording.pipeline = log; }
+
+    const std::shared_ptr<CallLog> log = std::make_shared<CallLog>();
+    PipelineRecording recording;
+};
+
+TEST_F(RecordingTest, CallsAreKeptAsFramesAndForwardedUnchanged) {
+    const std::array<std::uint8_t, 3> report{0x01, 0x00, 0xFF};
+    const Ref<Value> value = json(R"({"X":0.5})");
+    recording.setState(7, "Algs.HoldTimeoutMilliseconds", json("250"));
+    recording.handleInputReport(9, report.data(), report.size());
+    recording.handleMetadata(8, "Accel", value);
+    recording.setState(~std::uint64_t{0}, "", nullptr);
+
+    const std::array kCalls{"Algs.HoldTimeoutMilliseconds=250@7", "[01 00 ff]@9", "Accel:{\"X\":0.5}@8",
+                            "=@18446744073709551615"};
+    EXPECT_THAT(textsOf(recording.frames()), ElementsAreArray(kCalls));
+    EXPECT_THAT(textsOf(log->calls), ElementsAreArray(kCalls));
+    EXPECT_EQ(log->lastReport, report.data());
+    EXPECT_EQ(log->calls[2].value, value) << "the object itself, no copy of it";
+    EXPECT_EQ(std::next(recording.frames().begin(), 2)->value, value);
+}
+
+TEST_F(RecordingTest, AFrameIsInTheListBeforeThePipelineSeesTheCall) {
+    std::vector<std::string> newest;
+    log->whenCalled = [&] { newest.push_back(textOf(recording.frames().back())); };
+    const std::uint8_t report = 0x02;
+    recording.setState(1, "k", json("1"));
+    recording.handleInputReport(2, &report, 1);
+    recording.handleMetadata(3, "m", json("[]"));
+    EXPECT_THAT(newest, ElementsAre("k=1@1", "[02]@2", "m:[]@3"));
+}
+
+TEST_F(RecordingTest, AnEmptyReportNeedsNoBytes) {
+    recording.handleInputReport(5, nullptr, 0);
+    EXPECT_THAT(textsOf(recording.frames()), ElementsAre("[]@5"));
+    EXPECT_THAT(textsOf(log->calls), ElementsAre("[]@5"));
+}
+
+TEST_F(RecordingTest, RecordsWithoutATarget) {
+    recording.pipeline.reset();
+    const std::uint8_t report = 0x01;
+    recording.setState(1, "k", nullptr);
+    recording.handleInputReport(2, &report, 1);
+    recording.handleMetadata(3, "m", nullptr);
+    EXPECT_THAT(textsOf(recording.frames()), ElementsAre("k=@1", "[01]@2", "m:@3"));
+}
+
+TEST_F(RecordingTest, ACopyHasItsOwnListTheSameTargetAndBoundAndNoPlayback) {
+    recording.setMaxFrameCount(2);
+    recording.appendFrame(reportFrame({1}));
+    recording.appendFrame(metadata("m", json("[1,2]")));
+    recording.playReset();
+
+    PipelineRecording constructed(recording);
+    PipelineRecording assigned;
+    assigned.appendFrame(setting("old", json("1")));
+    assigned.playReset();
+    assigned = recording;
+    for (PipelineRecording* copy : {&constructed, &assigned}) {
+        EXPECT_FALSE(copy->playCanContinue());
+        EXPECT_THROW(copy->playNextFrame(1), std::runtime_error);
+        EXPECT_EQ(copy->pipeline, recording.pipeline);
+        EXPECT_THAT(textsOf(copy->frames()), ElementsAre("[01]@0", "m:[1,2]@0"));
+        EXPECT_EQ(copy->frames().back().value, recording.frames().back().value) << "values are shared";
+        copy->appendFrame(reportFrame({3}));
+        copy->appendFrame(reportFrame({4}));
+        EXPECT_THAT(textsOf(copy->frames()), ElementsAre("[03]@0", "[04]@0")) << "bounded like the original";
+    }
+    EXPECT_TRUE(recording.playCanContinue()) << "the original is not touched";
+    recording.playNextFrame(1);
+    EXPECT_THAT(textsOf(log->calls), ElementsAre("[01]@" + std::to_string(recording.playStartTime())));
+}
+
+TEST_F(RecordingTest, AMoveTakesTheFramesAndLeavesASafeRecording) {
+    recording.setMaxFrameCount(1);
+    recording.appendFrame(reportFrame({1}));
+    recording.playReset();
+
+    PipelineRecording constructed(std::move(recording));
+    EXPECT_FALSE(constructed.playCanContinue());
+    EXPECT_EQ(constructed.pipeline, log);
+    constructed.playReset();
+
+    PipelineRecording assigned;
+    assigned = std::move(constructed);
+    EXPECT_FALSE(assigned.playCanContinue());
+    EXPECT_THAT(textsOf(assigned.frames()), ElementsAre("[01]@0"));
+    assigned.appendFrame(reportFrame({2}));
+    EXPECT_THAT(textsOf(assigned.frames()), ElementsAre("[02]@0")) << "the bound moves too";
+
+    // NOLINTBEGIN(bugprone-use-after-move): that a moved-from recording can be used is what is tested
+    for (PipelineRecording* movedFrom : {&recording, &constructed}) {
+        EXPECT_THAT(movedFrom->frames(), IsEmpty());
+        EXPECT_FALSE(movedFrom->playCanContinue());
+        movedFrom->appendFrame(reportFrame({3}));
+        EXPECT_THAT(textsOf(movedFrom->frames()), ElementsAre("[03]@0"));
+    }
+    // NOLINTEND(bugprone-use-after-move)
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests

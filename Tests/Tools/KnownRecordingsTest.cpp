@@ -1,0 +1,54 @@
+#include "Tests/Support/Program.h"
+#include "Tests/Support/SmallRecordings.h"
+
+#include <gtest/gtest.h>
+
+// Every NAME.json among the recordings gives the lines of NAME.expected.jsonl beside it; where these hold lines of
+// frames, with --describe. Adding a case is adding the two files.
+
+namespace VeltoTouch::Tests {
+namespace {
+
+std::vector<std::string> knownRecordings() {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(VELTO_RECORDINGS)) {
+        if (entry.path().extension() == ".json")
+            names.push_back(entry.path().stem().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+class KnownRecordingTest : public testing::TestWithParam<std::string> {};
+
+TEST_P(KnownRecordingTest, GivesTheExpectedGestures) {
+    const std::string path = std::string(VELTO_RECORDINGS "/").append(GetParam());
+    const std::string expected = contentOf(path + ".expected.jsonl");
+    Arguments arguments{"replay", "--jsonl", path + ".json"};
+    if (expected.find(R"("kind":"frame")") != std::string::npos)
+        arguments.emplace_back("--describe");
+
+    const Outcome outcome = velto().run(arguments);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "");
+    const auto lines = linesOf(outcome.output);
+    const auto expectedLines = linesOf(expected);
+    for (std::size_t i = 0; i < std::min(lines.size(), expectedLines.size()); ++i) {
+        const Ref<Value> line = JSON::parse(lines[i]);
+        const Ref<Value> expectedLine = JSON::parse(expectedLines[i]);
+        ASSERT_TRUE(line && CFEqual(line.get(), expectedLine.get()))
+            << "line " << i + 1 << "\nexpected " << JSON::text(expectedLine.get()) << "\nand came "
+            << JSON::text(line.get());
+    }
+    EXPECT_EQ(lines.size(), expectedLines.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Recordings, KnownRecordingTest, testing::ValuesIn(knownRecordings()), [](const auto& row) {
+    std::string name = row.param;
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+    return name;
+});
+
+} // namespace
+} // namespace VeltoTouch::Tests

@@ -1,0 +1,13 @@
+velto_add_tests(tools_tests SOURCES
+    Tools/BadInputTest.cpp
+    Tools/KnownRecordingsTest.cpp
+    Tools/OutputTest.cpp
+    Tools/RecordingCommandsTest.cpp
+    Tools/ReplayCommandTest.cpp
+    Tools/UsageTest.cpp
+)
+add_dependencies(tools_tests velto)
+
+# A recording that is added is found as a test by the next build.
+file(GLOB VELTO_KNOWN_RECORDINGS CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/Recordings/*)
+set_property(TARGET tools_tests PROPERTY LINK_DEPENDS ${VELTO_KNOWN_RECORDINGS})
