@@ -1,5 +1,6 @@
 #include "Benchmarks/SimulatedInput.h"
 
+#include "Shared/Util.h"
 #include "Surface/Scripts.h"
 #include "Surface/Simulation.h"
 
@@ -11,12 +12,8 @@ PipelineRecording simulatedRecording(std::size_t reports) {
     PipelineRecording recording;
     for (std::size_t i = 0; i < reports; ++i) {
         const auto report = simulation.next();
-        const auto bytes = report->bytes();
-        recording.appendFrame({.type = Frame::Type::InputReport,
-                               .timestampNs = report->timestampNs,
-                               .key = {},
-                               .value = nullptr,
-                               .report = {bytes.begin(), bytes.end()}});
+        recording.handleInputReport(Util::machTimeFromNanoseconds(report->timestampNs), report->content.data(),
+                                    report->length);
     }
     return recording;
 }

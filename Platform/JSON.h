@@ -10,8 +10,9 @@
 
 // JSON text to values and back.
 //
-// Reading: text is UTF-8, checked; nesting is bounded (1023 levels); integers are exact from -2^63 to
-// 2^64 - 1, and a number that fits no type makes the text no JSON. Of equal keys in an object the last counts.
+// Reading: text is UTF-8, checked; nesting is bounded (1024 levels, what stands in the innermost included); integers
+// are exact from -2^63 to 2^64 - 1, and a number that fits no type makes the text no JSON. Of equal keys in an object
+// the last counts.
 // Writing: compact, keys in byte order, doubles in their shortest form that reads back equal (always with
 // a point or an exponent, so that they stay doubles).
 

@@ -19,15 +19,15 @@ public:
     enum class Kind : std::uint8_t { Null, Number, String, Array, Dictionary, Data };
 
     // How deep values may be nested, so that whatever walks a tree may do so by recursion. Making a deeper one throws
-    // std::length_error. JSON is read to one level less, and to this one where there is nothing in the innermost.
+    // std::length_error. It is the depth to which JSON is read.
     static constexpr std::size_t kDeepest = 1024;
 
     [[nodiscard]] Kind kind() const noexcept { return _kind; }
-    // 1 for an array or a dictionary without any in it, 0 for every other value.
+    // Levels of the tree: 1 for an array or a dictionary with nothing in it and for every value that holds no others.
     [[nodiscard]] std::size_t depth() const noexcept { return _depth; }
 
 protected:
-    explicit Value(Kind kind, std::size_t depth = 0) : _kind(kind), _depth(checkedDepth(depth)) {}
+    explicit Value(Kind kind, std::size_t depth = 1) : _kind(kind), _depth(checkedDepth(depth)) {}
     [[nodiscard]] bool isEqual(const Object& other) const noexcept override;
 
 private:

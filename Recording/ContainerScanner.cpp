@@ -95,38 +95,41 @@ private:
     const char* _end;
 };
 
-// A report with its three members, each once.
-bool takeReport(Cursor& cursor, Frame& frame) {
-    bool hasType = false;
-    bool hasTimestamp = false;
-    bool hasData = false;
+// An object; `takeValue` is called behind each member's name and takes its value.
+template <class TakeValue>
+bool takeObject(Cursor& cursor, TakeValue takeValue) {
     if (!cursor.take('{'))
         return false;
     do {
         const auto name = cursor.takeString();
-        if (!name || !cursor.take(':'))
+        if (!name || !cursor.take(':') || !takeValue(*name))
             return false;
-        if (*name == kTimestamp && !hasTimestamp) {
-            const auto number = cursor.takeUnsigned();
-            if (!number)
-                return false;
-            frame.timestampNs = *number;
-            hasTimestamp = true;
-        } else if (*name == kData && !hasData) {
-            const auto text = cursor.takeString();
-            auto bytes = text ? Util::bytesFromHexPairs(*text) : std::nullopt;
-            if (!bytes)
-                return false;
-            frame.report = *std::move(bytes);
-            hasData = true;
-        } else if (*name == kType && !hasType && cursor.takeString() == kInputReportType) {
-            hasType = true;
-        } else {
-            return false;
-        }
     } while (cursor.take(','));
+    return cursor.take('}');
+}
+
+// A report with its three members, each once.
+bool takeReport(Cursor& cursor, Frame& frame) {
+    bool hasType = false;
+    std::optional<std::uint64_t> timestamp;
+    std::optional<std::vector<std::uint8_t>> bytes;
+    const auto takeValue = [&](std::string_view name) {
+        if (name == kTimestamp && !timestamp)
+            return (timestamp = cursor.takeUnsigned()).has_value();
+        if (name == kData && !bytes) {
+            const auto text = cursor.takeString();
+            return text && (bytes = Util::bytesFromHexPairs(*text)).has_value();
+        }
+        if (name == kType && !hasType)
+            return hasType = cursor.takeString() == kInputReportType;
+        return false;
+    };
+    if (!takeObject(cursor, takeValue) || !hasType || !timestamp || !bytes)
+        return false;
     frame.type = Frame::Type::InputReport;
-    return hasType && hasTimestamp && hasData && cursor.take('}');
+    frame.timestampNs = *timestamp;
+    frame.report = *std::move(bytes);
+    return true;
 }
 
 // Any other frame, which the parser reads.
@@ -159,20 +162,14 @@ bool takeFrames(Cursor& cursor, std::list<Frame>& frames) {
 bool takeContainer(Cursor& cursor, std::list<Frame>& frames) {
     bool hasVersion = false;
     bool hasFrames = false;
-    if (!cursor.take('{'))
+    const auto takeValue = [&](std::string_view name) {
+        if (name == kVersion && !hasVersion)
+            return hasVersion = cursor.takeUnsigned() == kCurrentVersion;
+        if (name == kFrames && !hasFrames)
+            return hasFrames = takeFrames(cursor, frames);
         return false;
-    do {
-        const auto name = cursor.takeString();
-        if (!name || !cursor.take(':'))
-            return false;
-        if (*name == kVersion && !hasVersion && cursor.takeUnsigned() == kCurrentVersion)
-            hasVersion = true;
-        else if (*name == kFrames && !hasFrames && takeFrames(cursor, frames))
-            hasFrames = true;
-        else
-            return false;
-    } while (cursor.take(','));
-    return hasVersion && hasFrames && cursor.take('}') && cursor.isAtEnd();
+    };
+    return takeObject(cursor, takeValue) && hasVersion && hasFrames && cursor.isAtEnd();
 }
 
 } // namespace

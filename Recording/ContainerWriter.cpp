@@ -39,7 +39,7 @@ void appendKeyed(std::string& text, const Frame& frame, std::string_view type) {
     text.append(R"(,"Type":")").append(type).append("\"");
     if (frame.value) {
         text += R"(,"Value":)";
-        if (frame.value->depth() + kDepthAroundValue < Value::kDeepest)
+        if (frame.value->depth() + kDepthAroundValue <= Value::kDeepest)
             JSON::append(text, frame.value.get());
         else
             text += R"({"Unrepresentable":"depth"})";

@@ -8,6 +8,17 @@
 #include <utility>
 
 namespace VeltoTouch {
+namespace {
+
+Frame keyedFrame(Frame::Type type, std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) {
+    return {.type = type,
+            .timestampNs = Util::nanosecondsFromMachTime(timestamp),
+            .key = key,
+            .value = value,
+            .report = {}};
+}
+
+} // namespace
 
 PipelineRecording::PipelineRecording(const PipelineRecording& other)
     : pipeline(other.pipeline), _frames(other._frames), _maxFrameCount(other._maxFrameCount) {}
@@ -31,11 +42,7 @@ PipelineRecording& PipelineRecording::operator=(PipelineRecording&& other) noexc
 }
 
 void PipelineRecording::setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept {
-    appendFrame({.type = Frame::Type::State,
-                 .timestampNs = Util::nanosecondsFromMachTime(timestamp),
-                 .key = key,
-                 .value = value,
-                 .report = {}});
+    appendFrame(keyedFrame(Frame::Type::State, timestamp, key, value));
     if (pipeline)
         pipeline->setState(timestamp, key, value);
 }
@@ -58,11 +65,7 @@ void PipelineRecording::handleInputReport(std::uint64_t timestamp, const std::ui
 
 void PipelineRecording::handleMetadata(std::uint64_t timestamp, const std::string& key,
                                        const Ref<Value>& value) noexcept {
-    appendFrame({.type = Frame::Type::Metadata,
-                 .timestampNs = Util::nanosecondsFromMachTime(timestamp),
-                 .key = key,
-                 .value = value,
-                 .report = {}});
+    appendFrame(keyedFrame(Frame::Type::Metadata, timestamp, key, value));
     if (pipeline)
         pipeline->handleMetadata(timestamp, key, value);
 }

@@ -1,5 +1,7 @@
 #include "Surface/SimulatedRecording.h"
 
+#include "Shared/Util.h"
+
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -32,18 +34,10 @@ PipelineRecording recordingOf(Simulation& simulation) {
     while (const auto report = simulation.next()) {
         if (++reports > kLargestRecording)
             throw std::length_error(fmt::format("the script gives more than {} reports", kLargestRecording));
+        const std::uint64_t time = Util::machTimeFromNanoseconds(report->timestampNs);
         if (report->label)
-            recording.appendFrame({.type = Frame::Type::Metadata,
-                                   .timestampNs = report->timestampNs,
-                                   .key = "Label",
-                                   .value = valueOf(*report->label),
-                                   .report = {}});
-        const auto bytes = report->bytes();
-        recording.appendFrame({.type = Frame::Type::InputReport,
-                               .timestampNs = report->timestampNs,
-                               .key = {},
-                               .value = nullptr,
-                               .report = {bytes.begin(), bytes.end()}});
+            recording.handleMetadata(time, "Label", valueOf(*report->label));
+        recording.handleInputReport(time, report->content.data(), report->length);
     }
     return recording;
 }

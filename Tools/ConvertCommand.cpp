@@ -32,10 +32,6 @@ int rewrite(const Options& options, const std::function<void(PipelineRecording&)
     });
     if (status != 0)
         return status;
-    if (options.output.empty()) {
-        writeStandardOutput(container->bytes());
-        return 0;
-    }
     return forEachFile({options.output}, [&](const std::string& output) { writeFile(output, container->bytes()); });
 }
 

@@ -64,10 +64,6 @@ std::vector<Step> scriptFor(const Options& options) {
 int simulate(const Options& options) {
     Simulation simulation(options.simulation, scriptOf(scriptFor(options)));
     const Ref<Data> container = recordingOf(simulation).json();
-    if (options.output.empty()) {
-        writeStandardOutput(container->bytes());
-        return 0;
-    }
     return forEachFile({options.output}, [&](const std::string& file) { writeFile(file, container->bytes()); });
 }
 
