@@ -21,7 +21,7 @@ std::vector<InputReport::Image> simulatedImages() {
 void RecognizeImage(benchmark::State& state) {
     const auto images = simulatedImages();
     Algs algs;
-    for (auto image = images.begin(); auto _ : state) {
+    for (auto image = images.begin(); [[maybe_unused]] auto _ : state) {
         auto events = algs.handleImage(*image);
         benchmark::DoNotOptimize(events);
         if (++image == images.end())

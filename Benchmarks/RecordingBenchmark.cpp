@@ -20,7 +20,7 @@ void setBytes(benchmark::State& state, const Data& container) {
 // The yardstick of the reader: the same text through a fresh parser, nothing made of it.
 void ParseBare(benchmark::State& state) {
     const Ref<Data> container = simulatedRecording(static_cast<std::size_t>(state.range(0))).json();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         simdjson::dom::parser parser;
         benchmark::DoNotOptimize(parser.parse(container->bytes().data(), container->bytes().size(), false).error());
     }
@@ -30,7 +30,7 @@ BENCHMARK(ParseBare)->Arg(kFullest)->Arg(kHalfAnHour)->Unit(benchmark::kMillisec
 
 void ReadContainer(benchmark::State& state) {
     const Ref<Data> container = simulatedRecording(static_cast<std::size_t>(state.range(0))).json();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         PipelineRecording recording(container.get());
         benchmark::DoNotOptimize(recording);
     }
@@ -40,7 +40,7 @@ BENCHMARK(ReadContainer)->Arg(kFullest)->Arg(kHalfAnHour)->Unit(benchmark::kMill
 
 void WriteContainer(benchmark::State& state) {
     PipelineRecording recording = simulatedRecording(static_cast<std::size_t>(state.range(0)));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Ref<Data> container = recording.json();
         benchmark::DoNotOptimize(container->bytes().data());
     }
@@ -54,7 +54,7 @@ void AppendReport(benchmark::State& state) {
     PipelineRecording recording;
     recording.setMaxFrameCount(kBound);
     std::uint64_t time = 0;
-    for (auto frame = source.frames().begin(); auto _ : state) {
+    for (auto frame = source.frames().begin(); [[maybe_unused]] auto _ : state) {
         recording.handleInputReport(++time, frame->report.data(), frame->report.size());
         if (++frame == source.frames().end())
             frame = source.frames().begin();

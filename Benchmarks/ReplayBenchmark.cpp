@@ -60,7 +60,7 @@ void ReplayAgainstBareParse(benchmark::State& state) {
     const simdjson::padded_string text = simdjson::padded_string::load(file);
     double replayTime = 0;
     double parseTime = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const double time = cpuTimeOfReplay(file);
         if (time < 0) {
             state.SkipWithError("velto replay failed");

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "Pipeline/Reports/InputReport.h"
 #include "Platform/Value.h"
 #include "Recording/PipelineRecording.h"
+#include "Tests/Support/Reports.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -47,8 +46,7 @@ public:
                 const std::size_t pad = take<std::uint8_t>() % kPadCount;
                 _image.padSignal[pad] = take<std::int16_t>();
             }
-            sendImage();
-            return;
+            return sendImage();
         case 'r':
             for (int count = take<std::uint8_t>(); count > 0; --count)
                 sendImage();
@@ -58,32 +56,21 @@ public:
             _image.timestampMs += take<std::uint32_t>();
             return;
         case 'b':
-            send(takeBytes(take<std::uint8_t>()));
-            return;
-        case 'f': {
-            std::vector<std::uint8_t> report(InputReport::kFirmwareEventReportLength);
-            report[0] = InputReport::FirmwareEvent::kReportID;
-            report[1] = take<std::uint8_t>();
-            send(report);
-            return;
-        }
+            return send(takeBytes(take<std::uint8_t>()));
+        case 'f':
+            return send(Tests::firmwareEventReport(take<std::uint8_t>()));
         case 's': {
             const std::string key = settingKey();
-            _recording.setState(_timeNs, key, value());
-            return;
+            return _recording.setState(_timeNs, key, value());
         }
         case 'm': {
             const std::string key = text();
-            _recording.handleMetadata(_timeNs, key, value());
-            return;
+            return _recording.handleMetadata(_timeNs, key, value());
         }
         default:
             return;
         }
     }
-
-    // Whether a container keeps every value as it is.
-    [[nodiscard]] bool isWritable() const { return _isWritable; }
 
 private:
     static constexpr std::int64_t kMs = 1'000'000;
@@ -132,13 +119,12 @@ private:
         case 'u':
             return Number::withUnsignedLong(take<std::uint64_t>());
         case 'f':
-            return floating(Number::withFloat(take<float>()));
+            return Number::withFloat(take<float>());
         case 'd':
-            return floating(Number::withDouble(take<double>()));
+            return Number::withDouble(take<double>());
         case 's':
             return makeRef<String>(text());
         case 'x':
-            _isWritable = false;
             return makeRef<Data>(text());
         case 'a':
             return makeRef<Array>(values(level));
@@ -160,19 +146,12 @@ private:
         }
         return values;
     }
-    Ref<Value> floating(Ref<Number> number) {
-        _isWritable = _isWritable && std::isfinite(number->doubleValue());
-        return number;
-    }
 
     void sendImage() {
         _timeNs += std::uint64_t{kFrameMs} * kMs;
         ++_image.frameNumber;
         _image.timestampMs += kFrameMs;
-        std::vector<std::uint8_t> report(InputReport::kImageReportLength);
-        report[0] = InputReport::Image::kReportID;
-        std::memcpy(report.data() + 1, &_image, sizeof _image);
-        send(report);
+        send(Tests::imageReport(_image));
     }
     void send(const std::vector<std::uint8_t>& report) {
         ++_calls;
@@ -184,7 +163,6 @@ private:
     InputReport::Image _image{};
     std::uint64_t _timeNs = 1'000'000'000;
     int _calls = 0; // of reports
-    bool _isWritable = true;
 };
 
 } // namespace VeltoTouch::Fuzz

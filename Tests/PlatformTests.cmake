@@ -8,7 +8,6 @@ velto_add_tests(platform_tests SOURCES
     Platform/ObjectTest.cpp
     Platform/ValueTest.cpp
     Pipeline/ReportTest.cpp
-    Recording/DeepValueTest.cpp
     Shared/HexTextTest.cpp
     Shared/ImageTextTest.cpp
     Shared/UtilTest.cpp

@@ -21,23 +21,8 @@ PixelRegion regionOfTouch(char peakPad, Peaks peaks, PixelRegion lastGesture, st
     }
     algs.handStats.peakPixel = peakPad - 'A';
     algs.handStats.eventRegion = lastGesture;
-    algs.handStats.lastEventTime = 5000;
-    return algs.handStats.updateActiveRegion(algs.pixels, algs.virtualPixels, 5000 + elapsed);
-}
-
-TEST(ActiveRegionTest, BiasFadesFromThreeTenthsOfASecondToOneSecond) {
-    struct Row {
-        std::uint32_t lastEventTime;
-        std::uint32_t time;
-        float bias;
-    };
-    for (const Row& row :
-         {Row{1000, 1000, 0.65F}, Row{1000, 1300, 0.65F}, Row{1000, 1650, 0.825F}, Row{1000, 2000, 1.0F},
-          Row{0, 10000, 1.0F}, Row{0xFFFFFF00, 394, 0.825F}}) { // the last one wraps to 650 ms
-        HandStats hand;
-        hand.lastEventTime = row.lastEventTime;
-        EXPECT_FLOAT_EQ(hand.updateTimeBiasFactor(row.time), row.bias) << row.lastEventTime << " to " << row.time;
-    }
+    algs.handStats.lastEventTime = 4294967200; // the device's clock wraps soon after
+    return algs.handStats.updateActiveRegion(algs.pixels, algs.virtualPixels, 4294967200 + elapsed);
 }
 
 TEST(ActiveRegionTest, LastGesturesRegionWinsWhereItsPadIsAlmostAsStrong) {
@@ -50,10 +35,11 @@ TEST(ActiveRegionTest, LastGesturesRegionWinsWhereItsPadIsAlmostAsStrong) {
         PixelRegion region;
     };
     for (const Row& row : {
-             Row{"soon", 'E', {{"E", 1.5F}, {"L", 1.0F}}, VolumeDown, 290, VolumeDown},
-             Row{"a second later", 'E', {{"E", 1.5F}, {"L", 1.0F}}, VolumeDown, 1000, PlayPause},
              Row{"second at 65 %", 'E', {{"E", 2.0F}, {"L", 1.3F}}, VolumeDown, 290, PlayPause},
-             Row{"second above 65 %", 'E', {{"E", 2.0F}, {"L", 1.301F}}, VolumeDown, 290, VolumeDown},
+             Row{"second above 65 %", 'E', {{"E", 2.0F}, {"L", 1.301F}}, VolumeDown, 300, VolumeDown},
+             Row{"later, second below 82.5 %", 'E', {{"E", 2.0F}, {"L", 1.649F}}, VolumeDown, 650, PlayPause},
+             Row{"later, second above 82.5 %", 'E', {{"E", 2.0F}, {"L", 1.651F}}, VolumeDown, 650, VolumeDown},
+             Row{"a second later", 'E', {{"E", 2.0F}, {"L", 1.999F}}, VolumeDown, 1000, PlayPause},
              Row{"second at the noise floor", 'E', {{"E", 0.5F}, {"L", 0.375F}}, VolumeDown, 290, PlayPause},
              Row{"second above noise", 'E', {{"E", 0.5F}, {"L", 0.376F}}, VolumeDown, 290, VolumeDown},
              Row{"only third there", 'E', {{"E", 1.5F}, {"H", 1.4F}, {"L", 1.3F}}, VolumeDown, 290, PlayPause},
@@ -67,29 +53,24 @@ TEST(ActiveRegionTest, LastGesturesRegionWinsWhereItsPadIsAlmostAsStrong) {
 TEST(ActiveRegionTest, PadKYieldsToTheGroupOfItsNeighbours) {
     struct Row {
         const char* name;
-        std::string_view second;
-        Peak group;
+        Peak second, group;
         PixelRegion lastGesture;
         PixelRegion region;
     };
     for (const Row& row : {
              // 70 % of K's peak are 1.05, 65 % 0.975
-             Row{"M", "M", {"KLM", 1.06F}, None, VolumeDown},
-             Row{"M, group too weak", "M", {"KLM", 1.04F}, None, PlayPause},
-             Row{"M, group of I", "M", {"IJK", 1.4F}, None, PlayPause},
-             Row{"M, after a gesture there", "M", {"KLM", 1.0F}, VolumeDown, VolumeDown},
-             Row{"M, after a gesture elsewhere", "M", {"KLM", 1.0F}, VolumeUp, PlayPause},
-             Row{"I", "I", {"IJK", 1.06F}, None, VolumeUp},
-             Row{"I, group too weak", "I", {"IJK", 1.04F}, None, PlayPause},
-             Row{"I, group of M", "I", {"KLM", 1.4F}, None, PlayPause},
-             Row{"I, after a gesture there", "I", {"IJK", 1.0F}, VolumeUp, VolumeUp},
-             Row{"I, after a gesture elsewhere", "I", {"IJK", 1.0F}, VolumeDown, PlayPause},
-             Row{"L", "L", {"KLM", 1.4F}, None, PlayPause},
+             Row{"M", {"M", 0.5F}, {"KLM", 1.06F}, None, VolumeDown},
+             Row{"M no more than noise", {"M", 0.375F}, {"KLM", 1.4F}, None, PlayPause},
+             Row{"M, group too weak", {"M", 0.5F}, {"KLM", 1.04F}, None, PlayPause},
+             Row{"M, group of I", {"M", 0.5F}, {"IJK", 1.4F}, None, PlayPause},
+             Row{"M, after a gesture there", {"M", 0.5F}, {"KLM", 1.0F}, VolumeDown, VolumeDown},
+             Row{"M, after a gesture elsewhere", {"M", 0.5F}, {"KLM", 1.0F}, VolumeUp, PlayPause},
+             Row{"I", {"I", 0.5F}, {"IJK", 1.06F}, None, VolumeUp},
+             Row{"I, after a gesture there", {"I", 0.5F}, {"IJK", 1.0F}, VolumeUp, VolumeUp},
+             Row{"L", {"L", 0.5F}, {"KLM", 1.4F}, None, PlayPause},
          })
-        EXPECT_EQ(regionOfTouch('K', {{"K", 1.5F}, {row.second, 0.5F}, row.group}, row.lastGesture, 100), row.region)
+        EXPECT_EQ(regionOfTouch('K', {{"K", 1.5F}, row.second, row.group}, row.lastGesture, 100), row.region)
             << row.name;
-    EXPECT_EQ(regionOfTouch('K', {{"K", 1.5F}, {"M", 0.375F}, {"KLM", 1.4F}}, None, 100), PlayPause)
-        << "M no more than noise";
 }
 
 TEST(ActiveRegionTest, HoldStaysUntilAnotherRegionHasGainedEnough) {
@@ -102,14 +83,9 @@ TEST(ActiveRegionTest, HoldStaysUntilAnotherRegionHasGainedEnough) {
     for (const Row& row : {
              Row{"steady, gain below 1.3", 100, 20, 100, 25, VolumeDown},
              Row{"steady, gain above 1.3", 100, 20, 100, 27, PlayPause},
-             Row{"20 % drop, gain below 1.3", 100, 20, 80, 20, VolumeDown},
-             Row{"20 % drop, gain above 1.3", 100, 20, 80, 21, PlayPause},
              Row{"35 % drop, gain below 3.15", 100, 20, 65, 40, VolumeDown},
              Row{"35 % drop, gain above 3.15", 100, 20, 65, 41, PlayPause},
-             Row{"50 % drop, gain below 5", 100, 20, 50, 49, VolumeDown},
              Row{"80 % drop, gain above 5", 100, 20, 20, 21, PlayPause},
-             Row{"rise, gain below 1.3", 100, 20, 150, 38, VolumeDown},
-             Row{"rise, gain above 1.3", 100, 20, 150, 40, PlayPause},
              Row{"own region gone", 100, 20, 0, 1, PlayPause},
              Row{"other region is new", 100, 0, 100, 1, PlayPause},
          }) {
@@ -119,20 +95,12 @@ TEST(ActiveRegionTest, HoldStaysUntilAnotherRegionHasGainedEnough) {
         hand.regionMax = {0, row.otherBefore, row.ownBefore, 0};
         algs.pixels.value[padIndex('N')] = kNoiseFloor + row.own;
         algs.pixels.value[padIndex('E')] = kNoiseFloor + row.other;
+        EXPECT_EQ(hand.changeActiveRegion(algs.pixels, 'N' - 'A'), VolumeDown) << row.name;
+        EXPECT_EQ(hand.regionMax[1], row.otherBefore) << "kept while the hold stays in one region";
         EXPECT_EQ(hand.changeActiveRegion(algs.pixels, 'E' - 'A'), row.region) << row.name;
         EXPECT_EQ(hand.previousRegion, VolumeDown) << row.name;
         EXPECT_EQ(hand.regionMax[1], static_cast<float>(row.other)) << row.name;
     }
-}
-
-TEST(ActiveRegionTest, HoldInOneRegionKeepsItsOldMaxima) {
-    Algs algs;
-    algs.handStats.activeRegion = VolumeDown;
-    algs.handStats.previousRegion = PlayPause;
-    algs.handStats.regionMax = {0, 20, 100, 0};
-    EXPECT_EQ(algs.handStats.changeActiveRegion(algs.pixels, 'N' - 'A'), VolumeDown);
-    EXPECT_EQ(algs.handStats.previousRegion, VolumeDown);
-    EXPECT_EQ(algs.handStats.regionMax[2], 100.0F);
 }
 
 class TouchRegionTest : public TouchTest {};
@@ -152,14 +120,6 @@ TEST_F(TouchRegionTest, BetweenPadsIsThatOfTheGroupsDominantPad) {
     surface.at(1000).press({{'E', 99}, {'K', 79}, {'L', 127}}).forFrames(1); // CELN alone is on, L its strongest
     EXPECT_THAT(surface.events(), testing::ElementsAre(MayBegin(VolumeDown)));
     EXPECT_EQ(surface.hand.peakPixel, 'L' - 'A');
-}
-
-TEST_F(TouchRegionTest, BetweenRegionsIsThatOfTheLastGestureIfItWasJustNow) {
-    for (const auto& [pause, region] : {std::pair{200U, VolumeDown}, std::pair{1000U, PlayPause}}) {
-        surface.at(10000).finger(VolumeDown).forMs(80).lift();
-        surface.at(10080 + pause).press({{'E', 150}, {'L', 170}}).forMs(80).lift();
-        EXPECT_THAT(surface.events().back(), Tap(region)) << pause << " ms after a tap";
-    }
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "Platform/Value.h"
 
-#include <cmath>
 #include <limits>
 #include <stdexcept>
 
@@ -9,19 +8,12 @@
 namespace VeltoTouch::Tests {
 namespace {
 
-using testing::ElementsAre;
-
 constexpr auto kMaxSigned = std::numeric_limits<std::int64_t>::max();
 constexpr auto kMinSigned = std::numeric_limits<std::int64_t>::min();
 constexpr auto kMaxUnsigned = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kTwoTo63 = std::uint64_t{1} << 63U;
-constexpr auto kInfinity = std::numeric_limits<double>::infinity();
-constexpr auto kNaN = std::numeric_limits<double>::quiet_NaN();
-
-template <class T>
-bool same(T a, T b) {
-    return a == b || (std::isnan(a) && std::isnan(b));
-}
+constexpr auto kInfinity = std::numeric_limits<float>::infinity();
+constexpr auto kNaN = std::numeric_limits<float>::quiet_NaN();
 
 TEST(NumberTest, HasEveryReadingWhateverItWasMadeOf) {
     struct Row {
@@ -35,27 +27,20 @@ TEST(NumberTest, HasEveryReadingWhateverItWasMadeOf) {
     };
     // Halfway between two floats and one more; a first rounding to double would lose the one.
     constexpr std::uint64_t kAboveHalfway = 0x1000'0010'0000'0001;
-    constexpr std::uint64_t kAboveTwoTo53 = 9007199254740993;
     const Row rows[]{
         {"true", true, 1, 1, 1.0, 1.0F, true},
-        {"false", false, 0, 0, 0.0, 0.0F, false},
         {"signed -1", std::int64_t{-1}, -1, kMaxUnsigned, -1.0, -1.0F, true},
-        {"least signed", kMinSigned, kMinSigned, kTwoTo63, -0x1p63, -0x1p63F, true},
-        {"unsigned 2^53 + 1", kAboveTwoTo53, 9007199254740993, kAboveTwoTo53, 0x1p53, 0x1p53F, true},
         {"unsigned 2^63", kTwoTo63, kMinSigned, kTwoTo63, 0x1p63, 0x1p63F, true},
         {"greatest unsigned", kMaxUnsigned, -1, kMaxUnsigned, 0x1p64, 0x1p64F, true},
-        {"rounds once to float", kAboveHalfway, 0x1000'0010'0000'0001, kAboveHalfway, 0x1.000001p60, 0x1.000002p60F,
-         true},
+        {"rounds once to float", kAboveHalfway, kAboveHalfway, kAboveHalfway, 0x1.000001p60, 0x1.000002p60F, true},
         {"float -2.75", -2.75F, -2, kMaxUnsigned - 1, -2.75, -2.75F, true},
         {"double -0.0", -0.0, 0, 0, 0.0, 0.0F, false},
-        {"double 0.1", 0.1, 0, 0, 0.1, 0.1F, true},
-        {"double -0.9", -0.9, 0, 0, -0.9, -0.9F, true},
         {"double 2^63", 0x1p63, kMaxSigned, kTwoTo63, 0x1p63, 0x1p63F, true},
         {"double 2^64", 0x1p64, kMaxSigned, kMaxUnsigned, 0x1p64, 0x1p64F, true},
         {"double -2^64", -0x1p64, kMinSigned, kTwoTo63, -0x1p64, -0x1p64F, true},
-        {"infinity", kInfinity, kMaxSigned, kMaxUnsigned, kInfinity, static_cast<float>(kInfinity), true},
-        {"-infinity", -kInfinity, kMinSigned, kTwoTo63, -kInfinity, -static_cast<float>(kInfinity), true},
-        {"NaN", kNaN, 0, 0, kNaN, static_cast<float>(kNaN), true},
+        {"infinity", kInfinity, kMaxSigned, kMaxUnsigned, kInfinity, kInfinity, true},
+        {"-infinity", -kInfinity, kMinSigned, kTwoTo63, -kInfinity, -kInfinity, true},
+        {"NaN", kNaN, 0, 0, kNaN, kNaN, true},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -63,15 +48,9 @@ TEST(NumberTest, HasEveryReadingWhateverItWasMadeOf) {
         EXPECT_EQ(number->boolValue(), row.asBool);
         EXPECT_EQ(number->longLongValue(), row.asSigned);
         EXPECT_EQ(number->unsignedLongLongValue(), row.asUnsigned);
-        EXPECT_TRUE(same(number->floatValue(), row.asFloat)) << number->floatValue();
-        EXPECT_TRUE(same(number->doubleValue(), row.asDouble)) << number->doubleValue();
+        EXPECT_THAT(number->floatValue(), testing::NanSensitiveFloatNear(row.asFloat, 0.0F));
+        EXPECT_THAT(number->doubleValue(), testing::NanSensitiveDoubleNear(row.asDouble, 0.0));
     }
-}
-
-TEST(NumberTest, OneMadeAsBooleanIsNotTakenForAnInteger) {
-    EXPECT_TRUE(Number::withBool(false)->isBool());
-    EXPECT_FALSE(Number::withUnsignedInt(1)->isBool());
-    EXPECT_FALSE(Number::withLongLong(0)->isBool());
 }
 
 Ref<Value> number(Number::Content content) { return makeRef<Number>(content); }
@@ -89,16 +68,11 @@ TEST(ValueTest, EqualityComparesContent) {
     const auto two = number(std::int64_t{2});
     const Row rows[]{
         {"signed and unsigned", one, number(std::uint64_t{1}), true},
-        {"integer and double", one, number(1.0), true},
         {"integer and a little more", one, number(1.5), false},
-        {"float and double of the same value", number(0.5F), number(0.5), true},
         {"float and double of the same text", number(0.1F), number(0.1), false},
         {"-1 and what it wraps to", number(std::int64_t{-1}), number(kMaxUnsigned), false},
         {"neighbours above 2^53", number(kMaxSigned), number(kMaxSigned - 1), false},
-        {"number and string", one, string("1"), false},
-        {"strings", string("a"), string("a"), true},
         {"string and data", string("a"), makeRef<Data>("a"), false},
-        {"nulls", makeRef<Null>(), makeRef<Null>(), true},
         {"null and nil", makeRef<Null>(), nullptr, false},
         {"arrays", array({one, two}), array({number(1.0), two}), true},
         {"arrays by order", array({one, two}), array({two, one}), false},
@@ -106,18 +80,14 @@ TEST(ValueTest, EqualityComparesContent) {
         {"dictionaries", dictionary({{"a", one}, {"b", two}}), dictionary({{"b", two}, {"a", one}}), true},
         {"dictionaries by key", dictionary({{"a", one}}), dictionary({{"b", one}}), false},
         {"dictionaries by value", dictionary({{"a", one}}), dictionary({{"a", two}}), false},
-        {"empty array and dictionary", array({}), dictionary({}), false},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(CFEqual(row.a.get(), row.b.get()), row.equal);
-        EXPECT_EQ(CFEqual(row.b.get(), row.a.get()), row.equal);
+        EXPECT_EQ(CFEqual(row.a.get(), row.b.get()), row.equal) << row.name;
+        EXPECT_EQ(CFEqual(row.b.get(), row.a.get()), row.equal) << row.name;
     }
 }
 
 TEST(ValueTest, DeeperThanAllowedIsRefusedByArraysAndDictionaries) {
-    EXPECT_EQ(string("leaf")->depth(), 0U);
-    EXPECT_EQ(array({})->depth(), 1U);
     Ref<Value> value = array({string("leaf"), dictionary({{"a", array({})}, {"b", string("leaf")}})});
     EXPECT_EQ(value->depth(), 3U);
     while (value->depth() < Value::kDeepest)
@@ -126,36 +96,19 @@ TEST(ValueTest, DeeperThanAllowedIsRefusedByArraysAndDictionaries) {
     EXPECT_THROW(dictionary({{"a", value}}), std::length_error);
 }
 
-TEST(DictionaryTest, SortsKeysByTheirBytesAndKeepsTheLastOfEqualOnes) {
-    const auto value = dictionary({{"b", string("first")},
-                                   {"\xC3\xA9", string("e acute")},
-                                   {"b", string("second")},
-                                   {"B", string("capital")},
-                                   {"", string("empty")},
-                                   {"b", string("third")},
-                                   {"ba", string("longer")}});
+TEST(DictionaryTest, SortsKeysByTheirBytesKeepsTheLastOfEqualOnesAndFindsWholeOnes) {
+    std::vector<Dictionary::Entry> entries{{"\xC3\xA9", string("e acute")}, {"ba", string("longer")}};
+    for (int i = 0; i < 100; ++i) // more than a sort keeps in order by chance
+        entries.push_back({i % 2 == 0 ? "b" : "B", number(std::int64_t{i})});
+    const auto sorted = makeRef<Dictionary>(std::move(entries));
     std::vector<std::string> keys;
-    for (const auto& entry : as<Dictionary>(value)->entries())
+    for (const auto& entry : sorted->entries())
         keys.push_back(entry.key);
-    EXPECT_THAT(keys, ElementsAre("", "B", "b", "ba", "\xC3\xA9"));
-    EXPECT_EQ(as<String>(as<Dictionary>(value)->find("b"))->text(), "third");
-}
-
-TEST(DictionaryTest, TheLastOfManyEqualKeysStaysTheLast) {
-    std::vector<Dictionary::Entry> entries;
-    for (std::int64_t i = 0; i < 100; ++i)
-        entries.push_back({i % 2 == 0 ? "b" : "a", number(i)});
-    const auto value = dictionary(std::move(entries));
-    EXPECT_EQ(as<Number>(as<Dictionary>(value)->find("a"))->longLongValue(), 99);
-    EXPECT_EQ(as<Number>(as<Dictionary>(value)->find("b"))->longLongValue(), 98);
-}
-
-TEST(DictionaryTest, FindsWholeKeysOnly) {
-    const auto value = dictionary({{"Key", string("value")}, {"Key2", string("other")}});
-    const auto* const found = as<Dictionary>(value);
-    EXPECT_EQ(as<String>(found->find("Key2"))->text(), "other");
-    for (const char* const missing : {"", "Ke", "Key1", "Key22", "key", "Z"})
-        EXPECT_EQ(found->find(missing), nullptr) << missing;
+    EXPECT_THAT(keys, testing::ElementsAre("B", "b", "ba", "\xC3\xA9"));
+    EXPECT_EQ(as<Number>(sorted->find("B"))->longLongValue(), 99);
+    EXPECT_EQ(as<Number>(sorted->find("b"))->longLongValue(), 98);
+    for (const char* const missing : {"", "a", "bb", "baa", "\xC3"})
+        EXPECT_EQ(sorted->find(missing), nullptr) << missing;
 }
 
 } // namespace

@@ -32,9 +32,9 @@ protected:
         for (int i = 0; i < count; ++i)
             recording.playNextFrame(speed);
     }
-    // What was played, its times counted from the start of playback.
+    // What was played since the last question, its times counted from the start of playback.
     std::vector<std::string> played() const {
-        std::vector<Frame> calls = log->calls;
+        std::vector<Frame> calls = std::exchange(log->calls, {});
         for (Frame& call : calls)
             call.timestampNs -= recording.playStartTime();
         return textsOf(calls);
@@ -56,13 +56,12 @@ TEST_F(PlaybackTest, FramesComeInOrderWithTheirRecordedSpacingWhateverTheSpeed) 
     EXPECT_THAT(recording.playStartTime(), Ge(before));
     playFrames(3, 1000);
     playFrames(1, kAtOnce);
+    EXPECT_EQ(log->calls[0].value, recording.frames().front().value) << "the object itself, no copy of it";
     EXPECT_THAT(played(),
                 ElementsAre("k=[1]@0", "[01 02]@10000000", "m:@30000000", "[]@" + std::to_string(kYear - 700)));
-    EXPECT_EQ(log->calls[0].value, recording.frames().front().value) << "the object itself, no copy of it";
     EXPECT_THAT(recording.frames(), SizeIs(4)) << "played frames are not recorded";
     expectNothingToPlay();
 
-    log->calls.clear();
     recording.playReset();
     playFrames(1);
     EXPECT_THAT(played(), ElementsAre("k=[1]@0")) << "from the first frame again, anchored anew";
@@ -75,21 +74,14 @@ TEST_F(PlaybackTest, AFrameEarlierThanTheFirstIsPlayedAtOnceWithATimeThatWraps) 
     EXPECT_THAT(played(), ElementsAre("[01]@0", "[02]@18446744073709551614", "[03]@0"));
 }
 
-TEST_F(PlaybackTest, TheWaitIsMeasuredFromTheFrameBeforeEvenWhenTimeWentBack) {
-    record({reportFrame({1}, 20 * kMs), reportFrame({2}, 0), reportFrame({3}, 10 * kMs)});
-    recording.playReset();
-    playFrames(3, 2);
-    EXPECT_THAT(mach_absolute_time() - recording.playStartTime(), Ge(5 * kMs));
-}
-
-TEST_F(PlaybackTest, WaitsAtLeastAsLongAsTheRecordDividedBySpeed) {
-    record({reportFrame({1}, 0), reportFrame({2}, 10 * kMs), reportFrame({3}, 30 * kMs)});
+TEST_F(PlaybackTest, WaitsForTheGapBehindTheFrameBeforeDividedBySpeedEvenWhenTimeWentBack) {
+    record({reportFrame({1}, 40 * kMs), reportFrame({2}, 0), reportFrame({3}, 10 * kMs), reportFrame({4}, 30 * kMs)});
     recording.playReset();
     std::vector<std::uint64_t> times;
     log->whenCalled = [&] { times.push_back(mach_absolute_time()); };
-    playFrames(3, 2);
-    EXPECT_THAT(times[1] - times[0], Ge(5 * kMs));
-    EXPECT_THAT(times[2] - times[1], Ge(10 * kMs));
+    playFrames(4, 2);
+    EXPECT_THAT(times[2] - times[1], Ge(5 * kMs));
+    EXPECT_THAT(times[3] - times[2], Ge(10 * kMs));
 }
 
 TEST_F(PlaybackTest, WithoutATargetFramesCountAsPlayed) {
@@ -102,116 +94,94 @@ TEST_F(PlaybackTest, WithoutATargetFramesCountAsPlayed) {
 }
 
 TEST_F(PlaybackTest, AnAppendedFrameEndsThePlaybackUntilTheNextReset) {
-    expectNothingToPlay();
     recording.playReset();
     expectNothingToPlay();
-
     record({reportFrame({1}), reportFrame({2})});
     expectNothingToPlay();
+
     recording.playReset();
     playFrames(1);
-    const std::uint8_t report = 3;
-    recording.handleInputReport(1, &report, 1);
+    recording.handleMetadata(1, "m", nullptr);
     expectNothingToPlay();
     recording.playReset();
     EXPECT_TRUE(recording.playCanContinue());
 }
 
 // The list is a=1 [01] a=2 [02] a=3 [03]; what trimming leaves of it follows from the bound.
-struct Cut {
-    const char* name;
-    int played; // frames before the cut
-    std::function<void(PipelineRecording&)> cut;
-    const char* next; // the frame that is played next; empty where playback has ended
-};
-void PrintTo(const Cut& row, std::ostream* out) { *out << row.name; }
-
-class CutPlaybackTest : public PlaybackTest, public testing::WithParamInterface<Cut> {};
-
-TEST_P(CutPlaybackTest, EndsOnlyWhenTheFrameAtThePositionIsTakenOut) {
-    for (std::uint8_t i = 1; i <= 3; ++i)
-        record({setting("a", Number::withUnsignedLong(i)), reportFrame({i})});
-    recording.playReset();
-    playFrames(GetParam().played);
-    log->calls.clear();
-    GetParam().cut(recording);
-    if (std::string_view(GetParam().next).empty())
-        return expectNothingToPlay();
-    ASSERT_TRUE(recording.playCanContinue());
-    playFrames(1);
-    EXPECT_THAT(played(), ElementsAre(GetParam().next));
+TEST_F(PlaybackTest, ACutEndsThePlaybackOnlyWhenItTakesOutTheFrameAtThePosition) {
+    struct Row {
+        const char* name;
+        int played; // frames before the cut
+        std::function<void()> cut;
+        std::vector<std::string> next; // played next; none where playback has ended
+    };
+    for (const auto& [name, playedBefore, cut, next] : {
+             Row{"bound takes it out", 0, [&] { recording.setMaxFrameCount(1); }, {}},
+             Row{"bound takes out others", 4, [&] { recording.setMaxFrameCount(1); }, {"a=3@0"}},
+             Row{"trim takes it out", 3, [&] { recording.trimFrames(1); }, {}},
+             Row{"trim takes out others", 3, [&] { recording.trimFrames(2); }, {"[02]@0"}},
+             Row{"trim of everything at the end", 6, [&] { recording.trimFrames(0); }, {}},
+             Row{"writing without a bound takes out nothing", 0, [&] { EXPECT_TRUE(recording.json()); }, {"a=1@0"}},
+             Row{"sorting takes out nothing", 2, [&] { recording.sortFrames(); }, {"a=2@0"}},
+         }) {
+        SCOPED_TRACE(name);
+        recording = PipelineRecording();
+        recording.pipeline = log;
+        for (std::uint8_t i = 1; i <= 3; ++i)
+            record({setting("a", Number::withUnsignedLong(i)), reportFrame({i})});
+        recording.playReset();
+        playFrames(playedBefore);
+        log->calls.clear();
+        cut();
+        if (next.empty()) {
+            expectNothingToPlay();
+        } else if (recording.playCanContinue()) {
+            playFrames(1);
+        }
+        EXPECT_EQ(played(), next);
+    }
 }
-
-template <std::uint64_t Count>
-void bound(PipelineRecording& recording) {
-    recording.setMaxFrameCount(Count);
-}
-template <std::uint64_t Count>
-void trim(PipelineRecording& recording) {
-    recording.trimFrames(Count);
-}
-void write(PipelineRecording& recording) { EXPECT_TRUE(recording.json()); }
-void sort(PipelineRecording& recording) { recording.sortFrames(); }
-
-INSTANTIATE_TEST_SUITE_P(
-    Positions, CutPlaybackTest,
-    testing::Values(Cut{"BoundTakesItOut", 0, bound<1>, ""}, Cut{"BoundTakesOutOthers", 4, bound<1>, "a=3@0"},
-                    Cut{"NoBoundTakesOutNothing", 0, bound<0>, "a=1@0"}, Cut{"TrimTakesItOut", 3, trim<1>, ""},
-                    Cut{"TrimTakesOutOthers", 3, trim<2>, "[02]@0"}, Cut{"TrimOfEverythingAtTheEnd", 6, trim<0>, ""},
-                    Cut{"WritingWithoutABoundTakesOutNothing", 0, write, "a=1@0"},
-                    Cut{"SortingTakesOutNothing", 2, sort, "a=2@0"}),
-    [](const auto& row) { return row.param.name; });
 
 TEST_F(PlaybackTest, WritingTrimsToTheBoundAndEndsThePlaybackOfWhatItTakesOut) {
     recording.setMaxFrameCount(2);
     record({reportFrame({1}), reportFrame({2}), reportFrame({3})});
     recording.playReset();
-    write(recording);
+    EXPECT_TRUE(recording.json());
     expectNothingToPlay();
 
     recording.appendFrame(reportFrame({4}));
     recording.playReset();
     playFrames(1);
-    log->calls.clear();
-    write(recording);
+    EXPECT_TRUE(recording.json());
     playFrames(1);
-    EXPECT_THAT(played(), ElementsAre("[03]@0"));
+    EXPECT_THAT(played(), ElementsAre("[02]@0", "[03]@0"));
 }
 
-struct Pause {
-    const char* name;
-    std::uint64_t fromNs;
-    std::uint64_t toNs;
-    float speed;
-    std::uint64_t pauseUs;
-};
-void PrintTo(const Pause& row, std::ostream* out) { *out << row.name; }
-
-class PlaybackPauseTest : public testing::TestWithParam<Pause> {};
-
-TEST_P(PlaybackPauseTest, IsTheGapInMicrosecondsDividedBySpeed) {
-    EXPECT_EQ(PipelineRecording::playbackPauseUs(GetParam().fromNs, GetParam().toNs, GetParam().speed),
-              GetParam().pauseUs);
+TEST(PlaybackPauseTest, IsTheGapInMicrosecondsDividedBySpeed) {
+    constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+    constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
+    struct Row {
+        const char* name;
+        std::uint64_t fromNs;
+        std::uint64_t toNs;
+        float speed;
+        std::uint64_t pauseUs;
+    };
+    for (const auto& [name, fromNs, toNs, speed, pauseUs] : {
+             Row{"half as fast", 10 * kMs, 30 * kMs, 0.5, 40'000},
+             Row{"speed zero is one", 0, 10 * kMs, 0, 10'000},
+             Row{"no number is one", 0, 10 * kMs, kNoNumber, 10'000},
+             Row{"minus infinity is one", 0, 10 * kMs, -kAtOnce, 10'000},
+             Row{"infinite speed never waits", 0, kLargest, kAtOnce, 0},
+             Row{"earlier time", 5 * kMs, 3 * kMs, 1, 0},
+             Row{"truncated toward zero", 0, 1999, 1, 1},
+             // 100000001999 ns are 99999997952 in single precision, and 99999997.952 us are 100000000
+             Row{"single precision", 0, 100'000'001'999, 1, 100'000'000},
+             Row{"longest gap", 0, kLargest, 1, 18'446'744'949'882'880U},
+             Row{"beyond all numbers", 0, kLargest, std::numeric_limits<float>::denorm_min(), kLargest},
+         })
+        EXPECT_EQ(PipelineRecording::playbackPauseUs(fromNs, toNs, speed), pauseUs) << name;
 }
-
-constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
-
-INSTANTIATE_TEST_SUITE_P(
-    Pauses, PlaybackPauseTest,
-    testing::Values(Pause{"TwiceAsFast", 10 * kMs, 30 * kMs, 2, 10'000},
-                    Pause{"HalfAsFast", 10 * kMs, 30 * kMs, 0.5, 40'000},
-                    Pause{"SpeedZeroIsOne", 0, 10 * kMs, 0, 10'000},
-                    Pause{"NegativeSpeedIsOne", 0, 10 * kMs, -2, 10'000},
-                    Pause{"NoNumberIsOne", 0, 10 * kMs, std::numeric_limits<float>::quiet_NaN(), 10'000},
-                    Pause{"InfiniteSpeedNeverWaits", 0, kLargest, kAtOnce, 0},
-                    Pause{"MinusInfinityIsOne", 0, 10 * kMs, -kAtOnce, 10'000}, Pause{"SameTime", 5, 5, 1, 0}, //
-                    Pause{"EarlierTime", 5 * kMs, 3 * kMs, 1, 0}, Pause{"BelowAMicrosecond", 0, 999, 1, 0},    //
-                    Pause{"TruncatedTowardZero", 0, 1999, 1, 1},
-                    // 100000001999 ns are 99999997952 in single precision, and 99999997.952 us are 100000000
-                    Pause{"SinglePrecision", 0, 100'000'001'999, 1, 100'000'000},
-                    Pause{"LongestGap", 0, kLargest, 1, 18'446'744'949'882'880U},
-                    Pause{"BeyondAllNumbers", 0, kLargest, std::numeric_limits<float>::denorm_min(), kLargest}),
-    [](const auto& row) { return row.param.name; });
 
 } // namespace
 } // namespace VeltoTouch::Tests

@@ -2,7 +2,6 @@
 
 #include "Tests/Support/Frames.h"
 
-#include <limits>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -19,99 +18,76 @@ std::list<Frame> framesNamed(const std::string& names) {
     std::istringstream stream(names);
     for (std::string name; stream >> name;) {
         if (const auto equals = name.find('='); equals != std::string::npos)
-            frames.push_back(setting(name.substr(0, equals), makeRef<String>(name.substr(equals + 1))));
-        else if (name.starts_with("M"))
-            frames.push_back(metadata(name, nullptr));
+            frames.push_back(setting(name.substr(0, equals), json(name.substr(equals + 1))));
         else
-            frames.push_back(reportFrame({name.begin(), name.end()}));
+            frames.push_back(name.starts_with("M") ? metadata(name, nullptr) : reportFrame({name.begin(), name.end()}));
     }
     return frames;
 }
 
-std::string namesOf(const std::list<Frame>& frames) {
-    std::string names;
-    for (const Frame& frame : frames) {
-        names.append(names.empty() ? "" : " ").append(frame.key);
-        if (frame.type == Frame::Type::State)
-            names.append("=").append(as<String>(frame.value)->text());
-        else
-            names.append(frame.report.begin(), frame.report.end());
+void expectFrames(const std::list<Frame>& frames, const char* names) {
+    EXPECT_EQ(textsOf(frames), textsOf(framesNamed(names)));
+}
+
+void record(PipelineRecording& recording, const char* names) {
+    for (const Frame& frame : framesNamed(names))
+        recording.appendFrame(frame);
+}
+
+TEST(TrimmingTest, KeepsTheNewestReportsAndTheSettingsInForceBeforeThem) {
+    struct Row {
+        const char* name;
+        std::uint64_t maxFrameCount;
+        const char* frames;
+        const char* kept;
+    };
+    for (const auto& [name, maxFrameCount, names, kept] : {
+             Row{"worked example", 2, "k1=1 R1 k1=2 k2=7 R2 k1=3 k1=4 R3", "k1=2 k2=7 R2 k1=4 R3"},
+             Row{"settings alone", 3, "a=1 b=1 a=2 a=3 b=2", "a=3 b=2"},
+             Row{"no reports wanted", 0, "a=1 R1 b=1 M1 a=2 R2", "b=1 a=2"},
+             Row{"metadata count like reports", 2, "R1 M1 R2 a=1", "M1 R2 a=1"},
+             Row{"one setting per key and stretch", ~std::uint64_t{0}, "a=1 a=2 R1 a=3 b=1 a=4 R2 a=5 a=6",
+                 "a=2 R1 b=1 a=4 R2 a=6"},
+             Row{"removed reports do not part the older settings", 1, "a=1 R1 a=2 b=1 R2 a=3 R3", "b=1 a=3 R3"},
+             Row{"settings after the newest report", 1, "a=1 R1 a=2 R2 a=3", "a=2 R2 a=3"},
+             Row{"keys differ by each byte", 1, "a=1 A=2 a.=3 a=4 R1", "A=2 a.=3 a=4 R1"},
+         }) {
+        SCOPED_TRACE(name);
+        std::list<Frame> frames = framesNamed(names);
+        const std::size_t count = frames.size();
+        const std::list<Frame> removed = PipelineRecording::trimFrames(frames, maxFrameCount);
+        expectFrames(frames, kept);
+        EXPECT_THAT(removed, SizeIs(count - frames.size()));
     }
-    return names;
 }
 
-struct Trimming {
-    const char* name;
-    std::uint64_t maxFrameCount;
-    const char* frames;
-    const char* kept;
-};
-void PrintTo(const Trimming& row, std::ostream* out) { *out << row.name; }
-
-class TrimmingTest : public testing::TestWithParam<Trimming> {};
-
-TEST_P(TrimmingTest, KeepsTheNewestReportsAndTheSettingsInForceBeforeThem) {
-    std::list<Frame> frames = framesNamed(GetParam().frames);
-    const std::size_t count = frames.size();
-    const std::list<Frame> removed = PipelineRecording::trimFrames(frames, GetParam().maxFrameCount);
-    EXPECT_EQ(namesOf(frames), GetParam().kept);
-    EXPECT_THAT(removed, SizeIs(count - frames.size()));
-}
-
-constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
-
-INSTANTIATE_TEST_SUITE_P(
-    Lists, TrimmingTest,
-    testing::Values(Trimming{"WorkedExample", 2, "k1=1 R1 k1=2 k2=7 R2 k1=3 k1=4 R3", "k1=2 k2=7 R2 k1=4 R3"},
-                    Trimming{"Nothing", 1, "", ""}, //
-                    Trimming{"SettingsAlone", 3, "a=1 b=1 a=2 a=3 b=2", "a=3 b=2"},
-                    Trimming{"NoReportsWanted", 0, "a=1 R1 b=1 M1 a=2 R2", "b=1 a=2"},
-                    Trimming{"MetadataCountsLikeReports", 2, "R1 M1 R2 a=1", "M1 R2 a=1"},
-                    Trimming{"OneSettingPerKeyAndStretch", kLargest, "a=1 a=2 R1 a=3 b=1 a=4 R2 a=5 a=6",
-                             "a=2 R1 b=1 a=4 R2 a=6"},
-                    Trimming{"RemovedReportsDoNotPartTheOlderSettings", 1, "a=1 R1 a=2 b=1 R2 a=3 R3", "b=1 a=3 R3"},
-                    Trimming{"SettingsAfterTheNewestReport", 1, "a=1 R1 a=2 R2 a=3", "a=2 R2 a=3"},
-                    Trimming{"KeysDifferByEachByte", 1, "a=1 A=2 a.=3 a=4 R1", "A=2 a.=3 a=4 R1"}),
-    [](const auto& row) { return row.param.name; });
-
-TEST(RecordingBoundTest, TrimsAtTwiceTheBoundAndNotBefore) {
-    PipelineRecording recording;
-    recording.setMaxFrameCount(3);
-    for (const Frame& frame : framesNamed("R1 R2 R3 M4 R5"))
-        recording.appendFrame(frame);
-    EXPECT_THAT(recording.frames(), SizeIs(5));
-    recording.appendFrame(reportFrame({'R', '6'}));
-    EXPECT_EQ(namesOf(recording.frames()), "M4 R5 R6");
-}
-
-TEST(RecordingBoundTest, SettingsCountTowardTwiceTheBound) {
-    PipelineRecording recording;
-    recording.setMaxFrameCount(2);
-    for (const Frame& frame : framesNamed("a=1 R1 a=2"))
-        recording.appendFrame(frame);
-    EXPECT_EQ(namesOf(recording.frames()), "a=1 R1 a=2");
-    recording.appendFrame(framesNamed("a=3").front());
-    EXPECT_EQ(namesOf(recording.frames()), "a=1 R1 a=3");
+TEST(RecordingBoundTest, TrimsAtTwiceTheBoundSettingsIncludedAndNotBefore) {
+    struct Row {
+        std::uint64_t bound;
+        const char* frames;
+        const char* kept;
+    };
+    for (const auto& [bound, names, kept] : {
+             Row{3, "R1 R2 R3 M4 R5", "R1 R2 R3 M4 R5"}, Row{3, "R1 R2 R3 M4 R5 R6", "M4 R5 R6"},
+             Row{2, "a=1 R1 a=2", "a=1 R1 a=2"}, Row{2, "a=1 R1 a=2 a=3", "a=1 R1 a=3"},
+             Row{std::uint64_t{1} << 63U, "a=1 a=2", "a=1 a=2"}, // twice that is beyond 64 bits
+         }) {
+        SCOPED_TRACE(names);
+        PipelineRecording recording;
+        recording.setMaxFrameCount(bound);
+        record(recording, names);
+        expectFrames(recording.frames(), kept);
+    }
 }
 
 TEST(RecordingBoundTest, ANewBoundTrimsAtOnceAndNoneIsNoBound) {
     PipelineRecording recording;
-    for (const Frame& frame : framesNamed("R1 R2 R3 R4 R5"))
-        recording.appendFrame(frame);
+    record(recording, "R1 R2 R3 R4 R5");
     recording.setMaxFrameCount(4);
-    EXPECT_EQ(namesOf(recording.frames()), "R2 R3 R4 R5");
+    expectFrames(recording.frames(), "R2 R3 R4 R5");
     recording.setMaxFrameCount(0);
-    for (const Frame& frame : framesNamed("R6 a=1 a=2 R7 R8 R9"))
-        recording.appendFrame(frame);
-    EXPECT_EQ(namesOf(recording.frames()), "R2 R3 R4 R5 R6 a=1 a=2 R7 R8 R9");
-}
-
-TEST(RecordingBoundTest, ABoundWhoseDoubleIsBeyond64BitsTrimsNothing) {
-    PipelineRecording recording;
-    recording.setMaxFrameCount(std::uint64_t{1} << 63U);
-    recording.appendFrame(framesNamed("a=1").front());
-    recording.appendFrame(framesNamed("a=2").front());
-    EXPECT_EQ(namesOf(recording.frames()), "a=1 a=2");
+    record(recording, "R6 a=1 a=2 R7 R8 R9");
+    expectFrames(recording.frames(), "R2 R3 R4 R5 R6 a=1 a=2 R7 R8 R9");
 }
 
 // The memory of trimmed frames is used again for reports; nothing of what it held may shine through.
@@ -121,18 +97,18 @@ TEST(RecordingBoundTest, FramesStayRightWhenTrimmedOnesAreUsedAgain) {
     recording.setMaxFrameCount(kBound);
     std::list<Frame> expected;
     for (std::uint8_t i = 0; i < 60; ++i) {
-        const std::size_t length = i % 3 == 0 ? 200 : i % 5;
-        const Frame frame = i % 7 == 3   ? metadata("Accel", Number::withUnsignedLong(i), i)
-                            : i % 7 == 5 ? setting(i % 2 == 0 ? "a" : "b", Number::withUnsignedLong(i), i)
-                                         : reportFrame(std::vector<std::uint8_t>(length, i), i);
-        if (frame.type == Frame::Type::InputReport)
-            recording.handleInputReport(i, frame.report.data(), frame.report.size());
-        else if (frame.type == Frame::Type::Metadata)
-            recording.handleMetadata(i, frame.key, frame.value);
-        else
-            recording.setState(i, frame.key, frame.value);
-
-        expected.push_back(frame);
+        const Ref<Value> value = Number::withUnsignedLong(i);
+        if (i % 7 == 3) {
+            recording.handleMetadata(i, "Accel", value);
+            expected.push_back(metadata("Accel", value, i));
+        } else if (i % 7 == 5) {
+            recording.setState(i, i % 2 == 0 ? "a" : "b", value);
+            expected.push_back(setting(i % 2 == 0 ? "a" : "b", value, i));
+        } else {
+            const std::vector<std::uint8_t> report(i % 3 == 0 ? 200 : i % 5, i);
+            recording.handleInputReport(i, report.data(), report.size());
+            expected.push_back(reportFrame(report, i));
+        }
         if (expected.size() >= 2 * kBound)
             PipelineRecording::trimFrames(expected, kBound);
         ASSERT_EQ(textsOf(recording.frames()), textsOf(expected)) << "after call " << int{i};
@@ -140,8 +116,7 @@ TEST(RecordingBoundTest, FramesStayRightWhenTrimmedOnesAreUsedAgain) {
 }
 
 TEST(RecordingSortTest, SortsByTimeAndKeepsTheOrderOfEqualTimes) {
-    constexpr std::uint64_t kLate = ~std::uint64_t{0};
-    std::list<Frame> frames{reportFrame({1}, 5),      reportFrame({2}, 3), reportFrame({3}, kLate),
+    std::list<Frame> frames{reportFrame({1}, 5),      reportFrame({2}, 3), reportFrame({3}, ~std::uint64_t{0}),
                             setting("k", nullptr, 5), reportFrame({4}, 1), reportFrame({5}, 5)};
     PipelineRecording::sortFrames(frames);
     EXPECT_THAT(textsOf(frames),

@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,26 +18,14 @@ namespace VeltoTouch::Tests {
 
 inline Ref<Value> json(std::string_view text) { return JSON::parse(text); }
 
-inline Frame setting(std::string key, Ref<Value> value, std::uint64_t timeNs = 0) {
-    return {.type = Frame::Type::State,
-            .timestampNs = timeNs,
-            .key = std::move(key),
-            .value = std::move(value),
-            .report = {}};
+inline Frame setting(const std::string& key, const Ref<Value>& value, std::uint64_t timeNs = 0) {
+    return {.type = Frame::Type::State, .timestampNs = timeNs, .key = key, .value = value, .report = {}};
 }
-
-inline Frame metadata(std::string key, Ref<Value> value, std::uint64_t timeNs = 0) {
-    Frame frame = setting(std::move(key), std::move(value), timeNs);
-    frame.type = Frame::Type::Metadata;
-    return frame;
+inline Frame metadata(const std::string& key, const Ref<Value>& value, std::uint64_t timeNs = 0) {
+    return {.type = Frame::Type::Metadata, .timestampNs = timeNs, .key = key, .value = value, .report = {}};
 }
-
-inline Frame reportFrame(std::vector<std::uint8_t> report, std::uint64_t timeNs = 0) {
-    Frame frame;
-    frame.type = Frame::Type::InputReport;
-    frame.timestampNs = timeNs;
-    frame.report = std::move(report);
-    return frame;
+inline Frame reportFrame(const std::vector<std::uint8_t>& report, std::uint64_t timeNs = 0) {
+    return {.type = Frame::Type::InputReport, .timestampNs = timeNs, .key = {}, .value = {}, .report = report};
 }
 
 inline std::string textOf(const Frame& frame) {
@@ -68,25 +55,21 @@ std::vector<std::string> textsOf(const Frames& frames) {
 class CallLog final : public PipelineInput {
 public:
     std::vector<Frame> calls;
-    const std::uint8_t* lastReport = nullptr; // as it was handed over
-    std::function<void()> whenCalled;         // before the call is kept
+    const std::uint8_t* lastReport = nullptr;          // as it was handed over
+    std::function<void()> whenCalled = [] { return; }; // before the call is kept
 
     void setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) override {
-        keep(setting(key, value, timestamp));
+        whenCalled();
+        calls.push_back(setting(key, value, timestamp));
     }
     void handleInputReport(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length) override {
+        whenCalled();
         lastReport = report;
-        keep(reportFrame({report, report + length}, timestamp));
+        calls.push_back(reportFrame({report, report + length}, timestamp));
     }
     void handleMetadata(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) override {
-        keep(metadata(key, value, timestamp));
-    }
-
-private:
-    void keep(Frame frame) {
-        if (whenCalled)
-            whenCalled();
-        calls.push_back(std::move(frame));
+        whenCalled();
+        calls.push_back(metadata(key, value, timestamp));
     }
 };
 

@@ -2,19 +2,18 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
-#include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -42,8 +41,7 @@ public:
 
     // Writes a file and gives its path.
     std::string write(const std::string& name, std::string_view content) const {
-        std::ofstream file(_path / name, std::ios::binary);
-        file << content;
+        std::ofstream(_path / name, std::ios::binary) << content;
         return path(name);
     }
 
@@ -76,22 +74,23 @@ struct Outcome {
 class Program {
 public:
     // What stands on the standard input; nothing by default.
-    Program& reading(std::string input) {
-        _input = std::move(input);
+    Program& reading(std::string_view input) {
+        std::fwrite(input.data(), 1, input.size(), _input.get());
+        std::rewind(_input.get());
         return *this;
     }
     // The standard output goes there in place of being captured.
     Program& writingTo(const std::string& path) {
-        _output = Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+        _output.reset(std::fopen(path.c_str(), "w"), std::fclose);
         return *this;
     }
     // Nobody reads the standard output any more.
     Program& writingToAClosedPipe() {
         int ends[2];
-        if (::pipe2(ends, O_CLOEXEC) != 0)
+        if (::pipe(ends) != 0)
             throw std::runtime_error("no pipe");
-        const Descriptor readEnd(ends[0]);
-        _output = Descriptor(ends[1]);
+        ::close(ends[0]);
+        _output.reset(::fdopen(ends[1], "w"), std::fclose);
         return *this;
     }
     // No file becomes larger than that.
@@ -100,68 +99,39 @@ public:
         return *this;
     }
 
-    [[nodiscard]] Outcome run(const Arguments& arguments) const {
-        const Descriptor input(::memfd_create("stdin", MFD_CLOEXEC));
-        const Descriptor output(::memfd_create("stdout", MFD_CLOEXEC));
-        const Descriptor errors(::memfd_create("stderr", MFD_CLOEXEC));
-        std::string_view rest = _input;
-        while (!rest.empty()) {
-            const ssize_t written = ::write(input.get(), rest.data(), rest.size());
-            if (written < 0)
-                throw std::runtime_error("no standard input");
-            rest.remove_prefix(static_cast<std::size_t>(written));
-        }
-        ::lseek(input.get(), 0, SEEK_SET);
-
+    [[nodiscard]] Outcome run(const Arguments& arguments) {
         std::vector<char*> argv{const_cast<char*>("velto")};
         for (const std::string& argument : arguments)
             argv.push_back(const_cast<char*>(argument.c_str()));
         argv.push_back(nullptr);
         const pid_t child = ::fork();
         if (child == 0)
-            become(argv, input.get(), _output ? _output->get() : output.get(), errors.get());
+            become(argv);
         int status = 0;
         if (child < 0 || ::waitpid(child, &status, 0) != child)
             throw std::runtime_error("the program was not run");
         return {.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
-                .output = output.content(),
-                .errors = errors.content()};
+                .output = contentOf(*_output),
+                .errors = contentOf(*_errors)};
     }
 
 private:
-    class Descriptor {
-    public:
-        explicit Descriptor(int descriptor) : _descriptor(descriptor) {
-            if (descriptor < 0)
-                throw std::runtime_error("no file");
-        }
-        Descriptor(Descriptor&& other) noexcept : _descriptor(std::exchange(other._descriptor, -1)) {}
-        Descriptor& operator=(Descriptor&& other) noexcept {
-            std::swap(_descriptor, other._descriptor);
-            return *this;
-        }
-        ~Descriptor() {
-            if (_descriptor >= 0)
-                ::close(_descriptor);
-        }
-        [[nodiscard]] int get() const noexcept { return _descriptor; }
-        [[nodiscard]] std::string content() const {
-            std::string text(static_cast<std::size_t>(::lseek(_descriptor, 0, SEEK_END)), '\0');
-            const ssize_t size = ::pread(_descriptor, text.data(), text.size(), 0);
-            if (size != static_cast<ssize_t>(text.size()))
-                throw std::runtime_error("output not read");
-            return text;
-        }
+    using File = std::shared_ptr<std::FILE>;
 
-    private:
-        int _descriptor;
-    };
+    // Empty for a file that is only written.
+    static std::string contentOf(std::FILE& file) {
+        std::string content;
+        std::rewind(&file);
+        for (int c = std::fgetc(&file); c != EOF; c = std::fgetc(&file))
+            content += static_cast<char>(c);
+        return content;
+    }
 
     // The rest of the forked child: calls that are safe there, then the program.
-    [[noreturn]] void become(const std::vector<char*>& argv, int input, int output, int errors) const {
-        ::dup2(input, STDIN_FILENO);
-        ::dup2(output, STDOUT_FILENO);
-        ::dup2(errors, STDERR_FILENO);
+    [[noreturn]] void become(const std::vector<char*>& argv) const {
+        ::dup2(::fileno(_input.get()), STDIN_FILENO);
+        ::dup2(::fileno(_output.get()), STDOUT_FILENO);
+        ::dup2(::fileno(_errors.get()), STDERR_FILENO);
         if (_largestFile) {
             const rlimit limit{.rlim_cur = *_largestFile, .rlim_max = *_largestFile};
             ::setrlimit(RLIMIT_FSIZE, &limit);
@@ -172,8 +142,9 @@ private:
         ::_exit(127);
     }
 
-    std::string _input;
-    std::optional<Descriptor> _output;
+    File _input{std::tmpfile(), std::fclose};
+    File _output{std::tmpfile(), std::fclose};
+    File _errors{std::tmpfile(), std::fclose};
     std::optional<std::size_t> _largestFile;
 };
 

@@ -34,7 +34,8 @@ public:
             InputReport::Image image = makeImage(_nextFrame++, _timeMs, signals);
             image.padRaw.fill(static_cast<std::uint16_t>(30'000 + image.frameNumber));
             send(imageReport(image));
-            pass(kFrameMs);
+            _timeMs += kFrameMs;
+            _timeNs += std::uint64_t{kFrameMs} * 1'000'000;
         }
         return *this;
     }
@@ -46,12 +47,6 @@ public:
         _nextFrame += count;
         return *this;
     }
-    SmallRecording& pass(std::uint32_t milliseconds) {
-        _timeMs += milliseconds;
-        _timeNs += std::uint64_t{milliseconds} * 1'000'000;
-        return *this;
-    }
-
     [[nodiscard]] const std::list<Frame>& frames() const { return _recording.frames(); }
     [[nodiscard]] std::string text() const { return std::string(PipelineRecording(_recording).json()->bytes()); }
 
@@ -70,20 +65,14 @@ inline std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-// The text of a member of a JSON object, as JSON; empty where there is none.
-inline std::string memberOf(const std::string& object, std::string_view key) {
-    const Ref<Value> value = JSON::parse(object);
-    const auto* dictionary = as<Dictionary>(value);
-    const Value* member = dictionary != nullptr ? dictionary->find(key) : nullptr;
-    return member != nullptr ? JSON::text(member) : "";
-}
-
-// The members with this key of every line that has one.
+// The members with this key, as JSON, of every line that has one.
 inline std::vector<std::string> membersOf(const std::string& lines, std::string_view key) {
     std::vector<std::string> members;
     for (const std::string& line : linesOf(lines)) {
-        if (std::string member = memberOf(line, key); !member.empty())
-            members.push_back(std::move(member));
+        const Ref<Value> object = JSON::parse(line);
+        const auto* dictionary = as<Dictionary>(object);
+        if (const Value* member = dictionary != nullptr ? dictionary->find(key) : nullptr)
+            members.push_back(JSON::text(member));
     }
     return members;
 }

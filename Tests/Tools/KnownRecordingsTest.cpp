@@ -33,13 +33,9 @@ TEST_P(KnownRecordingTest, GivesTheExpectedGestures) {
     EXPECT_EQ(outcome.errors, "");
     const auto lines = linesOf(outcome.output);
     const auto expectedLines = linesOf(expected);
-    for (std::size_t i = 0; i < std::min(lines.size(), expectedLines.size()); ++i) {
-        const Ref<Value> line = JSON::parse(lines[i]);
-        const Ref<Value> expectedLine = JSON::parse(expectedLines[i]);
-        ASSERT_TRUE(line && CFEqual(line.get(), expectedLine.get()))
-            << "line " << i + 1 << "\nexpected " << JSON::text(expectedLine.get()) << "\nand came "
-            << JSON::text(line.get());
-    }
+    for (std::size_t i = 0; i < std::min(lines.size(), expectedLines.size()); ++i)
+        ASSERT_TRUE(CFEqual(JSON::parse(lines[i]).get(), JSON::parse(expectedLines[i]).get()))
+            << "line " << i + 1 << "\nexpected " << expectedLines[i] << "\nand came " << lines[i];
     EXPECT_EQ(lines.size(), expectedLines.size());
 }
 

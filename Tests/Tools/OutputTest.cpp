@@ -1,6 +1,7 @@
 #include "Tests/Support/Program.h"
 #include "Tests/Support/SmallRecordings.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -14,58 +15,55 @@ namespace fs = std::filesystem;
 
 class OutputTest : public testing::Test {
 protected:
+    static void expectFailure(const Outcome& outcome, const std::string& errors) {
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.errors, errors);
+    }
+    // Writes the recording as another file, which fails.
+    void expectNotWritten(const std::string& path, const std::string& message) const {
+        expectFailure(velto().run({"convert", file, "-o", path}), "velto: " + path + ": " + message + "\n");
+    }
+
     const TemporaryFolder folder;
     const std::string text = SmallRecording().touchForMs(80).text();
     const std::string file = folder.write("in.json", text);
     const std::string old = folder.write("old.json", "as it was");
-    const std::vector<Arguments> commands{{"replay", file},        {"replay", "--jsonl", "--describe", file},
-                                          {"convert", file},       {"trim", "--max", "1000", file},
-                                          {"render", file},        {"info", file},
-                                          {"info", "--json", file}};
 };
 
-TEST_F(OutputTest, AFullStandardOutputIsToldOnceAndIsAFailure) {
-    for (const Arguments& command : commands) {
-        SCOPED_TRACE(testing::PrintToString(command));
-        const Outcome outcome = velto().writingTo("/dev/full").run(command);
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_EQ(outcome.errors, "velto: standard output: No space left on device\n");
-    }
-}
-
-TEST_F(OutputTest, AReaderThatHasGoneIsNoReasonToCrashOrComplain) {
-    for (const Arguments& command : commands) {
-        SCOPED_TRACE(testing::PrintToString(command));
-        const Outcome outcome = velto().writingToAClosedPipe().run(command);
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_EQ(outcome.errors, "");
-    }
-}
-
-// So much that some of it is written before the end.
-TEST_F(OutputTest, OutputThatFailsInTheMiddleEndsTheWork) {
+TEST_F(OutputTest, AFullOrClosedStandardOutputEndsTheWorkWithAFailure) {
+    // So long that some of it is written before the end.
     const std::string longFile = folder.write("long.json", SmallRecording().images(300, {}).touchForMs(900).text());
-    for (const Arguments& command : {Arguments{"replay", "--jsonl", "--describe", longFile, longFile},
-                                     {"replay", "--describe", longFile, longFile},
-                                     {"replay", "--jsonl", "--speed", "1e6", longFile, longFile},
-                                     {"replay", "--speed", "1e6", longFile, longFile},
-                                     {"render", longFile}}) {
+    for (const Arguments& command : {
+             Arguments{"replay", file},
+             {"replay", "--jsonl", "--describe", file},
+             {"convert", file},
+             {"trim", "--max", "1000", file},
+             {"render", file},
+             {"info", file},
+             {"info", "--json", file},
+             {"replay", "--describe", longFile, longFile},
+             {"replay", "--speed", "1e6", longFile, longFile},
+             {"replay", "--jsonl", "--describe", longFile, longFile},
+             {"replay", "--jsonl", "--speed", "1e6", longFile, longFile},
+             {"render", longFile},
+         }) {
         SCOPED_TRACE(testing::PrintToString(command));
-        const Outcome full = velto().writingTo("/dev/full").run(command);
-        EXPECT_EQ(full.status, 1);
-        EXPECT_EQ(full.errors, "velto: standard output: No space left on device\n");
-        const Outcome closed = velto().writingToAClosedPipe().run(command);
-        EXPECT_EQ(closed.status, 1);
-        EXPECT_EQ(closed.errors, "");
+        expectFailure(velto().writingTo("/dev/full").run(command), "velto: standard output: No space left on device\n");
+        expectFailure(velto().writingToAClosedPipe().run(command), "");
     }
 }
 
-TEST_F(OutputTest, AFileAppearsWithNothingBesideIt) {
-    const Outcome outcome = velto().run({"convert", file, "-o", folder.path("new.json")});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.output + outcome.errors, "");
-    EXPECT_EQ(contentOf(folder.path("new.json")), text);
-    EXPECT_THAT(folder.names(), ElementsAre("in.json", "new.json", "old.json"));
+TEST_F(OutputTest, AFileAppearsWithNothingBesideItUnderAnyName) {
+    const std::string longest = std::string(255, 'n');
+    for (const std::string& name : {std::string("new.json"), longest}) {
+        const Outcome outcome = velto().run({"convert", file, "-o", folder.path(name)});
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.output + outcome.errors, "");
+        EXPECT_EQ(contentOf(folder.path(name)), text);
+    }
+    EXPECT_EQ(velto().run({"convert", file, "-o", "-"}).output, text) << "a dash is the standard output";
+    EXPECT_THAT(folder.names(), ElementsAre("in.json", "new.json", longest, "old.json"));
 }
 
 TEST_F(OutputTest, ARecordingCanBeReplacedByItself) {
@@ -89,48 +87,31 @@ TEST_F(OutputTest, AnOldFileKeepsItsPermissionsAndItsLinks) {
 }
 
 TEST_F(OutputTest, AnOldFileStaysWhenTheNewOneCannotBeWrittenWhole) {
-    ASSERT_GT(text.size(), 1000U);
-    for (const std::string& name : {old, folder.path("new.json")}) {
-        const Outcome outcome = velto().withFilesUpTo(1000).run({"convert", file, "-o", name});
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_EQ(outcome.errors, "velto: " + name + ": File too large\n");
-    }
+    for (const std::string& path : {old, folder.path("new.json")})
+        expectFailure(velto().withFilesUpTo(1000).run({"convert", file, "-o", path}),
+                      "velto: " + path + ": File too large\n");
     EXPECT_EQ(contentOf(old), "as it was");
     EXPECT_THAT(folder.names(), ElementsAre("in.json", "old.json"));
 }
 
 TEST_F(OutputTest, APlaceThatCannotBeWrittenIsToldUnderItsName) {
     fs::create_symlink("nothing.json", folder.path("link.json"));
-    struct Row {
-        std::string path;
-        const char* message;
-    };
-    for (const auto& [path, message] :
-         {Row{folder.path("missing/out.json"), "No such file or directory"},
-          Row{folder.path("in.json/out.json"), "Not a directory"}, Row{folder.path(""), "Is a directory"},
-          Row{folder.path("link.json"), "No such file or directory"}}) {
-        const Outcome outcome = velto().run({"convert", file, "-o", path});
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_EQ(outcome.output, "");
-        EXPECT_EQ(outcome.errors, "velto: " + path + ": " + message + "\n");
-    }
+    expectNotWritten(folder.path("link.json"), "No such file or directory");
+    expectNotWritten(folder.path("missing/out.json"), "No such file or directory");
+    expectNotWritten(folder.path("in.json/out.json"), "Not a directory");
+    expectNotWritten(folder.path(""), "Is a directory");
     EXPECT_THAT(folder.names(), ElementsAre("in.json", "link.json", "old.json"));
 }
 
 TEST_F(OutputTest, WhatMayNotBeWrittenStays) {
     if (::geteuid() == 0)
         GTEST_SKIP() << "root may write everywhere";
-    const auto expectKept = [this] {
-        const Outcome outcome = velto().run({"convert", file, "-o", old});
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_EQ(outcome.errors, "velto: " + old + ": Permission denied\n");
-        EXPECT_EQ(contentOf(old), "as it was");
-    };
     fs::permissions(folder.path(""), fs::perms::owner_read | fs::perms::owner_exec);
-    expectKept();
+    expectNotWritten(old, "Permission denied");
     fs::permissions(folder.path(""), fs::perms::owner_all);
     fs::permissions(old, fs::perms::owner_read);
-    expectKept();
+    expectNotWritten(old, "Permission denied");
+    EXPECT_EQ(contentOf(old), "as it was");
 }
 
 TEST_F(OutputTest, AFullDeviceIsToldUnderItsName) {
@@ -141,9 +122,7 @@ TEST_F(OutputTest, AFullDeviceIsToldUnderItsName) {
         if (::mknod(device.c_str(), S_IFCHR | 0600, makedev(1, 7)) != 0 || !std::ofstream(device))
             GTEST_SKIP() << "no devices in temporary folders";
     }
-    const Outcome outcome = velto().run({"convert", file, "-o", device});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.errors, "velto: " + device + ": No space left on device\n");
+    expectNotWritten(device, "No space left on device");
     EXPECT_TRUE(fs::is_character_file(device));
 }
 
@@ -157,17 +136,6 @@ TEST_F(OutputTest, APipeIsWrittenAsItIs) {
     ::close(reader);
     EXPECT_EQ(content, text);
     EXPECT_TRUE(fs::is_fifo(pipe));
-}
-
-TEST_F(OutputTest, ADashIsTheStandardOutput) {
-    EXPECT_EQ(velto().run({"convert", file, "-o", "-"}).output, text);
-    EXPECT_THAT(folder.names(), ElementsAre("in.json", "old.json"));
-}
-
-TEST_F(OutputTest, AFileMayHaveTheLongestName) {
-    const std::string longest = folder.path(std::string(255, 'n'));
-    EXPECT_EQ(velto().run({"convert", file, "-o", longest}).errors, "");
-    EXPECT_EQ(contentOf(longest), text);
 }
 
 } // namespace
