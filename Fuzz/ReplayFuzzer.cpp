@@ -3,6 +3,7 @@
 #include "Pipeline/Pipeline.h"
 #include "Platform/JSON.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <sstream>
@@ -20,6 +21,7 @@ namespace {
 class WatchedPipeline {
 public:
     explicit WatchedPipeline(PipelineRecording& recording) {
+        _out.precision(std::numeric_limits<float>::max_digits10);
         recording.pipeline = _pipeline;
         _pipeline->imageHandler = [this](auto, const auto&) { _digitizerEvents = 0; };
         _pipeline->firmwareEventHandler = [this](auto, const auto&) { _digitizerEvents = 0; };
