@@ -38,9 +38,9 @@ TEST(NumberTest, HasEveryReadingWhateverItWasMadeOf) {
         {"double 2^63", 0x1p63, kMaxSigned, kTwoTo63, 0x1p63, 0x1p63F, true},
         {"double 2^64", 0x1p64, kMaxSigned, kMaxUnsigned, 0x1p64, 0x1p64F, true},
         {"double -2^64", -0x1p64, kMinSigned, kTwoTo63, -0x1p64, -0x1p64F, true},
-        {"infinity", kInfinity, kMaxSigned, kMaxUnsigned, kInfinity, kInfinity, true},
-        {"-infinity", -kInfinity, kMinSigned, kTwoTo63, -kInfinity, -kInfinity, true},
-        {"NaN", kNaN, 0, 0, kNaN, kNaN, true},
+        {"infinity", kInfinity, kMaxSigned, kMaxUnsigned, std::numeric_limits<double>::infinity(), kInfinity, true},
+        {"-infinity", -kInfinity, kMinSigned, kTwoTo63, -std::numeric_limits<double>::infinity(), -kInfinity, true},
+        {"NaN", kNaN, 0, 0, std::numeric_limits<double>::quiet_NaN(), kNaN, true},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
