@@ -1,5 +1,7 @@
 #include "Platform/HIDEvent.h"
 
+#include <fmt/format.h>
+
 namespace VeltoTouch {
 namespace {
 
@@ -35,6 +37,35 @@ double fieldOf(const Digitizer& event, std::uint32_t field) noexcept {
     }
 }
 
+double fieldOf(const Accelerometer& event, std::uint32_t field) noexcept {
+    switch (field) {
+    case kIOHIDEventFieldAccelerometerX:
+        return event.x;
+    case kIOHIDEventFieldAccelerometerY:
+        return event.y;
+    case kIOHIDEventFieldAccelerometerZ:
+        return event.z;
+    default:
+        return 0.0;
+    }
+}
+
+constexpr std::uint32_t typeOf(const VendorDefined& /*event*/) noexcept { return kIOHIDEventTypeVendorDefined; }
+constexpr std::uint32_t typeOf(const Digitizer& /*event*/) noexcept { return kIOHIDEventTypeDigitizer; }
+constexpr std::uint32_t typeOf(const Accelerometer& /*event*/) noexcept { return kIOHIDEventTypeAccelerometer; }
+
+std::string textOf(const VendorDefined& event) {
+    return fmt::format("vendor-defined, usage page {:#x}, usage {:#x}, version {}", event.usagePage, event.usage,
+                       event.version);
+}
+std::string textOf(const Digitizer& event) {
+    return fmt::format("digitizer, event mask {:#x}, x {:.1f}, y {:.1f}, z {:.1f}, generation {}", event.eventMask,
+                       event.x, event.y, event.z, event.generationCount);
+}
+std::string textOf(const Accelerometer& event) {
+    return fmt::format("accelerometer, x {:.3f}, y {:.3f}, z {:.3f}", event.x, event.y, event.z);
+}
+
 } // namespace
 
 Ref<HIDEvent> IOHIDEventCreateDigitizerEvent(CFTypeRef /*allocator*/, std::uint64_t timeStamp,
@@ -65,8 +96,13 @@ Ref<HIDEvent> IOHIDEventCreateVendorDefinedEvent(CFTypeRef /*allocator*/, std::u
                              VendorDefined{.usagePage = usagePage, .usage = usage, .version = version});
 }
 
+Ref<HIDEvent> IOHIDEventCreateAccelerometerEvent(CFTypeRef /*allocator*/, std::uint64_t timeStamp, double x, double y,
+                                                 double z, std::uint32_t options) {
+    return makeRef<HIDEvent>(timeStamp, options, Accelerometer{.x = x, .y = y, .z = z});
+}
+
 std::uint32_t IOHIDEventGetType(const HIDEvent* event) noexcept {
-    return std::holds_alternative<Digitizer>(event->payload) ? kIOHIDEventTypeDigitizer : kIOHIDEventTypeVendorDefined;
+    return std::visit([](const auto& payload) { return typeOf(payload); }, event->payload);
 }
 
 std::uint64_t IOHIDEventGetTimeStamp(const HIDEvent* event) noexcept { return event->timeStamp; }
@@ -89,6 +125,11 @@ void IOHIDEventSetIntegerValue(IOHIDEventRef event, std::uint32_t field, CFIndex
 
 double IOHIDEventGetFloatValue(const HIDEvent* event, std::uint32_t field) noexcept {
     return std::visit([field](const auto& payload) { return fieldOf(payload, field); }, event->payload);
+}
+
+std::string IOHIDEventCopyDescription(const HIDEvent* event) {
+    const std::string fields = std::visit([](const auto& payload) { return textOf(payload); }, event->payload);
+    return fmt::format("<{}, phase {:#x}, time {}>", fields, event->phase, event->timeStamp);
 }
 
 } // namespace VeltoTouch

@@ -3,6 +3,7 @@
 #include "Platform/Object.h"
 
 #include <span>
+#include <string>
 #include <variant>
 
 // HID events: what a service hands to its host. An event is one of the payloads below, a phase and a
@@ -30,9 +31,14 @@ struct VendorDefined {
     std::uint32_t version;
 };
 
+// Acceleration along the axes, in units of the standard gravity.
+struct Accelerometer {
+    double x, y, z;
+};
+
 class HIDEvent final : public Object {
 public:
-    using Payload = std::variant<VendorDefined, Digitizer>;
+    using Payload = std::variant<VendorDefined, Digitizer, Accelerometer>;
     HIDEvent(std::uint64_t stamp, std::uint32_t optionBits, const Payload& content) noexcept
         : payload(content), timeStamp(stamp), options(optionBits) {}
 
@@ -47,6 +53,7 @@ using IOHIDEventRef = HIDEvent*;
 enum IOHIDEventType : std::uint32_t {
     kIOHIDEventTypeVendorDefined = 1,
     kIOHIDEventTypeDigitizer = 11,
+    kIOHIDEventTypeAccelerometer = 13,
 };
 
 enum IOHIDEventPhase : std::uint16_t {
@@ -75,6 +82,9 @@ enum IOHIDEventField : std::uint32_t {
     kIOHIDEventFieldDigitizerTransducerType = 0xB0004,
     kIOHIDEventFieldDigitizerEventMask = 0xB0007,
     kIOHIDEventFieldDigitizerGenerationCount = 0xB001B,
+    kIOHIDEventFieldAccelerometerX = 0xD0000,
+    kIOHIDEventFieldAccelerometerY = 0xD0001,
+    kIOHIDEventFieldAccelerometerZ = 0xD0002,
 };
 
 [[nodiscard]] Ref<HIDEvent> IOHIDEventCreateDigitizerEvent(CFTypeRef allocator, std::uint64_t timeStamp,
@@ -91,6 +101,9 @@ enum IOHIDEventField : std::uint32_t {
                                                                std::span<const std::uint8_t> payload,
                                                                std::uint32_t options);
 
+[[nodiscard]] Ref<HIDEvent> IOHIDEventCreateAccelerometerEvent(CFTypeRef allocator, std::uint64_t timeStamp, double x,
+                                                               double y, double z, std::uint32_t options);
+
 [[nodiscard]] std::uint32_t IOHIDEventGetType(const HIDEvent* event) noexcept;
 [[nodiscard]] std::uint64_t IOHIDEventGetTimeStamp(const HIDEvent* event) noexcept;
 void IOHIDEventSetTimeStamp(IOHIDEventRef event, std::uint64_t timeStamp) noexcept;
@@ -102,5 +115,8 @@ void IOHIDEventSetPhase(IOHIDEventRef event, std::uint16_t phase) noexcept;
 [[nodiscard]] CFIndex IOHIDEventGetIntegerValue(const HIDEvent* event, std::uint32_t field) noexcept;
 void IOHIDEventSetIntegerValue(IOHIDEventRef event, std::uint32_t field, CFIndex value) noexcept;
 [[nodiscard]] double IOHIDEventGetFloatValue(const HIDEvent* event, std::uint32_t field) noexcept;
+
+// The event in one line for a log: its kind, time stamp, phase and fields.
+[[nodiscard]] std::string IOHIDEventCopyDescription(const HIDEvent* event);
 
 } // namespace VeltoTouch

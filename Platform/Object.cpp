@@ -2,17 +2,25 @@
 
 namespace VeltoTouch {
 
+CFIndex CFRetainAndCount(CFTypeRef object) noexcept {
+    return object == nullptr ? 0 : object->_references.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+CFIndex CFReleaseAndCount(CFTypeRef object) noexcept {
+    if (object == nullptr)
+        return 0;
+    const CFIndex count = object->_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (count == 0)
+        delete object;
+    return count;
+}
+
 CFTypeRef CFRetain(CFTypeRef object) noexcept {
-    if (object != nullptr)
-        object->_references.fetch_add(1, std::memory_order_relaxed);
+    CFRetainAndCount(object);
     return object;
 }
 
-void CFRelease(CFTypeRef object) noexcept {
-    // The count is dropped and read in one step: after it, the object may belong to nobody.
-    if (object != nullptr && object->_references.fetch_sub(1, std::memory_order_acq_rel) == 1)
-        delete object;
-}
+void CFRelease(CFTypeRef object) noexcept { CFReleaseAndCount(object); }
 
 CFIndex CFGetRetainCount(CFTypeRef object) noexcept {
     return object == nullptr ? 0 : object->_references.load(std::memory_order_relaxed);

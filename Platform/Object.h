@@ -22,6 +22,11 @@ CFTypeRef CFRetain(CFTypeRef object) noexcept;
 // Drops one reference; the last one destroys the object on the calling thread. Null is tolerated.
 void CFRelease(CFTypeRef object) noexcept;
 
+// The same two, giving the count after the call. It is read in the same step: a count read later may be that of an
+// object that has gone.
+CFIndex CFRetainAndCount(CFTypeRef object) noexcept;
+CFIndex CFReleaseAndCount(CFTypeRef object) noexcept;
+
 // The number of references right now; for tests and diagnostics, since other threads may change it. Null has 0.
 [[nodiscard]] CFIndex CFGetRetainCount(CFTypeRef object) noexcept;
 
@@ -42,8 +47,8 @@ protected:
     [[nodiscard]] virtual bool isEqual(const Object& other) const noexcept { return this == &other; }
 
 private:
-    friend CFTypeRef CFRetain(CFTypeRef object) noexcept;
-    friend void CFRelease(CFTypeRef object) noexcept;
+    friend CFIndex CFRetainAndCount(CFTypeRef object) noexcept;
+    friend CFIndex CFReleaseAndCount(CFTypeRef object) noexcept;
     friend CFIndex CFGetRetainCount(CFTypeRef object) noexcept;
     friend bool CFEqual(CFTypeRef a, CFTypeRef b) noexcept;
 

@@ -154,4 +154,9 @@ private:
     std::string _bytes;
 };
 
+// The platform's names for what crosses its boundaries.
+using CFStringRef = const String*;
+using CFDictionaryRef = const Dictionary*;
+using CFPropertyListRef = Value*;
+
 } // namespace VeltoTouch

@@ -1,0 +1,76 @@
+#include "Platform/Dispatch.h"
+
+#include "Platform/Mutex.h"
+
+#include <cerrno>
+#include <deque>
+#include <string>
+#include <thread>
+
+namespace VeltoTouch {
+
+void DispatchSemaphore::wait() noexcept {
+    while (sem_wait(&_semaphore) != 0 && errno == EINTR) {
+    }
+}
+
+Ref<DispatchSemaphore> dispatch_semaphore_create(unsigned count) { return makeRef<DispatchSemaphore>(count); }
+
+void dispatch_semaphore_wait(dispatch_semaphore_t semaphore) noexcept { semaphore->wait(); }
+
+void dispatch_semaphore_signal(dispatch_semaphore_t semaphore) noexcept { semaphore->signal(); }
+
+struct DispatchQueue::Line {
+    Mutex lock;
+    std::deque<Block> blocks VELTO_GUARDED_BY(lock);
+    const Ref<DispatchSemaphore> signal = dispatch_semaphore_create(0); // one a block, and one for the end
+
+    void push(Block block) {
+        {
+            const MutexLock guard(lock);
+            blocks.push_back(std::move(block));
+        }
+        signal->signal();
+    }
+
+    // The next block; an empty one at the end.
+    [[nodiscard]] Block next() {
+        signal->wait();
+        const MutexLock guard(lock);
+        if (blocks.empty())
+            return {};
+        Block block = std::move(blocks.front());
+        blocks.pop_front();
+        return block;
+    }
+};
+
+DispatchQueue::DispatchQueue(const char* label) : _line(std::make_shared<Line>()) {
+    std::thread worker(work, _line);
+    pthread_setname_np(worker.native_handle(), std::string(label).substr(0, 15).c_str());
+    worker.detach();
+}
+
+DispatchQueue::~DispatchQueue() { _line->signal->signal(); }
+
+void DispatchQueue::push(Block block) { _line->push(std::move(block)); }
+
+void DispatchQueue::work(const std::shared_ptr<Line>& line) {
+    while (const Block block = line->next())
+        block();
+}
+
+Ref<DispatchQueue> dispatch_queue_create(const char* label) { return makeRef<DispatchQueue>(label); }
+
+void dispatch_async(dispatch_queue_t queue, Block block) { queue->push(std::move(block)); }
+
+void dispatch_sync(dispatch_queue_t queue, const Block& block) {
+    const Ref<DispatchSemaphore> done = dispatch_semaphore_create(0);
+    dispatch_async(queue, [block, done] {
+        block();
+        done->signal();
+    });
+    done->wait();
+}
+
+} // namespace VeltoTouch

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+// Status codes and option words of the platform's calls.
+
+namespace VeltoTouch {
+
+using IOReturn = std::int32_t;
+using IOOptionBits = std::uint32_t;
+
+// The handle under which the platform knows a service, such as a HID device; 0 is none.
+using io_service_t = std::uint32_t;
+
+constexpr IOReturn statusCode(std::uint32_t code) noexcept { return static_cast<IOReturn>(code); }
+
+constexpr IOReturn kIOReturnSuccess = 0;
+constexpr IOReturn kIOReturnError = statusCode(0xE00002BC);
+constexpr IOReturn kIOReturnNoResources = statusCode(0xE00002BE);
+constexpr IOReturn kIOReturnNoDevice = statusCode(0xE00002C0);
+constexpr IOReturn kIOReturnUnsupported = statusCode(0xE00002C7);
+
+} // namespace VeltoTouch

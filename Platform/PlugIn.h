@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Platform/Dispatch.h"
+#include "Platform/HIDEvent.h"
+#include "Platform/IOReturn.h"
+#include "Platform/UUID.h"
+#include "Platform/Value.h"
+
+#include <cstdint>
+
+// The boundary between a host and a HID service plug-in: the host calls the factory that the plug-in's manifest names,
+// gets an interface handle, asks it for further interfaces, and calls the service through tables of functions.
+//
+// A handle is the address of a pointer to a table. Every function's first argument is the handle that it was found by.
+
+namespace VeltoTouch {
+
+using HRESULT = std::int32_t;
+using ULONG = std::uint32_t;
+using REFIID = CFUUIDBytes; // by value
+
+constexpr HRESULT S_OK = 0;
+constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80000004U);
+
+// What a host asks a factory for, and the two interfaces that a service answers.
+extern const CFUUIDRef kIOHIDServicePlugInTypeID; // 0516B563-B15B-11DA-96EB-0014519758EF
+extern const CFUUIDRef kIOCFPlugInInterfaceID;    // C244E858-109C-11D4-91D4-0050E4C6426F: IOCFPlugInInterfaceStruct
+extern const CFUUIDRef kIOHIDServiceInterface2ID; // 6FE22ABF-68B9-11DB-A71F-0016CBC110F7: IOHIDServiceInterface2
+
+// The exported factory: a new service's plug-in interface handle with one reference, which the host releases; null for
+// a type that the plug-in does not make.
+using CFPlugInFactoryFunction = void* (*)(CFTypeRef allocator, CFUUIDRef type);
+
+// Told of each event, one after the other, on the queue that the service is scheduled with.
+using IOHIDServiceEventCallback = void (*)(void* target, void* refcon, void* sender, IOHIDEventRef event,
+                                           IOOptionBits options);
+
+struct IOCFPlugInInterfaceStruct {
+    void* _reserved;
+
+    // A handle of the interface asked for, with a reference that the caller releases, or E_NOINTERFACE and `*handle`
+    // untouched. Any thread; so are the two below, which give the count of references after the call.
+    HRESULT (*QueryInterface)(void* self, REFIID interfaceID, void** handle);
+    ULONG (*AddRef)(void* self);
+    ULONG (*Release)(void* self);
+
+    std::uint16_t version;
+    std::uint16_t revision;
+
+    // Called in this order. `service` is the handle of the device that the service is to work with.
+    IOReturn (*Probe)(void* self, CFDictionaryRef propertyTable, io_service_t service, std::int32_t* order);
+    IOReturn (*Start)(void* self, CFDictionaryRef propertyTable, io_service_t service);
+    IOReturn (*Stop)(void* self);
+};
+
+struct IOHIDServiceInterface2 {
+    void* _reserved;
+
+    HRESULT (*QueryInterface)(void* self, REFIID interfaceID, void** handle);
+    ULONG (*AddRef)(void* self);
+    ULONG (*Release)(void* self);
+
+    bool (*open)(void* self, IOOptionBits options);
+    void (*close)(void* self, IOOptionBits options);
+    // A value with a reference that the caller releases, or null. Any thread.
+    CFPropertyListRef (*copyProperty)(void* self, CFStringRef key);
+    // Whether the value was taken. Any thread.
+    bool (*setProperty)(void* self, CFStringRef key, CFPropertyListRef value);
+    // Before scheduling; target and refcon are handed back to the callback.
+    void (*setEventCallback)(void* self, IOHIDServiceEventCallback callback, void* target, void* refcon);
+    // Events begin. The queue is serial.
+    void (*scheduleWithDispatchQueue)(void* self, dispatch_queue_t queue);
+    // Events end: none is queued after this returns. Those that are queued still run; the host drains its queue
+    // before it releases the service.
+    void (*unscheduleFromDispatchQueue)(void* self, dispatch_queue_t queue);
+    IOHIDEventRef (*copyEvent)(void* self, std::uint32_t eventType, IOHIDEventRef matching, IOOptionBits options);
+    IOReturn (*setOutputEvent)(void* self, IOHIDEventRef event);
+};
+
+} // namespace VeltoTouch
