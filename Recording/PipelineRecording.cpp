@@ -1,5 +1,6 @@
 #include "Recording/PipelineRecording.h"
 
+#include "Pipeline/Reports/InputReport.h"
 #include "Shared/Util.h"
 
 #include <algorithm>
@@ -29,7 +30,18 @@ PipelineRecording::PipelineRecording(PipelineRecording&& other) noexcept
 }
 
 PipelineRecording& PipelineRecording::operator=(const PipelineRecording& other) {
-    return *this = PipelineRecording(other);
+    if (this == &other)
+        return *this;
+    pipeline = other.pipeline;
+    _maxFrameCount = other._maxFrameCount;
+    _play = {};
+    _frames.clear();
+    for (const Frame& frame : other._frames) {
+        std::list<Frame> node = takeNode();
+        node.front() = frame;
+        _frames.splice(_frames.end(), node);
+    }
+    return *this;
 }
 
 PipelineRecording& PipelineRecording::operator=(PipelineRecording&& other) noexcept {
@@ -41,6 +53,20 @@ PipelineRecording& PipelineRecording::operator=(PipelineRecording&& other) noexc
     return *this;
 }
 
+void PipelineRecording::makeRoom(std::size_t reportCount) {
+    for (std::size_t i = 0; i < reportCount; ++i)
+        _spareFrames.emplace_back().report.reserve(InputReport::kImageReportLength);
+}
+
+std::list<Frame> PipelineRecording::takeNode() {
+    std::list<Frame> node;
+    if (_spareFrames.empty())
+        node.emplace_back();
+    else
+        node.splice(node.begin(), _spareFrames, _spareFrames.begin());
+    return node;
+}
+
 void PipelineRecording::setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept {
     appendFrame(keyedFrame(Frame::Type::State, timestamp, key, value));
     if (pipeline)
@@ -49,11 +75,7 @@ void PipelineRecording::setState(std::uint64_t timestamp, const std::string& key
 
 void PipelineRecording::handleInputReport(std::uint64_t timestamp, const std::uint8_t* report,
                                           std::size_t length) noexcept {
-    std::list<Frame> node;
-    if (_spareFrames.empty())
-        node.emplace_back();
-    else
-        node.splice(node.begin(), _spareFrames, _spareFrames.begin());
+    std::list<Frame> node = takeNode();
     Frame& frame = node.front();
     frame.type = Frame::Type::InputReport;
     frame.timestampNs = Util::nanosecondsFromMachTime(timestamp);

@@ -33,6 +33,9 @@ public:
     PipelineRecording& operator=(PipelineRecording&& other) noexcept;
     ~PipelineRecording() = default;
 
+    // Takes the memory of so many reports beforehand: to assign a recording, under a lock, then only copies bytes.
+    void makeRoom(std::size_t reportCount);
+
     void setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept override;
     void handleInputReport(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length) noexcept override;
     void handleMetadata(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept override;
@@ -92,12 +95,14 @@ private:
         std::optional<std::uint64_t> lastFrameTimeNs;
     };
 
+    // A list of one frame, whose memory is a spare frame's where there is one. Its content is anything.
+    [[nodiscard]] std::list<Frame> takeNode();
     void appendNode(std::list<Frame>& node) noexcept;
     // The frame that would be played next, or null.
     [[nodiscard]] const Frame* nextFrame() const noexcept;
 
     std::list<Frame> _frames;         // oldest first
-    std::list<Frame> _spareFrames;    // reports trimmed away; new ones reuse their memory
+    std::list<Frame> _spareFrames;    // hold nothing but their memory, for frames to come
     std::uint64_t _maxFrameCount = 0; // 0: unbounded
     Play _play;
 };
