@@ -53,7 +53,7 @@ using dispatch_queue_t = DispatchQueue*;
 
 // `label` names the worker for debuggers (its first 15 characters).
 [[nodiscard]] Ref<DispatchQueue> dispatch_queue_create(const char* label);
-// Runs the block later. Any thread; never waits for a block to run.
+// Runs the block, which must not be empty, later. Any thread; never waits for a block to run.
 void dispatch_async(dispatch_queue_t queue, Block block);
 // Returns when the block, and all that was queued before it, has run. Not from the queue's own blocks.
 void dispatch_sync(dispatch_queue_t queue, const Block& block);

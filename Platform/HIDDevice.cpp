@@ -99,6 +99,7 @@ void IOHIDDeviceRegisterInputReportWithTimeStampCallback(IOHIDDeviceRef device, 
 void IOHIDDeviceScheduleWithRunLoop(IOHIDDeviceRef device, CFRunLoopRef loop, CFStringRef mode) {
     if (device == nullptr)
         return;
+    opened(device).source = {};
     try {
         opened(device).source = opened(device).backend->startReports(*loop, mode->text(), opened(device));
     } catch (const std::system_error& error) {

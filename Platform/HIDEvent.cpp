@@ -1,5 +1,7 @@
 #include "Platform/HIDEvent.h"
 
+#include "Platform/Value.h"
+
 #include <fmt/format.h>
 
 namespace VeltoTouch {
@@ -114,7 +116,7 @@ std::uint16_t IOHIDEventGetPhase(const HIDEvent* event) noexcept { return event-
 void IOHIDEventSetPhase(IOHIDEventRef event, std::uint16_t phase) noexcept { event->phase = phase; }
 
 CFIndex IOHIDEventGetIntegerValue(const HIDEvent* event, std::uint32_t field) noexcept {
-    return static_cast<CFIndex>(IOHIDEventGetFloatValue(event, field));
+    return Number(IOHIDEventGetFloatValue(event, field)).longLongValue();
 }
 
 void IOHIDEventSetIntegerValue(IOHIDEventRef event, std::uint32_t field, CFIndex value) noexcept {

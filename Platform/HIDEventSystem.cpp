@@ -91,8 +91,8 @@ void IOHIDEventSystemClientScheduleWithRunLoop(IOHIDEventSystemClientRef client,
     Client& listener = clientOf(client);
     for (const Ref<HIDEventService>& service : IOHIDEventSystemClientCopyServices(client)) {
         const auto handler = [&listener, sender = service.get()](const Ref<HIDEvent>& event) {
-            if (listener.block)
-                listener.block(listener.target, listener.refcon, sender, event.get());
+            if (const IOHIDEventBlock block = listener.block) // it may unregister itself
+                block(listener.target, listener.refcon, sender, event.get());
         };
         listener.sources.push_back(service->startEvents(*loop, mode->text(), handler));
     }

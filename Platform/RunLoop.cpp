@@ -132,8 +132,8 @@ RunLoopSource RunLoop::addTimer(std::string_view mode, std::uint64_t fireTime, T
     auto source = std::make_shared<Source>(timer, true);
     source->handle = [timer, handler = std::move(handler)](bool /*isReadable*/) {
         const auto next = handler();
-        if (next)
-            arm(timer, *next); // makes it unreadable until then
+        if (next && *next > mach_absolute_time()) // otherwise it stays readable
+            arm(timer, *next);
         return next.has_value();
     };
     arm(timer, fireTime);
@@ -164,7 +164,8 @@ CFRunLoopRunResult RunLoop::run(std::string_view mode, double seconds, bool retu
         const auto named = _modes.find(mode);
         if (named == _modes.end() || named->second.sources.empty())
             return kCFRunLoopRunFinished;
-        if (wait == Wait::TimedOut)
+        const bool isLate = wait == Wait::HandledSource && deadline && *deadline <= mach_absolute_time();
+        if (wait == Wait::TimedOut || isLate)
             return kCFRunLoopRunTimedOut;
         wait = waitForSource(named->second, deadline);
     }

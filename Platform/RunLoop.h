@@ -56,7 +56,8 @@ public:
     ~RunLoop() override;
 
     // Adds a descriptor, which stays its owner's. `readable` is called whenever there is something to read.
-    // `hungUp` is called once, when nothing is left and the other side has gone; the source is out of its mode then.
+    // `hungUp` is called once, when nothing is left and the other side has gone; the source is out of its mode then. (A
+    // socket stays readable at its end: there `readable` takes the source out itself.)
     // On the loop's own thread; throws std::system_error for a descriptor that cannot be waited for.
     [[nodiscard]] RunLoopSource addDescriptor(std::string_view mode, int descriptor, Handler readable, Handler hungUp);
 

@@ -7,10 +7,8 @@
 namespace VeltoTouch::NSThread {
 
 void detachNewThreadWithBlock(const char* name, std::function<void()> block) {
-    std::thread thread([name, block = std::move(block)] {
-        pthread_setname_np(pthread_self(), name);
-        block();
-    });
+    std::thread thread(std::move(block));
+    pthread_setname_np(thread.native_handle(), name);
     thread.detach();
 }
 

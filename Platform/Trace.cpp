@@ -2,6 +2,7 @@
 
 #include "Platform/Mutex.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 

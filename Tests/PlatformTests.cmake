@@ -1,11 +1,17 @@
 velto_add_tests(platform_tests SOURCES
     Platform/ClockTest.cpp
+    Platform/DispatchTest.cpp
+    Platform/HIDDeviceTest.cpp
+    Platform/HIDEventSystemTest.cpp
     Platform/HIDEventTest.cpp
     Platform/JSONElementTest.cpp
     Platform/JSONReadingTest.cpp
     Platform/JSONWritingTest.cpp
     Platform/LogTest.cpp
     Platform/ObjectTest.cpp
+    Platform/RunLoopTest.cpp
+    Platform/TraceTest.cpp
+    Platform/UUIDTest.cpp
     Platform/ValueTest.cpp
     Pipeline/ReportTest.cpp
     Shared/HexTextTest.cpp
