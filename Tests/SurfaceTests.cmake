@@ -1,4 +1,4 @@
 velto_add_tests(surface_tests
-    SOURCES SurfaceStepTest.cpp SurfaceTest.cpp
+    SOURCES SurfaceDeviceTest.cpp SurfaceStepTest.cpp SurfaceTest.cpp
     LIBRARIES VeltoTouchSurface fmt::fmt
 )

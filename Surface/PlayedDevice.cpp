@@ -1,0 +1,80 @@
+#include "Surface/PlayedDevice.h"
+
+#include "Pipeline/Reports/InputReport.h"
+#include "Platform/Clock.h"
+#include "Shared/Util.h"
+
+#include <algorithm>
+
+namespace VeltoTouch::Surface {
+namespace {
+
+constexpr double kLongestPauseNs = 1e18; // thirty years; far below what a host time holds
+
+constexpr std::uint32_t kUsagePage = 0xFF60;
+constexpr std::uint32_t kUsage = 1;
+
+} // namespace
+
+RunLoopSource PlayedDevice::startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) {
+    if (_hasGone)
+        return {};
+    if (!_next)
+        _next = _source();
+    _startTime = mach_absolute_time();
+    _firstTimestampNs = _next ? _next->timestampNs : 0;
+    return loop.addTimer(mode, _startTime, [this, &sink] { return play(sink); });
+}
+
+std::optional<std::uint64_t> PlayedDevice::play(InputReportSink& sink) {
+    if (_next) {
+        const std::span<std::uint8_t> buffer = sink.buffer();
+        std::ranges::copy(_next->bytes.first(std::min(_next->bytes.size(), buffer.size())), buffer.begin());
+        sink.deliver(_next->bytes.size(), mach_absolute_time());
+        _next = _source();
+    }
+    if (_next)
+        return dueTime();
+    _hasGone = true;
+    removalHandler();
+    return std::nullopt;
+}
+
+std::uint64_t PlayedDevice::dueTime() const noexcept {
+    const double pauseNs = static_cast<double>(_next->timestampNs - _firstTimestampNs) / _speed;
+    return _startTime + Util::machTimeFromNanoseconds(static_cast<std::uint64_t>(std::min(pauseNs, kLongestPauseNs)));
+}
+
+IOReturn PlayedDevice::getReport(IOHIDReportType type, std::uint32_t reportID, std::span<std::uint8_t> buffer,
+                                 std::size_t& length) {
+    const auto known = _featureReports.find(reportID);
+    if (type != kIOHIDReportTypeFeature || known == _featureReports.end())
+        return kIOReturnUnsupported;
+    const std::vector<std::uint8_t>& report = known->second;
+    length = report.size();
+    std::ranges::copy(std::span(report).first(std::min(length, buffer.size())), buffer.begin());
+    return kIOReturnSuccess;
+}
+
+Ref<Value> PlayedDevice::getProperty(const std::string& key) {
+    // Values are immutable; the dictionary gives them as such.
+    return Ref<Value>::retained(const_cast<Value*>(_properties->find(key)));
+}
+
+Ref<Dictionary> surfaceProperties(std::string_view product, std::string_view serialNumber) {
+    const auto text = [](std::string_view content) { return makeRef<String>(std::string(content)); };
+    const auto number = [](std::uint64_t content) { return Number::withUnsignedLong(content); };
+    return makeRef<Dictionary>(std::vector<Dictionary::Entry>{
+        {.key = "MaxInputReportSize", .value = number(InputReport::kImageReportLength)},
+        {.key = "PrimaryUsage", .value = number(kUsage)},
+        {.key = "PrimaryUsagePage", .value = number(kUsagePage)},
+        {.key = "Product", .value = text(product)},
+        {.key = "ProductID", .value = number(0)},
+        {.key = "SerialNumber", .value = text(serialNumber)},
+        {.key = "Transport", .value = text("Virtual")},
+        {.key = "VendorID", .value = number(0)},
+        {.key = "VersionNumber", .value = number(1)},
+    });
+}
+
+} // namespace VeltoTouch::Surface
