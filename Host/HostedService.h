@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Platform/Dispatch.h"
+#include "Platform/PlugIn.h"
+
+#include <functional>
+#include <string>
+
+namespace VeltoTouch {
+
+// One life of a HID service, through its plug-in's two tables of functions alone:
+//
+//   factory, QueryInterface, Probe, Start, open, setEventCallback      the constructor
+//   scheduleWithDispatchQueue                                          schedule
+//   unscheduleFromDispatchQueue, draining the queue                    unschedule
+//   close, Stop, Release of both handles                               stop
+//
+// Made, scheduled and stopped on one thread; properties from any thread until it is stopped.
+class HostedService {
+public:
+    // Called on the host's queue, one event after the other; must not throw.
+    using EventHandler = std::function<void(const Ref<HIDEvent>& event)>;
+
+    // Makes a service for a device and opens it. Throws std::runtime_error with the step that failed; what was done
+    // until then is undone.
+    HostedService(CFPlugInFactoryFunction factory, io_service_t device, CFDictionaryRef properties,
+                  EventHandler eventHandler);
+    HostedService(const HostedService&) = delete;
+    HostedService& operator=(const HostedService&) = delete;
+    ~HostedService() { stop(); }
+
+    // Nil where the service has no such property.
+    [[nodiscard]] Ref<Value> copyProperty(const std::string& key) const;
+    // Whether the value was taken.
+    [[nodiscard]] bool setProperty(const std::string& key, const Ref<Value>& value) const;
+
+    // Events begin. Once.
+    void schedule();
+    // No event comes once this has returned; all that were under way have come. Properties can still be read.
+    void unschedule() noexcept;
+    // Ends whatever has begun, in the order above. Nothing more to be done is done.
+    void stop() noexcept;
+
+private:
+    enum class State { NotStarted, Started, Opened, Scheduled };
+
+    void make(CFPlugInFactoryFunction factory);
+    void start(io_service_t device, CFDictionaryRef properties);
+    void open();
+    static void deliver(void* target, void* refcon, void* sender, IOHIDEventRef event, IOOptionBits options);
+
+    const EventHandler _eventHandler;
+    const Ref<DispatchQueue> _queue = dispatch_queue_create("velto events");
+    IOCFPlugInInterfaceStruct** _plugIn = nullptr;
+    IOHIDServiceInterface2** _service = nullptr;
+    State _state = State::NotStarted;
+};
+
+} // namespace VeltoTouch

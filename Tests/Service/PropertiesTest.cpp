@@ -1,0 +1,137 @@
+#include "Platform/Log.h"
+#include "Recording/PipelineRecording.h"
+#include "Tests/Support/Frames.h"
+#include "Tests/Support/TestHost.h"
+
+#include <gmock/gmock.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::EndsWith;
+using testing::FieldsAre;
+
+class PropertiesTest : public testing::Test {
+protected:
+    PropertiesTest() { host.start(); }
+
+    // The property in JSON, a nil one as (nil).
+    std::string read(const std::string& key) const {
+        const auto value = host.property(key);
+        return value ? JSON::text(value.get()) : "(nil)";
+    }
+    bool write(const std::string& key, std::string_view value) { return host.set(key, json(value)); }
+
+    std::vector<std::string> recordedFrames() const {
+        const auto text = host.property("Recording");
+        const PipelineRecording recording(makeRef<Data>(as<String>(text)->text()).get());
+        auto texts = textsOf(recording.frames());
+        for (std::string& frame : texts)
+            frame.erase(frame.rfind('@')); // the time
+        return texts;
+    }
+
+    const Ref<TestDevice> device = makeRef<TestDevice>();
+    TestHost host{device};
+};
+
+TEST_F(PropertiesTest, TheServicesOwnKeysAreExactAndReadOnly) {
+    EXPECT_EQ(read("Version"), "[19,0,0]");
+    device->giveProperty("version", json("1"));
+    EXPECT_EQ(read("version"), "1") << "another key: the device's";
+    for (const char* key : {"Version", "Recording", "ServicePluginDebug"})
+        EXPECT_FALSE(write(key, "1")) << key << " is passed to the device, which does not have it";
+    EXPECT_EQ((*host.service)->copyProperty(host.service, nullptr), nullptr);
+    EXPECT_FALSE((*host.service)->setProperty(host.service, nullptr, json("1").get()));
+}
+
+TEST_F(PropertiesTest, WhatIsNotTheServicesOwnIsTheDevices) {
+    device->giveProperty("Product", json(R"("pad")"));
+    device->giveProperty("Gain", json("1"), true);
+    EXPECT_EQ(read("Product"), R"("pad")");
+    EXPECT_EQ(read("Unknown"), "(nil)");
+    EXPECT_FALSE(write("Product", R"("other")"));
+    EXPECT_TRUE(write("Gain", "2"));
+    EXPECT_EQ(read("Gain"), "2");
+    device->giveProperty("Pipeline", json("3"), true); // the domain without its dot is no key of the pipeline
+    EXPECT_TRUE(write("Pipeline", "4"));
+    EXPECT_EQ(read("Pipeline"), "4");
+    EXPECT_THAT(recordedFrames(), testing::IsEmpty());
+}
+
+TEST_F(PropertiesTest, WritesBelowThePipelineAreTakenAndRecordedWhateverTheKey) {
+    EXPECT_TRUE(write("Pipeline.Algs.HoldTimeoutMilliseconds", "250"));
+    EXPECT_TRUE(write("Pipeline.Nonsense", R"({"a":1})"));
+    EXPECT_TRUE(host.set("Pipeline.", nullptr));
+    EXPECT_EQ(read("Pipeline.Algs.HoldTimeoutMilliseconds"), "250");
+    EXPECT_EQ(read("Pipeline.Nonsense"), "(nil)");
+    EXPECT_EQ(read("Pipeline.DebugInfo"), R"({"DisjointImageCount":0,"ResetCount":0})");
+    EXPECT_THAT(recordedFrames(), testing::ElementsAre("Algs.HoldTimeoutMilliseconds=250", R"(Nonsense={"a":1})", "="));
+}
+
+TEST_F(PropertiesTest, FirmwareDebugReportsAreShownAsTheyCameOrWithTheReason) {
+    device->setFeatureReport(0x10, {.bytes = {0x10, 0x01, 0x02}});
+    device->setFeatureReport(0x1D, {.bytes = Report(200, 0xAB), .claimedLength = 200});
+    device->setFeatureReport(0x3F, {.bytes = {1}, .status = kIOReturnError});
+    const auto reports = host.property("FirmwareDebugReports");
+    const auto& dictionary = *as<Dictionary>(reports);
+    const auto entry = [&](const char* key) { return as<String>(dictionary.find(key))->text(); };
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : dictionary.entries())
+        keys.push_back(key);
+    EXPECT_THAT(keys,
+                testing::ElementsAre("0x04", "0x10", "0x11", "0x12", "0x13", "0x1d", "0x32", "0x3b", "0x3c", "0x3f"));
+    EXPECT_EQ(entry("0x10"), "10 01 02 ");
+    EXPECT_EQ(entry("0x04"), "Failed to get report ID 0x4: 0xe00002c7");
+    EXPECT_EQ(entry("0x3f"), "Failed to get report ID 0x3f: 0xe00002bc");
+    std::string cut;
+    for (int i = 0; i < 128; ++i)
+        cut += "ab ";
+    EXPECT_EQ(entry("0x1d"), cut) << "no more than the room that was given";
+}
+
+TEST_F(PropertiesTest, TheFactoryResetHoldDurationIsReadFromItsReportOrNil) {
+    EXPECT_EQ(read("FactoryResetHoldDuration"), "(nil)") << "refused";
+    device->setFeatureReport(0x1F, {.bytes = {0x1F, 0x88, 0x13, 0x00, 0x00}});
+    EXPECT_EQ(read("FactoryResetHoldDuration"), "5000");
+    device->setFeatureReport(0x1F, {.bytes = {0x1F, 0x88, 0x13, 0x00}});
+    EXPECT_EQ(read("FactoryResetHoldDuration"), "(nil)") << "short";
+    device->setFeatureReport(0x1F, {.bytes = {0x1F, 0x88, 0x13, 0x00, 0x00}, .status = kIOReturnError});
+    EXPECT_EQ(read("FactoryResetHoldDuration"), "(nil)") << "failed";
+}
+
+TEST_F(PropertiesTest, TheDebugDumpHoldsFiveOthers) {
+    write("Pipeline.Algs.EnableTapSuppression", "false");
+    const auto dump = host.property("ServicePluginDebug");
+    const auto& dictionary = *as<Dictionary>(dump);
+    EXPECT_EQ(dictionary.entries().size(), 5U);
+    for (const char* key :
+         {"Version", "FirmwareDebugReports", "Recording", "Pipeline.DebugInfo", "Pipeline.Algs.DebugInfo"}) {
+        ASSERT_NE(dictionary.find(key), nullptr) << key;
+        EXPECT_TRUE(CFEqual(dictionary.find(key), host.property(key).get())) << key;
+    }
+}
+
+TEST_F(PropertiesTest, ADeviceThatHasGoneOrNeverWasReadsNil) {
+    host.stop();
+    EXPECT_EQ(read("Product"), "(nil)");
+    EXPECT_FALSE(write("Product", "1"));
+    EXPECT_EQ(read("FactoryResetHoldDuration"), "(nil)");
+    EXPECT_THAT(read("FirmwareDebugReports"), testing::HasSubstr("Failed to get report ID 0x4: 0xe00002c0"));
+    EXPECT_EQ(read("Version"), "[19,0,0]");
+}
+
+TEST_F(PropertiesTest, ReadsAndWritesAreLoggedWithKeyAndValue) {
+    const LogCapture log(OS_LOG_TYPE_DEBUG);
+    write("Gain", R"("much")");
+    (void)read("Gain");
+    (void)host.set("Gain", nullptr);
+    const auto line = [](const char* message) { return FieldsAre("HIDService", OS_LOG_TYPE_DEBUG, message); };
+    EXPECT_THAT(log.lines(), testing::ElementsAre(line("setProperty:much forKey:Gain"), line("getPropertyForKey:Gain"),
+                                                  line("setProperty:(null) forKey:Gain")));
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests
