@@ -1,9 +1,10 @@
-velto_add_tests(tools_tests SOURCES
+velto_add_tests(tools_tests LIBRARIES VeltoTouchHost SOURCES
     Tools/BadInputTest.cpp
     Tools/KnownRecordingsTest.cpp
     Tools/OutputTest.cpp
     Tools/RecordingCommandsTest.cpp
     Tools/ReplayCommandTest.cpp
+    Tools/RunCommandTest.cpp
     Tools/UsageTest.cpp
 )
 add_dependencies(tools_tests velto)

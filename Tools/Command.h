@@ -21,5 +21,6 @@ struct Command {
 [[nodiscard]] Command makeRenderCommand(CLI::App& program);
 [[nodiscard]] Command makeInfoCommand(CLI::App& program);
 [[nodiscard]] Command makeSimulateCommand(CLI::App& program);
+[[nodiscard]] Command makeRunCommand(CLI::App& program);
 
 } // namespace VeltoTouch::Tools

@@ -64,6 +64,15 @@ void GestureTable::end(std::string name, std::uint64_t timeNs) {
     _touch.reset();
 }
 
+std::string GestureTable::summary() const {
+    std::string text;
+    for (const auto& [name, regions] : _counts) {
+        for (const auto& [region, count] : regions)
+            text += fmt::format("  {:>6} x {} {}\n", count, name, region);
+    }
+    return text;
+}
+
 std::string GestureTable::heading() {
     return coloured(Colour::Bold,
                     fmt::format("  {:>10}  {:>8}  {:>10}  {:<16} {}", "time", "lasts", "frame", "gesture", "region")) +

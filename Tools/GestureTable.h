@@ -33,6 +33,8 @@ public:
     [[nodiscard]] const std::map<std::string, std::map<std::string, std::uint64_t>>& counts() const noexcept {
         return _counts;
     }
+    // The same as lines.
+    [[nodiscard]] std::string summary() const;
 
     // A heading for rows, and a gesture as a row.
     [[nodiscard]] static std::string heading();

@@ -3,10 +3,10 @@
 #include "Tools/EventLines.h"
 #include "Tools/Files.h"
 #include "Tools/GestureTable.h"
+#include "Tools/PlayOptions.h"
 #include "Tools/Replay.h"
 #include "Tools/Terminal.h"
 
-#include <cmath>
 #include <memory>
 
 #include <fmt/format.h>
@@ -68,13 +68,9 @@ void appendSummaryLine(std::string& text, std::string_view file, Replay& replay)
 
 std::string summaryText(const Replay& replay, const GestureTable& gestures) {
     const auto& counts = replay.counts();
-    std::string text = fmt::format("  {} frames, {} images, {} invalid reports, {} events\n", counts.frames,
-                                   counts.images, counts.invalidReports, counts.events);
-    for (const auto& [name, regions] : gestures.counts()) {
-        for (const auto& [region, count] : regions)
-            text += fmt::format("  {:>6} x {} {}\n", count, name, region);
-    }
-    return text;
+    return fmt::format("  {} frames, {} images, {} invalid reports, {} events\n", counts.frames, counts.images,
+                       counts.invalidReports, counts.events) +
+           gestures.summary();
 }
 
 void replayAsLines(const Options& options, const std::string& file, Replay& replay, PipelineRecording& recording) {
@@ -125,15 +121,6 @@ void replayFile(const Options& options, const std::string& file) {
                                    replay.counts().settingsLeftOut));
 }
 
-float parseSpeed(const std::string& text) {
-    if (text == "max")
-        return Replay::kMaxSpeed;
-    float speed = 0;
-    if (!CLI::detail::lexical_cast(text, speed) || !(speed > 0.0F))
-        throw CLI::ValidationError("--speed", "a number above 0 or max is wanted");
-    return speed;
-}
-
 } // namespace
 
 Command makeReplayCommand(CLI::App& program) {
@@ -145,24 +132,9 @@ Command makeReplayCommand(CLI::App& program) {
                   "Plays recordings of any version through a fresh recognizer and shows the\n"
                   "gestures that it finds.");
     app->add_option("FILE", options->files, "Recordings; - is the standard input")->type_name("")->required();
-    app->add_option_function<std::string>(
-           "--speed", [options](const std::string& text) { options->speed = parseSpeed(text); },
-           "Pace: a factor on the recorded one, or max (the default)")
-        ->type_name("N|max");
-    app->add_option_function<std::vector<std::string>>(
-           "--set",
-           [options](const std::vector<std::string>& texts) {
-               for (const std::string& text : texts) {
-                   try {
-                       options->settings.push_back(parseSetting(text));
-                   } catch (const std::invalid_argument& error) {
-                       throw CLI::ValidationError("--set", error.what());
-                   }
-               }
-           },
-           "Write a setting before the first frame and leave out the recording's own writes of its key")
-        ->type_name("KEY=VALUE")
-        ->allow_extra_args(false);
+    addSpeed(*app, options->speed, "Pace: a factor on the recorded one, or max (the default)");
+    addSettings(*app, options->settings,
+                "Write a setting before the first frame and leave out the recording's own writes of its key");
     app->add_flag("--describe", options->describe, "Show the recognizer's state after every frame");
     app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then a summary of each file");
     return {app, [options] {

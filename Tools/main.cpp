@@ -61,7 +61,8 @@ int main(int argc, char** argv) {
     program.failure_message(usageMessage);
     program.require_subcommand(1);
     const std::array commands{makeReplayCommand(program), makeConvertCommand(program), makeTrimCommand(program),
-                              makeRenderCommand(program), makeInfoCommand(program),    makeSimulateCommand(program)};
+                              makeRenderCommand(program), makeInfoCommand(program),    makeSimulateCommand(program),
+                              makeRunCommand(program)};
     try {
         program.parse(argumentsOf(argc, argv));
     } catch (const CLI::ParseError& error) {

@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <sys/resource.h>
@@ -98,8 +99,20 @@ public:
         _largestFile = bytes;
         return *this;
     }
+    // The program gets the signal as soon as it has written a line.
+    Program& signalledAfterALine(int signal) {
+        _signal = signal;
+        return *this;
+    }
 
     [[nodiscard]] Outcome run(const Arguments& arguments) {
+        int ends[2] = {-1, -1}; // of a pipe for the line, which takes the place of the file
+        const File file = _output;
+        if (_signal) {
+            if (::pipe(ends) != 0)
+                throw std::runtime_error("no pipe");
+            _output.reset(::fdopen(ends[1], "w"), std::fclose);
+        }
         std::vector<char*> argv{const_cast<char*>("velto")};
         for (const std::string& argument : arguments)
             argv.push_back(const_cast<char*>(argument.c_str()));
@@ -107,8 +120,15 @@ public:
         const pid_t child = ::fork();
         if (child == 0)
             become(argv);
+        if (child < 0)
+            throw std::runtime_error("no process");
+        if (_signal) {
+            _output = file;
+            copyAndSignal(ends[0], child);
+            ::close(ends[0]);
+        }
         int status = 0;
-        if (child < 0 || ::waitpid(child, &status, 0) != child)
+        if (::waitpid(child, &status, 0) != child)
             throw std::runtime_error("the program was not run");
         return {.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
                 .output = contentOf(*_output),
@@ -125,6 +145,16 @@ private:
         for (int c = std::fgetc(&file); c != EOF; c = std::fgetc(&file))
             content += static_cast<char>(c);
         return content;
+    }
+
+    // Copies what the program writes to the output file, to its end.
+    void copyAndSignal(int descriptor, pid_t child) {
+        char c = 0;
+        while (::read(descriptor, &c, 1) == 1) {
+            std::fputc(c, _output.get());
+            if (c == '\n' && _signal)
+                ::kill(child, *std::exchange(_signal, std::nullopt));
+        }
     }
 
     // The rest of the forked child: calls that are safe there, then the program.
@@ -146,6 +176,7 @@ private:
     File _output{std::tmpfile(), std::fclose};
     File _errors{std::tmpfile(), std::fclose};
     std::optional<std::size_t> _largestFile;
+    std::optional<int> _signal;
 };
 
 [[nodiscard]] inline Program velto() { return {}; }

@@ -1,0 +1,99 @@
+#include "Tools/Devices.h"
+
+#include "Surface/Devices.h"
+#include "Surface/Scripts.h"
+#include "Surface/SimulatedAccelerometer.h"
+#include "Tools/Replay.h"
+#include "Tools/Terminal.h"
+
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Tools {
+namespace {
+
+using namespace VeltoTouch::Surface;
+
+bool strip(std::string_view& text, std::string_view prefix) {
+    if (!text.starts_with(prefix))
+        return false;
+    text.remove_prefix(prefix.size());
+    return true;
+}
+
+std::vector<Step> parseSteps(std::string_view text) {
+    std::vector<Step> steps;
+    for (;;) {
+        const auto comma = text.find(',');
+        steps.push_back(parseStep(text.substr(0, comma)));
+        if (comma == std::string_view::npos)
+            return steps;
+        text.remove_prefix(comma + 1);
+    }
+}
+
+Simulation::StepSource stepsOf(const DeviceChoice& choice, std::uint64_t seed) {
+    if (choice.steps)
+        return scriptOf(*choice.steps);
+    return [user = std::make_shared<MadeUpUser>(seed)] { return std::optional(user->next()); };
+}
+
+Ref<HIDDeviceBackend> backendOf(const DeviceChoice& choice, double speed) {
+    switch (choice.kind) {
+    case DeviceChoice::Kind::Simulated: {
+        const Simulation::Options options;
+        return simulatedDevice(Simulation(options, stepsOf(choice, options.seed)), speed);
+    }
+    case DeviceChoice::Kind::Recorded: {
+        const PipelineRecording recording = loadRecording(choice.file);
+        if (const std::uint64_t settings = settingsIn(recording); settings > 0)
+            complain(choice.file, fmt::format("left out {} recorded settings", settings));
+        return recordingPlayer(recording, speed);
+    }
+    case DeviceChoice::Kind::HidRaw:
+        break;
+    }
+    throw std::runtime_error("hidraw devices are not supported yet");
+}
+
+Ref<HIDEventService> accelerometerOf(const DeviceChoice& choice) {
+    if (choice.kind != DeviceChoice::Kind::Simulated)
+        return nullptr;
+    return makeRef<SimulatedAccelerometer>();
+}
+
+} // namespace
+
+DeviceChoice parseDevice(std::string_view text) {
+    DeviceChoice choice{.kind = DeviceChoice::Kind::Simulated, .name = std::string(text), .steps = {}, .file = {}};
+    if (text == "sim")
+        return choice;
+    if (strip(text, "sim:")) {
+        choice.steps = parseSteps(text);
+    } else if (strip(text, "replay:") && !text.empty()) {
+        choice.kind = DeviceChoice::Kind::Recorded;
+        choice.file = text;
+    } else if (text.starts_with("/dev/hidraw")) {
+        choice.kind = DeviceChoice::Kind::HidRaw;
+    } else {
+        throw std::invalid_argument("sim, sim:STEP,..., replay:FILE or /dev/hidrawN is wanted");
+    }
+    return choice;
+}
+
+ConnectedDevice::ConnectedDevice(const DeviceChoice& choice, double speed)
+    : _backend(backendOf(choice, speed)), _accelerometer(accelerometerOf(choice)), _service(registerDevice(_backend)) {
+    if (_accelerometer)
+        registerEventService(_accelerometer);
+}
+
+ConnectedDevice::~ConnectedDevice() {
+    if (_accelerometer)
+        unregisterEventService(_accelerometer);
+    unregisterDevice(_service);
+}
+
+} // namespace VeltoTouch::Tools

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Platform/HIDDevice.h"
+#include "Platform/HIDEventSystem.h"
+#include "Surface/Step.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The DEVICE of the command line.
+
+namespace VeltoTouch::Tools {
+
+struct DeviceChoice {
+    enum class Kind { Simulated, Recorded, HidRaw };
+
+    Kind kind = Kind::Simulated;
+    std::string name = "sim";                        // as given
+    std::optional<std::vector<Surface::Step>> steps; // of a simulated one; without them its user never ends
+    std::string file;                                // of a recorded one
+
+    // What messages name.
+    [[nodiscard]] const std::string& subject() const noexcept { return file.empty() ? name : file; }
+};
+
+// Reads sim, sim:STEP,STEP,..., replay:FILE or /dev/hidrawN. Throws std::invalid_argument with what is wrong.
+[[nodiscard]] DeviceChoice parseDevice(std::string_view text);
+
+// A device that the platform knows while this lives, and the accelerometer beside it where it has one.
+class ConnectedDevice {
+public:
+    // `speed` is a factor on the device's own pace. Throws std::runtime_error and what reading a recording throws.
+    ConnectedDevice(const DeviceChoice& choice, double speed);
+    ConnectedDevice(const ConnectedDevice&) = delete;
+    ConnectedDevice& operator=(const ConnectedDevice&) = delete;
+    ~ConnectedDevice();
+
+    [[nodiscard]] HIDDeviceBackend& backend() const noexcept { return *_backend; }
+    [[nodiscard]] io_service_t service() const noexcept { return _service; }
+
+private:
+    const Ref<HIDDeviceBackend> _backend;
+    const Ref<HIDEventService> _accelerometer; // may be null
+    const io_service_t _service;
+};
+
+} // namespace VeltoTouch::Tools

@@ -1,0 +1,202 @@
+#include "Host/Bundle.h"
+#include "Host/HostedService.h"
+#include "Platform/Clock.h"
+#include "Shared/Util.h"
+#include "Tools/Command.h"
+#include "Tools/Devices.h"
+#include "Tools/Files.h"
+#include "Tools/PlayOptions.h"
+#include "Tools/RunOutput.h"
+#include "Tools/Signals.h"
+#include "Tools/Terminal.h"
+
+#include <filesystem>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+
+namespace VeltoTouch::Tools {
+namespace {
+
+constexpr const char* kDescription = "Example:\n"
+                                     "  velto run --duration 10\n"
+                                     "  velto run --device sim:tap:play-pause,hold:volume-up --jsonl\n"
+                                     "  velto run --device replay:gestures.json --record again.json\n\n"
+                                     "Loads the touch service's plug-in, opens a device for it and shows the\n"
+                                     "gestures as they come. Ends at the device's end, after --duration or with\n"
+                                     "Ctrl-C.";
+
+constexpr const char* kDevices = "Devices:\n"
+                                 "  sim             the simulated surface with a made-up user, without end (default)\n"
+                                 "  sim:STEP,...    the simulated surface, steps as velto simulate --help tells them\n"
+                                 "  replay:FILE     a recording's reports; its settings are left out\n"
+                                 "  /dev/hidrawN    (not supported yet)\n";
+
+constexpr const char* kPlugInName = "VeltoTouchHIDService.plugin";
+constexpr const char* kRunLoopMode = "velto run";
+constexpr double kForever = std::numeric_limits<double>::infinity();
+
+struct Options {
+    DeviceChoice device;
+    std::string plugIn; // empty: the program's own
+    std::vector<Setting> settings;
+    std::vector<std::string> properties; // to be read at the end
+    float speed = 1;
+    double durationSeconds = kForever;
+    std::string recording; // where to save it; empty: nowhere
+    bool jsonl = false;
+};
+
+// Does a part of the work; what fails is told under the subject's name.
+template <class Work>
+auto about(const std::string& subject, const Work& work) {
+    try {
+        return work();
+    } catch (const std::exception& error) {
+        throw std::runtime_error(subject + ": " + messageOf(error));
+    }
+}
+
+// Beside the program, as built or as installed.
+std::string ownPlugIn() {
+    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    const std::filesystem::path built = folder / "../Service" / kPlugInName;
+    return std::filesystem::exists(built) ? built.lexically_normal()
+                                          : (folder / VELTO_BIN_TO_PLUGINS / kPlugInName).lexically_normal();
+}
+
+bool isOfThePipeline(const Setting& setting) {
+    std::string key = setting.key;
+    return Util::stripDomainFromKey(key, kPipelineDomain);
+}
+
+void warnOfDoubtfulPipelineSettings(std::vector<Setting> settings) {
+    std::erase_if(settings, std::not_fn(isOfThePipeline));
+    warnOfDoubtfulSettings(settings);
+}
+
+// A service from the plug-in that is open on the device.
+HostedService openService(const std::string& plugIn, const ConnectedDevice& device,
+                          const HostedService::EventHandler& eventHandler) {
+    return about(plugIn, [&] {
+        const Bundle bundle(plugIn);
+        if (!bundle.matches(device.backend()))
+            throw std::runtime_error("the plug-in is not for this device");
+        return HostedService(bundle.loadFactory(), device.service(), bundle.matching(), eventHandler);
+    });
+}
+
+void writeSettings(const HostedService& service, const std::vector<Setting>& settings) {
+    for (const Setting& setting : settings) {
+        if (!service.setProperty(setting.key, setting.value))
+            complain(setting.key, "the device does not take this setting");
+    }
+}
+
+// Waits on the calling thread's run loop for a signal or a stop of the loop, at most until the time is over.
+void waitForTheEnd(const StopSignals& signals, double seconds) {
+    const auto mode = makeRef<String>(kRunLoopMode);
+    const RunLoopSource signal = CFRunLoopGetCurrent()->addDescriptor(
+        kRunLoopMode, signals.descriptor(), [] {}, [] {});
+    CFRunLoopRunInMode(mode.get(), seconds, true);
+}
+
+RunOutput::Ending readEnding(const HostedService& service, const std::vector<std::string>& keys) {
+    RunOutput::Ending ending;
+    for (const std::string& key : keys)
+        ending.properties.emplace_back(key, service.copyProperty(key));
+    ending.debugInfo = service.copyProperty("Pipeline.DebugInfo");
+    ending.eventStats = service.copyProperty("Pipeline.Algs.EventStats");
+    return ending;
+}
+
+// The exit status.
+int saveRecording(const HostedService& service, const std::string& path) {
+    return forEachFile({path}, [&](const std::string& file) {
+        const Ref<Value> recording = service.copyProperty("Recording");
+        if (as<String>(recording) == nullptr)
+            throw std::runtime_error("the service gives no recording");
+        writeFile(file, as<String>(recording)->text());
+    });
+}
+
+int run(const Options& options) {
+    StopSignals signals;
+    warnOfDoubtfulPipelineSettings(options.settings);
+
+    const auto loop = Ref<RunLoop>::retained(CFRunLoopGetCurrent());
+    const auto endRun = [loop] { CFRunLoopStop(loop.get()); };
+    const ConnectedDevice device = about(
+        options.device.subject(), [&] { return ConnectedDevice(options.device, static_cast<double>(options.speed)); });
+    device.backend().removalHandler = endRun;
+
+    const auto output = RunOutput::make(options.jsonl, options.device.name, endRun);
+    std::uint64_t startTime = 0;
+    const auto showEvent = [&](const Ref<HIDEvent>& event) {
+        output->add(*event, Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()) - startTime));
+    };
+    HostedService service = openService(options.plugIn.empty() ? ownPlugIn() : options.plugIn, device, showEvent);
+    writeSettings(service, options.settings);
+
+    output->begin();
+    startTime = mach_absolute_time();
+    service.schedule();
+    waitForTheEnd(signals, options.durationSeconds);
+    signals.beginEnd();
+
+    RunOutput::Ending ending = readEnding(service, options.properties);
+    service.unschedule();
+    ending.durationNs = Util::nanosecondsFromMachTime(mach_absolute_time() - startTime);
+    ending.reports = device.backend().deliveredReports();
+    // With the last report, so that its replay gives all events that were shown.
+    const int status = options.recording.empty() ? 0 : saveRecording(service, options.recording);
+    service.stop();
+    output->end(ending);
+    return status;
+}
+
+double parseDuration(const std::string& text) {
+    double seconds = 0;
+    if (!CLI::detail::lexical_cast(text, seconds) || !(seconds > 0.0))
+        throw CLI::ValidationError("--duration", "a number of seconds above 0 is wanted");
+    return seconds;
+}
+
+DeviceChoice parseDeviceOption(const std::string& text) {
+    try {
+        return parseDevice(text);
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--device", error.what());
+    }
+}
+
+} // namespace
+
+Command makeRunCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app = program.add_subcommand("run", kDescription);
+    app->footer(kDevices);
+    app->add_option_function<std::string>(
+           "--device", [options](const std::string& text) { options->device = parseDeviceOption(text); },
+           "What to open; see below")
+        ->type_name("DEVICE");
+    app->add_option("--plugin", options->plugIn, "The plug-in's folder (default: the one that came with this program)")
+        ->type_name("PATH");
+    addSettings(*app, options->settings, "Write a property of the service before the first report");
+    app->add_option("--get", options->properties, "Read a property of the service at the end and show it")
+        ->type_name("KEY")
+        ->allow_extra_args(false);
+    addSpeed(*app, options->speed, "Pace: a factor on the device's own, or max (default: 1)");
+    app->add_option_function<std::string>(
+           "--duration", [options](const std::string& text) { options->durationSeconds = parseDuration(text); },
+           "End after so many seconds")
+        ->type_name("S");
+    app->add_option("--record", options->recording, "Save the service's recording at the end")
+        ->type_name("OUT")
+        ->check([](const std::string& path) { return path.empty() || path == "-" ? "a file is wanted" : ""; });
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then properties and a summary");
+    return {app, [options] { return run(*options); }};
+}
+
+} // namespace VeltoTouch::Tools

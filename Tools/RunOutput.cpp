@@ -1,0 +1,99 @@
+#include "Tools/RunOutput.h"
+
+#include "Platform/JSON.h"
+#include "Tools/EventLines.h"
+#include "Tools/Files.h"
+#include "Tools/GestureTable.h"
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Tools {
+namespace {
+
+class LineOutput final : public RunOutput {
+public:
+    explicit LineOutput(std::function<void()> failureHandler) : RunOutput(std::move(failureHandler)) {}
+
+private:
+    void appendBeginning(std::string& /*text*/) override {}
+    void appendEvent(std::string& text, const HIDEvent& event, std::uint64_t timeNs) override {
+        appendEventLine(text, event, timeNs);
+    }
+    void appendEnding(std::string& text, const Ending& ending, std::uint64_t events) override {
+        for (const auto& [key, value] : ending.properties) {
+            text += R"({"kind":"property","key":)";
+            JSON::appendString(text, key);
+            text += R"(,"value":)";
+            JSON::append(text, value.get());
+            text += "}\n";
+        }
+        text += fmt::format(R"({{"kind":"summary","reports":{},"events":{},"debugInfo":{},"eventStats":{}}})",
+                            ending.reports, events, JSON::text(ending.debugInfo.get()),
+                            JSON::text(ending.eventStats.get())) +
+                "\n";
+    }
+};
+
+class TableOutput final : public RunOutput {
+public:
+    TableOutput(std::string name, std::function<void()> failureHandler)
+        : RunOutput(std::move(failureHandler)), _name(std::move(name)) {}
+
+private:
+    void appendBeginning(std::string& text) override { text += _name + "\n" + GestureTable::heading(); }
+    void appendEvent(std::string& text, const HIDEvent& event, std::uint64_t timeNs) override {
+        _gestures.add(event, timeNs);
+        takeRows(text);
+    }
+    void appendEnding(std::string& text, const Ending& ending, std::uint64_t events) override {
+        _gestures.finish(ending.durationNs);
+        takeRows(text);
+        text += fmt::format("  {} reports, {} events\n", ending.reports, events) + _gestures.summary();
+        for (const auto& [key, value] : ending.properties)
+            text += fmt::format("  {} = {}\n", key, JSON::text(value.get()));
+    }
+
+    void takeRows(std::string& text) { text += std::exchange(_rows, {}); }
+
+    const std::string _name;
+    std::string _rows; // of gestures that have ended
+    GestureTable _gestures{[this](const GestureTable::Gesture& gesture) { _rows += GestureTable::row(gesture); }};
+};
+
+} // namespace
+
+std::unique_ptr<RunOutput> RunOutput::make(bool asLines, std::string name, std::function<void()> failureHandler) {
+    if (asLines)
+        return std::make_unique<LineOutput>(std::move(failureHandler));
+    return std::make_unique<TableOutput>(std::move(name), std::move(failureHandler));
+}
+
+void RunOutput::begin() {
+    std::string text;
+    appendBeginning(text);
+    writeStandardOutput(text);
+}
+
+void RunOutput::add(const HIDEvent& event, std::uint64_t timeNs) noexcept {
+    ++_events;
+    if (_failure)
+        return;
+    try {
+        std::string text;
+        appendEvent(text, event, timeNs);
+        writeStandardOutput(text);
+    } catch (...) {
+        _failure = std::current_exception();
+        _failureHandler();
+    }
+}
+
+void RunOutput::end(const Ending& ending) {
+    if (_failure)
+        std::rethrow_exception(_failure);
+    std::string text;
+    appendEnding(text, ending, _events);
+    writeStandardOutput(text);
+}
+
+} // namespace VeltoTouch::Tools
