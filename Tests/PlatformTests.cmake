@@ -9,6 +9,7 @@ velto_add_tests(platform_tests SOURCES
     Platform/JSONWritingTest.cpp
     Platform/LogTest.cpp
     Platform/ObjectTest.cpp
+    Platform/ReportDescriptorTest.cpp
     Platform/RunLoopTest.cpp
     Platform/TraceTest.cpp
     Platform/UUIDTest.cpp
@@ -18,3 +19,4 @@ velto_add_tests(platform_tests SOURCES
     Shared/ImageTextTest.cpp
     Shared/UtilTest.cpp
 )
+add_subdirectory(Kernel)

@@ -1,0 +1,354 @@
+#include "Platform/Linux/HidrawDevice.h"
+
+#include "Platform/Clock.h"
+#include "Surface/ReportDescriptor.h"
+#include "Tests/Kernel/VirtualDevice.h"
+#include "Tests/Support/Reports.h"
+
+#include <cerrno>
+#include <ctime>
+#include <system_error>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using testing::AllOf;
+using testing::AnyOf;
+using testing::Each;
+using testing::ElementsAre;
+using testing::Ge;
+using testing::IsEmpty;
+using testing::Le;
+
+constexpr double kPatienceSeconds = 20;
+constexpr int kKernelsRoom = 60; // reports that the kernel surely keeps for a reader
+
+// Keeps the reports that a device delivers.
+class Reports final : public InputReportSink {
+public:
+    std::vector<Report> reports;
+    std::vector<std::uint64_t> times;
+
+    [[nodiscard]] std::span<std::uint8_t> buffer() noexcept override { return std::span(_buffer).first(room); }
+    void deliver(std::size_t length, std::uint64_t timeStamp) override {
+        const auto end = _buffer.begin() + static_cast<std::ptrdiff_t>(std::min(length, room));
+        reports.emplace_back(_buffer.begin(), end);
+        times.push_back(timeStamp);
+    }
+
+    std::size_t room = 512;
+
+private:
+    std::array<std::uint8_t, 512> _buffer{};
+};
+
+std::uint64_t cpuTimeNs() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(time.tv_nsec);
+}
+
+// An image whose bytes all differ from its neighbours'.
+Report imageNumber(std::uint32_t number) {
+    Report report(InputReport::kImageReportLength);
+    for (std::size_t i = 0; i < report.size(); ++i)
+        report[i] = static_cast<std::uint8_t>(number * 31 + i * 7);
+    report[0] = InputReport::Image::kReportID;
+    return report;
+}
+
+// A plugged-in surface, the device on it, and what it has delivered on the test's run loop.
+class HidrawDeviceTest : public testing::Test {
+protected:
+    VirtualDevice surface;
+    Ref<HidrawDevice> device = makeRef<HidrawDevice>(surface.path());
+    Reports received;
+    RunLoopSource source;
+    int removals = 0;
+    const Ref<String> mode = makeRef<String>("Reports");
+
+    void SetUp() override {
+        device->removalHandler = [this] { ++removals; };
+    }
+    void start() { source = device->startReports(*CFRunLoopGetCurrent(), mode->text(), received); }
+    void openAndStart() {
+        ASSERT_EQ(device->open(1), kIOReturnSuccess);
+        start();
+    }
+    [[nodiscard]] CFRunLoopRunResult run(double seconds = kPatienceSeconds) const {
+        return CFRunLoopRunInMode(mode.get(), seconds, true);
+    }
+    // Runs until so many reports have come in all.
+    [[nodiscard]] bool receive(std::size_t count) const {
+        while (received.reports.size() < count && run() == kCFRunLoopRunHandledSource) {
+        }
+        return received.reports.size() == count;
+    }
+
+    struct Answer {
+        IOReturn status;
+        Report report; // as much as the length tells
+        friend bool operator==(const Answer&, const Answer&) = default;
+    };
+    [[nodiscard]] Answer ask(std::uint32_t reportID, std::size_t room = 128,
+                             IOHIDReportType type = kIOHIDReportTypeFeature) const {
+        Report buffer(room, 0xAA);
+        std::size_t length = 9999;
+        const IOReturn status = device->getReport(type, reportID, buffer, length);
+        EXPECT_LE(length, room);
+        buffer.resize(std::min(length, room));
+        return {status, buffer};
+    }
+    [[nodiscard]] Ref<Value> property(const std::string& key) const { return device->getProperty(key); }
+    [[nodiscard]] std::string text(const std::string& key) const {
+        const Ref<Value> value = property(key);
+        return as<String>(value) == nullptr ? "(none)" : as<String>(value)->text();
+    }
+    [[nodiscard]] std::uint64_t number(const std::string& key) const {
+        const Ref<Value> value = property(key);
+        return as<Number>(value) == nullptr ? ~0ULL : as<Number>(value)->unsignedLongLongValue();
+    }
+};
+
+TEST_F(HidrawDeviceTest, PropertiesAreKnownBeforeItIsOpenAndAfterItHasGone) {
+    for (const bool isThere : {true, false}) {
+        SCOPED_TRACE(isThere ? "there" : "gone");
+        EXPECT_EQ(number("VendorID"), 0xFE01U) << "above the range of a signed 16-bit number";
+        EXPECT_EQ(number("ProductID"), 0x8002U);
+        EXPECT_EQ(text("Product"), "Virtual Touch Surface");
+        EXPECT_EQ(text("SerialNumber"), "K-1");
+        EXPECT_EQ(text("PhysicalLocation"), "guest/input0");
+        EXPECT_EQ(text("Transport"), "Virtual");
+        EXPECT_EQ(number("PrimaryUsagePage"), 0xFF60U);
+        EXPECT_EQ(number("PrimaryUsage"), 1U);
+        EXPECT_EQ(number("MaxInputReportSize"), InputReport::kImageReportLength);
+        const Ref<Value> descriptor = property("ReportDescriptor");
+        ASSERT_NE(as<Data>(descriptor), nullptr);
+        const std::string_view bytes = as<Data>(descriptor)->bytes();
+        EXPECT_EQ(Report(bytes.begin(), bytes.end()),
+                  Report(Surface::kReportDescriptor.begin(), Surface::kReportDescriptor.end()));
+        EXPECT_FALSE(property("Colour"));
+        EXPECT_FALSE(property(""));
+        EXPECT_FALSE(device->setProperty("Product", makeRef<String>("Another")));
+        EXPECT_FALSE(device->setProperty("Colour", nullptr));
+        surface.unplug();
+    }
+}
+
+TEST(HidrawPropertiesTest, WhatADeviceDoesNotHaveIsNil) {
+    const VirtualDevice plain({.serialNumber = "", .location = "", .bus = 0x05});
+    const auto device = makeRef<HidrawDevice>(plain.path());
+    EXPECT_FALSE(device->getProperty("SerialNumber"));
+    EXPECT_FALSE(device->getProperty("PhysicalLocation"));
+    const Ref<Value> transport = device->getProperty("Transport");
+    ASSERT_NE(as<String>(transport), nullptr);
+    EXPECT_EQ(as<String>(transport)->text(), "Bluetooth");
+}
+
+TEST(HidrawNodeTest, WhatIsNoHidrawNodeCannotBeMadeADevice) {
+    for (const auto& [path, error] :
+         {std::pair{"/dev/hidraw63", ENOENT}, {"/dev/null", ENOTTY}, {"/proc/version", ENOTTY}, {"", ENOENT}}) {
+        try {
+            std::ignore = makeRef<HidrawDevice>(path);
+            ADD_FAILURE() << path;
+        } catch (const std::system_error& thrown) {
+            EXPECT_EQ(thrown.code().value(), error) << path << ": " << thrown.what();
+        }
+    }
+}
+
+TEST_F(HidrawDeviceTest, ADeviceThatIsNotOpenGivesNoReports) {
+    surface.answer(kIOHIDReportTypeFeature, 0x1F, {0x1F, 1, 2, 3, 4});
+    for (const bool wasOpen : {false, true}) {
+        SCOPED_TRACE(wasOpen ? "closed" : "never open");
+        EXPECT_EQ(ask(0x1F), (Answer{kIOReturnNotOpen, {}}));
+        EXPECT_THROW(start(), std::system_error);
+        ASSERT_EQ(device->open(0), kIOReturnSuccess);
+        EXPECT_EQ(ask(0x1F), (Answer{kIOReturnSuccess, {0x1F, 1, 2, 3, 4}}));
+        device->close(0);
+    }
+}
+
+TEST_F(HidrawDeviceTest, ADeviceThatMayOnlyBeReadIsNotPermitted) {
+    ASSERT_EQ(::chmod(surface.path().c_str(), 0444), 0);
+    ASSERT_EQ(::seteuid(65534), 0);
+    const IOReturn status = device->open(0);
+    const auto another = makeRef<HidrawDevice>(surface.path());
+    ASSERT_EQ(::seteuid(0), 0);
+    EXPECT_EQ(status, kIOReturnNotPermitted);
+    EXPECT_TRUE(another->getProperty("VendorID")) << "to match it, reading is enough";
+    EXPECT_EQ(device->open(0), kIOReturnSuccess);
+}
+
+TEST_F(HidrawDeviceTest, ReportsArriveBitForBitInOrderAndWithTheHostsTime) {
+    openAndStart();
+    std::vector<Report> sent;
+    const std::uint64_t startTime = mach_absolute_time();
+    for (std::uint32_t i = 0; i < 10 * kKernelsRoom; ++i) {
+        sent.push_back(i % 16 == 5 ? firmwareEventReport(static_cast<std::uint8_t>(i)) : imageNumber(i));
+        surface.send(sent.back());
+        if (i % kKernelsRoom == kKernelsRoom - 1) {
+            ASSERT_TRUE(receive(sent.size()));
+        }
+    }
+    EXPECT_EQ(received.reports, sent);
+    EXPECT_THAT(received.times, Each(AllOf(Ge(startTime), Le(mach_absolute_time()))));
+    EXPECT_TRUE(std::ranges::is_sorted(received.times));
+    EXPECT_EQ(run(0), kCFRunLoopRunTimedOut) << "and no more";
+}
+
+TEST_F(HidrawDeviceTest, EachReportIsASourceAndIsCutToTheBuffer) {
+    openAndStart();
+    received.room = 4;
+    surface.send(imageNumber(1));
+    surface.send(imageNumber(2));
+    EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
+    ASSERT_EQ(received.reports.size(), 1U);
+    received.room = 0;
+    EXPECT_EQ(run(), kCFRunLoopRunHandledSource) << "a report that nobody wants is dropped";
+    received.room = 512;
+    surface.send(imageNumber(3));
+    ASSERT_TRUE(receive(3));
+    const Report first = imageNumber(1);
+    EXPECT_THAT(received.reports, ElementsAre(Report(first.begin(), first.begin() + 4), IsEmpty(), imageNumber(3)));
+}
+
+TEST_F(HidrawDeviceTest, AnUnscheduledDeviceDeliversNothingUntilItIsScheduledAgain) {
+    openAndStart();
+    source = {};
+    surface.send(imageNumber(1));
+    EXPECT_EQ(run(0), kCFRunLoopRunFinished);
+    start();
+    ASSERT_TRUE(receive(1));
+    EXPECT_THAT(received.reports, ElementsAre(imageNumber(1)));
+}
+
+TEST_F(HidrawDeviceTest, AskedForReportsComeAsTheDeviceAnswers) {
+    ASSERT_EQ(device->open(0), kIOReturnSuccess);
+    Report whole(128, 0x5A);
+    whole[0] = 0x3F;
+    surface.answer(kIOHIDReportTypeFeature, 0x1F, {0x1F, 0x88, 0x13, 0x00, 0x00});
+    surface.answer(kIOHIDReportTypeFeature, 0x3F, whole);
+    surface.answer(kIOHIDReportTypeFeature, 0x10, {0x10, 1, 2});
+    surface.answer(kIOHIDReportTypeFeature, 0x11, {});
+    surface.answer(kIOHIDReportTypeInput, 0x01, imageNumber(1));
+    struct Row {
+        const char* name;
+        Answer asked;
+        Answer answer;
+    };
+    const Row rows[]{
+        {"answered", ask(0x1F), {kIOReturnSuccess, {0x1F, 0x88, 0x13, 0x00, 0x00}}},
+        {"as long as the buffer", ask(0x3F), {kIOReturnSuccess, whole}},
+        {"a larger buffer", ask(0x3F, 100'000), {kIOReturnSuccess, whole}},
+        {"cut to the buffer", ask(0x3F, 2), {kIOReturnSuccess, {0x3F, 0x5A}}},
+        {"short", ask(0x10), {kIOReturnSuccess, {0x10, 1, 2}}},
+        {"nothing", ask(0x11), {kIOReturnSuccess, {}}},
+        {"refused", ask(0x12), {kIOReturnError, {}}},
+        {"not declared", ask(0x77), {kIOReturnError, {}}},
+        {"no report has this ID", ask(0x11F), {kIOReturnUnsupported, {}}},
+        {"no room", ask(0x1F, 0), {kIOReturnError, {}}},
+        {"input", ask(1, 128, kIOHIDReportTypeInput), {kIOReturnSuccess, imageNumber(1)}},
+        {"input, refused", ask(2, 128, kIOHIDReportTypeInput), {kIOReturnError, {}}},
+        {"output", ask(1, 128, kIOHIDReportTypeOutput), {kIOReturnUnsupported, {}}},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(row.asked.status, row.answer.status) << row.name;
+        EXPECT_EQ(row.asked.report, row.answer.report) << row.name;
+    }
+}
+
+TEST_F(HidrawDeviceTest, ReportsAreAskedForOnOtherThreadsWhileOthersComeAndUntilItHasGone) {
+    const Answer wanted{kIOReturnSuccess, {0x1F, 1, 2, 3, 4}};
+    surface.answer(kIOHIDReportTypeFeature, 0x1F, wanted.report);
+    openAndStart();
+    std::atomic<int> answers = 0;
+    Answer last{};
+    std::thread asker([&] {
+        for (last = ask(0x1F); last == wanted; last = ask(0x1F))
+            ++answers;
+    });
+    std::size_t sent = 0;
+    while (answers < 50) {
+        for (int i = 0; i < kKernelsRoom; ++i)
+            surface.send(imageNumber(static_cast<std::uint32_t>(sent++)));
+        if (!receive(sent))
+            break;
+    }
+    EXPECT_EQ(received.reports.size(), sent);
+    surface.unplug();
+    asker.join();
+    EXPECT_GE(answers, 50);
+    EXPECT_THAT(last.status, AnyOf(kIOReturnError, kIOReturnNoDevice)) << "the former for a request under way";
+    EXPECT_EQ(ask(0x1F), (Answer{kIOReturnNoDevice, {}})) << "before the loop has noticed";
+    EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
+    EXPECT_EQ(removals, 1);
+}
+
+TEST_F(HidrawDeviceTest, UnpluggedInTheMiddleOfATouchItHandsOnTheLastReportsAndHasGone) {
+    openAndStart();
+    for (std::uint32_t i = 0; i < 3; ++i)
+        surface.send(imageReport(makeImage(i, 10 * i, {{'E', 150}, {'F', 60}})));
+    surface.unplug();
+    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
+    EXPECT_EQ(received.reports.size(), 3U);
+    EXPECT_EQ(removals, 1);
+    EXPECT_EQ(run(), kCFRunLoopRunFinished);
+    EXPECT_EQ(ask(0x1F), (Answer{kIOReturnNoDevice, {}}));
+    EXPECT_EQ(ask(1, 128, kIOHIDReportTypeInput), (Answer{kIOReturnNoDevice, {}}));
+    start();
+    EXPECT_EQ(run(), kCFRunLoopRunFinished) << "one that has gone adds no source";
+    device->close(0);
+    EXPECT_EQ(device->open(0), kIOReturnNoDevice);
+    EXPECT_EQ(removals, 1);
+}
+
+TEST_F(HidrawDeviceTest, UnpluggedWhileTheLoopWaitsItTakesNoTimeAfterwards) {
+    openAndStart();
+    std::thread puller([&] { surface.unplug(); });
+    EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
+    puller.join();
+    EXPECT_EQ(removals, 1);
+    // Something else keeps the loop waiting.
+    const RunLoopSource timer = CFRunLoopGetCurrent()->addTimer(mode->text(), mach_absolute_time() + 500'000'000'000,
+                                                                [] { return std::nullopt; });
+    const std::uint64_t before = cpuTimeNs();
+    EXPECT_EQ(run(1), kCFRunLoopRunTimedOut);
+    EXPECT_LT(cpuTimeNs() - before, 100'000'000U) << "of a second";
+    EXPECT_EQ(removals, 1);
+}
+
+TEST_F(HidrawDeviceTest, PluggedInAgainItIsAnotherDevice) {
+    openAndStart();
+    const std::string oldPath = surface.path();
+    surface.unplug();
+    VirtualDevice again;
+    EXPECT_NE(again.path(), oldPath) << "the kernel keeps the name while the old node is open";
+    const auto next = makeRef<HidrawDevice>(again.path());
+    ASSERT_EQ(next->open(0), kIOReturnSuccess);
+    Reports ofNext;
+    const RunLoopSource nextSource = next->startReports(*CFRunLoopGetCurrent(), mode->text(), ofNext);
+    again.send(imageNumber(7));
+    while (ofNext.reports.empty() && run() == kCFRunLoopRunHandledSource) {
+    }
+    EXPECT_THAT(ofNext.reports, ElementsAre(imageNumber(7)));
+    EXPECT_THAT(received.reports, IsEmpty());
+    while (removals == 0 && run() == kCFRunLoopRunHandledSource) {
+    }
+    EXPECT_EQ(removals, 1);
+    EXPECT_EQ(device->open(0), kIOReturnNoDevice);
+}
+
+TEST_F(HidrawDeviceTest, ANodeThatIsAnotherDevicesByNowIsNotOpened) {
+    surface.unplug(); // nobody has it open, so that its name is free
+    const VirtualDevice another({.product = "Another", .serialNumber = "K-2"});
+    ASSERT_EQ(another.path(), surface.path());
+    EXPECT_EQ(device->open(0), kIOReturnNoDevice);
+    EXPECT_EQ(ask(0x1F).status, kIOReturnNotOpen);
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests

@@ -1,0 +1,178 @@
+#include "Tests/Kernel/VirtualDevice.h"
+
+#include "Surface/ReportDescriptor.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+#include <fcntl.h>
+#include <linux/netlink.h>
+#include <linux/uhid.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+constexpr std::chrono::seconds kPatience{20};
+
+FileDescriptor checked(int descriptor, const char* what) {
+    if (descriptor < 0)
+        throw std::system_error(errno, std::generic_category(), what);
+    return FileDescriptor(descriptor);
+}
+
+// What the kernel tells of devices that come and go, from now on.
+class DeviceNews {
+public:
+    DeviceNews() {
+        const timeval patience{.tv_sec = kPatience.count(), .tv_usec = 0};
+        ::setsockopt(_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+        sockaddr_nl address{};
+        address.nl_family = AF_NETLINK;
+        address.nl_groups = 1; // the kernel's own
+        if (::bind(_socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+            throw std::system_error(errno, std::generic_category(), "news of devices");
+    }
+
+    // Waits until this happens to a device of a subsystem; gives the rest of what is told.
+    [[nodiscard]] std::string waitFor(std::string_view action, std::string_view subsystem) {
+        std::array<char, 8192> news{};
+        for (;;) {
+            const ssize_t length = ::recv(_socket.get(), news.data(), news.size(), 0);
+            if (length < 0)
+                throw std::system_error(errno, std::generic_category(), "no news of the device");
+            const std::string text(news.data(), static_cast<std::size_t>(length));
+            if (member(text, "ACTION") == action && member(text, "SUBSYSTEM") == subsystem)
+                return text;
+        }
+    }
+
+    // KEY=VALUE, each between zeros.
+    [[nodiscard]] static std::string member(const std::string& news, std::string_view key) {
+        const std::string start = std::string(1, '\0') + std::string(key) + "=";
+        const auto at = news.find(start);
+        return at == std::string::npos ? "" : news.c_str() + at + start.size();
+    }
+
+private:
+    FileDescriptor _socket =
+        checked(::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_KOBJECT_UEVENT), "news of devices");
+};
+
+// Into a field of fixed size that has been zeroed.
+template <std::size_t N>
+void copyText(std::uint8_t (&field)[N], const std::string& text) {
+    std::copy_n(text.begin(), std::min(text.size(), N - 1), field);
+}
+
+uhid_event creationOf(const VirtualDevice::Identity& identity) {
+    uhid_event event{};
+    event.type = UHID_CREATE2;
+    uhid_create2_req& request = event.u.create2;
+    copyText(request.name, identity.product);
+    copyText(request.phys, identity.location);
+    copyText(request.uniq, identity.serialNumber);
+    request.bus = identity.bus;
+    request.vendor = identity.vendor;
+    request.product = identity.model;
+    request.rd_size = static_cast<std::uint16_t>(Surface::kReportDescriptor.size());
+    std::ranges::copy(Surface::kReportDescriptor, request.rd_data);
+    return event;
+}
+
+} // namespace
+
+VirtualDevice::VirtualDevice(const Identity& identity)
+    : _kernel(checked(::open("/dev/uhid", O_RDWR | O_CLOEXEC), "/dev/uhid")),
+      _stop(checked(::eventfd(0, EFD_CLOEXEC), "virtual device")) {
+    DeviceNews news;
+    write(creationOf(identity));
+    _path = "/dev/" + DeviceNews::member(news.waitFor("add", "hidraw"), "DEVNAME");
+    std::ignore = news.waitFor("bind", "hid"); // until then the kernel drops reports
+    _server = std::thread([this] { serve(); });
+}
+
+VirtualDevice::~VirtualDevice() {
+    unplug();
+    const std::uint64_t signal = 1;
+    (void)!::write(_stop.get(), &signal, sizeof signal);
+    _server.join();
+}
+
+void VirtualDevice::write(const uhid_event& event) {
+    if (::write(_kernel.get(), &event, sizeof event) < 0)
+        throw std::system_error(errno, std::generic_category(), "virtual device");
+}
+
+void VirtualDevice::answer(IOHIDReportType type, std::uint8_t reportID, Report report) {
+    const std::uint8_t kernelType = type == kIOHIDReportTypeFeature ? UHID_FEATURE_REPORT : UHID_INPUT_REPORT;
+    const std::lock_guard guard(_lock);
+    _answers[{kernelType, reportID}] = std::move(report);
+}
+
+void VirtualDevice::send(std::span<const std::uint8_t> report) {
+    uhid_event event{};
+    event.type = UHID_INPUT2;
+    event.u.input2.size = static_cast<std::uint16_t>(report.size());
+    std::ranges::copy(report, event.u.input2.data);
+    write(event);
+}
+
+void VirtualDevice::unplug() {
+    if (!std::exchange(_isPlugged, false))
+        return;
+    uhid_event event{};
+    event.type = UHID_DESTROY;
+    write(event);
+}
+
+bool VirtualDevice::waitUntilOpened(int times) {
+    std::unique_lock guard(_lock);
+    return _opened.wait_for(guard, kPatience, [&] { return _timesOpened >= times; });
+}
+
+void VirtualDevice::serve() {
+    std::array<pollfd, 2> ready{pollfd{.fd = _kernel.get(), .events = POLLIN, .revents = 0},
+                                pollfd{.fd = _stop.get(), .events = POLLIN, .revents = 0}};
+    while (::poll(ready.data(), ready.size(), -1) >= 0 && ready[1].revents == 0) {
+        uhid_event event{};
+        if (::read(_kernel.get(), &event, sizeof event) <= 0)
+            return;
+        if (event.type == UHID_GET_REPORT)
+            reply(event);
+        if (event.type != UHID_OPEN)
+            continue;
+        const std::lock_guard guard(_lock);
+        ++_timesOpened;
+        _opened.notify_all();
+    }
+}
+
+void VirtualDevice::reply(const uhid_event& request) {
+    uhid_event event{};
+    event.type = UHID_GET_REPORT_REPLY;
+    uhid_get_report_reply_req& answer = event.u.get_report_reply;
+    answer.id = request.u.get_report.id;
+    answer.err = EIO;
+    {
+        const std::lock_guard guard(_lock);
+        if (const auto known = _answers.find({request.u.get_report.rtype, request.u.get_report.rnum});
+            known != _answers.end()) {
+            answer.err = 0;
+            answer.size = static_cast<std::uint16_t>(known->second.size());
+            std::ranges::copy(known->second, answer.data);
+        }
+    }
+    (void)!::write(_kernel.get(), &event, sizeof event); // it may have been unplugged meanwhile
+}
+
+} // namespace VeltoTouch::Tests

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Platform/HIDDevice.h"
+#include "Platform/Linux/FileDescriptor.h"
+#include "Platform/Mutex.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+struct uhid_event;
+
+namespace VeltoTouch::Tests {
+
+// A HID device of the kernel whose other end is in our hands (/dev/uhid): to the kernel, and to whoever opens its
+// hidraw node, it is one as any other. It has the surface's report descriptor.
+//
+// What the kernel asks of it is answered on a thread of its own.
+class VirtualDevice {
+public:
+    using Report = std::vector<std::uint8_t>;
+
+    struct Identity {
+        std::string product = "Virtual Touch Surface";
+        std::string serialNumber = "K-1";
+        std::string location = "guest/input0";
+        std::uint16_t bus = 0x06; // BUS_VIRTUAL
+        std::uint16_t vendor = 0xFE01;
+        std::uint16_t model = 0x8002;
+    };
+
+    // Plugs it in; its node is there, and reports are let through, when this returns. One at a time. Throws
+    // std::runtime_error where the kernel does not take it.
+    explicit VirtualDevice(const Identity& identity);
+    VirtualDevice() : VirtualDevice(Identity()) {}
+    VirtualDevice(const VirtualDevice&) = delete;
+    VirtualDevice& operator=(const VirtualDevice&) = delete;
+    ~VirtualDevice();
+
+    // /dev/hidrawN
+    [[nodiscard]] const std::string& path() const noexcept { return _path; }
+
+    // Answers requests for a report; those without an answer are refused. Any thread.
+    void answer(IOHIDReportType type, std::uint8_t reportID, Report report);
+
+    // Sends an input report. Any thread.
+    void send(std::span<const std::uint8_t> report);
+
+    // It has gone when this returns. Not while others send.
+    void unplug();
+
+    // Returns when someone has opened it for the nth time, of those times when nobody else had it open; false where
+    // that takes too long.
+    [[nodiscard]] bool waitUntilOpened(int times);
+
+private:
+    void write(const uhid_event& event);
+    void serve();
+    void reply(const uhid_event& request);
+
+    FileDescriptor _kernel; // our end of the device
+    FileDescriptor _stop;   // readable: serve no longer
+    std::string _path;
+    bool _isPlugged = true;
+
+    std::mutex _lock;                                                 // guards what follows
+    std::map<std::pair<std::uint8_t, std::uint8_t>, Report> _answers; // by the kernel's type and ID
+    int _timesOpened = 0;
+    std::condition_variable _opened;
+
+    std::thread _server;
+};
+
+} // namespace VeltoTouch::Tests
