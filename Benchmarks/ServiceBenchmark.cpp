@@ -3,18 +3,23 @@
 #include "Pipeline/Reports/InputReport.h"
 #include "Platform/Clock.h"
 #include "Platform/HIDDevice.h"
+#include "Recording/RecordingCopy.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <cerrno>
 #include <condition_variable>
 #include <fstream>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 // The live service: how long a report takes from its arrival to the host's callback, beside what a bare hand-off from
@@ -54,7 +59,38 @@ private:
     std::vector<double> _us;
 };
 
-// The yardstick: one thread wakes another by mutex and condition variable, as often as reports come.
+// What a controller does: wakes whoever waits for the other end of a pipe, again and again.
+class Ticks {
+public:
+    explicit Ticks(std::size_t count) {
+        if (::pipe2(_ends.data(), O_CLOEXEC) != 0)
+            throw std::system_error(errno, std::generic_category(), "pipe");
+        _sender = std::thread([this, count] {
+            for (std::size_t i = 0; i < count && ::write(_ends[1], "", 1) == 1; ++i)
+                usleep(kPeriodNs / 1000);
+        });
+    }
+    Ticks(const Ticks&) = delete;
+    Ticks& operator=(const Ticks&) = delete;
+    ~Ticks() {
+        _sender.join();
+        ::close(_ends[0]);
+        ::close(_ends[1]);
+    }
+
+    [[nodiscard]] int descriptor() const noexcept { return _ends[0]; }
+    // Waits where none is there.
+    void take() const noexcept {
+        char tick = 0;
+        (void)!::read(_ends[0], &tick, 1);
+    }
+
+private:
+    std::array<int, 2> _ends{}; // to read from, to write to
+    std::thread _sender;
+};
+
+// The yardstick: a thread that is woken as a report wakes the service's wakes another by mutex and condition variable.
 Latencies bareHandOff() {
     std::mutex mutex;
     std::condition_variable condition;
@@ -68,10 +104,11 @@ Latencies bareHandOff() {
             ends.push_back(mach_absolute_time());
         }
     });
+    const Ticks ticks(kHandOffs);
     for (std::size_t i = 0; i < kHandOffs; ++i) {
-        usleep(kPeriodNs / 1000);
-        const std::scoped_lock lock(mutex);
+        ticks.take();
         starts.push_back(mach_absolute_time());
+        const std::scoped_lock lock(mutex);
         ++sent;
         condition.notify_one();
     }
@@ -79,18 +116,13 @@ Latencies bareHandOff() {
     return {starts, ends};
 }
 
-// Sends reports from a timer of the service's run loop, every `periodNs` (0: as fast as they are handled), and notes
-// when each came and when it was handled.
-class BenchmarkDevice final : public HIDDeviceBackend {
+// Plays reports in turn. Notes when each came and when it was handled.
+class BenchmarkDevice : public HIDDeviceBackend {
 public:
-    BenchmarkDevice(Reports reports, std::size_t count, std::uint64_t periodNs)
-        : _reports(std::move(reports)), _count(count), _periodNs(periodNs) {}
+    BenchmarkDevice(Reports reports, std::size_t count) : _reports(std::move(reports)), _count(count) {}
 
     IOReturn open(IOOptionBits /*options*/) override { return kIOReturnSuccess; }
     void close(IOOptionBits /*options*/) override {}
-    RunLoopSource startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) override {
-        return loop.addTimer(mode, mach_absolute_time(), [this, &sink] { return send(sink); });
-    }
     IOReturn getReport(IOHIDReportType /*type*/, std::uint32_t /*reportID*/, std::span<std::uint8_t> /*buffer*/,
                        std::size_t& length) override {
         length = 0;
@@ -101,31 +133,59 @@ public:
 
     void waitUntilSent() const { dispatch_semaphore_wait(_isOver.get()); }
 
-    // Of the last reports. Read when all are sent.
+protected:
+    // Whether there are more.
+    bool send(InputReportSink& sink, std::uint64_t now) {
+        const auto& report = _reports[_sent++ % _reports.size()];
+        std::copy(report.begin(), report.end(), sink.buffer().begin());
+        sink.deliver(report.size(), now);
+        if (_sent == _count)
+            dispatch_semaphore_signal(_isOver.get());
+        return _sent < _count;
+    }
+
+private:
+    const Reports _reports;
+    const std::size_t _count;
+    std::size_t _sent = 0;
+    const Ref<DispatchSemaphore> _isOver = dispatch_semaphore_create(0);
+};
+
+// A report every 200 microseconds.
+class PacedDevice final : public BenchmarkDevice {
+public:
+    PacedDevice(Reports reports, std::size_t count) : BenchmarkDevice(std::move(reports), count), _ticks(count) {}
+
+    RunLoopSource startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) override {
+        const auto readable = [this, &sink] {
+            _ticks.take();
+            const std::uint64_t now = mach_absolute_time();
+            send(sink, now);
+            arrivals.push_back(now);
+            handled.push_back(mach_absolute_time());
+        };
+        return loop.addDescriptor(mode, _ticks.descriptor(), readable, [] {});
+    }
+
+    // Read when all are sent and the service is unscheduled.
     Times arrivals;
     Times handled;
 
 private:
-    std::optional<std::uint64_t> send(InputReportSink& sink) {
-        const auto& report = _reports[_sent++ % _reports.size()];
-        std::copy(report.begin(), report.end(), sink.buffer().begin());
-        const std::uint64_t now = mach_absolute_time();
-        sink.deliver(report.size(), now);
-        if (_periodNs != 0) {
-            arrivals.push_back(now);
-            handled.push_back(mach_absolute_time());
-        }
-        if (_sent < _count)
-            return now + _periodNs;
-        dispatch_semaphore_signal(_isOver.get());
-        return std::nullopt;
-    }
+    const Ticks _ticks;
+};
 
-    const Reports _reports;
-    const std::size_t _count;
-    const std::uint64_t _periodNs;
-    std::size_t _sent = 0;
-    const Ref<DispatchSemaphore> _isOver = dispatch_semaphore_create(0);
+// One report after the other, as fast as they are handled.
+class FastDevice final : public BenchmarkDevice {
+public:
+    using BenchmarkDevice::BenchmarkDevice;
+
+    RunLoopSource startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) override {
+        return loop.addTimer(mode, mach_absolute_time(), [this, &sink]() -> std::optional<std::uint64_t> {
+            const std::uint64_t now = mach_absolute_time();
+            return send(sink, now) ? std::optional(now) : std::nullopt;
+        });
+    }
 };
 
 // A firmware reset goes through all of the recognizer and always gives one event.
@@ -149,7 +209,7 @@ Reports simulatedReports(std::size_t count) {
 void reportsToCallback(benchmark::State& state, int readers) {
     for ([[maybe_unused]] auto _ : state) {
         const Latencies yardstick = bareHandOff();
-        const auto device = makeRef<BenchmarkDevice>(Reports{resetReport()}, kFullest + kHandOffs, kPeriodNs);
+        const auto device = makeRef<PacedDevice>(Reports{resetReport()}, kFullest + kHandOffs);
         const io_service_t registered = registerDevice(device);
         Times callbacks; // the queue's alone, until it is drained
         HostedService service(VeltoTouchHIDServiceFactory, registered, nullptr,
@@ -188,22 +248,24 @@ BENCHMARK(ReportToCallback)->Iterations(1)->Unit(benchmark::kMillisecond);
 void ReportToCallbackWhileTwoThreadsRead(benchmark::State& state) { reportsToCallback(state, 2); }
 BENCHMARK(ReportToCallbackWhileTwoThreadsRead)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-// How long a read of the recording holds the lock: the copy, into memory that was taken before.
-void CopyRecordingUnderLock(benchmark::State& state) {
+// How long a read of the recording holds the lock: one piece of the copy, into memory that was taken before.
+void CopyPieceOfRecording(benchmark::State& state) {
+    constexpr std::size_t kPiece = 64; // the service's
     const PipelineRecording recording = simulatedRecording(kFullest);
     double longest = 0;
-    for ([[maybe_unused]] auto _ : state) {
-        PipelineRecording copy;
-        copy.makeRoom(kFullest);
+    std::optional<RecordingCopy> copy;
+    for (bool isComplete = true; [[maybe_unused]] auto _ : state) {
+        if (isComplete)
+            copy.emplace(kFullest);
         const std::uint64_t start = mach_absolute_time();
-        copy = recording;
+        isComplete = copy->copySome(recording, kPiece);
         const double duration = static_cast<double>(mach_absolute_time() - start) / 1e9;
         state.SetIterationTime(duration);
         longest = std::max(longest, duration);
     }
     state.counters["longest_us"] = longest * 1e6;
 }
-BENCHMARK(CopyRecordingUnderLock)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(CopyPieceOfRecording)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
 double residentMegabytes() {
     std::size_t total = 0;
@@ -221,7 +283,7 @@ void TwoMillionReports(benchmark::State& state) {
         const auto reports = simulatedReports(100'000);
         double resident = 0;
         for (const std::size_t count : {kFirst, kRest}) {
-            const auto device = makeRef<BenchmarkDevice>(reports, count, 0);
+            const auto device = makeRef<FastDevice>(reports, count);
             const io_service_t registered = registerDevice(device);
             HostedService service(VeltoTouchHIDServiceFactory, registered, nullptr, [](const Ref<HIDEvent>&) {});
             const std::uint64_t start = mach_absolute_time();

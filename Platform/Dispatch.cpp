@@ -7,7 +7,38 @@
 #include <string>
 #include <thread>
 
+#include <sched.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 namespace VeltoTouch {
+namespace {
+
+// The kernel's sched_attr in its first form.
+struct SchedulingAttributes {
+    std::uint32_t size;
+    std::uint32_t policy;
+    std::uint64_t flags;
+    std::int32_t nice;
+    std::uint32_t priority;
+    std::uint64_t runtime;
+    std::uint64_t deadline;
+    std::uint64_t period;
+};
+
+constexpr std::uint64_t kSliceNs = 100'000; // the shortest that is given
+
+// A worker runs little and seldom. One that asks for short slices runs as soon as it is woken, before threads that
+// compute without end (on kernels from 6.12 on; others ignore it, and so may we).
+void askForShortSlices() noexcept {
+    SchedulingAttributes attributes{};
+    attributes.size = sizeof attributes;
+    attributes.policy = SCHED_OTHER;
+    attributes.runtime = kSliceNs;
+    syscall(SYS_sched_setattr, 0, &attributes, 0U);
+}
+
+} // namespace
 
 void DispatchSemaphore::wait() noexcept {
     while (sem_wait(&_semaphore) != 0 && errno == EINTR) {
@@ -56,6 +87,7 @@ DispatchQueue::~DispatchQueue() { _line->signal->signal(); }
 void DispatchQueue::push(Block block) { _line->push(std::move(block)); }
 
 void DispatchQueue::work(const std::shared_ptr<Line>& line) {
+    askForShortSlices();
     while (const Block block = line->next())
         block();
 }

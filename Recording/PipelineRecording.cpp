@@ -1,6 +1,5 @@
 #include "Recording/PipelineRecording.h"
 
-#include "Pipeline/Reports/InputReport.h"
 #include "Shared/Util.h"
 
 #include <algorithm>
@@ -26,36 +25,23 @@ PipelineRecording::PipelineRecording(const PipelineRecording& other)
 
 PipelineRecording::PipelineRecording(PipelineRecording&& other) noexcept
     : pipeline(std::move(other.pipeline)), _frames(std::move(other._frames)), _maxFrameCount(other._maxFrameCount) {
+    ++other._generation;
     other._play = {};
 }
 
 PipelineRecording& PipelineRecording::operator=(const PipelineRecording& other) {
-    if (this == &other)
-        return *this;
-    pipeline = other.pipeline;
-    _maxFrameCount = other._maxFrameCount;
-    _play = {};
-    _frames.clear();
-    for (const Frame& frame : other._frames) {
-        std::list<Frame> node = takeNode();
-        node.front() = frame;
-        _frames.splice(_frames.end(), node);
-    }
-    return *this;
+    return *this = PipelineRecording(other);
 }
 
 PipelineRecording& PipelineRecording::operator=(PipelineRecording&& other) noexcept {
     pipeline = std::move(other.pipeline);
     _frames = std::move(other._frames);
     _maxFrameCount = other._maxFrameCount;
+    ++_generation;
     _play = {};
+    ++other._generation;
     other._play = {};
     return *this;
-}
-
-void PipelineRecording::makeRoom(std::size_t reportCount) {
-    for (std::size_t i = 0; i < reportCount; ++i)
-        _spareFrames.emplace_back().report.reserve(InputReport::kImageReportLength);
 }
 
 std::list<Frame> PipelineRecording::takeNode() {
@@ -102,6 +88,7 @@ void PipelineRecording::appendNode(std::list<Frame>& node) noexcept {
     _frames.splice(_frames.end(), node);
     if (_maxFrameCount != 0 && _frames.size() / 2 >= _maxFrameCount) {
         _spareFrames = trimFrames(_frames, _maxFrameCount);
+        ++_generation;
         std::erase_if(_spareFrames, [](const Frame& frame) { return frame.type != Frame::Type::InputReport; });
     }
     _play.valid = false;
@@ -137,8 +124,14 @@ void PipelineRecording::trimFrames(std::uint64_t maxFrameCount) {
     _spareFrames.clear();
     const Frame* const next = nextFrame();
     const std::list<Frame> removed = trimFrames(_frames, maxFrameCount);
+    ++_generation;
     if (std::ranges::any_of(removed, [next](const Frame& frame) { return &frame == next; }))
         _play.valid = false;
+}
+
+void PipelineRecording::sortFrames() {
+    sortFrames(_frames);
+    ++_generation;
 }
 
 void PipelineRecording::setMaxFrameCount(std::uint64_t count) {

@@ -33,9 +33,6 @@ public:
     PipelineRecording& operator=(PipelineRecording&& other) noexcept;
     ~PipelineRecording() = default;
 
-    // Takes the memory of so many reports beforehand: to assign a recording, under a lock, then only copies bytes.
-    void makeRoom(std::size_t reportCount);
-
     void setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept override;
     void handleInputReport(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length) noexcept override;
     void handleMetadata(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept override;
@@ -55,7 +52,7 @@ public:
 
     // The same two on the recording itself. A playback goes on unless the frame at its position is taken out.
     void trimFrames(std::uint64_t maxFrameCount);
-    void sortFrames() { sortFrames(_frames); }
+    void sortFrames();
 
     // Bounds the frames that are no settings, at once and from now on; 0 removes the bound and trims nothing.
     void setMaxFrameCount(std::uint64_t count);
@@ -88,6 +85,8 @@ public:
     std::shared_ptr<PipelineInput> pipeline; // target of forwarding and playback; may be empty
 
 private:
+    friend class RecordingCopy;
+
     struct Play {
         bool valid = false;
         std::list<Frame>::const_iterator iterator; // next frame to play
@@ -104,6 +103,7 @@ private:
     std::list<Frame> _frames;         // oldest first
     std::list<Frame> _spareFrames;    // hold nothing but their memory, for frames to come
     std::uint64_t _maxFrameCount = 0; // 0: unbounded
+    std::uint64_t _generation = 0;    // changes when frames are taken out or put in another order
     Play _play;
 };
 

@@ -1,6 +1,7 @@
 #include "Pipeline/Reports/FeatureReport.h"
 #include "Platform/Clock.h"
 #include "Platform/JSON.h"
+#include "Recording/RecordingCopy.h"
 #include "Service/VeltoTouchHIDService.h"
 #include "Shared/Util.h"
 
@@ -26,6 +27,7 @@ constexpr std::array<std::uint8_t, 10> kFirmwareDebugReportIDs{0x04, 0x10, 0x11,
                                                                0x1D, 0x32, 0x3B, 0x3C, 0x3F};
 constexpr std::size_t kDebugReportLength = 128;
 constexpr std::size_t kHoldDurationReportLength = 32;
+constexpr std::size_t kFramesCopiedAtOnce = 64; // a few microseconds
 
 // A feature report as the device returned it, or why there is none.
 struct FeatureReportReading {
@@ -123,15 +125,14 @@ Ref<Value> VeltoTouchHIDService::factoryResetHoldDuration() {
     return record ? Number::withUnsignedInt(record->holdDuration) : nullptr;
 }
 
-// Only bytes are copied under the lock: memory is taken before it, and reports go on while the copy is written out.
+// Copied in pieces, so that no report waits for more than one, and written out without the lock.
 Ref<Value> VeltoTouchHIDService::recordingText() {
-    PipelineRecording copy;
-    copy.makeRoom(2 * kMaxRecordedFrames); // it is trimmed when it holds so many
-    {
+    RecordingCopy copy(2 * kMaxRecordedFrames); // the recording is trimmed when it holds so many
+    for (bool isComplete = false; !isComplete;) {
         const MutexLock guard(_pipelineLock);
-        copy = _recording;
+        isComplete = copy.copySome(_recording, kFramesCopiedAtOnce);
     }
-    return text(std::string(copy.json()->bytes()));
+    return text(std::string(copy.recording().json()->bytes()));
 }
 
 Ref<Value> VeltoTouchHIDService::servicePluginDebug() {

@@ -4,5 +4,6 @@ velto_add_tests(recording_tests SOURCES
     Recording/MigrationTest.cpp
     Recording/PipelineRecordingTest.cpp
     Recording/PlaybackTest.cpp
+    Recording/RecordingCopyTest.cpp
     Recording/TrimmingTest.cpp
 )
