@@ -144,6 +144,15 @@ void writeFile(const std::string& path, std::string_view content) {
     replaceFile(target.get(), content, status.st_mode & 07777);
 }
 
+void requireWritable(const std::string& path) {
+    const auto slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    struct stat status {};
+    const bool isThere = ::stat(path.c_str(), &status) == 0;
+    if (::access(isThere ? path.c_str() : folder.c_str(), W_OK) != 0)
+        throwSystemError();
+}
+
 void writeStandardOutput(std::string_view text) {
     try {
         writeAll(STDOUT_FILENO, text);

@@ -27,6 +27,10 @@ struct OutputFailed : std::runtime_error {
 // Throws std::runtime_error with the system's words; for the standard output see writeStandardOutput.
 void writeFile(const std::string& path, std::string_view content);
 
+// Throws, with the system's words, where it is plain beforehand that a file cannot be written: for who is to write it
+// after long work.
+void requireWritable(const std::string& path);
+
 // Throws ClosedPipe when nobody reads it any more, OutputFailed("standard output: ...") otherwise.
 void writeStandardOutput(std::string_view text);
 

@@ -124,6 +124,8 @@ int saveRecording(const HostedService& service, const std::string& path) {
 int run(const Options& options) {
     StopSignals signals;
     warnOfDoubtfulPipelineSettings(options.settings);
+    if (!options.recording.empty())
+        about(options.recording, [&] { requireWritable(options.recording); });
 
     const auto loop = Ref<RunLoop>::retained(CFRunLoopGetCurrent());
     const auto endRun = [loop] { CFRunLoopStop(loop.get()); };

@@ -170,12 +170,18 @@ TEST_F(RunCommandTest, AnOutputThatFailsEndsTheRunButTheRecordingIsSaved) {
     EXPECT_EQ(complaintsOf(full), "velto: standard output: No space left on device\n");
 }
 
-TEST_F(RunCommandTest, ARecordingThatCannotBeSavedFailsBesideTheWholeSummary) {
+TEST_F(RunCommandTest, ARecordingThatCannotBeSavedIsToldBeforeTheRunOrBesideTheWholeSummary) {
     const std::string nowhere = folder.path("missing/out.json");
-    const Outcome outcome = runLines({"--record", nowhere}, "sim:tap:A");
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(complaintsOf(outcome), "velto: " + nowhere + ": No such file or directory\n");
-    EXPECT_THAT(membersOf(outcome.output, "events"), ElementsAre("2"));
+    const Outcome early = runLines({"--record", nowhere}, "sim:tap:A");
+    EXPECT_EQ(early.status, 1);
+    EXPECT_EQ(early.output, "");
+    EXPECT_EQ(complaintsOf(early), "velto: " + nowhere + ": No such file or directory\n");
+
+    const std::string noFile = folder.path(".");
+    const Outcome late = runLines({"--record", noFile}, "sim:tap:A");
+    EXPECT_EQ(late.status, 1);
+    EXPECT_EQ(complaintsOf(late), "velto: " + noFile + ": Is a directory\n");
+    EXPECT_THAT(membersOf(late.output, "events"), ElementsAre("2"));
 }
 
 TEST_F(RunCommandTest, WithoutLinesATableIsShownAndASummary) {
