@@ -51,7 +51,7 @@ void VeltoTouchHIDService::handleInputReports(const DispatchEventInfo& info) {
     }
 
     std::array<std::uint8_t, kReportBufferLength> report{};
-    const IOHIDDeviceRef device = _veltoDevice.get();
+    HIDDevice* const device = _veltoDevice.get();
     IOHIDDeviceRegisterInputReportWithTimeStampCallback(device, report.data(), report.size(), inputReportCallback,
                                                         this);
     IOHIDDeviceScheduleWithRunLoop(device, CFRunLoopGetCurrent(), inputReportMode());

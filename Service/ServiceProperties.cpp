@@ -51,7 +51,7 @@ Ref<Value> text(std::string characters) { return makeRef<String>(std::move(chara
 Ref<Value> versionNumbers() {
     std::vector<Ref<Value>> numbers;
     for (const std::int64_t number : kVersionNumbers)
-        numbers.push_back(Number::withLongLong(number));
+        numbers.emplace_back(Number::withLongLong(number));
     return makeRef<Array>(std::move(numbers));
 }
 
