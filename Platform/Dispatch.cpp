@@ -8,6 +8,7 @@
 #include <thread>
 
 #include <sched.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -29,11 +30,12 @@ struct SchedulingAttributes {
 constexpr std::uint64_t kSliceNs = 100'000; // the shortest that is given
 
 // A worker runs little and seldom. One that asks for short slices runs as soon as it is woken, before threads that
-// compute without end (on kernels from 6.12 on; others ignore it, and so may we).
+// compute without end (on kernels from 6.12 on; others ignore it). Nothing depends on it.
 void askForShortSlices() noexcept {
     SchedulingAttributes attributes{};
     attributes.size = sizeof attributes;
     attributes.policy = SCHED_OTHER;
+    attributes.nice = getpriority(PRIO_PROCESS, 0); // as it is
     attributes.runtime = kSliceNs;
     syscall(SYS_sched_setattr, 0, &attributes, 0U);
 }

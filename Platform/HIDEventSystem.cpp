@@ -90,9 +90,9 @@ void IOHIDEventSystemClientUnregisterEventBlock(IOHIDEventSystemClientRef client
 void IOHIDEventSystemClientScheduleWithRunLoop(IOHIDEventSystemClientRef client, CFRunLoopRef loop, CFStringRef mode) {
     Client& listener = clientOf(client);
     for (const Ref<HIDEventService>& service : IOHIDEventSystemClientCopyServices(client)) {
-        const auto handler = [&listener, sender = service.get()](const Ref<HIDEvent>& event) {
+        const auto handler = [&listener, sender = service](const Ref<HIDEvent>& event) {
             if (const IOHIDEventBlock block = listener.block) // it may unregister itself
-                block(listener.target, listener.refcon, sender, event.get());
+                block(listener.target, listener.refcon, sender.get(), event.get());
         };
         listener.sources.push_back(service->startEvents(*loop, mode->text(), handler));
     }

@@ -19,5 +19,8 @@ constexpr IOReturn kIOReturnError = statusCode(0xE00002BC);
 constexpr IOReturn kIOReturnNoResources = statusCode(0xE00002BE);
 constexpr IOReturn kIOReturnNoDevice = statusCode(0xE00002C0);
 constexpr IOReturn kIOReturnUnsupported = statusCode(0xE00002C7);
+constexpr IOReturn kIOReturnNotOpen = statusCode(0xE00002CD);
+constexpr IOReturn kIOReturnBusy = statusCode(0xE00002D5);
+constexpr IOReturn kIOReturnNotPermitted = statusCode(0xE00002E2);
 
 } // namespace VeltoTouch

@@ -7,6 +7,8 @@
 #include <optional>
 #include <thread>
 
+#include <pthread.h>
+#include <sched.h>
 #include <spdlog/async.h>
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/basic_file_sink.h>
@@ -29,6 +31,12 @@ namespace {
 constexpr std::size_t kQueuedLines = 8192;
 constexpr std::chrono::seconds kLongestDrain{1};
 constexpr int kOff = 3;
+
+// A thread starts with the priority of the thread that made it.
+void beAnOrdinaryThread() {
+    const sched_param parameters{.sched_priority = 0};
+    pthread_setschedparam(pthread_self(), SCHED_OTHER, &parameters);
+}
 
 // Levels by weight, so that "from this level up" is one comparison.
 constexpr int weight(os_log_type_t type) noexcept {
@@ -103,7 +111,7 @@ private:
 // The writer thread and its sinks. Never destroyed: threads may log until the process ends.
 class Output {
 public:
-    Output() : _pool(std::make_shared<spdlog::details::thread_pool>(kQueuedLines, 1)) {
+    Output() : _pool(std::make_shared<spdlog::details::thread_pool>(kQueuedLines, 1, beAnOrdinaryThread)) {
         _logger = std::make_shared<spdlog::async_logger>("velto", spdlog::sinks_init_list{makeSink(), _written}, _pool,
                                                          spdlog::async_overflow_policy::overrun_oldest);
         _logger->set_level(spdlog::level::debug);
@@ -155,22 +163,31 @@ Output& output() {
     return *theOutput;
 }
 
-std::mutex captureLock;
-std::optional<std::vector<LogCapture::Line>> captured; // guarded by captureLock
+// What a capture collects. Never destroyed: threads may log until the process ends.
+struct Captured {
+    std::mutex lock;
+    std::optional<std::vector<LogCapture::Line>> lines; // guarded by lock
+};
+
+Captured& captured() {
+    static auto* const theLines = new Captured;
+    return *theLines;
+}
 
 // Keeps the line if a capture is on.
 bool capture(const OSLog& log, os_log_type_t type, std::string_view message) {
-    const std::scoped_lock lock(captureLock);
-    if (captured)
-        captured->push_back({.category = log.category, .type = type, .message = std::string(message)});
-    return captured.has_value();
+    const std::scoped_lock lock(captured().lock);
+    auto& lines = captured().lines;
+    if (lines)
+        lines->push_back({.category = log.category, .type = type, .message = std::string(message)});
+    return lines.has_value();
 }
 
 } // namespace
 
 os_log_t os_log_create(const char* subsystem, const char* category) {
-    if (!settings().file.empty() && settings().leastWeight != kOff)
-        output(); // to open a file may block: here, and not where the first line is logged
+    if (settings().leastWeight != kOff)
+        output(); // to open a file may block, and to start the writer: here, and not where the first line is logged
     static std::mutex lock;
     static auto* const logs = new std::vector<std::unique_ptr<OSLog>>; // guarded by lock; never destroyed
     const std::scoped_lock guard(lock);
@@ -203,20 +220,20 @@ std::uint64_t os_log_overrun_count() noexcept {
 }
 
 LogCapture::LogCapture(os_log_type_t level) {
-    const std::scoped_lock lock(captureLock);
-    captured.emplace();
+    const std::scoped_lock lock(captured().lock);
+    captured().lines.emplace();
     leastWeight().store(weight(level), std::memory_order_relaxed);
 }
 
 LogCapture::~LogCapture() {
-    const std::scoped_lock lock(captureLock);
-    captured.reset();
+    const std::scoped_lock lock(captured().lock);
+    captured().lines.reset();
     leastWeight().store(settings().leastWeight, std::memory_order_relaxed);
 }
 
 std::vector<LogCapture::Line> LogCapture::lines() const {
-    const std::scoped_lock lock(captureLock);
-    return *captured;
+    const std::scoped_lock lock(captured().lock);
+    return *captured().lines;
 }
 
 } // namespace VeltoTouch

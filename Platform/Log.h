@@ -27,7 +27,7 @@ class OSLog;
 using os_log_t = const OSLog*;
 
 // The log of a category of a component. Logs live until the process ends; equal arguments may give the same log. Any
-// thread; may open the log's file, so not where nothing may wait.
+// thread; may open the log's file and start the writer, so not where nothing may wait.
 [[nodiscard]] os_log_t os_log_create(const char* subsystem, const char* category);
 
 // Whether messages of this level are taken at all: one relaxed load. Any thread.

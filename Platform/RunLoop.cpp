@@ -20,7 +20,8 @@ namespace {
 constexpr std::uint64_t kWakeIdentifier = 0;
 constexpr double kNanosecondsPerSecond = 1e9;
 constexpr std::uint64_t kNanosecondsPerMillisecond = 1'000'000;
-constexpr double kLongestWaitSeconds = 1e6; // what is longer waits for ever
+constexpr double kLongestWaitSeconds = 1e9;             // what is longer waits for ever
+constexpr std::uint64_t kLongestWaitMs = 1'000'000'000; // at once
 
 int checked(int result, const char* what) {
     if (result < 0)
@@ -51,7 +52,8 @@ int waitMs(std::optional<std::uint64_t> deadline) {
     const std::uint64_t now = mach_absolute_time();
     if (*deadline <= now)
         return 0;
-    return static_cast<int>((*deadline - now + kNanosecondsPerMillisecond - 1) / kNanosecondsPerMillisecond);
+    const std::uint64_t wait = (*deadline - now + kNanosecondsPerMillisecond - 1) / kNanosecondsPerMillisecond;
+    return static_cast<int>(std::min(wait, kLongestWaitMs));
 }
 
 } // namespace
@@ -105,9 +107,14 @@ RunLoop::~RunLoop() { ::close(_wakeDescriptor); }
 RunLoop::Mode& RunLoop::modeNamed(std::string_view name) {
     if (const auto known = _modes.find(name); known != _modes.end())
         return known->second;
-    Mode& mode = _modes.try_emplace(std::string(name)).first->second;
-    watch(mode.epoll, _wakeDescriptor, kWakeIdentifier);
-    return mode;
+    const auto mode = _modes.try_emplace(std::string(name)).first;
+    try {
+        watch(mode->second.epoll, _wakeDescriptor, kWakeIdentifier);
+    } catch (...) {
+        _modes.erase(mode); // it could not be woken
+        throw;
+    }
+    return mode->second;
 }
 
 RunLoopSource RunLoop::add(std::string_view mode, std::shared_ptr<Source> source) {
@@ -164,8 +171,7 @@ CFRunLoopRunResult RunLoop::run(std::string_view mode, double seconds, bool retu
         const auto named = _modes.find(mode);
         if (named == _modes.end() || named->second.sources.empty())
             return kCFRunLoopRunFinished;
-        const bool isLate = wait == Wait::HandledSource && deadline && *deadline <= mach_absolute_time();
-        if (wait == Wait::TimedOut || isLate)
+        if (wait != Wait::Woken && deadline && *deadline <= mach_absolute_time())
             return kCFRunLoopRunTimedOut;
         wait = waitForSource(named->second, deadline);
     }

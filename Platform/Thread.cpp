@@ -1,5 +1,6 @@
 #include "Platform/Thread.h"
 
+#include <string>
 #include <thread>
 
 #include <pthread.h>
@@ -7,8 +8,10 @@
 namespace VeltoTouch::NSThread {
 
 void detachNewThreadWithBlock(const char* name, std::function<void()> block) {
-    std::thread thread(std::move(block));
-    pthread_setname_np(thread.native_handle(), name);
+    std::thread thread([name = std::string(name), block = std::move(block)] {
+        pthread_setname_np(pthread_self(), name.c_str());
+        block();
+    });
     thread.detach();
 }
 

@@ -51,15 +51,15 @@ void VeltoTouchHIDService::handleInputReports(const DispatchEventInfo& info) {
     }
 
     std::array<std::uint8_t, kReportBufferLength> report{};
-    HIDDevice* const device = _veltoDevice.get();
-    IOHIDDeviceRegisterInputReportWithTimeStampCallback(device, report.data(), report.size(), inputReportCallback,
+    const Ref<HIDDevice> device = _veltoDevice;
+    IOHIDDeviceRegisterInputReportWithTimeStampCallback(device.get(), report.data(), report.size(), inputReportCallback,
                                                         this);
-    IOHIDDeviceScheduleWithRunLoop(device, CFRunLoopGetCurrent(), inputReportMode());
+    IOHIDDeviceScheduleWithRunLoop(device.get(), CFRunLoopGetCurrent(), inputReportMode());
     while (CFRunLoopRunInMode(inputReportMode(), std::numeric_limits<double>::infinity(), true) ==
            kCFRunLoopRunHandledSource) {
     }
-    IOHIDDeviceUnscheduleFromRunLoop(device, CFRunLoopGetCurrent(), inputReportMode());
-    IOHIDDeviceRegisterInputReportWithTimeStampCallback(device, report.data(), report.size(), nullptr, nullptr);
+    IOHIDDeviceUnscheduleFromRunLoop(device.get(), CFRunLoopGetCurrent(), inputReportMode());
+    IOHIDDeviceRegisterInputReportWithTimeStampCallback(device.get(), report.data(), report.size(), nullptr, nullptr);
 
     const MutexLock guard(_pipelineLock);
     clearHandlers();

@@ -58,6 +58,10 @@ void VeltoTouchHIDService::scheduleWithDispatchQueue(dispatch_queue_t queue) {
         log(OS_LOG_TYPE_ERROR, "scheduleWithDispatchQueue: without unscheduleWithDispatchQueue: before it");
         return;
     }
+    if (queue == nullptr) {
+        log(OS_LOG_TYPE_ERROR, "scheduleWithDispatchQueue: without a queue");
+        return;
+    }
     _dispatchEventInfo.queue = Ref<DispatchQueue>::retained(queue);
     _dispatchEventInfo.sender = VeltoIUnknown::handleOf(getServiceInterface());
     _inputReportThreadSignal = dispatch_semaphore_create(0);

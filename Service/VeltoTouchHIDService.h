@@ -71,7 +71,8 @@ public:
 
     // Does not reach a thread that runs.
     void setEventCallbackTargetRefcon(IOHIDServiceEventCallback callback, void* target, void* refcon) override;
-    // Returns when the input-report thread has its run loop. Scheduled already, it changes nothing and logs an error.
+    // Returns when the input-report thread has its run loop. Scheduled already or without a queue, it changes nothing
+    // and logs an error.
     void scheduleWithDispatchQueue(dispatch_queue_t queue) override;
     // Returns when the thread has let go of device and pipeline.
     void unscheduleWithDispatchQueue(dispatch_queue_t queue) override;

@@ -102,13 +102,11 @@ void waitForTheEnd(const StopSignals& signals, double seconds) {
     CFRunLoopRunInMode(mode.get(), seconds, true);
 }
 
-RunOutput::Ending readEnding(const HostedService& service, const std::vector<std::string>& keys) {
-    RunOutput::Ending ending;
+std::vector<RunOutput::Property> readProperties(const HostedService& service, const std::vector<std::string>& keys) {
+    std::vector<RunOutput::Property> properties;
     for (const std::string& key : keys)
-        ending.properties.emplace_back(key, service.copyProperty(key));
-    ending.debugInfo = service.copyProperty("Pipeline.DebugInfo");
-    ending.eventStats = service.copyProperty("Pipeline.Algs.EventStats");
-    return ending;
+        properties.emplace_back(key, service.copyProperty(key));
+    return properties;
 }
 
 // The exit status.
@@ -122,7 +120,6 @@ int saveRecording(const HostedService& service, const std::string& path) {
 }
 
 int run(const Options& options) {
-    StopSignals signals;
     warnOfDoubtfulPipelineSettings(options.settings);
     if (!options.recording.empty())
         about(options.recording, [&] { requireWritable(options.recording); });
@@ -131,6 +128,7 @@ int run(const Options& options) {
     const auto endRun = [loop] { CFRunLoopStop(loop.get()); };
     const ConnectedDevice device = about(
         options.device.subject(), [&] { return ConnectedDevice(options.device, static_cast<double>(options.speed)); });
+    StopSignals signals; // before any thread, and after the recording is read: until then a signal ends the program
     device.backend().removalHandler = endRun;
 
     const auto output = RunOutput::make(options.jsonl, options.device.name, endRun);
@@ -147,10 +145,13 @@ int run(const Options& options) {
     waitForTheEnd(signals, options.durationSeconds);
     signals.beginEnd();
 
-    RunOutput::Ending ending = readEnding(service, options.properties);
+    RunOutput::Ending ending;
+    ending.properties = readProperties(service, options.properties);
     service.unschedule();
     ending.durationNs = Util::nanosecondsFromMachTime(mach_absolute_time() - startTime);
     ending.reports = device.backend().deliveredReports();
+    ending.debugInfo = service.copyProperty("Pipeline.DebugInfo"); // with the last report and event
+    ending.eventStats = service.copyProperty("Pipeline.Algs.EventStats");
     // With the last report, so that its replay gives all events that were shown.
     const int status = options.recording.empty() ? 0 : saveRecording(service, options.recording);
     service.stop();

@@ -17,11 +17,13 @@ namespace VeltoTouch::Tools {
 // thread, told of the events between on another.
 class RunOutput {
 public:
+    using Property = std::pair<std::string, Ref<Value>>; // nil where there is none
+
     // What is known at the end of a run.
     struct Ending {
         std::uint64_t durationNs = 0; // since the start of scheduling
         std::uint64_t reports = 0;
-        std::vector<std::pair<std::string, Ref<Value>>> properties; // that were asked for; nil where there is none
+        std::vector<Property> properties; // that were asked for
         Ref<Value> debugInfo;
         Ref<Value> eventStats;
     };

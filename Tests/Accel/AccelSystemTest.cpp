@@ -67,8 +67,10 @@ TEST_F(AccelSystemTest, TheFirstAccelerometerAloneGetsTheIntervalInMicroseconds)
 TEST_F(AccelSystemTest, CleanupEndsTheDeliveryForGoodAndKeepsTheObjectsUntilTheEnd) {
     const CFIndex references = CFGetRetainCount(first.get());
     {
-        AccelSystem system(CFRunLoopGetCurrent(), mode.get(), 100, callback);
+        const auto held = std::make_shared<int>();
+        AccelSystem system(CFRunLoopGetCurrent(), mode.get(), 100, [held, this](HIDEvent* event) { callback(event); });
         system.cleanup();
+        EXPECT_EQ(held.use_count(), 1) << "the callback is still held";
         system.cleanup();
         first->deliver(0, 0, 1);
         EXPECT_FALSE(runLoop());

@@ -24,11 +24,14 @@ protected:
             accelerometer->deliverAndWait(0.25, 0.1, _nextSample++);
     }
 
-    // A firmware reset in the middle of a touch gives two events: the touch's cancel, then the vendor event.
-    void touchAndReset() {
+    void touch() {
         const auto reports = reportsOf({"hold:play-pause"});
         for (std::size_t i = 0; i < 10; ++i)
             device->deliverAndWait(reports[i]);
+    }
+    // A firmware reset in the middle of a touch gives two events: the touch's cancel, then the vendor event.
+    void touchAndReset() {
+        touch();
         device->deliverAndWait(firmwareEventReport(InputReport::FirmwareEvent::kReset));
     }
 
@@ -80,6 +83,16 @@ TEST_F(AccelCaptureTest, TheNewestHundredWaitUnrecordedAndAHundredFollowTheLastD
     touchAndReset();
     sample(1);
     EXPECT_EQ(numbersOf(recorded()), fromTo(50, 314));
+}
+
+TEST_F(AccelCaptureTest, ADigitizerEventNeedNotBeTheLastOfItsBatch) {
+    touch();
+    sample(102); // the touch's own event has had its hundred
+    EXPECT_EQ(numbersOf(recorded()), fromTo(0, 99));
+    device->deliverAndWait(firmwareEventReport(InputReport::FirmwareEvent::kReset)); // cancel, vendor event
+    sample(1);
+    EXPECT_EQ(numbersOf(recorded()), fromTo(0, 102));
+    EXPECT_EQ(accelerometer->reportInterval(), 10'000.0);
 }
 
 TEST_F(AccelCaptureTest, AResetAloneIsNoDigitizerEvent) {

@@ -134,11 +134,15 @@ TEST(BoundaryTest, WhatAServiceDoesNotDefineIsUnsupported) {
 
 TEST(BoundaryTest, TheTouchServiceAnswersNoQueriesTakesNoOutputAndScoresNothing) {
     const TestHost host(makeRef<TestDevice>());
+    const LogCapture log(OS_LOG_TYPE_DEBUG);
     std::int32_t order = 7;
     EXPECT_EQ((*host.plugIn)->Probe(host.plugIn, nullptr, 0, &order), kIOReturnSuccess);
     EXPECT_EQ(order, 7);
     EXPECT_EQ((*host.service)->copyEvent(host.service, kIOHIDEventTypeDigitizer, nullptr, 0), nullptr);
     EXPECT_EQ((*host.service)->setOutputEvent(host.service, nullptr), static_cast<IOReturn>(0xE00002C7));
+    const auto line = [](const char* message) { return testing::FieldsAre("HIDService", OS_LOG_TYPE_DEBUG, message); };
+    EXPECT_THAT(log.lines(), ElementsAre(line("probeWithService:properties:outScore:"),
+                                         line("copyEventWithType:matching:options:"), line("setOutputEvent:")));
 }
 
 } // namespace

@@ -55,10 +55,12 @@ TEST_F(LifeTest, ADeviceThatCannotBeMadeOrOpenedIsToldAndLeavesNothingBehind) {
 TEST_F(LifeTest, OptionsReachTheDeviceAndStopLetsItGo) {
     TestHost host(device);
     host.start();
-    EXPECT_TRUE((*host.service)->open(host.service, 0x21));
-    (*host.service)->close(host.service, 0x43);
-    EXPECT_EQ(device->openedWith.load(), 0x21U);
-    EXPECT_EQ(device->closedWith.load(), 0x43U);
+    const LogCapture log(OS_LOG_TYPE_DEBUG);
+    EXPECT_TRUE((*host.service)->open(host.service, 0x1F));
+    (*host.service)->close(host.service, 0x2A);
+    EXPECT_EQ(device->openedWith.load(), 0x1F);
+    EXPECT_EQ(device->closedWith.load(), 0x2A);
+    EXPECT_THAT(messagesOf(log), ElementsAre("openWithOptions:1f", "closeWithOptions:2a"));
     const CFIndex referencesWhenStarted = CFGetRetainCount(device.get());
     EXPECT_EQ((*host.plugIn)->Stop(host.plugIn), kIOReturnSuccess);
     EXPECT_EQ(CFGetRetainCount(device.get()), referencesWhenStarted - 1);
@@ -75,6 +77,37 @@ TEST_F(LifeTest, EventsComeBetweenScheduleAndUnscheduleAndStateOutlivesThem) {
     host.schedule();
     deliver(tap);
     EXPECT_EQ(host.events().size(), 4U);
+}
+
+TEST_F(LifeTest, UnschedulingLetsDeviceAndQueueGo) {
+    TestHost host(device);
+    host.schedule();
+    device->deliverAndWait({});
+    EXPECT_TRUE(device->isRead);
+    host.unschedule();
+    EXPECT_FALSE(device->isRead);
+    while (CFGetRetainCount(host.queue.get()) != 1) // the thread's own reference goes a little later
+        std::this_thread::yield();
+}
+
+TEST_F(LifeTest, TheThreadHoldsAReferenceToTheService) {
+    TestHost host(device);
+    const ULONG references = (*host.service)->AddRef(host.service);
+    host.schedule();
+    EXPECT_EQ((*host.service)->Release(host.service), references); // one less, and the thread's
+}
+
+TEST_F(LifeTest, ReportsAreReadByAThreadOfTheRaisedPriority) {
+    TestHost host(device);
+    int policy = 0;
+    sched_param parameters{};
+    device->whenRead = [&] { pthread_getschedparam(pthread_self(), &policy, &parameters); };
+    host.schedule();
+    device->deliverAndWait({});
+    if (policy == SCHED_OTHER)
+        GTEST_SKIP() << "not allowed to raise it";
+    EXPECT_EQ(policy, SCHED_RR);
+    EXPECT_EQ(parameters.sched_priority, 63);
 }
 
 TEST_F(LifeTest, ACallbackSetWhileTheThreadRunsReachesTheNextOneOnly) {
@@ -98,13 +131,17 @@ TEST_F(LifeTest, WithoutACallbackBatchesStillLand) {
     EXPECT_THAT(messagesOf(log), Contains("Dispatch 1 event(s) land").Times(2));
 }
 
-TEST_F(LifeTest, SchedulingTwiceChangesNothingAndIsAnError) {
+TEST_F(LifeTest, SchedulingTwiceOrWithoutAQueueChangesNothingAndIsAnError) {
     TestHost host(device);
     host.schedule();
+    device->deliverAndWait({});
     const auto otherQueue = dispatch_queue_create("other");
     const LogCapture log(OS_LOG_TYPE_ERROR);
     (*host.service)->scheduleWithDispatchQueue(host.service, otherQueue.get());
     EXPECT_THAT(log.lines(), ElementsAre(FieldsAre("HIDService", OS_LOG_TYPE_ERROR, HasSubstr("schedule"))));
+    TestHost second(device);
+    (*second.service)->scheduleWithDispatchQueue(second.service, nullptr);
+    EXPECT_EQ(log.lines().size(), 2U);
     EXPECT_EQ(CFGetRetainCount(otherQueue.get()), 1);
     deliver(tap);
     EXPECT_EQ(host.events().size(), 2U);

@@ -74,6 +74,7 @@ TEST_F(PropertiesTest, WritesBelowThePipelineAreTakenAndRecordedWhateverTheKey) 
 TEST_F(PropertiesTest, FirmwareDebugReportsAreShownAsTheyCameOrWithTheReason) {
     device->setFeatureReport(0x10, {.bytes = {0x10, 0x01, 0x02}});
     device->setFeatureReport(0x1D, {.bytes = Report(200, 0xAB), .claimedLength = 200});
+    device->setFeatureReport(0x32, {.bytes = {0x32}, .claimedLength = SIZE_MAX});
     device->setFeatureReport(0x3F, {.bytes = {1}, .status = kIOReturnError});
     const auto reports = host.property("FirmwareDebugReports");
     const auto& dictionary = *as<Dictionary>(reports);
@@ -90,6 +91,7 @@ TEST_F(PropertiesTest, FirmwareDebugReportsAreShownAsTheyCameOrWithTheReason) {
     for (int i = 0; i < 128; ++i)
         cut += "ab ";
     EXPECT_EQ(entry("0x1d"), cut) << "no more than the room that was given";
+    EXPECT_EQ(entry("0x32"), "") << "a length that is none";
 }
 
 TEST_F(PropertiesTest, TheFactoryResetHoldDurationIsReadFromItsReportOrNil) {

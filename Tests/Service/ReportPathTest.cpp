@@ -4,6 +4,8 @@
 #include "Tests/Support/Frames.h"
 #include "Tests/Support/TestHost.h"
 
+#include <thread>
+
 #include <gmock/gmock.h>
 
 namespace VeltoTouch::Tests {
@@ -13,15 +15,14 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::FieldsAre;
 using testing::Matcher;
-using testing::MatchesRegex;
 using testing::StartsWith;
 
 using Line = LogCapture::Line;
 
 Matcher<Line> debug(const Matcher<std::string>& message) { return FieldsAre("HIDService", OS_LOG_TYPE_DEBUG, message); }
 Matcher<Line> received(int reportID, std::size_t length) {
-    return debug(MatchesRegex(fmt::format(
-        R"(Received input report \(type 0, reportID {}, reportLength {}, timestampMach [0-9]+\))", reportID, length)));
+    return debug(fmt::format("Received input report (type 0, reportID {}, reportLength {}, timestampMach {})", reportID,
+                             length, TestDevice::kStamp));
 }
 
 class ReportPathTest : public testing::Test {
@@ -39,6 +40,11 @@ protected:
         auto lines = log.lines();
         std::erase_if(lines, [](const Line& line) { return line.category != "HIDService"; });
         return lines;
+    }
+
+    PipelineRecording recording() const {
+        const auto text = host.property("Recording");
+        return PipelineRecording(makeRef<Data>(as<String>(text)->text()).get());
     }
 
     const Ref<TestDevice> device = makeRef<TestDevice>();
@@ -73,6 +79,15 @@ TEST_F(ReportPathTest, AFirmwareResetIsLoggedOnItsWayToTheHost) {
     EXPECT_THAT(host.events(), ElementsAre(FirmwareReset()));
 }
 
+TEST_F(ReportPathTest, AnEventIsLoggedBeforeTheCallback) {
+    const LogCapture log(OS_LOG_TYPE_DEFAULT);
+    std::size_t linesAtCall = 0;
+    host.whenCalled = [&] { linesAtCall = log.lines().size(); };
+    device->deliverAndWait(firmwareEventReport(InputReport::FirmwareEvent::kReset));
+    host.drain();
+    EXPECT_EQ(linesAtCall, 2U); // the firmware event's and the event's
+}
+
 TEST_F(ReportPathTest, TracePointsMarkReportBatchAndEvents) {
     const auto tracedBy = [this](const Report& report) {
         const TraceCapture trace;
@@ -82,6 +97,7 @@ TEST_F(ReportPathTest, TracePointsMarkReportBatchAndEvents) {
     };
     using Point = TraceCapture::Point;
     EXPECT_THAT(tracedBy({}), ElementsAre(Point{0x2B150180, 0, 0, 0, 0}));
+    device->deliverAndWait(Report(8, 0x55)); // stays in the buffer behind the next one
     EXPECT_THAT(tracedBy({0x09, 0x08, 0x07}), ElementsAre(Point{0x2B150180, 9, 8, 7, 0}));
     Report event = firmwareEventReport(3);
     event[9] = 0x10;
@@ -97,14 +113,69 @@ TEST_F(ReportPathTest, TracePointsMarkReportBatchAndEvents) {
                             Point{0x2B150188, 11, kIOHIDEventPhaseEnded, 0, 0}, Point{0x2B150188, 1, 0, 0, 0}));
 }
 
+TEST_F(ReportPathTest, TheRecordingIsTrimmedAtTwiceItsBound) {
+    for (int i = 0; i < 8697; ++i)
+        device->deliver({9});
+    device->deliverAndWait({9});
+    EXPECT_EQ(recording().frames().size(), 4350U) << "8699 when read, and bounded by being written out";
+    device->deliverAndWait({9});
+    device->deliverAndWait({8});
+    const PipelineRecording recorded = recording();
+    EXPECT_EQ(recorded.frames().size(), 4350U);
+    EXPECT_EQ(recorded.frames().back().report, Report{8});
+}
+
+// A value that stops whoever destroys it: here the trimming of the recording, under the lock.
+class Gate final : public Value {
+public:
+    Gate(Ref<DispatchSemaphore> isReached, Ref<DispatchSemaphore> mayGoOn)
+        : Value(Kind::Null), _isReached(std::move(isReached)), _mayGoOn(std::move(mayGoOn)) {}
+    ~Gate() override {
+        _isReached->signal();
+        _mayGoOn->wait();
+    }
+
+private:
+    const Ref<DispatchSemaphore> _isReached;
+    const Ref<DispatchSemaphore> _mayGoOn;
+};
+
+TEST_F(ReportPathTest, WhatWaitsForTheLockGetsTheTimeAtWhichItHasIt) {
+    const auto isReached = dispatch_semaphore_create(0);
+    const auto mayGoOn = dispatch_semaphore_create(0);
+    host.set("Pipeline.Gate", makeRef<Gate>(isReached, mayGoOn));
+    host.set("Pipeline.Gate", nullptr); // the first is of no use now
+    for (int i = 0; i < 2 * 4350 - 5; ++i)
+        device->deliver({8});
+    device->deliverAndWait({8});
+    std::thread trimming([&] { host.set("Pipeline.Full", nullptr); });
+    isReached->wait();
+    const LogCapture log(OS_LOG_TYPE_DEBUG);
+    std::thread writing([&] { host.set("Pipeline.Late", nullptr); });
+    device->deliver({9});
+    while (log.lines().size() < 2) // each is logged before the lock is asked for
+        std::this_thread::yield();
+    usleep(1000); // a service that reads the clock too early has read it by then
+    const std::uint64_t unlocked = mach_absolute_time();
+    mayGoOn->signal();
+    trimming.join();
+    writing.join();
+    device->deliverAndWait({});
+    const PipelineRecording recorded = recording();
+    std::vector<std::uint64_t> late;
+    for (const Frame& frame : recorded.frames()) {
+        if (frame.key == "Late" || frame.report == Report{9})
+            late.push_back(frame.timestampNs);
+    }
+    EXPECT_THAT(late, ElementsAre(testing::Ge(unlocked), testing::Ge(unlocked)));
+}
+
 TEST_F(ReportPathTest, ReportsOfAnyLengthAreRecordedUpToTheBuffer) {
     const std::vector<std::size_t> lengths{1, 91, 511, 512, 513, 4000};
     for (const std::size_t length : lengths)
         device->deliverAndWait(Report(length, 0x55));
-    const auto text = host.property("Recording");
-    const PipelineRecording recording(makeRef<Data>(as<String>(text)->text()).get());
     std::vector<std::size_t> recorded;
-    for (const Frame& frame : recording.frames())
+    for (const PipelineRecording all = recording(); const Frame& frame : all.frames())
         recorded.push_back(frame.report.size());
     EXPECT_THAT(recorded, ElementsAre(0, 1, 91, 511, 512, 512, 512));
 }
@@ -116,13 +187,12 @@ TEST_F(ReportPathTest, EventsCarryTheHostTimeOfTheReportThatTheRecordingHas) {
     const std::uint64_t after = mach_absolute_time();
     const HIDEvents events = host.events();
     ASSERT_THAT(events, ElementsAre(MayBegin(VolumeDown), Tap(VolumeDown)));
-    const auto text = host.property("Recording");
-    const PipelineRecording recording(makeRef<Data>(as<String>(text)->text()).get());
+    const PipelineRecording recorded = recording();
     for (const Ref<HIDEvent>& event : events) {
         const std::uint64_t time = IOHIDEventGetTimeStamp(event.get());
         EXPECT_TRUE(time >= before && time <= after);
         EXPECT_TRUE(
-            std::ranges::any_of(recording.frames(), [time](const Frame& frame) { return frame.timestampNs == time; }));
+            std::ranges::any_of(recorded.frames(), [time](const Frame& frame) { return frame.timestampNs == time; }));
     }
 }
 

@@ -42,6 +42,12 @@ public:
     static constexpr std::int64_t kNever = -1;
     std::atomic<std::int64_t> openedWith{kNever}; // the options of the last call
     std::atomic<std::int64_t> closedWith{kNever};
+    std::atomic<bool> isRead{false}; // a source of a run loop waits for its reports
+
+    std::function<void()> whenRead = [] {}; // before it is, on the thread that will; set before it is scheduled
+
+    // The device's own stamp on every report. It is no time at all: nobody may take it for one.
+    static constexpr std::uint64_t kStamp = 12'345;
 
     // Answers requests for the feature report with this ID; the others get kIOReturnUnsupported and length 0.
     void setFeatureReport(std::uint32_t reportID, FeatureReport report) {
@@ -84,10 +90,13 @@ public:
     [[nodiscard]] RunLoopSource startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) override {
         if (failsToStart)
             throw std::system_error(ENODEV, std::generic_category(), "test device");
-        return _reports.open(loop, mode, [&sink](const Report& report) {
+        whenRead();
+        isRead = true;
+        const std::shared_ptr<TestDevice> reading(this, [](TestDevice* device) { device->isRead = false; });
+        return _reports.open(loop, mode, [&sink, reading](const Report& report) {
             const auto buffer = sink.buffer();
             std::copy_n(report.begin(), std::min(report.size(), buffer.size()), buffer.begin());
-            sink.deliver(report.size(), mach_absolute_time());
+            sink.deliver(report.size(), kStamp);
         });
     }
 
