@@ -18,7 +18,7 @@ namespace VeltoTouch {
 // Made, scheduled and stopped on one thread; properties from any thread until it is stopped.
 class HostedService {
 public:
-    // Called on the host's queue, one event after the other; must not throw.
+    // Called on the host's queue, one event after the other; short, as the queue is an interactive one; must not throw.
     using EventHandler = std::function<void(const Ref<HIDEvent>& event)>;
 
     // Makes a service for a device and opens it. Throws std::runtime_error with the step that failed; what was done
@@ -50,7 +50,7 @@ private:
     static void deliver(void* target, void* refcon, void* sender, IOHIDEventRef event, IOOptionBits options);
 
     const EventHandler _eventHandler;
-    const Ref<DispatchQueue> _queue = dispatch_queue_create("velto events");
+    const Ref<DispatchQueue> _queue = dispatch_queue_create("velto events", QOS_CLASS_USER_INTERACTIVE);
     IOCFPlugInInterfaceStruct** _plugIn = nullptr;
     IOHIDServiceInterface2** _service = nullptr;
     State _state = State::NotStarted;

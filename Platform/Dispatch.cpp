@@ -7,6 +7,7 @@
 #include <string>
 #include <thread>
 
+#include <pthread.h>
 #include <sched.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -27,10 +28,11 @@ struct SchedulingAttributes {
     std::uint64_t period;
 };
 
+constexpr int kInteractivePriority = 1;     // below every thread that has to do with a device
 constexpr std::uint64_t kSliceNs = 100'000; // the shortest that is given
 
-// A worker runs little and seldom. One that asks for short slices runs as soon as it is woken, before threads that
-// compute without end (on kernels from 6.12 on; others ignore it). Nothing depends on it.
+// A thread that runs little and seldom. With short slices it is given a processor as soon as threads that compute
+// without end can be interrupted (on kernels from 6.12 on; others ignore it).
 void askForShortSlices() noexcept {
     SchedulingAttributes attributes{};
     attributes.size = sizeof attributes;
@@ -38,6 +40,14 @@ void askForShortSlices() noexcept {
     attributes.nice = getpriority(PRIO_PROCESS, 0); // as it is
     attributes.runtime = kSliceNs;
     syscall(SYS_sched_setattr, 0, &attributes, 0U);
+}
+
+// Kernels may let a computing thread go on to the end of its tick, some milliseconds, before an ordinary thread that
+// is woken runs; a real-time thread runs at once.
+void beInteractive() noexcept {
+    const sched_param parameters{.sched_priority = kInteractivePriority};
+    if (pthread_setschedparam(pthread_self(), SCHED_RR, &parameters) != 0)
+        askForShortSlices();
 }
 
 } // namespace
@@ -78,8 +88,8 @@ struct DispatchQueue::Line {
     }
 };
 
-DispatchQueue::DispatchQueue(const char* label) : _line(std::make_shared<Line>()) {
-    std::thread worker(work, _line);
+DispatchQueue::DispatchQueue(const char* label, dispatch_qos_class_t quality) : _line(std::make_shared<Line>()) {
+    std::thread worker(work, _line, quality);
     pthread_setname_np(worker.native_handle(), std::string(label).substr(0, 15).c_str());
     worker.detach();
 }
@@ -88,13 +98,16 @@ DispatchQueue::~DispatchQueue() { _line->signal->signal(); }
 
 void DispatchQueue::push(Block block) { _line->push(std::move(block)); }
 
-void DispatchQueue::work(const std::shared_ptr<Line>& line) {
-    askForShortSlices();
+void DispatchQueue::work(const std::shared_ptr<Line>& line, dispatch_qos_class_t quality) {
+    if (quality == QOS_CLASS_USER_INTERACTIVE)
+        beInteractive();
     while (const Block block = line->next())
         block();
 }
 
-Ref<DispatchQueue> dispatch_queue_create(const char* label) { return makeRef<DispatchQueue>(label); }
+Ref<DispatchQueue> dispatch_queue_create(const char* label, dispatch_qos_class_t quality) {
+    return makeRef<DispatchQueue>(label, quality);
+}
 
 void dispatch_async(dispatch_queue_t queue, Block block) { queue->push(std::move(block)); }
 

@@ -2,6 +2,7 @@
 
 #include "Platform/Object.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -32,19 +33,25 @@ using dispatch_semaphore_t = DispatchSemaphore*;
 void dispatch_semaphore_wait(dispatch_semaphore_t semaphore) noexcept;
 void dispatch_semaphore_signal(dispatch_semaphore_t semaphore) noexcept;
 
+// How soon a queue's blocks run once they are queued.
+enum dispatch_qos_class_t : std::uint8_t {
+    QOS_CLASS_DEFAULT,          // as any thread
+    QOS_CLASS_USER_INTERACTIVE, // at once, where the process may have real-time threads: for short blocks
+};
+
 // Runs blocks one after the other, in the order queued, on a worker thread of its own. Its last reference may go
 // anywhere, on the worker too: nobody waits for it. Blocks that are queued then still run.
 class DispatchQueue final : public Object {
 public:
     // Throws std::system_error where no thread can be had.
-    explicit DispatchQueue(const char* label);
+    DispatchQueue(const char* label, dispatch_qos_class_t quality);
     ~DispatchQueue() override;
 
     void push(Block block);
 
 private:
     struct Line;
-    static void work(const std::shared_ptr<Line>& line);
+    static void work(const std::shared_ptr<Line>& line, dispatch_qos_class_t quality);
 
     const std::shared_ptr<Line> _line; // shared with the worker, which may outlive the queue
 };
@@ -52,7 +59,8 @@ private:
 using dispatch_queue_t = DispatchQueue*;
 
 // `label` names the worker for debuggers (its first 15 characters).
-[[nodiscard]] Ref<DispatchQueue> dispatch_queue_create(const char* label);
+[[nodiscard]] Ref<DispatchQueue> dispatch_queue_create(const char* label,
+                                                       dispatch_qos_class_t quality = QOS_CLASS_DEFAULT);
 // Runs the block, which must not be empty, later. Any thread; never waits for a block to run.
 void dispatch_async(dispatch_queue_t queue, Block block);
 // Returns when the block, and all that was queued before it, has run. Not from the queue's own blocks.
