@@ -3,6 +3,7 @@
 #include "Pipeline/Reports/InputReport.h"
 #include "Platform/Clock.h"
 #include "Shared/Util.h"
+#include "Surface/ReportDescriptor.h"
 
 #include <algorithm>
 
@@ -70,6 +71,8 @@ Ref<Dictionary> surfaceProperties(std::string_view product, std::string_view ser
         {.key = "PrimaryUsagePage", .value = number(kUsagePage)},
         {.key = "Product", .value = text(product)},
         {.key = "ProductID", .value = number(0)},
+        {.key = "ReportDescriptor",
+         .value = makeRef<Data>(std::string(kReportDescriptor.begin(), kReportDescriptor.end()))},
         {.key = "SerialNumber", .value = text(serialNumber)},
         {.key = "Transport", .value = text("Virtual")},
         {.key = "VendorID", .value = number(0)},

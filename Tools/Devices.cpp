@@ -1,5 +1,6 @@
 #include "Tools/Devices.h"
 
+#include "Platform/Linux/HidrawDevice.h"
 #include "Surface/Devices.h"
 #include "Surface/Scripts.h"
 #include "Surface/SimulatedAccelerometer.h"
@@ -54,9 +55,9 @@ Ref<HIDDeviceBackend> backendOf(const DeviceChoice& choice, double speed) {
         return recordingPlayer(recording, speed);
     }
     case DeviceChoice::Kind::HidRaw:
-        break;
+        return makeRef<HidrawDevice>(choice.name);
     }
-    throw std::runtime_error("hidraw devices are not supported yet");
+    throw std::logic_error("no such kind of device");
 }
 
 Ref<HIDEventService> accelerometerOf(const DeviceChoice& choice) {

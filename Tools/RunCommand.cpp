@@ -31,7 +31,7 @@ constexpr const char* kDevices = "Devices:\n"
                                  "  sim             the simulated surface with a made-up user, without end (default)\n"
                                  "  sim:STEP,...    the simulated surface, steps as velto simulate --help tells them\n"
                                  "  replay:FILE     a recording's reports; its settings are left out\n"
-                                 "  /dev/hidrawN    (not supported yet)\n";
+                                 "  /dev/hidrawN    the surface on this machine\n";
 
 constexpr const char* kPlugInName = "VeltoTouchHIDService.plugin";
 constexpr const char* kRunLoopMode = "velto run";

@@ -323,7 +323,7 @@ TEST_F(HidrawDeviceTest, UnpluggedWhileTheLoopWaitsItTakesNoTimeAfterwards) {
 
 TEST_F(HidrawDeviceTest, PluggedInAgainItIsAnotherDevice) {
     openAndStart();
-    const std::string oldPath = surface.path();
+    const std::string& oldPath = surface.path();
     surface.unplug();
     VirtualDevice again;
     EXPECT_NE(again.path(), oldPath) << "the kernel keeps the name while the old node is open";
@@ -339,7 +339,10 @@ TEST_F(HidrawDeviceTest, PluggedInAgainItIsAnotherDevice) {
     while (removals == 0 && run() == kCFRunLoopRunHandledSource) {
     }
     EXPECT_EQ(removals, 1);
-    EXPECT_EQ(device->open(0), kIOReturnNoDevice);
+    device->close(0); // sets the name free
+    const VirtualDevice underTheOldName;
+    ASSERT_EQ(underTheOldName.path(), oldPath);
+    EXPECT_EQ(device->open(0), kIOReturnNoDevice) << "though it looks the same";
 }
 
 TEST_F(HidrawDeviceTest, ANodeThatIsAnotherDevicesByNowIsNotOpened) {

@@ -50,7 +50,7 @@ public:
             const ssize_t length = ::recv(_socket.get(), news.data(), news.size(), 0);
             if (length < 0)
                 throw std::system_error(errno, std::generic_category(), "no news of the device");
-            const std::string text(news.data(), static_cast<std::size_t>(length));
+            std::string text(news.data(), static_cast<std::size_t>(length));
             if (member(text, "ACTION") == action && member(text, "SUBSYSTEM") == subsystem)
                 return text;
         }

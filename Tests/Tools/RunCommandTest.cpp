@@ -217,7 +217,7 @@ TEST_F(RunCommandTest, WrongUsageExitsWith2AndADeviceThatFailsWith1) {
     }
     const std::string bad = folder.write("bad.json", "{");
     for (const auto& [device, message] : std::map<std::string, std::string>{
-             {"/dev/hidraw0", "/dev/hidraw0: hidraw devices are not supported yet\n"},
+             {"/dev/hidraw777", "/dev/hidraw777: No such file or directory\n"},
              {"replay:" + bad, bad + ": "},
              {"replay:" + bad + "x", bad + "x: No such file or directory\n"},
          }) {

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <utility>
+
+#include <unistd.h>
+
+namespace VeltoTouch {
+
+// Owns an open descriptor, or -1 where there is none.
+class FileDescriptor {
+public:
+    FileDescriptor() noexcept = default;
+    explicit FileDescriptor(int descriptor) noexcept : _descriptor(descriptor) {}
+    FileDescriptor(FileDescriptor&& other) noexcept : _descriptor(std::exchange(other._descriptor, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(_descriptor, other._descriptor);
+        return *this;
+    }
+    ~FileDescriptor() {
+        if (isOpen())
+            ::close(_descriptor);
+    }
+
+    [[nodiscard]] int get() const noexcept { return _descriptor; }
+    [[nodiscard]] bool isOpen() const noexcept { return _descriptor >= 0; }
+
+private:
+    int _descriptor = -1;
+};
+
+} // namespace VeltoTouch

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Platform/HIDDevice.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+
+namespace VeltoTouch {
+
+// What a HID report descriptor says of a device: what the device is, and how long its reports are.
+//
+// The descriptor is a row of items, each a tag with up to four bytes. A main item that declares a field of a report
+// (`Input`, `Output`, `Feature`) adds "report size" times "report count" bits to the report with the current ID; the
+// sizes and the ID are global state, which stays until it is changed and can be put on a stack. Usages are local
+// state, which the next main item uses up.
+class ReportDescriptor {
+public:
+    struct Usage {
+        std::uint16_t page;
+        std::uint16_t usage;
+
+        friend bool operator==(const Usage&, const Usage&) = default;
+    };
+
+    // Any bytes: what cannot be read ends the descriptor, and what came before it counts.
+    explicit ReportDescriptor(std::span<const std::uint8_t> bytes);
+
+    // The first usage of the first collection; none where there is no collection or it has no usage.
+    [[nodiscard]] std::optional<Usage> primaryUsage() const noexcept { return _primaryUsage; }
+
+    // Whether reports begin with their ID.
+    [[nodiscard]] bool hasReportIDs() const noexcept { return _hasReportIDs; }
+
+    // The length of a report in bytes, its ID included where it has one; 0 for one that is not declared. Reports of a
+    // device without IDs are found under 0.
+    [[nodiscard]] std::size_t reportLength(IOHIDReportType type, std::uint8_t reportID) const noexcept;
+
+    // The length of the longest report of a type; 0 where there is none.
+    [[nodiscard]] std::size_t longestReport(IOHIDReportType type) const noexcept;
+
+private:
+    class Parser;
+    using ReportBits = std::map<std::uint8_t, std::uint64_t>; // by report ID
+
+    [[nodiscard]] std::size_t lengthInBytes(std::uint64_t bits) const noexcept;
+
+    std::optional<Usage> _primaryUsage;
+    bool _hasReportIDs = false;
+    std::array<ReportBits, 3> _bits; // by IOHIDReportType
+};
+
+} // namespace VeltoTouch
