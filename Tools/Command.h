@@ -22,5 +22,6 @@ struct Command {
 [[nodiscard]] Command makeInfoCommand(CLI::App& program);
 [[nodiscard]] Command makeSimulateCommand(CLI::App& program);
 [[nodiscard]] Command makeRunCommand(CLI::App& program);
+[[nodiscard]] Command makeServeCommand(CLI::App& program);
 
 } // namespace VeltoTouch::Tools

@@ -1,12 +1,14 @@
 #include "Tools/Devices.h"
 
 #include "Platform/Linux/HidrawDevice.h"
+#include "Platform/Linux/IIOAccelerometer.h"
 #include "Surface/Devices.h"
 #include "Surface/Scripts.h"
 #include "Surface/SimulatedAccelerometer.h"
 #include "Tools/Replay.h"
 #include "Tools/Terminal.h"
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -60,10 +62,16 @@ Ref<HIDDeviceBackend> backendOf(const DeviceChoice& choice, double speed) {
     throw std::logic_error("no such kind of device");
 }
 
-Ref<HIDEventService> accelerometerOf(const DeviceChoice& choice) {
-    if (choice.kind != DeviceChoice::Kind::Simulated)
-        return nullptr;
-    return makeRef<SimulatedAccelerometer>();
+std::vector<Ref<HIDEventService>> accelerometersOf(const DeviceChoice& choice) {
+    switch (choice.kind) {
+    case DeviceChoice::Kind::Simulated:
+        return {makeRef<SimulatedAccelerometer>()};
+    case DeviceChoice::Kind::HidRaw:
+        return findAccelerometers();
+    case DeviceChoice::Kind::Recorded:
+        break;
+    }
+    return {};
 }
 
 } // namespace
@@ -86,14 +94,13 @@ DeviceChoice parseDevice(std::string_view text) {
 }
 
 ConnectedDevice::ConnectedDevice(const DeviceChoice& choice, double speed)
-    : _backend(backendOf(choice, speed)), _accelerometer(accelerometerOf(choice)), _service(registerDevice(_backend)) {
-    if (_accelerometer)
-        registerEventService(_accelerometer);
+    : _backend(backendOf(choice, speed)), _accelerometers(accelerometersOf(choice)),
+      _service(registerDevice(_backend)) {
+    std::ranges::for_each(_accelerometers, registerEventService);
 }
 
 ConnectedDevice::~ConnectedDevice() {
-    if (_accelerometer)
-        unregisterEventService(_accelerometer);
+    std::ranges::for_each(_accelerometers, unregisterEventService);
     unregisterDevice(_service);
 }
 

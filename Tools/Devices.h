@@ -28,7 +28,8 @@ struct DeviceChoice {
 // Reads sim, sim:STEP,STEP,..., replay:FILE or /dev/hidrawN. Throws std::invalid_argument with what is wrong.
 [[nodiscard]] DeviceChoice parseDevice(std::string_view text);
 
-// A device that the platform knows while this lives, and the accelerometer beside it where it has one.
+// A device that the platform knows while this lives, and the accelerometers beside it: a made-up one of a simulated
+// surface, those of this machine for a real one.
 class ConnectedDevice {
 public:
     // `speed` is a factor on the device's own pace. Throws std::runtime_error and what reading a recording throws.
@@ -42,7 +43,7 @@ public:
 
 private:
     const Ref<HIDDeviceBackend> _backend;
-    const Ref<HIDEventService> _accelerometer; // may be null
+    const std::vector<Ref<HIDEventService>> _accelerometers;
     const io_service_t _service;
 };
 

@@ -1,16 +1,11 @@
-#include "Host/Bundle.h"
-#include "Host/HostedService.h"
 #include "Platform/Clock.h"
 #include "Shared/Util.h"
 #include "Tools/Command.h"
-#include "Tools/Devices.h"
 #include "Tools/Files.h"
+#include "Tools/Hosting.h"
 #include "Tools/PlayOptions.h"
 #include "Tools/RunOutput.h"
-#include "Tools/Signals.h"
-#include "Tools/Terminal.h"
 
-#include <filesystem>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -27,14 +22,6 @@ constexpr const char* kDescription = "Example:\n"
                                      "gestures as they come. Ends at the device's end, after --duration or with\n"
                                      "Ctrl-C.";
 
-constexpr const char* kDevices = "Devices:\n"
-                                 "  sim             the simulated surface with a made-up user, without end (default)\n"
-                                 "  sim:STEP,...    the simulated surface, steps as velto simulate --help tells them\n"
-                                 "  replay:FILE     a recording's reports; its settings are left out\n"
-                                 "  /dev/hidrawN    the surface on this machine\n";
-
-constexpr const char* kPlugInName = "VeltoTouchHIDService.plugin";
-constexpr const char* kRunLoopMode = "velto run";
 constexpr double kForever = std::numeric_limits<double>::infinity();
 
 struct Options {
@@ -48,24 +35,6 @@ struct Options {
     bool jsonl = false;
 };
 
-// Does a part of the work; what fails is told under the subject's name.
-template <class Work>
-auto about(const std::string& subject, const Work& work) {
-    try {
-        return work();
-    } catch (const std::exception& error) {
-        throw std::runtime_error(subject + ": " + messageOf(error));
-    }
-}
-
-// Beside the program, as built or as installed.
-std::string ownPlugIn() {
-    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    const std::filesystem::path built = folder / "../Service" / kPlugInName;
-    return std::filesystem::exists(built) ? built.lexically_normal()
-                                          : (folder / VELTO_BIN_TO_PLUGINS / kPlugInName).lexically_normal();
-}
-
 bool isOfThePipeline(const Setting& setting) {
     std::string key = setting.key;
     return Util::stripDomainFromKey(key, kPipelineDomain);
@@ -76,30 +45,11 @@ void warnOfDoubtfulPipelineSettings(std::vector<Setting> settings) {
     warnOfDoubtfulSettings(settings);
 }
 
-// A service from the plug-in that is open on the device.
-HostedService openService(const std::string& plugIn, const ConnectedDevice& device,
-                          const HostedService::EventHandler& eventHandler) {
-    return about(plugIn, [&] {
-        const Bundle bundle(plugIn);
-        if (!bundle.matches(device.backend()))
-            throw std::runtime_error("the plug-in is not for this device");
-        return HostedService(bundle.loadFactory(), device.service(), bundle.matching(), eventHandler);
-    });
-}
-
 void writeSettings(const HostedService& service, const std::vector<Setting>& settings) {
     for (const Setting& setting : settings) {
         if (!service.setProperty(setting.key, setting.value))
             complain(setting.key, "the device does not take this setting");
     }
-}
-
-// Waits on the calling thread's run loop for a signal or a stop of the loop, at most until the time is over.
-void waitForTheEnd(const StopSignals& signals, double seconds) {
-    const auto mode = makeRef<String>(kRunLoopMode);
-    const RunLoopSource signal = CFRunLoopGetCurrent()->addDescriptor(
-        kRunLoopMode, signals.descriptor(), [] {}, [] {});
-    CFRunLoopRunInMode(mode.get(), seconds, true);
 }
 
 std::vector<RunOutput::Property> readProperties(const HostedService& service, const std::vector<std::string>& keys) {
@@ -136,7 +86,7 @@ int run(const Options& options) {
     const auto showEvent = [&](const Ref<HIDEvent>& event) {
         output->add(*event, Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()) - startTime));
     };
-    HostedService service = openService(options.plugIn.empty() ? ownPlugIn() : options.plugIn, device, showEvent);
+    HostedService service = openService(options.plugIn, device, showEvent);
     writeSettings(service, options.settings);
 
     output->begin();
@@ -166,26 +116,13 @@ double parseDuration(const std::string& text) {
     return seconds;
 }
 
-DeviceChoice parseDeviceOption(const std::string& text) {
-    try {
-        return parseDevice(text);
-    } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError("--device", error.what());
-    }
-}
-
 } // namespace
 
 Command makeRunCommand(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     CLI::App* app = program.add_subcommand("run", kDescription);
-    app->footer(kDevices);
-    app->add_option_function<std::string>(
-           "--device", [options](const std::string& text) { options->device = parseDeviceOption(text); },
-           "What to open; see below")
-        ->type_name("DEVICE");
-    app->add_option("--plugin", options->plugIn, "The plug-in's folder (default: the one that came with this program)")
-        ->type_name("PATH");
+    addDevice(*app, options->device, "What to open; see below (default: sim)");
+    addPlugIn(*app, options->plugIn);
     addSettings(*app, options->settings, "Write a property of the service before the first report");
     app->add_option("--get", options->properties, "Read a property of the service at the end and show it")
         ->type_name("KEY")

@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
     program.require_subcommand(1);
     const std::array commands{makeReplayCommand(program), makeConvertCommand(program), makeTrimCommand(program),
                               makeRenderCommand(program), makeInfoCommand(program),    makeSimulateCommand(program),
-                              makeRunCommand(program)};
+                              makeRunCommand(program),    makeServeCommand(program)};
     try {
         program.parse(argumentsOf(argc, argv));
     } catch (const CLI::ParseError& error) {

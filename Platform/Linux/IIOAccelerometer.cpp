@@ -1,0 +1,159 @@
+#include "Platform/Linux/IIOAccelerometer.h"
+
+#include "Platform/Clock.h"
+#include "Platform/Linux/IIOSamplingFrequency.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <iio.h>
+
+namespace VeltoTouch {
+namespace {
+
+constexpr std::uint32_t kUsagePage = 0xFF00;
+constexpr std::uint32_t kUsage = 3;
+constexpr double kStandardGravity = 9.80665; // m/s^2
+constexpr double kMicrosecondsPerSecond = 1'000'000;
+
+// The kernel waits five seconds for a sensor on HID that does not answer, and then gives 0 as if it had.
+constexpr double kLongestReadUs = 4'500'000;
+
+std::uint64_t ticksOf(double microseconds) noexcept {
+    mach_timebase_info_data_t timebase{};
+    mach_timebase_info(&timebase);
+    return static_cast<std::uint64_t>(microseconds * 1000.0 * timebase.denom / timebase.numer);
+}
+
+// An attribute in the kernel's text, by one of the two functions of the library that give it; empty where there is
+// none.
+template <class Object>
+std::string textOf(ssize_t (*read)(const Object*, const char*, char*, std::size_t), const Object* object,
+                   const char* name) {
+    std::array<char, 4096> text{}; // the kernel gives a page at most
+    const ssize_t length = read(object, name, text.data(), text.size() - 1);
+    return length < 0 ? "" : text.data();
+}
+
+} // namespace
+
+IIOAccelerometer::IIOAccelerometer(std::shared_ptr<iio_context> context, iio_device* device, const Axes& axes) noexcept
+    : _context(std::move(context)), _device(device), _axes(axes) {}
+
+Ref<IIOAccelerometer> IIOAccelerometer::make(std::shared_ptr<iio_context> context, iio_device* device) {
+    constexpr std::array kNames{"accel_x", "accel_y", "accel_z"};
+    Axes axes{};
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        const auto axis = axisOf(device, kNames[i]);
+        if (!axis || !read(*axis))
+            return nullptr;
+        axes[i] = *axis;
+    }
+    return Ref<IIOAccelerometer>::adopt(new IIOAccelerometer(std::move(context), device, axes));
+}
+
+std::optional<IIOAccelerometer::Axis> IIOAccelerometer::axisOf(iio_device* device, const char* name) {
+    Axis axis{.channel = iio_device_find_channel(device, name, false), .offset = 0, .scale = 0};
+    if (axis.channel == nullptr || iio_channel_attr_read_double(axis.channel, "scale", &axis.scale) < 0)
+        return std::nullopt;
+    if (iio_channel_attr_read_double(axis.channel, "offset", &axis.offset) < 0)
+        axis.offset = 0; // it is said only where there is one
+    return axis;
+}
+
+std::optional<double> IIOAccelerometer::read(const Axis& axis) noexcept {
+    double raw = 0;
+    const std::uint64_t startTime = mach_absolute_time();
+    if (iio_channel_attr_read_double(axis.channel, "raw", &raw) < 0)
+        return std::nullopt;
+    if (mach_absolute_time() - startTime > ticksOf(kLongestReadUs))
+        return std::nullopt;
+    return (raw + axis.offset) * axis.scale / kStandardGravity;
+}
+
+Ref<HIDEvent> IIOAccelerometer::readEvent() const {
+    std::array<double, 3> values{};
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const auto value = read(_axes[i]);
+        if (!value)
+            return nullptr;
+        values[i] = *value;
+    }
+    return IOHIDEventCreateAccelerometerEvent(nullptr, mach_absolute_time(), values[0], values[1], values[2], 0);
+}
+
+Ref<Value> IIOAccelerometer::getProperty(const std::string& key) {
+    if (key == "PrimaryUsagePage")
+        return Number::withUnsignedInt(kUsagePage);
+    if (key == "PrimaryUsage")
+        return Number::withUnsignedInt(kUsage);
+    if (key == "ReportInterval")
+        return Number::withDouble(_intervalUs);
+    if (const char* name = iio_device_get_name(_device); key == "Product" && name != nullptr)
+        return makeRef<String>(name);
+    return nullptr;
+}
+
+bool IIOAccelerometer::setProperty(const std::string& key, const Ref<Value>& value) {
+    const auto* number = as<Number>(value);
+    if (key != "ReportInterval" || number == nullptr)
+        return false;
+    const double intervalUs = number->doubleValue();
+    if (!std::isfinite(intervalUs) || intervalUs <= 0.0)
+        return false;
+    const double used = std::clamp(intervalUs, kShortestIntervalUs, kLongestIntervalUs);
+    _intervalUs = used;
+    setSamplingFrequency(kMicrosecondsPerSecond / used);
+    return true;
+}
+
+// The frequency may be the axes' or the whole device's. Every step may be refused, and is then left as it is.
+void IIOAccelerometer::setSamplingFrequency(double hz) const {
+    constexpr const char* kFrequency = "sampling_frequency";
+    constexpr const char* kOffered = "sampling_frequency_available";
+    iio_channel* const channel = _axes[0].channel;
+    const bool isTheDevices = iio_channel_find_attr(channel, kFrequency) == nullptr;
+    std::string offered = textOf(iio_channel_attr_read, channel, kOffered);
+    if (offered.empty())
+        offered = textOf(iio_device_attr_read, _device, kOffered);
+
+    std::string frequency = nearestSamplingFrequency(offered, hz);
+    if (frequency.empty())
+        frequency = std::to_string(hz);
+    std::ignore = isTheDevices ? iio_device_attr_write(_device, kFrequency, frequency.c_str())
+                               : iio_channel_attr_write(channel, kFrequency, frequency.c_str());
+    // Sensors on HID keep changes to themselves that are smaller than that.
+    if (iio_channel_find_attr(channel, "hysteresis") != nullptr)
+        std::ignore = iio_channel_attr_write(channel, "hysteresis", "0");
+}
+
+RunLoopSource IIOAccelerometer::startEvents(RunLoop& loop, std::string_view mode, EventHandler handler) {
+    const std::uint64_t first = mach_absolute_time() + intervalTicks();
+    const auto give = [self = Ref<IIOAccelerometer>::retained(this), handler = std::move(handler),
+                       due = first]() mutable -> std::optional<std::uint64_t> {
+        const Ref<HIDEvent> event = self->readEvent();
+        if (!event)
+            return std::nullopt;
+        handler(event);
+        return due = std::max(due + self->intervalTicks(), mach_absolute_time());
+    };
+    return loop.addTimer(mode, first, give);
+}
+
+std::uint64_t IIOAccelerometer::intervalTicks() const noexcept { return ticksOf(_intervalUs); }
+
+std::vector<Ref<HIDEventService>> findAccelerometers() {
+    std::vector<Ref<HIDEventService>> accelerometers;
+    iio_context* const found = iio_create_local_context();
+    if (found == nullptr)
+        return accelerometers;
+    const std::shared_ptr<iio_context> context(found, iio_context_destroy);
+    for (unsigned i = 0; i < iio_context_get_devices_count(found); ++i) {
+        if (auto accelerometer = IIOAccelerometer::make(context, iio_context_get_device(found, i)))
+            accelerometers.emplace_back(std::move(accelerometer));
+    }
+    return accelerometers;
+}
+
+} // namespace VeltoTouch

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+namespace VeltoTouch {
+
+// Where key presses go. Keys have the kernel's numbers (KEY_... of linux/input-event-codes.h).
+class KeyOutput {
+public:
+    KeyOutput() = default;
+    KeyOutput(const KeyOutput&) = delete;
+    KeyOutput& operator=(const KeyOutput&) = delete;
+    virtual ~KeyOutput() = default;
+
+    // Throws std::system_error where the key cannot be passed on.
+    virtual void setKey(std::uint16_t key, bool isPressed) = 0;
+};
+
+} // namespace VeltoTouch

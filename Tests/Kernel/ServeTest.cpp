@@ -1,0 +1,178 @@
+#include "Surface/Scripts.h"
+#include "Surface/Simulation.h"
+#include "Tests/Kernel/KernelNews.h"
+#include "Tests/Kernel/VirtualDevice.h"
+
+#include <csignal>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <linux/input.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr int kOpenedForReports = 2; // the program opens the device first to ask what it is
+constexpr int kPatienceMs = 20'000;
+constexpr std::size_t kKernelsRoom = 63; // reports that it keeps, however late the program is
+constexpr const char* kGone = "gone";
+
+using Steps = std::vector<std::string>;
+
+// At a low rate, so that every step has room in the kernel.
+std::vector<VirtualDevice::Report> reportsOf(const Steps& steps) {
+    std::vector<Surface::Step> script;
+    for (const std::string& step : steps)
+        script.push_back(Surface::parseStep(step));
+    std::vector<VirtualDevice::Report> reports;
+    Surface::Simulation simulation({.rateHz = 30}, Surface::scriptOf(script));
+    while (const auto report = simulation.next())
+        reports.emplace_back(report->bytes().begin(), report->bytes().end());
+    return reports;
+}
+
+// Reads a keyboard of the kernel. A device that goes takes with it what nobody has read yet, so that whoever wants to
+// see the last keys has to be at it before the program goes on: the machine has one processor, and the reader is the
+// most urgent thread on it while this lives.
+class KeyReader {
+public:
+    explicit KeyReader(const std::string& node) : _node(::open(node.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+        const sched_param priority{.sched_priority = 99};
+        EXPECT_TRUE(_node.isOpen()) << node;
+        EXPECT_EQ(::sched_setscheduler(0, SCHED_FIFO | SCHED_RESET_ON_FORK, &priority), 0);
+    }
+    KeyReader(const KeyReader&) = delete;
+    KeyReader& operator=(const KeyReader&) = delete;
+    ~KeyReader() {
+        const sched_param priority{.sched_priority = 0};
+        ::sched_setscheduler(0, SCHED_OTHER, &priority);
+    }
+
+    // The next so many presses ("+Up") and releases ("-Up"), or fewer where they do not come.
+    [[nodiscard]] std::vector<std::string> next(std::size_t count) {
+        std::vector<std::string> keys;
+        while (keys.size() < count && (keys.empty() || keys.back() != kGone)) {
+            pollfd ready{.fd = _node.get(), .events = POLLIN, .revents = 0};
+            if (::poll(&ready, 1, kPatienceMs) != 1)
+                break;
+            input_event event{};
+            if (::read(_node.get(), &event, sizeof event) != sizeof event)
+                keys.emplace_back(kGone);
+            else if (event.type == EV_KEY)
+                keys.push_back(nameOf(event));
+        }
+        return keys;
+    }
+
+private:
+    [[nodiscard]] static std::string nameOf(const input_event& event) {
+        static const std::map<int, std::string> kNames{
+            {KEY_PLAYPAUSE, "Play"}, {KEY_ASSISTANT, "Assistant"}, {KEY_VOLUMEUP, "Up"}, {KEY_VOLUMEDOWN, "Down"}};
+        const auto known = kNames.find(event.code);
+        return (event.value == 0 ? "-" : "+") + (known == kNames.end() ? std::to_string(event.code) : known->second);
+    }
+
+    FileDescriptor _node;
+};
+
+// A surface that the program serves, and the keyboard that comes of it.
+class ServeTest : public testing::Test {
+protected:
+    VirtualDevice surface;
+    std::optional<KeyReader> keyboard;
+
+    void SetUp() override {
+        KernelNews news;
+        _program = ::fork();
+        if (_program == 0) {
+            ::execl(VELTO_PROGRAM, "velto", "serve", "--device", surface.path().c_str(), nullptr);
+            ::_exit(127);
+        }
+        keyboard.emplace(news.waitFor("add", "input/event"));
+        ASSERT_TRUE(surface.waitUntilOpened(kOpenedForReports));
+    }
+    void TearDown() override {
+        if (_program > 0) {
+            signal(SIGKILL);
+            std::ignore = waitForTheEnd();
+        }
+    }
+
+    void touch(std::span<const VirtualDevice::Report> reports) {
+        ASSERT_LE(reports.size(), kKernelsRoom);
+        for (const auto& report : reports)
+            surface.send(report);
+    }
+    // A finger that stays.
+    void holdVolumeUp() {
+        auto reports = reportsOf({"hold:volume-up:1500"});
+        reports.resize(30);
+        touch(reports);
+        ASSERT_THAT(keyboard->next(1), ElementsAre("+Up"));
+    }
+    void signal(int number) const { ::kill(_program, number); }
+    // The exit status, or 128 and the signal.
+    [[nodiscard]] int waitForTheEnd() {
+        int status = 0;
+        ::waitpid(std::exchange(_program, -1), &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+
+private:
+    pid_t _program = -1;
+};
+
+TEST_F(ServeTest, TouchesBecomeKeys) {
+    const std::pair<const char*, std::vector<std::string>> touches[]{
+        {"tap:play-pause", {"+Play", "-Play"}},
+        {"tap:volume-down", {"+Down", "-Down"}},
+        {"tap:volume-up", {"+Up", "-Up"}},
+        {"hold:play-pause", {"+Assistant", "-Assistant"}},
+        {"slide:volume-up-volume-down:1500", {"+Up", "-Up", "+Down", "-Down"}},
+    };
+    Steps steps;
+    std::size_t sent = 0;
+    for (const auto& [step, keys] : touches) {
+        steps.emplace_back(step);
+        const auto reports = reportsOf(steps); // those of the steps before, and this one's
+        touch(std::span(reports).subspan(sent));
+        sent = reports.size();
+        EXPECT_EQ(keyboard->next(keys.size()), keys) << step;
+    }
+    signal(SIGTERM);
+    EXPECT_THAT(keyboard->next(1), ElementsAre(kGone)) << "and no other key before";
+    EXPECT_EQ(waitForTheEnd(), 0);
+}
+
+TEST_F(ServeTest, UnpluggedDuringAHoldTheKeyIsReleasedAndTheProgramEnds) {
+    holdVolumeUp();
+    surface.unplug();
+    EXPECT_THAT(keyboard->next(2), ElementsAre("-Up", kGone));
+    EXPECT_EQ(waitForTheEnd(), 0);
+}
+
+TEST_F(ServeTest, StoppedDuringAHoldTheKeyIsReleased) {
+    holdVolumeUp();
+    signal(SIGINT);
+    EXPECT_THAT(keyboard->next(2), ElementsAre("-Up", kGone));
+    EXPECT_EQ(waitForTheEnd(), 0);
+}
+
+TEST_F(ServeTest, KilledDuringAHoldTheKeyIsReleased) {
+    holdVolumeUp();
+    signal(SIGKILL);
+    EXPECT_THAT(keyboard->next(2), ElementsAre("-Up", kGone));
+    EXPECT_EQ(waitForTheEnd(), 128 + SIGKILL);
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests

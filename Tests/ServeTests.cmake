@@ -1,0 +1,4 @@
+velto_add_tests(serve_tests
+    SOURCES Serve/MediaKeysTest.cpp
+    LIBRARIES VeltoTouchServe fmt::fmt
+)
