@@ -1,6 +1,4 @@
 #include "Fuzz/Require.h"
-#include "Platform/JSON.h"
-#include "Recording/PipelineRecording.h"
 #include "Tests/Support/Frames.h"
 
 #include <optional>
@@ -43,8 +41,7 @@ Reading read(const Data& text) {
     return reading;
 }
 
-// The same container with a further member: what is usual is scanned, all else is parsed.
-Reading readOtherwise(std::string text) { return read(*makeRef<Data>(text.insert(1, R"("Further":0,)"))); }
+Reading readOtherwise(const std::string& text) { return read(*makeRef<Data>(Tests::withFurtherMember(text))); }
 
 void requireThatMigrationAgrees(std::string_view text, const Reading& reading) {
     Ref<Value> migrated;

@@ -1,12 +1,9 @@
 velto_add_tests(platform_tests SOURCES
-    Platform/ClockTest.cpp
     Platform/DispatchTest.cpp
     Platform/HIDDeviceTest.cpp
     Platform/HIDEventSystemTest.cpp
     Platform/HIDEventTest.cpp
-    Platform/JSONElementTest.cpp
-    Platform/JSONReadingTest.cpp
-    Platform/JSONWritingTest.cpp
+    Platform/JSONTest.cpp
     Platform/LogTest.cpp
     Platform/ObjectTest.cpp
     Platform/ReportDescriptorTest.cpp
@@ -14,9 +11,6 @@ velto_add_tests(platform_tests SOURCES
     Platform/TraceTest.cpp
     Platform/UUIDTest.cpp
     Platform/ValueTest.cpp
-    Pipeline/ReportTest.cpp
-    Shared/HexTextTest.cpp
-    Shared/ImageTextTest.cpp
     Shared/UtilTest.cpp
 )
 add_subdirectory(Kernel)

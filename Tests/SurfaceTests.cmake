@@ -1,4 +1,4 @@
 velto_add_tests(surface_tests
-    SOURCES SurfaceDeviceTest.cpp SurfaceStepTest.cpp SurfaceTest.cpp
+    SOURCES SurfaceDeviceTest.cpp SurfaceTest.cpp
     LIBRARIES VeltoTouchSurface fmt::fmt
 )

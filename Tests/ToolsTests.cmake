@@ -1,7 +1,7 @@
 velto_add_tests(tools_tests LIBRARIES VeltoTouchHost SOURCES
-    Tools/BadInputTest.cpp
+    Tools/FilesTest.cpp
+    Tools/HostedServiceTest.cpp
     Tools/KnownRecordingsTest.cpp
-    Tools/OutputTest.cpp
     Tools/RecordingCommandsTest.cpp
     Tools/ReplayCommandTest.cpp
     Tools/RunCommandTest.cpp

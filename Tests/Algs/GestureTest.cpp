@@ -10,15 +10,21 @@ class GestureTest : public TouchTest {};
 TEST_F(GestureTest, ContactsBecomeTapsHoldsAndCancels) {
     surface.at(1000).finger(VolumeUp).forMs(80).lift();                          // frames 0 to 8
     surface.finger(VolumeDown).forMs(600).press({{'E', 200}}).forMs(100).lift(); // 9 to 79
-    surface.brush(PlayPause).forMs(450).lift();                                  // 80 to 125
+    EXPECT_EQ(surface.hand.eventRegion, PlayPause);
+    surface.brush(VolumeDown).forMs(450).lift(); // 80 to 125
     EXPECT_THAT(surface.events(),
                 ElementsAre(MayBegin(VolumeUp).atFrame(0), Tap(VolumeUp).atFrame(8), MayBegin(VolumeDown).atFrame(9),
                             HoldStart(VolumeDown).atFrame(60), HoldChange(PlayPause).atFrame(69),
-                            HoldEnd(PlayPause).atFrame(79), MayBegin(PlayPause).atFrame(80), Cancel().atFrame(125)));
+                            HoldEnd(PlayPause).atFrame(79), MayBegin(VolumeDown).atFrame(80), Cancel().atFrame(125)));
     for (const Ref<HIDEvent>& event : surface.events()) {
         EXPECT_EQ(IOHIDEventGetFloatValue(event.get(), kIOHIDEventFieldDigitizerX), 0.0);
         EXPECT_EQ(IOHIDEventGetIntegerValue(event.get(), kIOHIDEventFieldDigitizerTransducerType), 2);
     }
+    EXPECT_EQ(surface.hand.eventRegion, PlayPause) << "a cancelled contact is not remembered as a gesture";
+    EXPECT_EQ(surface.hand.lastEventTime, 1790U);
+    surface.finger(VolumeUp).forMs(80).lift();
+    EXPECT_EQ(surface.hand.eventRegion, VolumeUp);
+    EXPECT_EQ(surface.hand.lastEventTime, 2340U);
 }
 
 TEST_F(GestureTest, TouchBecomesAHoldWhenItOutlastsTheTimeout) {
@@ -31,11 +37,8 @@ TEST_F(GestureTest, TouchBecomesAHoldWhenItOutlastsTheTimeout) {
                     ElementsAre(MayBegin(VolumeDown), HoldStart(VolumeDown).atFrame(2), HoldEnd(VolumeDown).atFrame(4)))
             << start;
     }
-}
-
-TEST_F(GestureTest, TimeoutIsJudgedOnlyWhileTouching) {
     surface.set("EnableTapSuppression", false).at(1000).finger(PlayPause).forMs(500).at(1700).lift();
-    EXPECT_THAT(surface.events(), ElementsAre(MayBegin(PlayPause), Tap(PlayPause)));
+    EXPECT_THAT(surface.events(), ElementsAre(MayBegin(PlayPause), Tap(PlayPause))) << "judged only while touching";
 }
 
 TEST_F(GestureTest, HoldEndIsTheOnlyEventOfItsFrame) {
@@ -43,35 +46,39 @@ TEST_F(GestureTest, HoldEndIsTheOnlyEventOfItsFrame) {
     surface.set("EnableHoldSuppression", false).set("EnableTapSuppression", false);
     surface.at(1000).finger(VolumeUp).forMs(600).lift().idle();
     EXPECT_THAT(surface.events(), ElementsAre(MayBegin(VolumeUp), HoldStart(VolumeUp), HoldEnd(VolumeUp)));
+
+    TouchSurface ended;
+    ended.at(1000).finger(VolumeUp).forMs(600).set("HoldTimeoutMilliseconds", 5000).forMs(100).lift();
+    EXPECT_THAT(ended.events(), ElementsAre(MayBegin(VolumeUp), HoldStart(VolumeUp), HoldEnd(VolumeUp).atFrame(60)))
+        << "ended by a longer time-out it is not cancelled, too";
 }
 
-// A weak contact that lasts 600 ms, with hold suppression set before, and set again after the first 550 ms.
-TEST_F(GestureTest, HoldSuppressionCanBeSwitchedDuringATouch) {
+// A contact too weak for its duration, with a kind of suppression set before, and set again for the last 50 ms.
+TEST_F(GestureTest, SuppressionCanBeSwitchedDuringATouch) {
     struct Row {
-        const char* name;
+        const char* key;
+        std::uint32_t durationMs;
         bool before, after;
         testing::Matcher<HIDEvents> events;
     };
     const GestureMatcher begin = MayBegin(VolumeUp);
     const GestureMatcher end = HoldEnd(VolumeUp).atFrame(60);
+    const auto hold = ElementsAre(begin, HoldStart(VolumeUp).atFrame(51), end);
     for (const Row& row : {
-             Row{"on", true, true, ElementsAre(begin, Cancel().atFrame(60))},
-             Row{"off", false, false, ElementsAre(begin, HoldStart(VolumeUp).atFrame(51), end)},
-             Row{"switched off", true, false, ElementsAre(begin, HoldStart(VolumeUp).atFrame(55), end)},
-             Row{"switched on: a hold that has begun goes on", false, true,
-                 ElementsAre(begin, HoldStart(VolumeUp).atFrame(51), end)},
+             Row{"EnableHoldSuppression", 600, true, true, ElementsAre(begin, Cancel().atFrame(60))},
+             Row{"EnableHoldSuppression", 600, false, false, hold},
+             Row{"EnableHoldSuppression", 600, true, false, ElementsAre(begin, HoldStart(VolumeUp).atFrame(55), end)},
+             Row{"EnableHoldSuppression", 600, false, true, hold}, // it has begun and goes on
+             Row{"EnableTapSuppression", 450, true, true, ElementsAre(begin, Cancel())},
+             Row{"EnableTapSuppression", 450, false, false, ElementsAre(begin, Tap(VolumeUp))},
+             Row{"EnableTapSuppression", 450, true, false, ElementsAre(begin, Tap(VolumeUp))},
+             Row{"EnableTapSuppression", 450, false, true, ElementsAre(begin, Cancel())},
          }) {
         TouchSurface fresh;
-        fresh.set("EnableHoldSuppression", row.before).at(1000).brush(VolumeUp).forMs(550);
-        fresh.set("EnableHoldSuppression", row.after).forMs(50).lift();
-        EXPECT_THAT(fresh.events(), row.events) << row.name;
+        fresh.set(row.key, row.before).at(1000).brush(VolumeUp).forMs(row.durationMs - 50);
+        fresh.set(row.key, row.after).forMs(50).lift().idle();
+        EXPECT_THAT(fresh.events(), row.events) << row.key << " from " << row.before << " to " << row.after;
     }
-}
-
-TEST_F(GestureTest, HoldEndedByALongerTimeoutIsNotCancelledToo) {
-    surface.at(1000).finger(VolumeDown).forMs(600).set("HoldTimeoutMilliseconds", 5000).forMs(100).lift();
-    EXPECT_THAT(surface.events(),
-                ElementsAre(MayBegin(VolumeDown), HoldStart(VolumeDown), HoldEnd(VolumeDown).atFrame(60)));
 }
 
 TEST_F(GestureTest, SuppressionSwitchedOffInASuppressedHoldLeavesItsTimeout) {
@@ -83,36 +90,12 @@ TEST_F(GestureTest, SuppressionSwitchedOffInASuppressedHoldLeavesItsTimeout) {
     EXPECT_THAT(surface.events().back(), Tap(PlayPause));
 }
 
-// A contact too weak for its 450 ms.
-TEST_F(GestureTest, TapSuppressionIsReadWhenTheFingerLifts) {
-    for (const auto& [before, after] : {std::pair{true, true}, {false, false}, {true, false}, {false, true}}) {
-        TouchSurface fresh;
-        fresh.set("EnableTapSuppression", before).at(1000).brush(VolumeDown).forMs(400);
-        fresh.set("EnableTapSuppression", after).forMs(50).lift().idle();
-        EXPECT_THAT(fresh.events(), ElementsAre(MayBegin(VolumeDown), after ? Cancel() : Tap(VolumeDown))) << before;
-    }
-}
-
-TEST_F(GestureTest, OnlyTapsAndHoldEndsAreRememberedAsGestures) {
-    surface.at(1000).finger(VolumeUp).forMs(80).lift();
-    surface.at(3000).brush(PlayPause).forMs(450).lift();
-    EXPECT_EQ(surface.hand.eventRegion, VolumeUp);
-    EXPECT_EQ(surface.hand.lastEventTime, 1080U);
-    surface.at(5000).finger(VolumeDown).forMs(600).lift();
-    EXPECT_EQ(surface.hand.eventRegion, VolumeDown);
-    EXPECT_EQ(surface.hand.lastEventTime, 5600U);
-}
-
 TEST_F(GestureTest, FirmwareResetEndsATouchAtTimeZero) {
     surface.at(1000).finger(VolumeDown).forMs(600).reset();
     EXPECT_THAT(surface.events(), ElementsAre(MayBegin(VolumeDown), HoldStart(VolumeDown),
                                               HoldEnd(VolumeDown).atFrame(0), FirmwareReset()));
     EXPECT_EQ(surface.hand.touchEndTime, 0U);
     EXPECT_EQ(surface.hand.touchScore, 0.0F);
-
-    TouchSurface tapped; // at time 0 its duration would not be a tap's
-    tapped.set("EnableTapSuppression", false).at(1000).finger(VolumeDown).forMs(80).reset();
-    EXPECT_THAT(tapped.events(), ElementsAre(MayBegin(VolumeDown), Tap(VolumeDown).atFrame(0), FirmwareReset()));
 }
 
 } // namespace

@@ -1,20 +1,16 @@
-#include "Algs/Pixel.h"
+#include "Tests/Support/TouchFixture.h"
 
 #include <cmath>
 #include <limits>
-#include <string_view>
-
-#include <gtest/gtest.h>
 
 namespace VeltoTouch::Tests {
 namespace {
 
 constexpr float kThreshold = 200.0F;
-
-Pixel padH() { return {'H' - 'A', 1.0F}; }
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 Pixel padHAfter(std::initializer_list<int> signals) {
-    Pixel pixel = padH();
+    Pixel pixel('H' - 'A', 1.0F);
     for (const int signal : signals)
         pixel.updatePixelState(signal, kThreshold);
     return pixel;
@@ -27,18 +23,20 @@ TEST(PixelTest, TurnsOnAndOffWithHysteresis) {
         bool on;
         float onPeak, offTrough, peakAboveNoise;
     };
-    Pixel pixel = padH();
+    Pixel pixel = padHAfter({});
     for (const Frame& frame : {
              Frame{0, 0.0F, false, 0.0F, 0.0F, 0.0F},
              Frame{100, 0.5F, false, 0.5F, 0.0F, 0.5F},
+             Frame{200, 1.0F, false, 1.0F, 0.0F, 1.0F}, // the threshold is exceeded, not reached
              Frame{201, 1.005F, true, 1.005F, 1.005F, 1.005F},
              Frame{400, 2.0F, true, 2.0F, 2.0F, 2.0F},
              Frame{300, 1.5F, true, 2.0F, 1.5F, 2.0F},
              Frame{241, 1.205F, true, 2.0F, 1.205F, 2.0F},
-             Frame{239, 1.195F, false, 1.195F, 1.195F, 2.0F},
+             Frame{240, 1.2F, false, 1.2F, 1.2F, 2.0F}, // in single precision exactly 60 %
              Frame{230, 1.15F, false, 1.15F, 1.15F, 2.0F},
              Frame{350, 1.75F, false, 1.75F, 1.15F, 2.0F},
              Frame{401, 2.005F, true, 2.005F, 2.005F, 2.005F},
+             Frame{75, 0.375F, false, 0.375F, 0.375F, 2.005F},
          }) {
         SCOPED_TRACE(frame.signal);
         pixel.updatePixelState(frame.signal, kThreshold);
@@ -47,27 +45,12 @@ TEST(PixelTest, TurnsOnAndOffWithHysteresis) {
         EXPECT_EQ(pixel.onPeak, frame.onPeak);
         EXPECT_EQ(pixel.offTrough, frame.offTrough);
         EXPECT_EQ(pixel.peakAboveNoise, frame.peakAboveNoise);
+        EXPECT_EQ(pixel.aboveNoise, frame.signal > 75);
     }
-}
-
-TEST(PixelTest, LevelsAreExceededNotReached) {
-    EXPECT_FALSE(padHAfter({200}).on);
-    EXPECT_TRUE(padHAfter({201}).on);
-    // In single precision 1.2 is exactly 60 % of 2.0; with a double's 0.6 it would be above.
-    EXPECT_FALSE(padHAfter({400, 240}).on);
-    EXPECT_TRUE(padHAfter({400, 241}).on);
-    EXPECT_FALSE(padHAfter({75, -300}).everAboveNoise);
-    EXPECT_TRUE(padHAfter({76}).aboveNoise);
-}
-
-TEST(PixelTest, TouchStatisticsStayUntilReset) {
-    Pixel pixel = padHAfter({300, 75});
-    EXPECT_FALSE(pixel.aboveNoise || pixel.on);
-    EXPECT_TRUE(pixel.everAboveNoise && pixel.everOn);
-    EXPECT_EQ(pixel.peakAboveNoise, 1.5F);
+    EXPECT_TRUE(pixel.everAboveNoise && pixel.everOn) << "kept for the touch";
     pixel.resetGlobalStats();
-    EXPECT_FALSE(pixel.everAboveNoise || pixel.everOn);
-    EXPECT_EQ(pixel.peakAboveNoise, 0.0F);
+    EXPECT_FALSE(pixel.everAboveNoise || pixel.everOn || pixel.peakAboveNoise != 0.0F);
+    EXPECT_FALSE(padHAfter({75, -300}).everAboveNoise);
 }
 
 TEST(PixelTest, ValueIsTruncatedInSinglePrecision) {
@@ -86,31 +69,58 @@ TEST(PixelTest, ValueIsTruncatedInSinglePrecision) {
 }
 
 TEST(PixelTest, DegenerateThresholdsAreFollowedAndLeftBehind) {
-    Pixel pixel = padH();
+    struct Frame {
+        const char* name;
+        int signal;
+        float threshold, normalized;
+        bool on;
+    };
+    Pixel pixel = padHAfter({});
     pixel.updatePixelState(0, 0.0F);
-    EXPECT_TRUE(std::isnan(pixel.normalized));
-    EXPECT_FALSE(pixel.on);
-    pixel.updatePixelState(100, 0.0F);
-    EXPECT_EQ(pixel.normalized, std::numeric_limits<float>::infinity());
-    EXPECT_TRUE(pixel.on);
-    pixel.updatePixelState(100, 0.0F);
-    EXPECT_FALSE(pixel.on) << "infinity does not exceed 60 % of infinity";
-    pixel.updatePixelState(-300, -kThreshold);
-    EXPECT_EQ(pixel.normalized, 1.5F);
-    EXPECT_FALSE(pixel.on) << "the off period's lowest value is infinite";
-    pixel.updatePixelState(100, kThreshold);
-    pixel.updatePixelState(300, kThreshold);
-    EXPECT_TRUE(pixel.on);
+    EXPECT_TRUE(std::isnan(pixel.normalized) && !pixel.on);
+    for (const Frame& frame : {
+             Frame{"no threshold", 100, 0.0F, kInfinity, true},
+             Frame{"infinity does not exceed 60 % of infinity", 100, 0.0F, kInfinity, false},
+             Frame{"the off period's lowest value is infinite", -300, -kThreshold, 1.5F, false},
+             Frame{"a usual threshold", 100, kThreshold, 0.5F, false},
+             Frame{"all is as usual", 300, kThreshold, 1.5F, true},
+         }) {
+        pixel.updatePixelState(frame.signal, frame.threshold);
+        EXPECT_EQ(pixel.normalized, frame.normalized) << frame.name;
+        EXPECT_EQ(pixel.on, frame.on) << frame.name;
+    }
 }
 
-TEST(PixelTest, PadsBelongToTheirRegions) {
-    for (const auto& [pads, region] : {std::pair{"ABCDEFK", PixelRegion::PlayPause},
-                                       {"LMNO", PixelRegion::VolumeDown},
-                                       {"GHIJ", PixelRegion::VolumeUp}})
-        for (const char pad : std::string_view(pads))
-            EXPECT_EQ(regionOfPad(pad - 'A'), region) << pad;
-    for (const std::int32_t noPad : {-1, 15, 32, int{'A'}})
-        EXPECT_EQ(regionOfPad(noPad), PixelRegion::None) << noPad;
+class VirtualPixelTest : public TouchTest {
+protected:
+    Pixel group(std::string_view name) { return surface.algs.virtualPixels[groupIndex(name)]; }
+    std::int32_t sumOf(std::string_view name) { return surface.algs.virtualImage.values.at(groupIndex(name)); }
+};
+
+TEST_F(VirtualPixelTest, DominantPadIsDisplacedOnlyByAStrongerOne) {
+    const auto dominantPad = [&](PadSignals signals) {
+        surface.press(signals).forFrames(1);
+        return static_cast<char>('A' + group("MNO").index);
+    };
+    EXPECT_EQ(dominantPad({}), 'M') << "the group's first pad at the beginning";
+    EXPECT_EQ(dominantPad({{'N', 72}, {'O', 72}}), 'M') << "noise displaces nothing";
+    EXPECT_EQ(sumOf("MNO"), 0);
+    EXPECT_EQ(dominantPad({{'N', 100}, {'O', 100}}), 'N') << "of equal pads the first";
+    EXPECT_EQ(dominantPad({}), 'N') << "carried over an idle frame";
+    EXPECT_EQ(dominantPad({{'O', 200}}), 'O');
+    EXPECT_EQ(dominantPad({{'N', 100}, {'O', 100}}), 'O') << "of equal pads the present one";
+    surface.algs.Reset();
+    EXPECT_EQ(dominantPad({}), 'O') << "carried over the end of a touch";
+}
+
+TEST_F(VirtualPixelTest, SumsAreNarrowedTo16Bits) {
+    surface.press({{'E', 10000}, {'F', 10000}}).forFrames(1); // values 19163 and 18105
+    EXPECT_EQ(sumOf("BCEF"), 37268);
+    EXPECT_EQ(group("BCEF").value, -18846); // 0.6667 * (37268 - 65536)
+    EXPECT_FALSE(group("BCEF").on || group("BCEF").aboveNoise);
+    EXPECT_EQ(group("ABE").value, 12775) << "a sum in range";
+    surface.press({{'A', 17050}, {'E', 17098}}).forFrames(1); // values 32768 and 32764
+    EXPECT_EQ(group("ABE").value, -2) << "a sum of 65532 is -4";
 }
 
 } // namespace

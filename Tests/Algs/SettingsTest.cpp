@@ -5,9 +5,12 @@
 namespace VeltoTouch::Tests {
 namespace {
 
-class SettingsTest : public TouchTest {};
+class SettingsTest : public TouchTest {
+protected:
+    Number::Content content(const char* key) { return as<Number>(surface.get(key))->content(); }
+};
 
-TEST_F(SettingsTest, ValuesAreReadAsTheSettingNeedsThem) {
+TEST_F(SettingsTest, ValuesAreReadAsTheSettingNeedsThemAndAnsweredAsNumbersOfItsKind) {
     struct Row {
         const char* name;
         Ref<Value> written;
@@ -27,40 +30,33 @@ TEST_F(SettingsTest, ValuesAreReadAsTheSettingNeedsThem) {
              Row{"string", makeRef<String>("1"), false, 0, 0},
              Row{"nil", nullptr, false, 0, 0},
          }) {
-        // An answer is a number of the setting's own kind.
-        const auto contentAfter = [&](const char* key) {
-            return as<Number>(surface.set(key, row.written).get(key))->content();
-        };
-        EXPECT_EQ(contentAfter("EnableHoldSuppression"), Number::Content{row.flag}) << row.name;
-        EXPECT_EQ(contentAfter("EnableTapSuppression"), Number::Content{row.flag}) << row.name;
-        EXPECT_EQ(contentAfter("HoldTimeoutMilliseconds"), Number::Content{row.timeout}) << row.name;
-        EXPECT_EQ(contentAfter("ActivationThreshold"), Number::Content{row.threshold}) << row.name;
-        EXPECT_EQ(contentAfter("VirtualNormalizationFactors.3"), Number::Content{row.threshold}) << row.name;
+        for (const auto& [key, expected] : std::initializer_list<std::pair<const char*, Number::Content>>{
+                 {"EnableHoldSuppression", row.flag},
+                 {"EnableTapSuppression", row.flag},
+                 {"HoldTimeoutMilliseconds", row.timeout},
+                 {"ActivationThreshold", row.threshold},
+                 {"VirtualNormalizationFactors.3", row.threshold},
+             }) {
+            surface.set(key, row.written);
+            EXPECT_EQ(content(key), expected) << row.name << " of " << key;
+        }
     }
     EXPECT_TRUE(surface.set("EnableHoldSuppression", NAN).hand.enableHoldSuppression);
     EXPECT_EQ(surface.set("HoldTimeoutMilliseconds", NAN).hand.holdTimeoutMs, 0U);
 }
 
-TEST_F(SettingsTest, DefaultsAreAnsweredAndFlagsAreNotMixedUp) {
-    const auto content = [&](const char* key) { return as<Number>(surface.get(key))->content(); };
+TEST_F(SettingsTest, DefaultsAreAnsweredFlagsAreNotMixedUpAndUnknownKeysAreNil) {
     surface.set("EnableTapSuppression", false);
-    EXPECT_TRUE(surface.hand.enableHoldSuppression);
+    for (const char* key : {"activationThreshold", "ActivationThreshold.0", "", "VirtualNormalizationFactors",
+                            "ResetEventStats", "Algs.ActivationThreshold"})
+        EXPECT_FALSE(surface.set(key, 1).get(key)) << key;
     EXPECT_EQ(content("EnableHoldSuppression"), Number::Content{true});
     EXPECT_EQ(content("HoldTimeoutMilliseconds"), Number::Content{std::uint64_t{500}});
     EXPECT_EQ(content("ActivationThreshold"), Number::Content{200.0F});
     EXPECT_EQ(content("VirtualNormalizationFactors.22"), Number::Content{0.6667F});
-
+    EXPECT_EQ(surface.algs.virtualImage.normalizationFactors, VirtualImage().normalizationFactors);
     const auto debugInfo = surface.get("DebugInfo");
     EXPECT_TRUE(CFEqual(as<Dictionary>(debugInfo)->find("EventStats"), surface.get("EventStats").get()));
-}
-
-TEST_F(SettingsTest, UnknownKeysAreIgnoredAndAnsweredWithNil) {
-    for (const char* key : {"activationThreshold", "ActivationThreshold.0", "", "VirtualNormalizationFactors",
-                            "ResetEventStats", "Algs.ActivationThreshold"}) {
-        EXPECT_FALSE(surface.set(key, 1).get(key)) << key;
-        EXPECT_EQ(surface.hand.activationThreshold, 200.0F) << key;
-        EXPECT_EQ(surface.algs.virtualImage.normalizationFactors, VirtualImage().normalizationFactors) << key;
-    }
 }
 
 TEST_F(SettingsTest, FactorIndexIsReadAsAStreamReadsIt) {
@@ -76,9 +72,8 @@ TEST_F(SettingsTest, FactorIndexIsReadAsAStreamReadsIt) {
         auto expected = fresh.algs.virtualImage.normalizationFactors;
         if (row.factor >= 0)
             expected.at(static_cast<std::size_t>(row.factor)) = 9.5F;
-        fresh.set(key, 9.5);
+        const auto answer = fresh.set(key, 9.5).get(key);
         EXPECT_EQ(fresh.algs.virtualImage.normalizationFactors, expected) << row.index;
-        const auto answer = fresh.get(key);
         EXPECT_EQ(answer && as<Number>(answer)->floatValue() == 9.5F, row.factor >= 0) << row.index;
     }
 }
@@ -86,14 +81,10 @@ TEST_F(SettingsTest, FactorIndexIsReadAsAStreamReadsIt) {
 TEST_F(SettingsTest, ThresholdCountsFromTheNextFrameAndFactorsNever) {
     surface.at(1000).press({{'H', 190}}).forFrames(1);
     EXPECT_FALSE(surface.hand.touching);
-    surface.set("ActivationThreshold", 100).forFrames(1);
+    surface.set("ActivationThreshold", 100).set("VirtualNormalizationFactors.15", 100.0).forFrames(1);
     EXPECT_EQ(surface.algs.pixels['H' - 'A'].normalized, 1.9F);
     EXPECT_TRUE(surface.hand.touching);
-
-    const std::int32_t before = surface.algs.virtualPixels[15].value; // GHI
-    EXPECT_EQ(before, 108);
-    surface.set("VirtualNormalizationFactors.15", 100.0).forFrames(1);
-    EXPECT_EQ(surface.algs.virtualPixels[15].value, before);
+    EXPECT_EQ(surface.algs.virtualPixels[15].value, 108) << "of GHI";
 }
 
 } // namespace

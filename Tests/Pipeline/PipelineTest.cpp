@@ -1,5 +1,8 @@
+#include "Pipeline/Reports/FeatureReport.h"
 #include "Platform/JSON.h"
 #include "Tests/Support/TouchFixture.h"
+
+#include <numeric>
 
 namespace VeltoTouch::Tests {
 namespace {
@@ -67,17 +70,15 @@ TEST_F(PipelineTest, FirmwareResetEndsWithItsOwnEventAndOtherFirmwareEventsAreOn
     EXPECT_THAT(callsFor(3, firmwareEventReport(0)),
                 ElementsAre("3: report of 10", "3: firmware event 0", "3: events Cancel() FirmwareReset()"));
     EXPECT_THAT(callsFor(4, firmwareEventReport(3)), ElementsAre("4: report of 10", "4: firmware event 3"));
-    EXPECT_EQ(pipeline.resetCount, 2U);
+    EXPECT_THAT(callsFor(5, 0), ElementsAre("5: report of 73", "5: image 0", "5: gap 1 to 0")) << "still tracked";
+    EXPECT_EQ(JSON::text(pipeline.getState("DebugInfo").get()), R"({"DisjointImageCount":1,"ResetCount":2})");
 }
 
 TEST_F(PipelineTest, ReportsOfNoKnownKindAreInvalid) {
-    EXPECT_THAT(callsFor(1, Report{}), ElementsAre("1: report of 0", "1: invalid report of 0"));
     Report report = imageReport(makeImage(1, 10, {{'N', 300}}));
-    report[0] = 3;
-    EXPECT_THAT(callsFor(2, report), ElementsAre("2: report of 73", "2: invalid report of 73"));
-    report[0] = InputReport::Image::kReportID;
     report.pop_back();
-    EXPECT_THAT(callsFor(3, report), ElementsAre("3: report of 72", "3: invalid report of 72"));
+    EXPECT_THAT(callsFor(1, report), ElementsAre("1: report of 72", "1: invalid report of 72"));
+    EXPECT_THAT(callsFor(2, Report{}), ElementsAre("2: report of 0", "2: invalid report of 0"));
     EXPECT_FALSE(pipeline.hasLastFrame);
 }
 
@@ -96,37 +97,76 @@ TEST_F(PipelineTest, GapsInTheFrameNumbersAreCounted) {
     }
 }
 
-TEST_F(PipelineTest, ResetKeepsTheFrameTracking) {
-    static_cast<void>(callsFor(1, 41));
-    static_cast<void>(callsFor(2, firmwareEventReport(0)));
-    EXPECT_THAT(callsFor(3, 0), ElementsAre("3: report of 73", "3: image 0", "3: gap 41 to 0"));
-    EXPECT_EQ(JSON::text(pipeline.getState("DebugInfo").get()), R"({"DisjointImageCount":1,"ResetCount":1})");
-}
-
-TEST_F(PipelineTest, KeysOfTheRecognizerReachIt) {
-    const std::string key = "Algs.HoldTimeoutMilliseconds";
-    pipeline.setState(5, key, Number::withUnsignedInt(250));
-    EXPECT_EQ(as<Number>(pipeline.getState(key))->unsignedLongLongValue(), 250U);
-    EXPECT_THAT(calls, ElementsAre("5: setState " + key, "getState " + key));
+TEST_F(PipelineTest, KeysOfTheRecognizerReachItOtherKeysAndMetadataTheirObserversAlone) {
+    const std::string timeout = "Algs.HoldTimeoutMilliseconds";
+    for (const std::string& key :
+         {timeout, std::string("HoldTimeoutMilliseconds"), "a" + timeout.substr(1), std::string("debuginfo")}) {
+        calls.clear();
+        pipeline.setState(5, key, Number::withUnsignedInt(250));
+        EXPECT_EQ(pipeline.getState(key) != nullptr, key == timeout) << key;
+        pipeline.handleMetadata(6, key, Number::withUnsignedInt(251));
+        EXPECT_THAT(calls, ElementsAre("5: setState " + key, "getState " + key, "6: metadata " + key));
+        EXPECT_EQ(pipeline.algs.handStats.holdTimeoutMs, 250U);
+    }
     pipeline.setStateObserver = [this](auto, const auto&, const auto&) {
         EXPECT_EQ(pipeline.algs.handStats.holdTimeoutMs, 250U) << "told before it acts";
     };
-    pipeline.setState(6, key, Number::withUnsignedInt(300));
+    pipeline.setState(7, timeout, Number::withUnsignedInt(300));
     EXPECT_EQ(pipeline.algs.handStats.holdTimeoutMs, 300U);
 }
 
-TEST_F(PipelineTest, OtherKeysAndMetadataReachTheirObserversAlone) {
-    for (const std::string key :
-         {"HoldTimeoutMilliseconds", "algs.HoldTimeoutMilliseconds", "AlgsHoldTimeoutMilliseconds", "debuginfo"}) {
-        calls.clear();
-        pipeline.setState(5, key, Number::withUnsignedInt(250));
-        EXPECT_FALSE(pipeline.getState(key)) << key;
-        EXPECT_THAT(calls, ElementsAre("5: setState " + key, "getState " + key));
-    }
-    calls.clear();
-    pipeline.handleMetadata(6, "Algs.HoldTimeoutMilliseconds", nullptr);
-    EXPECT_THAT(calls, ElementsAre("6: metadata Algs.HoldTimeoutMilliseconds"));
-    EXPECT_EQ(pipeline.algs.handStats.holdTimeoutMs, 500U);
+using FeatureReport::FactoryResetHoldDuration;
+using InputReport::FirmwareEvent;
+using InputReport::Image;
+
+// The records that a report of this ID and length holds.
+std::string recordsIn(std::uint8_t reportID, std::size_t length) {
+    const Report report(length, reportID); // no memory at all for a length of 0
+    std::string records;
+    records += Image::parse(report.data(), length) ? "image" : "";
+    records += FirmwareEvent::parse(report.data(), length) ? "firmware event" : "";
+    records += FactoryResetHoldDuration::parse(report.data(), length) ? "hold duration" : "";
+    return records;
+}
+
+TEST(ReportTest, ARecordNeedsItsReportIDAndItsLength) {
+    EXPECT_EQ(recordsIn(0x01, 72), "");
+    EXPECT_EQ(recordsIn(0x01, 73), "image");
+    EXPECT_EQ(recordsIn(0x02, 9), "");
+    EXPECT_EQ(recordsIn(0x02, 10), "firmware event");
+    EXPECT_EQ(recordsIn(0x02, 128), "firmware event");
+    EXPECT_EQ(recordsIn(0x1F, 4), "");
+    EXPECT_EQ(recordsIn(0x1F, 5), "hold duration");
+    EXPECT_EQ(recordsIn(0x03, 128), "");
+    EXPECT_EQ(recordsIn(0x01, 0), "");
+}
+
+TEST(ReportTest, ImageFieldsAreLittleEndianAtTheirOffsetsAndBytesBehindThemAreIgnored) {
+    Report report(512);
+    std::iota(report.begin(), report.end(), Image::kReportID); // each byte is one more than its offset
+    report[72] = 0xFF;
+    const auto image = Image::parse(report.data(), report.size());
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->frameNumber, 0x05040302U);
+    EXPECT_EQ(image->timestampMs, 0x09080706U);
+    EXPECT_EQ(image->reserved3, 0x0D);
+    EXPECT_EQ(image->padRaw.front(), 0x0F0E);
+    EXPECT_EQ(image->padRaw.back(), 0x2B2A);
+    EXPECT_EQ(image->padSignal.front(), 0x2D2C);
+    EXPECT_EQ(image->padSignal.back(), -184); // 0xFF48
+}
+
+TEST(ReportTest, AnEventsContextShowsItsFirstByteMostSignificantAndAHoldDurationItsLast) {
+    const Report eventReport{0x02, 0x99, 0x81, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x88};
+    const auto event = FirmwareEvent::parse(eventReport.data(), eventReport.size());
+    ASSERT_TRUE(event);
+    EXPECT_EQ(event->event, 0x99);
+    EXPECT_EQ(event->contextNumber(), 0x8102030405060788U);
+
+    const Report featureReport{0x1F, 0x10, 0x27, 0x00, 0xA0};
+    const auto feature = FactoryResetHoldDuration::parse(featureReport.data(), featureReport.size());
+    ASSERT_TRUE(feature);
+    EXPECT_EQ(feature->holdDuration, 0xA0002710U);
 }
 
 } // namespace

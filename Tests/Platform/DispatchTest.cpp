@@ -81,24 +81,13 @@ TEST(DispatchTest, TheLastReferenceMayGoOnTheQueuesOwnThreadWhichThenEnds) {
     EXPECT_TRUE(hasRun);
 }
 
-TEST(DispatchTest, ASemaphoreStartsWithItsCountAndOrdersWhatThreadsDo) {
-    const auto ping = dispatch_semaphore_create(2);
-    const auto pong = dispatch_semaphore_create(0);
-    ping->wait();
-    ping->wait();
-    int count = 0;
-    const std::jthread other([&] {
-        for (int i = 0; i < 100; ++i) {
-            dispatch_semaphore_wait(ping.get());
-            ++count;
-            dispatch_semaphore_signal(pong.get());
-        }
-    });
-    for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(count, i);
-        dispatch_semaphore_signal(ping.get());
-        dispatch_semaphore_wait(pong.get());
-    }
+TEST(DispatchTest, ASemaphoreStartsWithItsCountAndCountsItsSignals) {
+    const auto semaphore = dispatch_semaphore_create(2);
+    semaphore->wait();
+    semaphore->signal();
+    semaphore->signal();
+    for (int i = 0; i < 3; ++i)
+        semaphore->wait(); // for ever where one has been lost
 }
 
 TEST(ThreadTest, ADetachedThreadHasItsNameWhenItsBlockRuns) {

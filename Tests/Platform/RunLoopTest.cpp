@@ -1,6 +1,7 @@
 #include "Platform/RunLoop.h"
 #include "Platform/Clock.h"
 #include "Platform/Dispatch.h"
+#include "Platform/Linux/FileDescriptor.h"
 
 #include <cstdio>
 #include <limits>
@@ -19,35 +20,29 @@ constexpr double kLong = 60; // seconds; a run that takes so long has missed wha
 constexpr double kForEver = std::numeric_limits<double>::infinity();
 constexpr std::uint64_t kMillisecond = 1'000'000; // in host ticks
 
-// A pipe whose ends are closed at last.
 class Pipe {
 public:
     Pipe() {
-        if (::pipe2(_ends, O_CLOEXEC) != 0)
+        int ends[2]{};
+        if (::pipe2(ends, O_CLOEXEC) != 0)
             throw std::system_error(errno, std::generic_category(), "pipe");
-    }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
-    ~Pipe() {
-        hangUp();
-        ::close(_ends[0]);
+        _readEnd = FileDescriptor(ends[0]);
+        _writeEnd = FileDescriptor(ends[1]);
     }
 
-    [[nodiscard]] int readEnd() const { return _ends[0]; }
+    [[nodiscard]] int readEnd() const { return _readEnd.get(); }
     void write(std::string_view text) const {
-        EXPECT_EQ(::write(_ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        EXPECT_EQ(::write(_writeEnd.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
     [[nodiscard]] char read() const {
         char byte = '?';
-        return ::read(_ends[0], &byte, 1) == 1 ? byte : '!';
+        return ::read(_readEnd.get(), &byte, 1) == 1 ? byte : '!';
     }
-    void hangUp() {
-        if (_ends[1] >= 0)
-            ::close(std::exchange(_ends[1], -1));
-    }
+    void hangUp() { const FileDescriptor closed = std::move(_writeEnd); }
 
 private:
-    int _ends[2]{-1, -1};
+    FileDescriptor _readEnd;
+    FileDescriptor _writeEnd;
 };
 
 class RunLoopTest : public testing::Test {
@@ -65,12 +60,27 @@ protected:
     [[nodiscard]] std::function<void()> note(char letter) {
         return [this, letter] { happened += letter; };
     }
+    // Calls this when the pipe is readable, and notes H when it hangs up.
+    [[nodiscard]] RunLoopSource whenReadable(RunLoop::Handler readable) {
+        return loop.addDescriptor(mode->text(), pipe.readEnd(), std::move(readable), note('H'));
+    }
     // Notes every byte that is written into the pipe, and H when it hangs up.
     [[nodiscard]] RunLoopSource sourceOf(const Pipe& bytes) {
         return loop.addDescriptor(
             mode->text(), bytes.readEnd(), [this, &bytes] { happened += bytes.read(); }, note('H'));
     }
+    [[nodiscard]] RunLoopSource timer(std::uint64_t time, RunLoop::TimerHandler handler) {
+        return loop.addTimer(mode->text(), time, std::move(handler));
+    }
 };
+
+TEST(ClockTest, ASleepLastsAtLeastAsLongAsAskedFor) {
+    for (const std::uint64_t microseconds : {1U, 2'500U}) {
+        const std::uint64_t start = mach_absolute_time();
+        usleep(microseconds);
+        EXPECT_GE(mach_absolute_time() - start, microseconds * 1000);
+    }
+}
 
 TEST_F(RunLoopTest, TheResultSaysHowARunEnded) {
     EXPECT_EQ(run(kForEver), kCFRunLoopRunFinished);
@@ -88,14 +98,11 @@ TEST_F(RunLoopTest, TheResultSaysHowARunEnded) {
 }
 
 TEST_F(RunLoopTest, ARunThatDoesNotReturnAfterASourceGoesOnUntilItIsStopped) {
-    const RunLoopSource source = loop.addDescriptor(
-        mode->text(), pipe.readEnd(),
-        [this] {
-            happened += pipe.read();
-            if (happened == "abc")
-                CFRunLoopStop(&loop);
-        },
-        [] {});
+    const RunLoopSource source = whenReadable([this] {
+        happened += pipe.read();
+        if (happened == "abc")
+            CFRunLoopStop(&loop);
+    });
     pipe.write("abcd");
     EXPECT_EQ(run(kLong, false), kCFRunLoopRunStopped);
     EXPECT_EQ(happened, "abc");
@@ -103,39 +110,26 @@ TEST_F(RunLoopTest, ARunThatDoesNotReturnAfterASourceGoesOnUntilItIsStopped) {
 
 TEST_F(RunLoopTest, ARunEndsInTimeThoughASourceIsAlwaysReady) {
     int calls = 0;
-    const RunLoopSource source = loop.addDescriptor(
-        mode->text(), pipe.readEnd(),
-        [&] {
-            if (++calls == 100'000)
-                CFRunLoopStop(&loop); // too late
-        },
-        [] {});
+    const RunLoopSource source = whenReadable([&] {
+        if (++calls == 100'000)
+            CFRunLoopStop(&loop); // too late
+    });
     pipe.write("a");
     EXPECT_EQ(run(0, false), kCFRunLoopRunTimedOut);
 }
 
-TEST_F(RunLoopTest, BlocksRunInOrderAndAreNoSources) {
-    const RunLoopSource source = sourceOf(pipe);
-    queue(note('1'));
-    queue(note('2'));
-    EXPECT_EQ(run(), kCFRunLoopRunTimedOut);
+TEST_F(RunLoopTest, WhatABlockQueuesWaitsForTheNextTime) {
+    queue([this] {
+        happened += '1';
+        queue(note('2'));
+    });
+    EXPECT_EQ(run(), kCFRunLoopRunFinished);
+    EXPECT_EQ(happened, "1");
+    EXPECT_EQ(run(), kCFRunLoopRunFinished);
     EXPECT_EQ(happened, "12");
 }
 
-TEST_F(RunLoopTest, WhatABlockQueuesWaitsForTheNextTime) {
-    int runs = 0;
-    std::function<void()> again = [&] {
-        if (++runs < 10)
-            queue(again);
-    };
-    queue(again);
-    EXPECT_EQ(run(), kCFRunLoopRunFinished);
-    EXPECT_EQ(runs, 1);
-    while (runs < 10)
-        EXPECT_EQ(run(), kCFRunLoopRunFinished);
-}
-
-TEST_F(RunLoopTest, BlocksFromBeforeTheRunComeBeforeTheTestForAnEmptyMode) {
+TEST_F(RunLoopTest, BlocksAreNoSourcesAndThoseFromBeforeTheRunComeBeforeTheTestForAnEmptyMode) {
     RunLoopSource source;
     queue([&] { source = sourceOf(pipe); });
     EXPECT_EQ(run(), kCFRunLoopRunTimedOut);
@@ -157,14 +151,11 @@ TEST_F(RunLoopTest, AStopFromBeforeTheRunIsKeptAndEndsThatRunAlone) {
 }
 
 TEST_F(RunLoopTest, AStopWinsOverAHandledSourceAndBlocksOfTheHandlerRunBeforeTheReturn) {
-    const RunLoopSource source = loop.addDescriptor(
-        mode->text(), pipe.readEnd(),
-        [this] {
-            happened += pipe.read();
-            queue(note('1'));
-            CFRunLoopStop(&loop);
-        },
-        [] {});
+    const RunLoopSource source = whenReadable([this] {
+        happened += pipe.read();
+        queue(note('1'));
+        CFRunLoopStop(&loop);
+    });
     pipe.write("a");
     EXPECT_EQ(run(kForEver), kCFRunLoopRunStopped);
     EXPECT_EQ(happened, "a1");
@@ -210,71 +201,50 @@ TEST_F(RunLoopTest, AReadySourceDoesNotKeepAnotherFromItsTurn) {
     EXPECT_NE(happened.find('a'), std::string::npos) << happened;
 }
 
-TEST_F(RunLoopTest, ATimerFiresAtItsTimeAndAgainAsLongAsItSaysWhen) {
-    const std::uint64_t start = mach_absolute_time();
-    std::uint64_t due = start + 2 * kMillisecond;
-    const RunLoopSource timer = loop.addTimer(mode->text(), due, [&]() -> std::optional<std::uint64_t> {
-        EXPECT_GE(mach_absolute_time(), due);
-        happened += 'T';
-        if (happened.size() == 3)
-            return std::nullopt;
-        return due += kMillisecond;
-    });
-    for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(run(kLong), kCFRunLoopRunHandledSource);
-    EXPECT_EQ(run(kLong), kCFRunLoopRunFinished);
-    EXPECT_EQ(happened, "TTT");
-}
-
-TEST_F(RunLoopTest, ATimeThatHasGoneIsAtOnceAndOneToComeIsNot) {
-    const std::uint64_t later = mach_absolute_time() + 3600 * 1000 * kMillisecond;
-    for (const std::uint64_t gone : {std::uint64_t{0}, mach_absolute_time()}) {
-        const RunLoopSource timer = loop.addTimer(mode->text(), gone, [&] { return std::optional(later); });
-        EXPECT_EQ(run(kLong), kCFRunLoopRunHandledSource);
-        EXPECT_EQ(run(), kCFRunLoopRunTimedOut);
+TEST_F(RunLoopTest, ATimerFiresAtItsTimeOrAtOnceWhereThatHasGoneAndAgainAsLongAsItSaysWhen) {
+    for (const std::uint64_t first : {std::uint64_t{0}, mach_absolute_time(), mach_absolute_time() + kMillisecond}) {
+        std::uint64_t due = first;
+        int calls = 0;
+        const RunLoopSource source = timer(first, [&] {
+            EXPECT_GE(mach_absolute_time(), due);
+            due = mach_absolute_time() + kMillisecond;
+            return ++calls < 3 ? std::optional(due) : std::nullopt;
+        });
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(run(kLong), kCFRunLoopRunHandledSource);
+        EXPECT_EQ(calls, 3);
+        EXPECT_EQ(run(kLong), kCFRunLoopRunFinished);
     }
 }
 
-TEST_F(RunLoopTest, AHungUpDescriptorGivesWhatIsLeftAndIsOutOfItsMode) {
-    const RunLoopSource source = sourceOf(pipe);
+TEST_F(RunLoopTest, AHungUpDescriptorGivesWhatIsLeftAndIsOutOfItsModeWhenItIsTold) {
+    auto whenTold = kCFRunLoopRunTimedOut;
+    const RunLoopSource source = loop.addDescriptor(
+        mode->text(), pipe.readEnd(), [this] { happened += pipe.read(); }, [&] { whenTold = run(); });
     pipe.write("ab");
     pipe.hangUp();
-    for (const char* soFar : {"a", "ab", "abH"}) {
+    for (int i = 0; i < 3; ++i)
         EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
-        EXPECT_EQ(happened, soFar);
-    }
-    EXPECT_EQ(run(kForEver), kCFRunLoopRunFinished);
-
+    EXPECT_EQ(happened, "ab");
+    EXPECT_EQ(whenTold, kCFRunLoopRunFinished);
     const Pipe quiet;
     const RunLoopSource other = sourceOf(quiet);
-    EXPECT_EQ(run(), kCFRunLoopRunTimedOut);
-    EXPECT_EQ(happened, "abH");
-}
-
-TEST_F(RunLoopTest, ADescriptorIsOutOfItsModeWhenItIsToldThatItHungUp) {
-    auto atTheEnd = kCFRunLoopRunTimedOut;
-    const RunLoopSource source = loop.addDescriptor(mode->text(), pipe.readEnd(), note('a'), [&] { atTheEnd = run(); });
-    pipe.hangUp();
-    EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
-    EXPECT_EQ(atTheEnd, kCFRunLoopRunFinished);
+    EXPECT_EQ(run(), kCFRunLoopRunTimedOut) << "it is ready for ever";
 }
 
 TEST_F(RunLoopTest, ASourceMayTakeItselfOutOfItsModeFromItsHandler) {
     RunLoopSource source;
     std::string word = "long enough to be of no use when it has been destroyed";
-    source = loop.addDescriptor(
-        mode->text(), pipe.readEnd(),
-        [&, word] {
-            source = {};
-            happened = word;
-        },
-        [] {});
+    source = whenReadable([&, word] {
+        source = {};
+        happened = word;
+    });
     pipe.write("a");
     EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
     EXPECT_EQ(happened, word);
     EXPECT_EQ(run(), kCFRunLoopRunFinished);
 
-    source = loop.addTimer(mode->text(), 0, [&] {
+    source = timer(0, [&] {
         source = {};
         return std::optional<std::uint64_t>(0);
     });

@@ -11,16 +11,10 @@ namespace {
 constexpr CFUUIDBytes kBytes{0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF,
                              0xFE, 0xDC, 0xBA, 0x98, 0x76, 0x54, 0x32, 0x10};
 
-TEST(UUIDTest, TheWrittenFormIsReadInEitherCase) {
+TEST(UUIDTest, TheWrittenFormIsReadInEitherCaseAndAnyOtherTextIsNull) {
     const auto made = CFUUIDCreateFromUUIDBytes(nullptr, kBytes);
-    for (const char* text : {"01234567-89AB-CDEF-FEDC-BA9876543210", "01234567-89ab-cdef-fEdC-ba9876543210"}) {
-        const auto read = CFUUIDCreateFromString(nullptr, text);
-        ASSERT_TRUE(read) << text;
-        EXPECT_TRUE(CFEqual(read.get(), made.get())) << text;
-    }
-}
-
-TEST(UUIDTest, AnyOtherTextIsNull) {
+    for (const char* text : {"01234567-89AB-CDEF-FEDC-BA9876543210", "01234567-89ab-cdef-fEdC-ba9876543210"})
+        EXPECT_TRUE(CFEqual(CFUUIDCreateFromString(nullptr, text).get(), made.get())) << text;
     for (const char* text : {
              "",
              "0123456789ABCDEFFEDCBA9876543210",

@@ -1,5 +1,4 @@
-#include "Recording/PipelineRecording.h"
-
+#include "Recording/RecordingCopy.h"
 #include "Tests/Support/Frames.h"
 
 #include <array>
@@ -11,7 +10,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 class RecordingTest : public testing::Test {
 protected:
@@ -60,14 +58,14 @@ TEST_F(RecordingTest, ACopyHasItsOwnListTheSameTargetAndBoundAndNoPlayback) {
     assigned = recording;
     for (PipelineRecording* copy : {&constructed, &assigned}) {
         EXPECT_FALSE(copy->playCanContinue());
-        EXPECT_EQ(copy->pipeline, recording.pipeline);
+        EXPECT_EQ(copy->pipeline, log);
         EXPECT_THAT(textsOf(copy->frames()), ElementsAre("[01]@0", "m:[1,2]@0"));
         EXPECT_EQ(copy->frames().back().value, recording.frames().back().value) << "values are shared";
         copy->appendFrame(reportFrame({3}));
         copy->appendFrame(reportFrame({4}));
         EXPECT_THAT(textsOf(copy->frames()), ElementsAre("[03]@0", "[04]@0")) << "bounded like the original";
     }
-    EXPECT_TRUE(recording.playCanContinue()) << "the original is not touched";
+    ASSERT_TRUE(recording.playCanContinue()) << "the original is not touched";
     recording.playNextFrame(1);
     EXPECT_THAT(textsOf(log->calls), ElementsAre("[01]@" + std::to_string(recording.playStartTime())));
 }
@@ -78,24 +76,90 @@ TEST_F(RecordingTest, AMoveTakesTheFramesAndLeavesASafeRecording) {
     recording.playReset();
     PipelineRecording constructed(std::move(recording));
     EXPECT_FALSE(constructed.playCanContinue());
-    EXPECT_EQ(constructed.pipeline, log);
-
     constructed.playReset();
     PipelineRecording assigned;
     assigned = std::move(constructed);
     EXPECT_FALSE(assigned.playCanContinue());
+    EXPECT_EQ(assigned.pipeline, log);
     EXPECT_THAT(textsOf(assigned.frames()), ElementsAre("[01]@0"));
     assigned.appendFrame(reportFrame({2}));
     EXPECT_THAT(textsOf(assigned.frames()), ElementsAre("[02]@0")) << "the bound moves too";
 
     // NOLINTBEGIN(bugprone-use-after-move): that a moved-from recording can be used is what is tested
     for (PipelineRecording* movedFrom : {&recording, &constructed}) {
-        EXPECT_THAT(movedFrom->frames(), IsEmpty());
         EXPECT_FALSE(movedFrom->playCanContinue());
         movedFrom->appendFrame(reportFrame({3}));
         EXPECT_THAT(textsOf(movedFrom->frames()), ElementsAre("[03]@0"));
     }
     // NOLINTEND(bugprone-use-after-move)
+}
+
+// A recording that is copied piece by piece while the tests add to it; every third frame is a setting.
+class RecordingCopyTest : public testing::Test {
+protected:
+    void record(int count) {
+        for (; count != 0; --count) {
+            const auto time = ++_time;
+            const auto number = static_cast<std::uint8_t>(time);
+            if (time % 3 == 0)
+                recording.setState(time, "key", Number::withUnsignedLong(time));
+            else
+                recording.handleInputReport(time, &number, 1);
+        }
+    }
+    // Copies the rest; the copy is what the recording is now.
+    void copyRest(std::size_t piece) {
+        while (!copy.copySome(recording, piece)) {
+        }
+        EXPECT_EQ(textsOf(copy.recording().frames()), textsOf(recording.frames()));
+    }
+
+    PipelineRecording recording;
+    RecordingCopy copy{20};
+
+private:
+    std::uint64_t _time = 0;
+};
+
+TEST_F(RecordingCopyTest, PiecesMakeUpWhatTheRecordingIsAtTheLastOne) {
+    record(10);
+    EXPECT_FALSE(copy.copySome(recording, 4));
+    EXPECT_FALSE(copy.copySome(recording, 4));
+    record(2);
+    EXPECT_TRUE(copy.copySome(recording, 4)) << "a piece that ends with the last frame is the last";
+    EXPECT_EQ(textsOf(copy.recording().frames()), textsOf(recording.frames()));
+    EXPECT_TRUE(RecordingCopy(0).copySome(PipelineRecording(), 4));
+}
+
+TEST_F(RecordingCopyTest, WhatIsTakenOutMeanwhileIsNotInTheCopy) {
+    record(10);
+    EXPECT_FALSE(copy.copySome(recording, 4));
+    recording.trimFrames(2); // the frames that were copied are gone
+    EXPECT_FALSE(copy.copySome(recording, 2));
+    copyRest(2);
+}
+
+TEST_F(RecordingCopyTest, ComesToAnEndThoughFramesAreTakenOutAllTheTime) {
+    recording.setMaxFrameCount(5);
+    int pieces = 1;
+    for (record(9); !copy.copySome(recording, 1); ++pieces)
+        record(10); // trimmed at least once
+    EXPECT_EQ(pieces, 3);
+    EXPECT_EQ(textsOf(copy.recording().frames()), textsOf(recording.frames()));
+}
+
+TEST_F(RecordingCopyTest, TheCopyHasTargetAndBoundAndCanBeRecordedInto) {
+    recording.pipeline = std::make_shared<CallLog>();
+    recording.setMaxFrameCount(5);
+    record(9);
+    copyRest(4);
+    PipelineRecording& copied = copy.recording();
+    EXPECT_EQ(copied.pipeline, recording.pipeline);
+    EXPECT_FALSE(copied.playCanContinue());
+    for (int i = 0; i < 20; ++i)
+        copied.handleInputReport(100, nullptr, 0);
+    EXPECT_LT(copied.frames().size(), 11U);
+    EXPECT_EQ(recording.frames().size(), 9U);
 }
 
 } // namespace

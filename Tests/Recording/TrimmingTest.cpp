@@ -1,5 +1,3 @@
-#include "Recording/PipelineRecording.h"
-
 #include "Tests/Support/Frames.h"
 
 #include <sstream>
@@ -29,11 +27,6 @@ void expectFrames(const std::list<Frame>& frames, const char* names) {
     EXPECT_EQ(textsOf(frames), textsOf(framesNamed(names)));
 }
 
-void record(PipelineRecording& recording, const char* names) {
-    for (const Frame& frame : framesNamed(names))
-        recording.appendFrame(frame);
-}
-
 TEST(TrimmingTest, KeepsTheNewestReportsAndTheSettingsInForceBeforeThem) {
     struct Row {
         const char* name;
@@ -61,33 +54,31 @@ TEST(TrimmingTest, KeepsTheNewestReportsAndTheSettingsInForceBeforeThem) {
     }
 }
 
-TEST(RecordingBoundTest, TrimsAtTwiceTheBoundSettingsIncludedAndNotBefore) {
+TEST(RecordingBoundTest, TrimsAtTwiceTheBoundSettingsIncludedAndNotBeforeButAtOnceWhenItIsNew) {
     struct Row {
         std::uint64_t bound;
         const char* frames;
         const char* kept;
+        const char* keptBySetting; // the bound when all are there
     };
-    for (const auto& [bound, names, kept] : {
-             Row{3, "R1 R2 R3 M4 R5", "R1 R2 R3 M4 R5"}, Row{3, "R1 R2 R3 M4 R5 R6", "M4 R5 R6"},
-             Row{2, "a=1 R1 a=2", "a=1 R1 a=2"}, Row{2, "a=1 R1 a=2 a=3", "a=1 R1 a=3"},
-             Row{std::uint64_t{1} << 63U, "a=1 a=2", "a=1 a=2"}, // twice that is beyond 64 bits
+    for (const auto& [bound, names, kept, keptBySetting] : {
+             Row{3, "R1 R2 R3 M4 R5", "R1 R2 R3 M4 R5", "R3 M4 R5"},
+             Row{3, "R1 R2 R3 M4 R5 R6", "M4 R5 R6", "M4 R5 R6"},
+             Row{2, "a=1 R1 a=2", "a=1 R1 a=2", "a=1 R1 a=2"},
+             Row{2, "a=1 R1 a=2 a=3", "a=1 R1 a=3", "a=1 R1 a=3"},
+             Row{std::uint64_t{1} << 63U, "a=1 a=2", "a=1 a=2", "a=2"}, // twice that is beyond 64 bits
+             Row{0, "R1 R2 a=1 a=2", "R1 R2 a=1 a=2", "R1 R2 a=1 a=2"},
          }) {
         SCOPED_TRACE(names);
-        PipelineRecording recording;
-        recording.setMaxFrameCount(bound);
-        record(recording, names);
-        expectFrames(recording.frames(), kept);
+        for (const bool isNew : {false, true}) {
+            PipelineRecording recording;
+            recording.setMaxFrameCount(isNew ? 0 : bound);
+            for (const Frame& frame : framesNamed(names))
+                recording.appendFrame(frame);
+            recording.setMaxFrameCount(isNew ? bound : 0);
+            expectFrames(recording.frames(), isNew ? keptBySetting : kept);
+        }
     }
-}
-
-TEST(RecordingBoundTest, ANewBoundTrimsAtOnceAndNoneIsNoBound) {
-    PipelineRecording recording;
-    record(recording, "R1 R2 R3 R4 R5");
-    recording.setMaxFrameCount(4);
-    expectFrames(recording.frames(), "R2 R3 R4 R5");
-    recording.setMaxFrameCount(0);
-    record(recording, "R6 a=1 a=2 R7 R8 R9");
-    expectFrames(recording.frames(), "R2 R3 R4 R5 R6 a=1 a=2 R7 R8 R9");
 }
 
 // The memory of trimmed frames is used again for reports; nothing of what it held may shine through.

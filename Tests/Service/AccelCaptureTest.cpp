@@ -2,7 +2,7 @@
 #include "Tests/Support/TestAccelerometer.h"
 #include "Tests/Support/TestHost.h"
 
-#include "Recording/PipelineRecording.h"
+#include <numeric>
 
 #include <gmock/gmock.h>
 
@@ -25,9 +25,9 @@ protected:
     }
 
     void touch() {
-        const auto reports = reportsOf({"hold:play-pause"});
-        for (std::size_t i = 0; i < 10; ++i)
-            device->deliverAndWait(reports[i]);
+        auto reports = reportsOf({"hold:play-pause"});
+        reports.resize(10);
+        device->deliverAll(reports);
     }
     // A firmware reset in the middle of a touch gives two events: the touch's cancel, then the vendor event.
     void touchAndReset() {
@@ -37,25 +37,21 @@ protected:
 
     // The recorded samples, in the order of the recording.
     std::vector<Frame> recorded() const {
-        const auto text = host.property("Recording");
-        const PipelineRecording recording(makeRef<Data>(as<String>(text)->text()).get());
         std::vector<Frame> samples;
-        for (const Frame& frame : recording.frames()) {
-            if (frame.type == Frame::Type::Metadata)
-                samples.push_back(frame);
-        }
+        const auto isSample = [](const Frame& frame) { return frame.type == Frame::Type::Metadata; };
+        const PipelineRecording recording = host.recording();
+        std::ranges::copy_if(recording.frames(), std::back_inserter(samples), isSample);
         return samples;
     }
-    static std::vector<int> numbersOf(const std::vector<Frame>& samples) {
+    std::vector<int> recordedNumbers() const {
         std::vector<int> numbers;
-        for (const Frame& frame : samples)
+        for (const Frame& frame : recorded())
             numbers.push_back(static_cast<int>(as<Number>(as<Dictionary>(frame.value)->find("Z"))->longLongValue()));
         return numbers;
     }
     static std::vector<int> fromTo(int first, int last) {
-        std::vector<int> numbers;
-        for (int number = first; number <= last; ++number)
-            numbers.push_back(number);
+        std::vector<int> numbers(static_cast<std::size_t>(last - first + 1));
+        std::iota(numbers.begin(), numbers.end(), first);
         return numbers;
     }
 
@@ -73,25 +69,25 @@ TEST_F(AccelCaptureTest, TheNewestHundredWaitUnrecordedAndAHundredFollowTheLastD
     touchAndReset();
     EXPECT_THAT(recorded(), testing::IsEmpty()) << "the next sample brings them";
     sample(1);
-    EXPECT_EQ(numbersOf(recorded()), fromTo(50, 150));
+    EXPECT_EQ(recordedNumbers(), fromTo(50, 150));
     sample(60);
     touchAndReset(); // counting restarts
     sample(100);
-    EXPECT_EQ(numbersOf(recorded()), fromTo(50, 310));
+    EXPECT_EQ(recordedNumbers(), fromTo(50, 310));
     sample(3);
-    EXPECT_EQ(numbersOf(recorded()), fromTo(50, 310)) << "the three wait";
+    EXPECT_EQ(recordedNumbers(), fromTo(50, 310)) << "the three wait";
     touchAndReset();
     sample(1);
-    EXPECT_EQ(numbersOf(recorded()), fromTo(50, 314));
+    EXPECT_EQ(recordedNumbers(), fromTo(50, 314));
 }
 
 TEST_F(AccelCaptureTest, ADigitizerEventNeedNotBeTheLastOfItsBatch) {
     touch();
     sample(102); // the touch's own event has had its hundred
-    EXPECT_EQ(numbersOf(recorded()), fromTo(0, 99));
+    EXPECT_EQ(recordedNumbers(), fromTo(0, 99));
     device->deliverAndWait(firmwareEventReport(InputReport::FirmwareEvent::kReset)); // cancel, vendor event
     sample(1);
-    EXPECT_EQ(numbersOf(recorded()), fromTo(0, 102));
+    EXPECT_EQ(recordedNumbers(), fromTo(0, 102));
     EXPECT_EQ(accelerometer->reportInterval(), 10'000.0);
 }
 

@@ -1,5 +1,3 @@
-#include "Recording/PipelineRecording.h"
-#include "Tests/Support/Frames.h"
 #include "Tests/Support/TestHost.h"
 
 #include <thread>
@@ -78,8 +76,7 @@ TEST(StressTest, ReadersAndAWriterWhileReportsComeAtAThousandHertzLoseNothing) {
     EXPECT_THAT(host.events(), testing::ElementsAre(MayBegin(PlayPause), Tap(PlayPause), MayBegin(VolumeUp),
                                                     HoldStart(VolumeUp), HoldEnd(VolumeUp), MayBegin(VolumeUp),
                                                     HoldStart(VolumeUp), HoldChange(VolumeDown), HoldEnd(VolumeDown)));
-    const auto text = host.property("Recording");
-    const PipelineRecording recording(makeRef<Data>(as<String>(text)->text()).get());
+    const PipelineRecording recording = host.recording();
     const auto isReport = [](const Frame& frame) { return frame.type == Frame::Type::InputReport; };
     EXPECT_EQ(std::ranges::count_if(recording.frames(), isReport), static_cast<std::ptrdiff_t>(reports.size() + 1));
 }

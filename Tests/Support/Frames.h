@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Pipeline/PipelineInterfaces.h"
 #include "Platform/JSON.h"
-#include "Recording/Frame.h"
+#include "Recording/PipelineRecording.h"
 #include "Shared/Util.h"
 
 #include <cstdint>
@@ -49,6 +48,19 @@ std::vector<std::string> textsOf(const Frames& frames) {
     for (const Frame& frame : frames)
         texts.push_back(textOf(frame));
     return texts;
+}
+
+// Containers of these frames, in the versions of the format.
+inline std::string version2(const std::string& frames) { return R"({"Version":2,"Frames":[)" + frames + "]}"; }
+inline std::string version1(const std::string& frames) { return R"({"Version":1,"Frames":[)" + frames + "]}"; }
+inline std::string version0(const std::string& reports) { return R"({"Version":0,"Reports":[)" + reports + "]}"; }
+
+// The same container with a further member, which sends it another way through the reader: what is usual is scanned,
+// all else is parsed.
+inline std::string withFurtherMember(std::string text) { return text.insert(1, R"("Further":0,)"); }
+
+inline PipelineRecording recordingFrom(std::string_view text) {
+    return PipelineRecording(makeRef<Data>(std::string(text)).get());
 }
 
 // A pipeline that keeps what it is told, as frames whose time is the timestamp that it was given.

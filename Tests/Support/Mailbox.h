@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Dispatch.h"
+#include "Platform/Linux/FileDescriptor.h"
 #include "Platform/Mutex.h"
 #include "Platform/RunLoop.h"
 
@@ -24,20 +25,17 @@ public:
     using Handler = std::function<void(const Item& item)>;
 
     Mailbox() {
-        if (::pipe2(_ends, O_CLOEXEC) != 0)
+        int ends[2]{};
+        if (::pipe2(ends, O_CLOEXEC) != 0)
             throw std::system_error(errno, std::generic_category(), "test mailbox");
-    }
-    Mailbox(const Mailbox&) = delete;
-    Mailbox& operator=(const Mailbox&) = delete;
-    ~Mailbox() {
-        close();
-        ::close(_ends[0]);
+        _readEnd = FileDescriptor(ends[0]);
+        _writeEnd = FileDescriptor(ends[1]);
     }
 
     // A source of the calling thread's loop that calls the handler with one item after the other. The mailbox must
     // outlive it. An empty source where the mailbox is closed.
     [[nodiscard]] RunLoopSource open(RunLoop& loop, std::string_view mode, Handler handler) {
-        if (isClosed())
+        if (const MutexLock guard(_lock); !_writeEnd.isOpen())
             return {};
         const auto readable = [this, handler = std::move(handler)] {
             const Letter letter = take();
@@ -45,23 +43,22 @@ public:
             if (letter.handled)
                 letter.handled->signal();
         };
-        return loop.addDescriptor(mode, _ends[0], readable, [] {});
+        return loop.addDescriptor(mode, _readEnd.get(), readable, [] {});
     }
 
     // Any thread; returns at once. `handled`, if any, is signalled when the handler has returned. Once the mailbox is
     // closed the item is dropped; the result is false then.
     bool post(Item item, Ref<DispatchSemaphore> handled = nullptr) {
         const MutexLock guard(_lock);
-        if (_isClosed)
+        if (!_writeEnd.isOpen())
             return false;
         _letters.push_back({std::move(item), std::move(handled)});
-        return ::write(_ends[1], "", 1) == 1;
+        return ::write(_writeEnd.get(), "", 1) == 1;
     }
 
     void close() {
         const MutexLock guard(_lock);
-        if (!std::exchange(_isClosed, true))
-            ::close(_ends[1]);
+        const FileDescriptor closed = std::move(_writeEnd);
     }
 
 private:
@@ -70,22 +67,18 @@ private:
         Ref<DispatchSemaphore> handled;
     };
 
-    [[nodiscard]] bool isClosed() {
-        const MutexLock guard(_lock);
-        return _isClosed;
-    }
     [[nodiscard]] Letter take() {
         const MutexLock guard(_lock);
         char signal = 0;
-        (void)!::read(_ends[0], &signal, 1);
+        (void)!::read(_readEnd.get(), &signal, 1);
         Letter letter = std::move(_letters.front());
         _letters.pop_front();
         return letter;
     }
 
-    int _ends[2]{}; // to read from, to write to
+    FileDescriptor _readEnd;
     Mutex _lock;
-    bool _isClosed VELTO_GUARDED_BY(_lock) = false;
+    FileDescriptor _writeEnd VELTO_GUARDED_BY(_lock); // none once it is closed
     std::deque<Letter> _letters VELTO_GUARDED_BY(_lock);
 };
 

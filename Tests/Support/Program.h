@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+#include <fcntl.h>
+#include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -71,6 +73,14 @@ struct Outcome {
     std::string errors;
 };
 
+// Matches a run by its exit status and by what it wrote.
+inline testing::Matcher<Outcome> Ends(int status, const testing::Matcher<std::string>& output,
+                                      const testing::Matcher<std::string>& errors = "") {
+    return testing::AllOf(testing::Field("status", &Outcome::status, status),
+                          testing::Field("output", &Outcome::output, output),
+                          testing::Field("errors", &Outcome::errors, errors));
+}
+
 // One run of the program: velto().reading("...").run({"replay", "-"}).
 class Program {
 public:
@@ -82,16 +92,14 @@ public:
     }
     // The standard output goes there in place of being captured.
     Program& writingTo(const std::string& path) {
-        _output.reset(std::fopen(path.c_str(), "w"), std::fclose);
+        _output = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
         return *this;
     }
     // Nobody reads the standard output any more.
     Program& writingToAClosedPipe() {
-        int ends[2];
-        if (::pipe(ends) != 0)
-            throw std::runtime_error("no pipe");
-        ::close(ends[0]);
-        _output.reset(::fdopen(ends[1], "w"), std::fclose);
+        const auto [reader, writer] = makePipe();
+        ::close(reader);
+        _output = writer;
         return *this;
     }
     // No file becomes larger than that.
@@ -106,61 +114,50 @@ public:
     }
 
     [[nodiscard]] Outcome run(const Arguments& arguments) {
-        int ends[2] = {-1, -1}; // of a pipe for the line, which takes the place of the file
-        const File file = _output;
-        if (_signal) {
-            if (::pipe(ends) != 0)
-                throw std::runtime_error("no pipe");
-            _output.reset(::fdopen(ends[1], "w"), std::fclose);
-        }
         std::vector<char*> argv{const_cast<char*>("velto")};
         for (const std::string& argument : arguments)
             argv.push_back(const_cast<char*>(argument.c_str()));
         argv.push_back(nullptr);
+        const auto [reader, writer] = makePipe();
         const pid_t child = ::fork();
         if (child == 0)
-            become(argv);
+            become(argv, _output >= 0 ? _output : writer);
         if (child < 0)
             throw std::runtime_error("no process");
-        if (_signal) {
-            _output = file;
-            copyAndSignal(ends[0], child);
-            ::close(ends[0]);
+        ::close(writer);
+        ::close(_output);
+        Outcome outcome;
+        char bytes[4096];
+        for (ssize_t count = 0; (count = ::read(reader, bytes, sizeof bytes)) > 0;) {
+            outcome.output.append(bytes, static_cast<std::size_t>(count));
+            if (_signal && outcome.output.find('\n') != std::string::npos)
+                ::kill(child, *std::exchange(_signal, std::nullopt));
         }
+        ::close(reader);
         int status = 0;
         if (::waitpid(child, &status, 0) != child)
             throw std::runtime_error("the program was not run");
-        return {.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
-                .output = contentOf(*_output),
-                .errors = contentOf(*_errors)};
+        outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        std::rewind(_errors.get());
+        for (int c = std::fgetc(_errors.get()); c != EOF; c = std::fgetc(_errors.get()))
+            outcome.errors += static_cast<char>(c);
+        return outcome;
     }
 
 private:
     using File = std::shared_ptr<std::FILE>;
 
-    // Empty for a file that is only written.
-    static std::string contentOf(std::FILE& file) {
-        std::string content;
-        std::rewind(&file);
-        for (int c = std::fgetc(&file); c != EOF; c = std::fgetc(&file))
-            content += static_cast<char>(c);
-        return content;
-    }
-
-    // Copies what the program writes to the output file, to its end.
-    void copyAndSignal(int descriptor, pid_t child) {
-        char c = 0;
-        while (::read(descriptor, &c, 1) == 1) {
-            std::fputc(c, _output.get());
-            if (c == '\n' && _signal)
-                ::kill(child, *std::exchange(_signal, std::nullopt));
-        }
+    static std::pair<int, int> makePipe() {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) != 0)
+            throw std::runtime_error("no pipe");
+        return {ends[0], ends[1]};
     }
 
     // The rest of the forked child: calls that are safe there, then the program.
-    [[noreturn]] void become(const std::vector<char*>& argv) const {
+    [[noreturn]] void become(const std::vector<char*>& argv, int output) const {
         ::dup2(::fileno(_input.get()), STDIN_FILENO);
-        ::dup2(::fileno(_output.get()), STDOUT_FILENO);
+        ::dup2(output, STDOUT_FILENO);
         ::dup2(::fileno(_errors.get()), STDERR_FILENO);
         if (_largestFile) {
             const rlimit limit{.rlim_cur = *_largestFile, .rlim_max = *_largestFile};
@@ -173,8 +170,8 @@ private:
     }
 
     File _input{std::tmpfile(), std::fclose};
-    File _output{std::tmpfile(), std::fclose};
     File _errors{std::tmpfile(), std::fclose};
+    int _output = -1; // a descriptor, where the output is not captured
     std::optional<std::size_t> _largestFile;
     std::optional<int> _signal;
 };

@@ -3,24 +3,14 @@
 #include "Platform/HIDEventSystem.h"
 #include "Tests/Support/TestDevice.h"
 
-// An accelerometer that a test shakes by hand:
-//
-//   const auto accelerometer = makeRef<TestAccelerometer>();
-//   registerEventService(accelerometer);
-//   ... whoever is tested finds it and listens on a run loop ...
-//   accelerometer->deliverAndWait(0, 0, 1);
-//   unregisterEventService(accelerometer);
-
 namespace VeltoTouch::Tests {
 
+// An accelerometer that a test shakes by hand, once registerEventService() has made it known.
 class TestAccelerometer final : public HIDEventService {
 public:
-    // The properties by which an accelerometer is found.
-    static constexpr std::uint32_t kUsagePage = 0xFF00;
-    static constexpr std::uint32_t kUsage = 3;
-
-    explicit TestAccelerometer(std::uint32_t usage = kUsage)
-        : _properties{{"PrimaryUsagePage", Number::withUnsignedInt(kUsagePage)},
+    // 3 is the usage by which an accelerometer is found.
+    explicit TestAccelerometer(std::uint32_t usage = 3)
+        : _properties{{"PrimaryUsagePage", Number::withUnsignedInt(0xFF00)},
                       {"PrimaryUsage", Number::withUnsignedInt(usage)}} {}
 
     std::atomic<bool> failsToStart{false}; // startEvents throws

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+namespace VeltoTouch::Tests {
+
 // A device that a test plays by hand:
 //
 //   const auto device = makeRef<TestDevice>();
@@ -22,9 +24,6 @@
 //   device->deliverAndWait(imageReport(image));
 //
 // It is also the shortest backend there is, to be copied by who writes one.
-
-namespace VeltoTouch::Tests {
-
 class TestDevice final : public HIDDeviceBackend {
 public:
     using Report = std::vector<std::uint8_t>;
@@ -62,8 +61,8 @@ public:
             _settableKeys.insert(key);
     }
 
-    // Sends an input report, from any thread, and returns at once. It is handed on when the device's run loop gets to
-    // it; a device that is not scheduled keeps it until then, one that has gone drops it.
+    // Sends an input report from any thread, for the device's run loop to hand on. A device that is not scheduled keeps
+    // it until then, one that has gone drops it.
     void deliver(const Report& report) { _reports.post(report); }
 
     // The same, but returns when the callback has returned. Not from the thread of the run loop.
@@ -73,8 +72,13 @@ public:
             handled->wait();
     }
 
-    // The device goes: its source leaves its mode after the reports that are under way. `removalHandler` is called
-    // here.
+    // One after the other, each as deliverAndWait does.
+    void deliverAll(const std::vector<Report>& reports) {
+        for (const Report& report : reports)
+            deliverAndWait(report);
+    }
+
+    // The device goes: `removalHandler` is called, and its source leaves its mode after the reports under way.
     void unplug() {
         _reports.close();
         if (!_isGone.exchange(true))

@@ -3,6 +3,7 @@
 #include "Platform/HIDDevice.h"
 #include "Platform/Log.h"
 #include "Platform/PlugIn.h"
+#include "Recording/PipelineRecording.h"
 #include "Surface/Scripts.h"
 #include "Surface/Simulation.h"
 #include "Tests/Support/EventMatchers.h"
@@ -11,6 +12,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -50,10 +52,8 @@ public:
     TestHost(const TestHost&) = delete;
     TestHost& operator=(const TestHost&) = delete;
     ~TestHost() {
-        stop();
-        unregisterDevice(_device);
-        (*service)->Release(service);
-        (*plugIn)->Release(plugIn);
+        end();
+        drain();
     }
 
     IOReturn start() { return (*plugIn)->Start(plugIn, nullptr, _device); }
@@ -76,10 +76,20 @@ public:
     }
     void stop() {
         unschedule();
-        drain();
+        if (drainsBeforeClosing)
+            drain();
         (*service)->close(service, 0);
         (*plugIn)->Stop(plugIn);
         _isStarted = false;
+    }
+    // Stops and lets the service go. No other call but events() comes after it.
+    void end() {
+        if (std::exchange(_hasEnded, true))
+            return;
+        stop();
+        unregisterDevice(_device);
+        (*service)->Release(service);
+        (*plugIn)->Release(plugIn);
     }
 
     // Waits for the events that are queued.
@@ -96,6 +106,11 @@ public:
     [[nodiscard]] Ref<Value> property(const std::string& key) const {
         return Ref<Value>::adopt((*service)->copyProperty(service, makeRef<String>(key).get()));
     }
+    // The property of this name, read.
+    [[nodiscard]] PipelineRecording recording() const {
+        const auto text = property("Recording");
+        return PipelineRecording(makeRef<Data>(as<String>(text)->text()).get());
+    }
     bool set(const std::string& key, const Ref<Value>& value) const {
         return (*service)->setProperty(service, makeRef<String>(key).get(), value.get());
     }
@@ -106,6 +121,7 @@ public:
 
     Ref<DispatchQueue> queue = dispatch_queue_create("test host");
     std::function<void()> whenCalled = [] {}; // with every event, on the queue
+    bool drainsBeforeClosing = true;
 
 private:
     static void take(void* target, void* refcon, void* sender, IOHIDEventRef event, IOOptionBits options) {
@@ -120,6 +136,7 @@ private:
 
     const io_service_t _device;
     bool _isStarted = false;
+    bool _hasEnded = false;
     Mutex _lock;
     HIDEvents _events VELTO_GUARDED_BY(_lock);
 };

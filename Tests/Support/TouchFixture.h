@@ -18,12 +18,9 @@ inline std::size_t groupIndex(std::string_view name) {
     return static_cast<std::size_t>(std::ranges::find(names, name) - names.begin());
 }
 
-// A touch surface in front of a real pipeline, told what fingers do to it. It sends a frame every 10 ms, with
-// consecutive frame numbers from 0.
-//
-//   surface.at(1000).idle().press({{'E', 150}, {'F', 60}, {'K', 40}}).forMs(80).lift();
-//
-// sends an idle frame at 1000 ms, eight frames with fingers on the pads from 1010 ms on and a frame without at 1090 ms.
+// A touch surface in front of a real pipeline, told what fingers do to it; a frame every 10 ms, numbered from 0.
+// surface.at(1000).idle().press({{'E', 150}, {'F', 60}}).forMs(80).lift() sends an idle frame at 1000 ms, eight
+// frames with fingers on the pads from 1010 ms on and a frame without at 1090 ms.
 class TouchSurface {
 public:
     static constexpr std::uint32_t kFrameMs = 10;

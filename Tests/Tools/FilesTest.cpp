@@ -1,0 +1,171 @@
+#include "Tests/Support/Program.h"
+#include "Tests/Support/SmallRecordings.h"
+
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using testing::ElementsAre;
+
+namespace fs = std::filesystem;
+
+class FilesTest : public testing::Test {
+protected:
+    // Runs the command over its files; the complaint is one line, and about the bad one. Gives the output.
+    static std::string outputWhenRefused(Arguments command, const Arguments& files, const std::string& message) {
+        SCOPED_TRACE(testing::PrintToString(command));
+        command.insert(command.end(), files.begin(), files.end());
+        const Outcome outcome = velto().reading("{").run(command);
+        EXPECT_THAT(outcome, Ends(1, testing::_, "velto: " + files.front() + ": " + message + "\n"));
+        return outcome.output;
+    }
+    // Writes the recording as another file, which fails.
+    void expectNotWritten(const std::string& path, const std::string& message, std::size_t largest = 1'000'000) const {
+        EXPECT_THAT(velto().withFilesUpTo(largest).run({"convert", file, "-o", path}),
+                    Ends(1, "", "velto: " + path + ": " + message + "\n"));
+    }
+
+    const TemporaryFolder folder;
+    const std::string text = SmallRecording().touchForMs(80).text();
+    const std::string file = folder.write("in.json", text);
+    const std::string old = folder.write("old.json", "as it was");
+    const std::string noContainer = "migrateSerializedContainer failed: invalid container";
+};
+
+TEST_F(FilesTest, BadInputIsToldInOneLineAndLeavesTheOutputFileAsItWas) {
+    const std::string deep = std::string(200'000, '[') + std::string(200'000, ']');
+    for (const auto& [content, message] : std::vector<std::pair<std::string, std::string>>{
+             {"", noContainer},
+             {std::string(3'000'000, ' '), noContainer},
+             {text + '\0', noContainer},
+             {deep, noContainer},
+             {R"({"Version":2,"Frames":[{"Value":)" + deep + "}]}", noContainer},
+             {R"({"Version":2,"Frames":[{"Type":1}]})", "invalid frame type"},
+         }) {
+        const std::string bad = folder.write("bad.json", content);
+        outputWhenRefused({"convert", "-o", old}, {bad}, message);
+        outputWhenRefused({"trim", "--max", "1", "-o", folder.path("new.json")}, {bad}, message);
+        EXPECT_EQ(contentOf(old), "as it was");
+        EXPECT_THAT(folder.names(), ElementsAre("bad.json", "in.json", "old.json"));
+    }
+}
+
+TEST_F(FilesTest, BadInputIsRefusedByEveryCommandInTheWordsOfTheSystemAndOtherFilesAreStillHandled) {
+    for (const auto& [bad, message] : std::vector<std::pair<std::string, std::string>>{
+             {folder.write("bad.json", text.substr(0, 1000)), noContainer},
+             {"-", noContainer},
+             {folder.path("missing.json"), "No such file or directory"},
+             {folder.path(""), "Is a directory"},
+             {file + "/below", "Not a directory"},
+         }) {
+        for (const Arguments& command :
+             {Arguments{"replay"}, {"replay", "--jsonl", "--describe"}, {"info"}, {"info", "--json"}}) {
+            Arguments withGoodFile = command;
+            withGoodFile.push_back(file);
+            EXPECT_EQ(outputWhenRefused(command, {bad, file}, message), velto().run(withGoodFile).output);
+        }
+        for (const Arguments& command : {Arguments{"convert"}, {"trim", "--max", "1"}, {"render"}})
+            EXPECT_EQ(outputWhenRefused(command, {bad}, message), "");
+    }
+}
+
+TEST_F(FilesTest, AFullOrClosedStandardOutputEndsTheWorkWithAFailure) {
+    // So long that some of it is written before the end.
+    const std::string longFile = folder.write("long.json", SmallRecording().images(300, {}).touchForMs(900).text());
+    for (const Arguments& command : {Arguments{"replay", file},
+                                     {"replay", "--jsonl", "--describe", file},
+                                     {"convert", file},
+                                     {"trim", "--max", "1000", file},
+                                     {"render", file},
+                                     {"info", file},
+                                     {"info", "--json", file},
+                                     {"replay", "--describe", longFile, longFile},
+                                     {"replay", "--speed", "1e6", longFile, longFile},
+                                     {"replay", "--jsonl", "--describe", longFile, longFile},
+                                     {"replay", "--jsonl", "--speed", "1e6", longFile, longFile},
+                                     {"render", longFile}}) {
+        SCOPED_TRACE(testing::PrintToString(command));
+        EXPECT_THAT(velto().writingTo("/dev/full").run(command),
+                    Ends(1, "", "velto: standard output: No space left on device\n"));
+        EXPECT_THAT(velto().writingToAClosedPipe().run(command), Ends(1, ""));
+    }
+}
+
+TEST_F(FilesTest, AFileAppearsWithNothingBesideItUnderAnyName) {
+    const std::string longest = std::string(255, 'n');
+    for (const std::string& name : {std::string("new.json"), longest}) {
+        EXPECT_THAT(velto().run({"convert", file, "-o", folder.path(name)}), Ends(0, ""));
+        EXPECT_EQ(contentOf(folder.path(name)), text);
+    }
+    EXPECT_EQ(velto().run({"convert", file, "-o", "-"}).output, text) << "a dash is the standard output";
+    EXPECT_THAT(velto().run({"trim", file, "-o", file, "--max", "1"}), Ends(0, "")) << "replaced by itself";
+    EXPECT_EQ(contentOf(file), velto().reading(text).run({"trim", "--max", "1", "-"}).output);
+    EXPECT_THAT(folder.names(), ElementsAre("in.json", "new.json", longest, "old.json"));
+}
+
+TEST_F(FilesTest, AnOldFileKeepsItsPermissionsAndItsLinks) {
+    constexpr auto kMode = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_write;
+    fs::permissions(old, kMode);
+    fs::create_directory(folder.path("below"));
+    const std::string link = folder.path("below/link.json");
+    fs::create_symlink("../old.json", link);
+    EXPECT_THAT(velto().run({"convert", file, "-o", link}), Ends(0, ""));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(contentOf(old), text);
+    EXPECT_EQ(fs::status(old).permissions(), kMode);
+    fs::remove(link);
+    EXPECT_TRUE(fs::is_empty(folder.path("below")));
+    EXPECT_THAT(folder.names(), ElementsAre("below", "in.json", "old.json"));
+}
+
+TEST_F(FilesTest, WhatCannotBeWrittenWholeIsToldAndAnOldFileStays) {
+    fs::create_symlink("nothing.json", folder.path("link.json"));
+    expectNotWritten(folder.path("link.json"), "No such file or directory");
+    expectNotWritten(folder.path("missing/out.json"), "No such file or directory");
+    expectNotWritten(folder.path("in.json/out.json"), "Not a directory");
+    expectNotWritten(folder.path(""), "Is a directory");
+    expectNotWritten(folder.path("new.json"), "File too large", 1000);
+    expectNotWritten(old, "File too large", 1000);
+    EXPECT_EQ(contentOf(old), "as it was");
+    EXPECT_THAT(folder.names(), ElementsAre("in.json", "link.json", "old.json"));
+}
+
+TEST_F(FilesTest, WhatMayNotBeWrittenStays) {
+    if (::geteuid() == 0)
+        GTEST_SKIP() << "root may write everywhere";
+    fs::permissions(folder.path(""), fs::perms::owner_read | fs::perms::owner_exec);
+    expectNotWritten(old, "Permission denied");
+    fs::permissions(folder.path(""), fs::perms::owner_all);
+    fs::permissions(old, fs::perms::owner_read);
+    expectNotWritten(old, "Permission denied");
+    EXPECT_EQ(contentOf(old), "as it was");
+}
+
+TEST_F(FilesTest, AFullDeviceIsToldUnderItsName) {
+    // Root gets a device of its own: a fault that replaces it must not reach the machine's.
+    std::string device = "/dev/full";
+    if (::geteuid() == 0) {
+        device = folder.path("full");
+        if (::mknod(device.c_str(), S_IFCHR | 0600, makedev(1, 7)) != 0 || !std::ofstream(device))
+            GTEST_SKIP() << "no devices in temporary folders";
+    }
+    expectNotWritten(device, "No space left on device");
+    EXPECT_TRUE(fs::is_character_file(device));
+}
+
+TEST_F(FilesTest, APipeIsWrittenAsItIs) {
+    const std::string pipe = folder.path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = ::open(pipe.c_str(), O_RDWR | O_NONBLOCK); // nobody waits for the other
+    EXPECT_THAT(velto().run({"convert", file, "-o", pipe}), Ends(0, ""));
+    std::string content(text.size(), '\0');
+    EXPECT_EQ(::read(reader, content.data(), content.size()), static_cast<ssize_t>(text.size()));
+    ::close(reader);
+    EXPECT_EQ(content, text);
+    EXPECT_TRUE(fs::is_fifo(pipe));
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests
