@@ -29,11 +29,14 @@ void GestureTable::add(const HIDEvent& event, std::uint64_t timeNs) {
         if (_touch) {
             _touch->name = "hold";
             _touch->region = region;
+            _touch->endTimeNs = timeNs;
         }
         return;
     case Tools::Gesture::HoldChange:
-        if (_touch)
+        if (_touch) {
             _touch->region += " > " + region;
+            _touch->endTimeNs = timeNs;
+        }
         return;
     case Tools::Gesture::HoldEnd:
         return end("hold", timeNs);

@@ -29,6 +29,11 @@ public:
     // Shows a hold that the recording's end cut off.
     void finish(std::uint64_t timeNs);
 
+    // A hold that has not ended, or null. It lasts to its last event so far.
+    [[nodiscard]] const Gesture* holdInProgress() const noexcept {
+        return _touch && !_touch->name.empty() ? &*_touch : nullptr;
+    }
+
     // How many gestures there were, by name and region.
     [[nodiscard]] const std::map<std::string, std::map<std::string, std::uint64_t>>& counts() const noexcept {
         return _counts;

@@ -4,6 +4,7 @@
 #include "Tools/EventLines.h"
 #include "Tools/Files.h"
 #include "Tools/GestureTable.h"
+#include "Tools/Terminal.h"
 
 #include <fmt/format.h>
 
@@ -44,6 +45,8 @@ private:
     void appendEvent(std::string& text, const HIDEvent& event, std::uint64_t timeNs) override {
         _gestures.add(event, timeNs);
         takeRows(text);
+        if (const auto* hold = _gestures.holdInProgress(); hold != nullptr && _isTerminal)
+            appendUnfinished(text, *hold);
     }
     void appendEnding(std::string& text, const Ending& ending, std::uint64_t events) override {
         _gestures.finish(ending.durationNs);
@@ -53,9 +56,16 @@ private:
             text += fmt::format("  {} = {}\n", key, JSON::text(value.get()));
     }
 
+    // Its row when it has ended takes the place of this one.
+    static void appendUnfinished(std::string& text, const GestureTable::Gesture& hold) {
+        text += GestureTable::row(hold);
+        text.back() = '\r';
+    }
+
     void takeRows(std::string& text) { text += std::exchange(_rows, {}); }
 
     const std::string _name;
+    const bool _isTerminal = standardOutputIsTerminal();
     std::string _rows; // of gestures that have ended
     GestureTable _gestures{[this](const GestureTable::Gesture& gesture) { _rows += GestureTable::row(gesture); }};
 };

@@ -16,7 +16,7 @@ namespace {
 bool coloursAreWanted() {
     static const bool wanted = [] {
         const char* noColour = std::getenv("NO_COLOR");
-        return (noColour == nullptr || *noColour == '\0') && ::isatty(STDOUT_FILENO) != 0;
+        return (noColour == nullptr || *noColour == '\0') && standardOutputIsTerminal();
     }();
     return wanted;
 }
@@ -58,6 +58,8 @@ std::string_view fileNameOf(std::string_view path) {
     const auto slash = path.rfind('/');
     return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
+
+bool standardOutputIsTerminal() noexcept { return ::isatty(STDOUT_FILENO) != 0; }
 
 std::string coloured(Colour colour, std::string_view text) {
     if (colour == Colour::Plain || !coloursAreWanted())

@@ -27,6 +27,9 @@ void complain(std::string_view subject, std::string_view message);
 // The last part of a path.
 [[nodiscard]] std::string_view fileNameOf(std::string_view path);
 
+// Whether a person looks at the standard output.
+[[nodiscard]] bool standardOutputIsTerminal() noexcept;
+
 // Text in a colour of the terminal on standard output; plain elsewhere and where NO_COLOR is set.
 enum class Colour { Plain, Bold, Green, Yellow, Red };
 [[nodiscard]] std::string coloured(Colour colour, std::string_view text);
