@@ -6,14 +6,12 @@ namespace VeltoTouch {
 namespace {
 
 constexpr std::uint32_t kClientType = 1;
-constexpr std::uint32_t kUsagePage = 0xFF00;
-constexpr std::uint32_t kUsage = 3;
 constexpr double kMicrosecondsPerSecond = 1'000'000.0;
 
 Ref<Dictionary> accelerometerMatching() {
     std::vector<Dictionary::Entry> entries;
-    entries.push_back({.key = "PrimaryUsagePage", .value = Number::withUnsignedInt(kUsagePage)});
-    entries.push_back({.key = "PrimaryUsage", .value = Number::withUnsignedInt(kUsage)});
+    entries.push_back({.key = "PrimaryUsagePage", .value = Number::withUnsignedInt(kAccelerometerUsagePage)});
+    entries.push_back({.key = "PrimaryUsage", .value = Number::withUnsignedInt(kAccelerometerUsage)});
     return makeRef<Dictionary>(std::move(entries));
 }
 

@@ -77,8 +77,7 @@ Bundle::Bundle(std::string folder) : _folder(std::move(folder)) {
     if (_executable.empty() || _executable.find('/') != std::string::npos)
         failManifest("no file name under CFBundleExecutable");
     _factoryName = factoryNameIn(*manifest);
-    const auto entries = member<Dictionary>(*manifest, "HIDMatching", "dictionary").entries();
-    _matching = makeRef<Dictionary>(std::vector(entries.begin(), entries.end()));
+    _matching = Ref<const Dictionary>::retained(&member<Dictionary>(*manifest, "HIDMatching", "dictionary"));
 }
 
 bool Bundle::matches(HIDDeviceBackend& device) const {

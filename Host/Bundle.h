@@ -32,7 +32,7 @@ private:
     std::string _folder;
     std::string _executable;
     std::string _factoryName;
-    Ref<Dictionary> _matching;
+    Ref<const Dictionary> _matching;
 };
 
 } // namespace VeltoTouch

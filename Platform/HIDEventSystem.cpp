@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 
 namespace VeltoTouch {
 namespace {
@@ -20,7 +21,7 @@ Registry& registry() {
 // What every HIDEventSystemClient is.
 class Client final : public HIDEventSystemClient {
 public:
-    Ref<Dictionary> matching;
+    Ref<const Dictionary> matching;
     IOHIDEventBlock block;
     void* target = nullptr;
     void* refcon = nullptr;
@@ -36,6 +37,14 @@ public:
 Client& clientOf(IOHIDEventSystemClientRef client) noexcept { return static_cast<Client&>(*client); }
 
 } // namespace
+
+std::optional<double> reportIntervalUs(const std::string& key, const Ref<Value>& value) noexcept {
+    const auto* number = as<Number>(value);
+    const double interval = key != "ReportInterval" || number == nullptr ? 0.0 : number->doubleValue();
+    if (!std::isfinite(interval) || interval <= 0.0)
+        return std::nullopt;
+    return std::clamp(interval, kShortestReportIntervalUs, kLongestReportIntervalUs);
+}
 
 void registerEventService(Ref<HIDEventService> service) {
     const MutexLock guard(registry().lock);
@@ -59,8 +68,7 @@ Ref<HIDEventSystemClient> IOHIDEventSystemClientCreateWithType(CFTypeRef /*alloc
 }
 
 void IOHIDEventSystemClientSetMatching(IOHIDEventSystemClientRef client, CFDictionaryRef matching) {
-    const auto entries = matching->entries();
-    clientOf(client).matching = makeRef<Dictionary>(std::vector(entries.begin(), entries.end()));
+    clientOf(client).matching = Ref<const Dictionary>::retained(matching);
 }
 
 std::vector<Ref<HIDEventService>> IOHIDEventSystemClientCopyServices(IOHIDEventSystemClientRef client) {

@@ -5,6 +5,8 @@
 #include "Platform/Value.h"
 
 #include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
 // The HID event system as a client sees it. Event services, such as an accelerometer, are registered with it; a client
@@ -26,6 +28,16 @@ public:
     // once. A service that goes takes its sources out of their modes. May throw std::system_error.
     [[nodiscard]] virtual RunLoopSource startEvents(RunLoop& loop, std::string_view mode, EventHandler handler) = 0;
 };
+
+// What accelerometers are found by.
+constexpr std::uint32_t kAccelerometerUsagePage = 0xFF00;
+constexpr std::uint32_t kAccelerometerUsage = 3;
+
+// The interval that a property asks of a service of ours: a number above 0 under "ReportInterval", in microseconds,
+// brought into this range. Nothing for any other key or value, which a service does not take.
+constexpr double kShortestReportIntervalUs = 1'000;
+constexpr double kLongestReportIntervalUs = 10'000'000;
+[[nodiscard]] std::optional<double> reportIntervalUs(const std::string& key, const Ref<Value>& value) noexcept;
 
 // Services are found in the order in which they were registered. Any thread.
 void registerEventService(Ref<HIDEventService> service);

@@ -103,10 +103,20 @@ Dictionary::Dictionary(std::vector<Entry> entries)
     _entries.erase(_entries.begin(), kept.base());
 }
 
-const Value* Dictionary::find(std::string_view key) const noexcept {
+const Dictionary::Entry* Dictionary::entryUnder(std::string_view key) const noexcept {
     const auto entry = std::lower_bound(_entries.begin(), _entries.end(), key,
                                         [](const Entry& a, std::string_view wanted) { return a.key < wanted; });
-    return entry != _entries.end() && entry->key == key ? entry->value.get() : nullptr;
+    return entry != _entries.end() && entry->key == key ? &*entry : nullptr;
+}
+
+const Value* Dictionary::find(std::string_view key) const noexcept {
+    const Entry* const entry = entryUnder(key);
+    return entry == nullptr ? nullptr : entry->value.get();
+}
+
+Ref<Value> Dictionary::value(std::string_view key) const noexcept {
+    const Entry* const entry = entryUnder(key);
+    return entry == nullptr ? nullptr : entry->value;
 }
 
 Data::Data(std::string bytes) : Value(kKind), _bytes(std::move(bytes)) { _bytes.reserve(_bytes.size() + kPadding); }

@@ -132,8 +132,13 @@ public:
     [[nodiscard]] std::span<const Entry> entries() const noexcept { return _entries; }
     // The value under `key`, owned by the dictionary, or null.
     [[nodiscard]] const Value* find(std::string_view key) const noexcept;
+    // The same with a reference of its own.
+    [[nodiscard]] Ref<Value> value(std::string_view key) const noexcept;
 
 private:
+    // Null where there is none.
+    [[nodiscard]] const Entry* entryUnder(std::string_view key) const noexcept;
+
     std::vector<Entry> _entries;
 };
 

@@ -1,7 +1,7 @@
 #include "Surface/PlayedDevice.h"
 
-#include "Pipeline/Reports/InputReport.h"
 #include "Platform/Clock.h"
+#include "Platform/Linux/ReportDescriptor.h"
 #include "Shared/Util.h"
 #include "Surface/ReportDescriptor.h"
 
@@ -11,9 +11,6 @@ namespace VeltoTouch::Surface {
 namespace {
 
 constexpr double kLongestPauseNs = 1e18; // thirty years; far below what a host time holds
-
-constexpr std::uint32_t kUsagePage = 0xFF60;
-constexpr std::uint32_t kUsage = 1;
 
 } // namespace
 
@@ -57,18 +54,15 @@ IOReturn PlayedDevice::getReport(IOHIDReportType type, std::uint32_t reportID, s
     return kIOReturnSuccess;
 }
 
-Ref<Value> PlayedDevice::getProperty(const std::string& key) {
-    // Values are immutable; the dictionary gives them as such.
-    return Ref<Value>::retained(const_cast<Value*>(_properties->find(key)));
-}
-
 Ref<Dictionary> surfaceProperties(std::string_view product, std::string_view serialNumber) {
     const auto text = [](std::string_view content) { return makeRef<String>(std::string(content)); };
     const auto number = [](std::uint64_t content) { return Number::withUnsignedLong(content); };
+    const ReportDescriptor descriptor(kReportDescriptor);
+    const ReportDescriptor::Usage usage = descriptor.primaryUsage().value();
     return makeRef<Dictionary>(std::vector<Dictionary::Entry>{
-        {.key = "MaxInputReportSize", .value = number(InputReport::kImageReportLength)},
-        {.key = "PrimaryUsage", .value = number(kUsage)},
-        {.key = "PrimaryUsagePage", .value = number(kUsagePage)},
+        {.key = "MaxInputReportSize", .value = number(descriptor.longestReport(kIOHIDReportTypeInput))},
+        {.key = "PrimaryUsage", .value = number(usage.usage)},
+        {.key = "PrimaryUsagePage", .value = number(usage.page)},
         {.key = "Product", .value = text(product)},
         {.key = "ProductID", .value = number(0)},
         {.key = "ReportDescriptor",

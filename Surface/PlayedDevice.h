@@ -40,7 +40,7 @@ public:
     [[nodiscard]] RunLoopSource startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) override;
     [[nodiscard]] IOReturn getReport(IOHIDReportType type, std::uint32_t reportID, std::span<std::uint8_t> buffer,
                                      std::size_t& length) override;
-    [[nodiscard]] Ref<Value> getProperty(const std::string& key) override;
+    [[nodiscard]] Ref<Value> getProperty(const std::string& key) override { return _properties->value(key); }
     // Nothing of a played device can be set.
     [[nodiscard]] bool setProperty(const std::string& /*key*/, const Ref<Value>& /*value*/) override { return false; }
 

@@ -5,14 +5,11 @@
 #include "Surface/Random.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace VeltoTouch::Surface {
 namespace {
 
-constexpr std::uint32_t kUsagePage = 0xFF00;
-constexpr std::uint32_t kUsage = 3;
 constexpr double kTremor = 0.01; // g
 
 Ref<HIDEvent> nextEvent(Random& random, std::uint64_t time) {
@@ -26,23 +23,19 @@ Ref<HIDEvent> nextEvent(Random& random, std::uint64_t time) {
 
 Ref<Value> SimulatedAccelerometer::getProperty(const std::string& key) {
     if (key == "PrimaryUsagePage")
-        return Number::withUnsignedInt(kUsagePage);
+        return Number::withUnsignedInt(kAccelerometerUsagePage);
     if (key == "PrimaryUsage")
-        return Number::withUnsignedInt(kUsage);
+        return Number::withUnsignedInt(kAccelerometerUsage);
     if (key == "ReportInterval")
         return Number::withDouble(_intervalUs);
     return nullptr;
 }
 
 bool SimulatedAccelerometer::setProperty(const std::string& key, const Ref<Value>& value) {
-    const auto* number = as<Number>(value);
-    if (key != "ReportInterval" || number == nullptr)
-        return false;
-    const double intervalUs = number->doubleValue();
-    if (!std::isfinite(intervalUs) || intervalUs <= 0.0)
-        return false;
-    _intervalUs = std::clamp(intervalUs, kShortestIntervalUs, kLongestIntervalUs);
-    return true;
+    const auto intervalUs = reportIntervalUs(key, value);
+    if (intervalUs)
+        _intervalUs = *intervalUs;
+    return intervalUs.has_value();
 }
 
 RunLoopSource SimulatedAccelerometer::startEvents(RunLoop& loop, std::string_view mode, EventHandler handler) {

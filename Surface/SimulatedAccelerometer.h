@@ -10,11 +10,8 @@ namespace VeltoTouch::Surface {
 // same values in the same order.
 class SimulatedAccelerometer final : public HIDEventService {
 public:
-    static constexpr double kShortestIntervalUs = 1'000;
-    static constexpr double kLongestIntervalUs = 10'000'000;
-
     [[nodiscard]] Ref<Value> getProperty(const std::string& key) override;
-    // "ReportInterval" alone: a number above 0, brought into the range above; in force from the next event on.
+    // "ReportInterval" alone, as `reportIntervalUs` reads it; in force from the next event on.
     bool setProperty(const std::string& key, const Ref<Value>& value) override;
     // Events that could not be given in time are left out.
     [[nodiscard]] RunLoopSource startEvents(RunLoop& loop, std::string_view mode, EventHandler handler) override;

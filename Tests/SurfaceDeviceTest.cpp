@@ -185,8 +185,8 @@ TEST(SimulatedAccelerometerTest, TakesOnlyAnIntervalThatIsOne) {
              Row{-5, false, 10'000},
              Row{std::nan(""), false, 10'000},
              Row{kForever, false, 10'000},
-             Row{1e-9, true, SimulatedAccelerometer::kShortestIntervalUs},
-             Row{1e30, true, SimulatedAccelerometer::kLongestIntervalUs},
+             Row{1e-9, true, kShortestReportIntervalUs},
+             Row{1e30, true, kLongestReportIntervalUs},
          }) {
         EXPECT_EQ(accelerometer->setProperty("ReportInterval", Number::withDouble(given)), isTaken) << given;
         EXPECT_EQ(interval(), inForce) << given;

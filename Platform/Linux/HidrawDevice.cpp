@@ -145,9 +145,4 @@ IOReturn HidrawDevice::getReport(IOHIDReportType type, std::uint32_t reportID, s
     return kIOReturnSuccess;
 }
 
-Ref<Value> HidrawDevice::getProperty(const std::string& key) {
-    // Values are immutable; the dictionary gives them as such.
-    return Ref<Value>::retained(const_cast<Value*>(_properties->find(key)));
-}
-
 } // namespace VeltoTouch

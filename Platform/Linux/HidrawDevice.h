@@ -39,7 +39,7 @@ public:
     [[nodiscard]] IOReturn getReport(IOHIDReportType type, std::uint32_t reportID, std::span<std::uint8_t> buffer,
                                      std::size_t& length) override;
 
-    [[nodiscard]] Ref<Value> getProperty(const std::string& key) override;
+    [[nodiscard]] Ref<Value> getProperty(const std::string& key) override { return _properties->value(key); }
     [[nodiscard]] bool setProperty(const std::string& /*key*/, const Ref<Value>& /*value*/) override { return false; }
 
 private:

@@ -4,7 +4,6 @@
 #include "Platform/Linux/IIOSamplingFrequency.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include <iio.h>
@@ -12,8 +11,6 @@
 namespace VeltoTouch {
 namespace {
 
-constexpr std::uint32_t kUsagePage = 0xFF00;
-constexpr std::uint32_t kUsage = 3;
 constexpr double kStandardGravity = 9.80665; // m/s^2
 constexpr double kMicrosecondsPerSecond = 1'000'000;
 
@@ -85,9 +82,9 @@ Ref<HIDEvent> IIOAccelerometer::readEvent() const {
 
 Ref<Value> IIOAccelerometer::getProperty(const std::string& key) {
     if (key == "PrimaryUsagePage")
-        return Number::withUnsignedInt(kUsagePage);
+        return Number::withUnsignedInt(kAccelerometerUsagePage);
     if (key == "PrimaryUsage")
-        return Number::withUnsignedInt(kUsage);
+        return Number::withUnsignedInt(kAccelerometerUsage);
     if (key == "ReportInterval")
         return Number::withDouble(_intervalUs);
     if (const char* name = iio_device_get_name(_device); key == "Product" && name != nullptr)
@@ -96,15 +93,11 @@ Ref<Value> IIOAccelerometer::getProperty(const std::string& key) {
 }
 
 bool IIOAccelerometer::setProperty(const std::string& key, const Ref<Value>& value) {
-    const auto* number = as<Number>(value);
-    if (key != "ReportInterval" || number == nullptr)
+    const auto intervalUs = reportIntervalUs(key, value);
+    if (!intervalUs)
         return false;
-    const double intervalUs = number->doubleValue();
-    if (!std::isfinite(intervalUs) || intervalUs <= 0.0)
-        return false;
-    const double used = std::clamp(intervalUs, kShortestIntervalUs, kLongestIntervalUs);
-    _intervalUs = used;
-    setSamplingFrequency(kMicrosecondsPerSecond / used);
+    _intervalUs = *intervalUs;
+    setSamplingFrequency(kMicrosecondsPerSecond / *intervalUs);
     return true;
 }
 

@@ -22,16 +22,13 @@ namespace VeltoTouch {
 // run loop's thread as long as the hardware takes for three values, the first one also the time to wake it up.
 class IIOAccelerometer final : public HIDEventService {
 public:
-    static constexpr double kShortestIntervalUs = 1'000;
-    static constexpr double kLongestIntervalUs = 10'000'000;
-
     // An accelerometer that can be read right now; null for other devices, and for one that is busy. The device is the
     // context's, which is shared by all that are found in it.
     [[nodiscard]] static Ref<IIOAccelerometer> make(std::shared_ptr<iio_context> context, iio_device* device);
 
     // "PrimaryUsagePage" 0xFF00, "PrimaryUsage" 3, "ReportInterval", and "Product" where the driver gives a name.
     [[nodiscard]] Ref<Value> getProperty(const std::string& key) override;
-    // "ReportInterval" alone: a number above 0, brought into the range above. In force from the next event on. The
+    // "ReportInterval" alone, as `reportIntervalUs` reads it. In force from the next event on. The
     // hardware is set to the nearest sampling frequency it has; one that takes none goes on with its own.
     bool setProperty(const std::string& key, const Ref<Value>& value) override;
     // Events that could not be given in time are left out. A read that fails ends the events: the device has gone,

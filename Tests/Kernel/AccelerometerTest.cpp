@@ -101,7 +101,7 @@ TEST_F(AccelerometerTest, ClientsMatchItAndTheIntervalReachesTheHardware) {
     EXPECT_FALSE(found.front()->setProperty("Product", makeRef<String>("Another")));
     EXPECT_EQ(number("ReportInterval"), 40'000);
     EXPECT_TRUE(setInterval(Number::withDouble(1)));
-    EXPECT_EQ(number("ReportInterval"), IIOAccelerometer::kShortestIntervalUs);
+    EXPECT_EQ(number("ReportInterval"), kShortestReportIntervalUs);
 }
 
 TEST_F(AccelerometerTest, UnpluggedItLeavesTheModeAndIsNotFoundAgain) {

@@ -31,19 +31,30 @@ public:
     // Waits until this happens to a device with a node whose path below /dev begins so; gives the whole path. Throws
     // std::system_error where that takes too long.
     [[nodiscard]] std::string waitFor(std::string_view action, std::string_view nodePrefix) {
+        const auto isWanted = [nodePrefix](const std::string& node) { return node.starts_with(nodePrefix); };
+        return "/dev/" + waitForMember(action, "DEVNAME", isWanted);
+    }
+    // The same for any device of a subsystem.
+    void waitForSubsystem(std::string_view action, std::string_view subsystem) {
+        waitForMember(action, "SUBSYSTEM", [subsystem](const std::string& name) { return name == subsystem; });
+    }
+
+private:
+    // The member's value, once it is a wanted one.
+    template <class IsWanted>
+    std::string waitForMember(std::string_view action, std::string_view key, const IsWanted& isWanted) {
         std::array<char, 8192> news{};
         for (;;) {
             const ssize_t length = ::recv(_socket.get(), news.data(), news.size(), 0);
             if (length < 0)
-                throw std::system_error(errno, std::generic_category(), "no news of " + std::string(nodePrefix));
+                throw std::system_error(errno, std::generic_category(), "no news of a device");
             const std::string text(news.data(), static_cast<std::size_t>(length));
-            const std::string node = member(text, "DEVNAME");
-            if (member(text, "ACTION") == action && node.starts_with(nodePrefix))
-                return "/dev/" + node;
+            const std::string value = member(text, key);
+            if (member(text, "ACTION") == action && isWanted(value))
+                return value;
         }
     }
 
-private:
     // KEY=VALUE, each between zeros.
     [[nodiscard]] static std::string member(const std::string& news, std::string_view key) {
         const std::string start = std::string(1, '\0') + std::string(key) + "=";

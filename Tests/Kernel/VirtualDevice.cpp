@@ -1,6 +1,7 @@
 #include "Tests/Kernel/VirtualDevice.h"
 
 #include "Surface/ReportDescriptor.h"
+#include "Tests/Kernel/KernelNews.h"
 
 #include <algorithm>
 #include <array>
@@ -12,11 +13,9 @@
 #include <system_error>
 
 #include <fcntl.h>
-#include <linux/netlink.h>
 #include <linux/uhid.h>
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Tests {
@@ -29,44 +28,6 @@ FileDescriptor checked(int descriptor, const char* what) {
         throw std::system_error(errno, std::generic_category(), what);
     return FileDescriptor(descriptor);
 }
-
-// What the kernel tells of devices that come and go, from now on.
-class DeviceNews {
-public:
-    DeviceNews() {
-        const timeval patience{.tv_sec = kPatience.count(), .tv_usec = 0};
-        ::setsockopt(_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-        sockaddr_nl address{};
-        address.nl_family = AF_NETLINK;
-        address.nl_groups = 1; // the kernel's own
-        if (::bind(_socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-            throw std::system_error(errno, std::generic_category(), "news of devices");
-    }
-
-    // Waits until this happens to a device of a subsystem; gives the rest of what is told.
-    [[nodiscard]] std::string waitFor(std::string_view action, std::string_view subsystem) {
-        std::array<char, 8192> news{};
-        for (;;) {
-            const ssize_t length = ::recv(_socket.get(), news.data(), news.size(), 0);
-            if (length < 0)
-                throw std::system_error(errno, std::generic_category(), "no news of the device");
-            std::string text(news.data(), static_cast<std::size_t>(length));
-            if (member(text, "ACTION") == action && member(text, "SUBSYSTEM") == subsystem)
-                return text;
-        }
-    }
-
-    // KEY=VALUE, each between zeros.
-    [[nodiscard]] static std::string member(const std::string& news, std::string_view key) {
-        const std::string start = std::string(1, '\0') + std::string(key) + "=";
-        const auto at = news.find(start);
-        return at == std::string::npos ? "" : news.c_str() + at + start.size();
-    }
-
-private:
-    FileDescriptor _socket =
-        checked(::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_KOBJECT_UEVENT), "news of devices");
-};
 
 // Into a field of fixed size that has been zeroed.
 template <std::size_t N>
@@ -94,10 +55,10 @@ uhid_event creationOf(const VirtualDevice::Identity& identity) {
 VirtualDevice::VirtualDevice(const Identity& identity)
     : _kernel(checked(::open("/dev/uhid", O_RDWR | O_CLOEXEC), "/dev/uhid")),
       _stop(checked(::eventfd(0, EFD_CLOEXEC), "virtual device")) {
-    DeviceNews news;
+    KernelNews news;
     write(creationOf(identity));
-    _path = "/dev/" + DeviceNews::member(news.waitFor("add", "hidraw"), "DEVNAME");
-    std::ignore = news.waitFor("bind", "hid"); // until then the kernel drops reports
+    _path = news.waitFor("add", "hidraw");
+    news.waitForSubsystem("bind", "hid"); // until then the kernel drops reports
     _server = std::thread([this] { serve(); });
 }
 
