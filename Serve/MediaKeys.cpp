@@ -38,8 +38,10 @@ void MediaKeys::handle(const HIDEvent& event) {
     }
     switch (IOHIDEventGetPhase(&event)) {
     case kIOHIDEventPhaseBegan:
-    case kIOHIDEventPhaseChanged:
         hold(keysOf(event).hold);
+        break;
+    case kIOHIDEventPhaseChanged:
+        moveHold(keysOf(event).hold);
         break;
     default:
         releaseAll();
@@ -52,6 +54,11 @@ void MediaKeys::handle(const HIDEvent& event) {
 void MediaKeys::click(std::uint16_t key) {
     hold(key);
     releaseAll();
+}
+
+void MediaKeys::moveHold(std::uint16_t key) {
+    if (_pressed != KEY_ASSISTANT)
+        hold(key == KEY_ASSISTANT ? kNoKey : key);
 }
 
 void MediaKeys::hold(std::uint16_t key) {

@@ -22,13 +22,14 @@ namespace VeltoTouch {
 //   event                                  what it does, after one key at most was pressed
 //   -----------------------------------    -------------------------------------------------------------------
 //   tap                                    releases it; presses and releases the region's key for a tap
-//   hold start, hold change                releases it and presses the region's key for a hold; nothing where
-//                                          they are the same
+//   hold start                             releases it and presses the region's key for a hold
+//   hold change between volume regions     releases it and presses the region's key; nothing where they are the same
+//   hold change to another region          releases a volume key
 //   may begin, hold end, cancel,           releases it
 //   firmware reset
 //
-// So the key is always that of the region where the finger is: a hold that moves from a volume region to play-pause
-// lets the volume be and calls the assistant, and the other way round.
+// What a hold is for is decided where it starts. One that started on play-pause keeps the assistant's key wherever it
+// moves, and a slide over the volume that crosses play-pause does not call the assistant on its way.
 //
 // On one thread at a time. What the output throws is passed on; the key it was about counts as released then.
 class MediaKeys {
@@ -47,6 +48,7 @@ private:
 
     void click(std::uint16_t key);
     void hold(std::uint16_t key);
+    void moveHold(std::uint16_t key);
 
     KeyOutput& _output;
     std::uint16_t _pressed = kNoKey;

@@ -18,35 +18,34 @@ Colour colourOf(const std::string& name) {
 
 } // namespace
 
-void GestureTable::add(const HIDEvent& event, std::uint64_t timeNs) {
-    const auto gesture = gestureOf(event);
-    const std::string region(regionNameOf(event).value_or(""));
-    switch (gesture) {
-    case Tools::Gesture::MayBegin:
-        _touch = {.name = "", .region = region, .frame = frameOf(event), .startTimeNs = timeNs, .endTimeNs = timeNs};
+void GestureTable::add(const GestureEvent& event, std::uint64_t timeNs) {
+    const std::string region(event.region.value_or(""));
+    switch (event.gesture) {
+    case VeltoTouch::Gesture::MayBegin:
+        _touch = {.name = "", .region = region, .frame = event.frame, .startTimeNs = timeNs, .endTimeNs = timeNs};
         return;
-    case Tools::Gesture::HoldStart:
+    case VeltoTouch::Gesture::HoldStart:
         if (_touch) {
             _touch->name = "hold";
             _touch->region = region;
             _touch->endTimeNs = timeNs;
         }
         return;
-    case Tools::Gesture::HoldChange:
+    case VeltoTouch::Gesture::HoldChange:
         if (_touch) {
             _touch->region += " > " + region;
             _touch->endTimeNs = timeNs;
         }
         return;
-    case Tools::Gesture::HoldEnd:
+    case VeltoTouch::Gesture::HoldEnd:
         return end("hold", timeNs);
-    case Tools::Gesture::Tap:
+    case VeltoTouch::Gesture::Tap:
         if (_touch)
             _touch->region = region;
         return end("tap", timeNs);
-    case Tools::Gesture::Cancel:
+    case VeltoTouch::Gesture::Cancel:
         return end("rejected", timeNs);
-    case Tools::Gesture::FirmwareReset:
+    case VeltoTouch::Gesture::FirmwareReset:
         _touch = {.name = "", .region = "", .frame = 0, .startTimeNs = timeNs, .endTimeNs = timeNs};
         return end("firmware reset", timeNs);
     }

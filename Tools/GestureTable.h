@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Platform/HIDEvent.h"
-#include "Tools/EventLines.h"
+#include "Host/Gesture.h"
 
 #include <cstdint>
 #include <functional>
@@ -25,7 +24,7 @@ public:
     // `show` is called with each gesture as it ends.
     explicit GestureTable(std::function<void(const Gesture&)> show) : _show(std::move(show)) {}
 
-    void add(const HIDEvent& event, std::uint64_t timeNs);
+    void add(const GestureEvent& event, std::uint64_t timeNs);
     // Shows a hold that the recording's end cut off.
     void finish(std::uint64_t timeNs);
 

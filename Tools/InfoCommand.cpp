@@ -60,7 +60,9 @@ Info inspect(const std::string& file) {
 
     Replay replay;
     GestureTable gestures([](const GestureTable::Gesture&) {});
-    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) { gestures.add(event, timeNs); };
+    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
+        gestures.add(gestureEventOf(event), timeNs);
+    };
     replay.play(recording, {}, Replay::kMaxSpeed, "replaying " + file);
     info.counts = replay.counts();
     gestures.finish(info.counts.durationNs);

@@ -101,7 +101,9 @@ void replayAsTable(const Options& options, const std::string& file, Replay& repl
                                        algs.virtualStateDescription(pads, image.timestampMs));
         };
     }
-    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) { gestures.add(event, timeNs); };
+    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
+        gestures.add(gestureEventOf(event), timeNs);
+    };
     replay.frameDone = [&output] { output.flushWhenDue(); };
     replay.play(recording, options.settings, options.speed, "replaying " + file);
     gestures.finish(replay.counts().durationNs);

@@ -43,7 +43,7 @@ public:
 private:
     void appendBeginning(std::string& text) override { text += _name + "\n" + GestureTable::heading(); }
     void appendEvent(std::string& text, const HIDEvent& event, std::uint64_t timeNs) override {
-        _gestures.add(event, timeNs);
+        _gestures.add(gestureEventOf(event), timeNs);
         takeRows(text);
         if (const auto* hold = _gestures.holdInProgress(); hold != nullptr && _isTerminal)
             appendUnfinished(text, *hold);
