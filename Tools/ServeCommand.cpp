@@ -1,13 +1,21 @@
+#include "Host/Gesture.h"
+#include "Serve/Bus/TouchObject.h"
+#include "Serve/EventLoop.h"
 #include "Serve/MediaKeys.h"
 #include "Serve/UinputKeyboard.h"
+#include "Shared/Util.h"
+#include "Tools/BusOptions.h"
 #include "Tools/Command.h"
 #include "Tools/Hosting.h"
 
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
+
+#include <systemd/sd-daemon.h>
 
 namespace VeltoTouch::Tools {
 namespace {
@@ -17,13 +25,16 @@ constexpr const char* kDescription = "Example:\n"
                                      "Makes the gestures on a surface key presses for everything on this machine:\n"
                                      "a tap plays, pauses or steps the volume, a hold keeps the volume key or the\n"
                                      "assistant's pressed. Ends when the device goes or with Ctrl-C; no key stays\n"
-                                     "pressed. Needs the right to write to /dev/uinput.";
+                                     "pressed. Needs the right to write to /dev/uinput. While it runs, get, set,\n"
+                                     "watch and record reach it over the message bus.";
 
 constexpr const char* kKeyboardName = "Velto Touch Surface Keys";
 
 struct Options {
     DeviceChoice device;
     std::string plugIn; // empty: the program's own
+    Bus::Which bus = Bus::Which::System;
+    bool withoutKeys = false;
 };
 
 // The keys, for events that come on the host's queue. The first failure is kept for the end; no key is pressed after
@@ -56,22 +67,47 @@ private:
     std::exception_ptr _failure;
 };
 
+Bus::ServedSurface servedSurface(const Options& options, const ConnectedDevice& device, const HostedService& service) {
+    return {.device = options.device.name,
+            .properties = {.get = [&service](const std::string& key) { return service.copyProperty(key); },
+                           .set = [&service](const std::string& key,
+                                             const Ref<Value>& value) { return service.setProperty(key, value); }},
+            .deliveredReports = [&device] { return device.backend().deliveredReports(); }};
+}
+
 int serve(const Options& options) {
-    const auto loop = Ref<RunLoop>::retained(CFRunLoopGetCurrent());
-    const auto endServing = [loop] { CFRunLoopStop(loop.get()); };
+    EventLoop loop;
+    const auto endServing = [&loop] { loop.stop(); };
     const ConnectedDevice device =
         about(options.device.subject(), [&] { return ConnectedDevice(options.device, 1.0); });
     StopSignals signals; // before any thread, and after a recording is read: until then a signal ends the program
     device.backend().removalHandler = endServing;
+    loop.addDescriptor(signals.descriptor(), endServing);
 
-    Keys keys(endServing);
-    HostedService service =
-        openService(options.plugIn, device, [&keys](const Ref<HIDEvent>& event) { keys.handle(*event); });
+    std::optional<Keys> keys;
+    if (!options.withoutKeys)
+        keys.emplace(endServing);
+    Bus::TouchObject* object = nullptr; // of the loop's thread
+    const auto handleEvent = [&](const Ref<HIDEvent>& event) {
+        if (keys)
+            keys->handle(*event);
+        loop.post([&object, gesture = gestureEventOf(*event),
+                   timeNs = Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()))] {
+            object->tellGesture(gesture, timeNs);
+        });
+    };
+    HostedService service = openService(options.plugIn, device, handleEvent);
+    Bus::TouchObject served(loop, options.bus, servedSurface(options, device, service));
+    object = &served;
+
     service.schedule();
-    waitForTheEnd(signals);
+    sd_notify(0, "READY=1");
+    loop.run();
+    sd_notify(0, "STOPPING=1");
     signals.beginEnd();
     service.unschedule();
-    keys.end();
+    if (keys)
+        keys->end();
     return 0;
 }
 
@@ -82,6 +118,8 @@ Command makeServeCommand(CLI::App& program) {
     CLI::App* app = program.add_subcommand("serve", kDescription);
     addDevice(*app, options->device, "The surface; see below")->required();
     addPlugIn(*app, options->plugIn);
+    addBus(*app, options->bus);
+    app->add_flag("--no-keys", options->withoutKeys, "Make no keyboard: gestures are told on the bus alone");
     return {app, [options] { return serve(*options); }};
 }
 

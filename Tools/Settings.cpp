@@ -1,22 +1,12 @@
 #include "Tools/Settings.h"
 
-#include "Algs/Algs.h"
+#include "Pipeline/SettingKind.h"
 #include "Platform/JSON.h"
-#include "Shared/Util.h"
 #include "Tools/Terminal.h"
 
 #include <stdexcept>
 
 namespace VeltoTouch::Tools {
-namespace {
-
-Algs::SettingKind kindOf(std::string key) {
-    if (!Util::stripDomainFromKey(key, kPipelineDomain) || !Util::stripDomainFromKey(key, "Algs"))
-        return Algs::SettingKind::Unknown;
-    return Algs::settingKind(key);
-}
-
-} // namespace
 
 Setting parseSetting(std::string_view text) {
     const auto equals = text.find('=');
@@ -31,7 +21,7 @@ Setting parseSetting(std::string_view text) {
 
 void warnOfDoubtfulSettings(const std::vector<Setting>& settings) {
     for (const Setting& setting : settings) {
-        const auto kind = kindOf(setting.key);
+        const auto kind = settingKindOf(setting.key);
         if (kind == Algs::SettingKind::Unknown)
             complain(setting.key, "nothing knows this key");
         else if (kind == Algs::SettingKind::ReadsNumber && as<Number>(setting.value) == nullptr)

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
+
+// The bus library's objects, each with one owner, and its errors as exceptions.
+
+namespace VeltoTouch {
+
+template <auto Unreference>
+struct Unreferencing {
+    template <class Object>
+    void operator()(Object* object) const noexcept {
+        Unreference(object);
+    }
+};
+
+using EventLoopHandle = std::unique_ptr<sd_event, Unreferencing<sd_event_unref>>;
+using EventSourceHandle = std::unique_ptr<sd_event_source, Unreferencing<sd_event_source_disable_unref>>;
+using BusHandle = std::unique_ptr<sd_bus, Unreferencing<sd_bus_close_unref>>;
+using BusMessage = std::unique_ptr<sd_bus_message, Unreferencing<sd_bus_message_unref>>;
+
+// Gives back a result that is no negative error number; throws std::system_error for one that is.
+inline int checked(int result, const char* what) {
+    if (result < 0)
+        throw std::system_error(-result, std::generic_category(), what);
+    return result;
+}
+
+// What the library gives through a pointer to a pointer: checked(f(&out...), what) with an owner.
+template <class Handle, class Make>
+[[nodiscard]] Handle madeBy(const Make& make, const char* what) {
+    typename Handle::pointer object = nullptr;
+    checked(make(&object), what);
+    return Handle(object);
+}
+
+} // namespace VeltoTouch

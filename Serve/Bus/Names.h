@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Names on the message bus.
+//
+//   org.velto.Touch1             the name of a program that serves a surface; where several do, they stand in line for
+//   it org.velto.Touch1.hidraw0     the name of the one that serves this device /org/velto/Touch1            the object
+//   manager /org/velto/Touch1/hidraw0    the device's object, with the interface org.velto.Touch1
+
+namespace VeltoTouch::Bus {
+
+constexpr const char* kName = "org.velto.Touch1";
+constexpr const char* kInterface = "org.velto.Touch1";
+constexpr const char* kObjects = "/org/velto/Touch1";
+
+// Which bus: the system's, or that of the user's session.
+enum class Which { System, Session };
+
+// What a device of the command line is called on the bus: the node's name for a path below /dev, the kind ("sim",
+// "replay") for any other, that is, what stands before a colon. Letters and digits alone are left, so that it can be
+// part of a bus name and of a path.
+[[nodiscard]] std::string elementOf(std::string_view device);
+
+[[nodiscard]] std::string nameOf(std::string_view element);
+[[nodiscard]] std::string pathOf(std::string_view element);
+
+} // namespace VeltoTouch::Bus

@@ -1,0 +1,238 @@
+#include "Serve/Bus/TouchObject.h"
+
+#include "Platform/Log.h"
+
+#include <chrono>
+#include <exception>
+#include <memory>
+#include <utility>
+
+#include <fmt/format.h>
+#include <systemd/sd-bus-vtable.h>
+
+namespace VeltoTouch::Bus {
+namespace {
+
+constexpr const char* kReports = "reports";
+constexpr const char* kEvents = "events";
+constexpr std::chrono::seconds kBeat{1};
+// Messages that the bus has not taken from us. With more, it is not well, or somebody asks faster than it passes on.
+constexpr std::uint64_t kMostUnsent = 64;
+
+void complain(const std::string& message) {
+    os_log_with_type(os_log_create("org.velto.touch", "Bus"), OS_LOG_TYPE_ERROR, message);
+}
+
+// The numbers of a dictionary, those of dictionaries in it too.
+void addNumbers(std::map<std::string, std::uint64_t>& counters, const Value* value) {
+    const auto* dictionary = as<Dictionary>(value);
+    if (dictionary == nullptr)
+        return;
+    for (const auto& [key, member] : dictionary->entries()) {
+        if (const auto* number = as<Number>(member))
+            counters[key] = number->unsignedLongLongValue();
+        else
+            addNumbers(counters, member.get());
+    }
+}
+
+// A message that answers are made for, on the loop's thread alone.
+using Call = std::shared_ptr<sd_bus_message>;
+Call retained(sd_bus_message* message) { return {sd_bus_message_ref(message), sd_bus_message_unref}; }
+
+void sendError(sd_bus_message* call, const CallError& error) {
+    sd_bus_error converted = SD_BUS_ERROR_NULL;
+    sd_bus_error_set(&converted, error.name, error.what());
+    sd_bus_reply_method_error(call, &converted); // fails where the bus has gone, and the caller with it
+    sd_bus_error_free(&converted);
+}
+
+void sendReply(sd_bus_message* call, const Value* value) {
+    const auto make = [call](sd_bus_message** message) { return sd_bus_message_new_method_return(call, message); };
+    const auto reply = madeBy<BusMessage>(make, "reply");
+    if (value != nullptr)
+        appendVariant(reply.get(), *value);
+    sd_bus_send(nullptr, reply.get(), nullptr);
+}
+
+// Does a step of a call; what fails is the caller's to know.
+template <class Step>
+void answering(sd_bus_message* call, const Step& step) noexcept {
+    try {
+        step();
+    } catch (const CallError& error) {
+        sendError(call, error);
+    } catch (const std::exception& error) {
+        sendError(call, CallError(SD_BUS_ERROR_FAILED, error.what()));
+    }
+}
+
+void answer(const Call& call, const PropertyRequests::Outcome& outcome) {
+    answering(call.get(), [&] {
+        if (const auto* error = std::get_if<CallError>(&outcome))
+            throw *error;
+        sendReply(call.get(), std::get<Ref<Value>>(outcome).get());
+    });
+}
+
+std::string readKey(sd_bus_message* call) {
+    const char* key = nullptr;
+    checked(sd_bus_message_read(call, "s", &key), "key");
+    return key;
+}
+
+void requireRoom(sd_bus_message* call) {
+    std::uint64_t unsent = 0;
+    if (sd_bus_get_n_queued_write(sd_bus_message_get_bus(call), &unsent) >= 0 && unsent > kMostUnsent)
+        throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many answers are on their way");
+}
+
+} // namespace
+
+// The bus library's view of the object: functions and a table of them.
+struct TouchObject::Table {
+    static TouchObject& of(void* object) { return *static_cast<TouchObject*>(object); }
+
+    static int getProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
+        answering(call, [&] {
+            requireRoom(call);
+            of(object)._requests.get(readKey(call),
+                                     [kept = retained(call)](const auto& outcome) { answer(kept, outcome); });
+        });
+        return 1;
+    }
+    static int setProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
+        answering(call, [&] {
+            const std::string key = readKey(call);
+            of(object)._requests.set(key, readVariant(call),
+                                     [kept = retained(call)](const auto& outcome) { answer(kept, outcome); });
+        });
+        return 1;
+    }
+    static int device(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                      sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return sd_bus_message_append(reply, "s", of(object)._surface.device.c_str());
+    }
+    static int version(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                       sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return sd_bus_message_append(reply, "s", of(object).version().c_str());
+    }
+    static int counters(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                        sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        int result = sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, "{st}");
+        for (const auto& [name, count] : of(object).counters()) {
+            if (result >= 0)
+                result = sd_bus_message_append(reply, "{st}", name.c_str(), count);
+        }
+        return result < 0 ? result : sd_bus_message_close_container(reply);
+    }
+    static int nameRequested(sd_bus_message* reply, void* /*object*/, sd_bus_error* /*error*/) {
+        if (const sd_bus_error* error = sd_bus_message_get_error(reply); error != nullptr)
+            complain(fmt::format("the bus gives no name: {}", error->message));
+        return 1;
+    }
+
+    static const sd_bus_vtable rows[];
+};
+
+// Everybody may call everything here: the bus's policy says who reaches us.
+const sd_bus_vtable TouchObject::Table::rows[] = {
+    SD_BUS_VTABLE_START(SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_NAMES("GetProperty", "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value), getProperty,
+                             SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_NAMES("SetProperty", "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), "", "", setProperty,
+                             SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_PROPERTY("Device", "s", device, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Version", "s", version, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Counters", "a{st}", counters, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_SIGNAL_WITH_NAMES(
+        "Gesture", "ssuut",
+        SD_BUS_PARAM(gesture) SD_BUS_PARAM(region) SD_BUS_PARAM(phase) SD_BUS_PARAM(frame) SD_BUS_PARAM(timeNs), 0),
+    SD_BUS_VTABLE_END,
+};
+
+TouchObject::TouchObject(EventLoop& loop, Which which, ServedSurface surface)
+    : _which(which), _surface(std::move(surface)), _path(pathOf(elementOf(_surface.device))),
+      _requests(loop, _surface.properties), _told(counters()), _loop(loop) {
+    _told.erase(kReports);
+    beat();
+    loop.addTimer(kBeat, [this] { beat(); });
+}
+
+TouchObject::~TouchObject() = default;
+
+// What it reads of the service takes the service's lock: a service that hangs stops the loop, and the watchdog sees it.
+void TouchObject::beat() {
+    if (_bus && sd_bus_is_open(_bus.get()) > 0) {
+        tellCounters();
+        return;
+    }
+    _bus.reset();
+    try {
+        connect();
+        _hasComplained = false;
+    } catch (const std::exception& error) {
+        if (!std::exchange(_hasComplained, true))
+            complain(fmt::format("there is no bus: {}", error.what()));
+    }
+}
+
+void TouchObject::connect() {
+    auto bus = madeBy<BusHandle>(_which == Which::System ? sd_bus_open_system : sd_bus_open_user, "connection");
+    checked(sd_bus_set_close_on_exit(bus.get(), 0), "connection"); // it would wait for a bus that does not read
+    checked(sd_bus_attach_event(bus.get(), _loop.handle(), SD_EVENT_PRIORITY_NORMAL), "connection");
+    checked(sd_bus_add_object_manager(bus.get(), nullptr, kObjects), "object manager");
+    checked(sd_bus_add_object_vtable(bus.get(), nullptr, _path.c_str(), kInterface, Table::rows, this), "object");
+    _bus = std::move(bus);
+    requestName(kName);
+    requestName(nameOf(elementOf(_surface.device)));
+}
+
+// Stands in line for the name where somebody has it.
+void TouchObject::requestName(const std::string& name) {
+    checked(sd_bus_request_name_async(_bus.get(), nullptr, name.c_str(), SD_BUS_NAME_QUEUE, Table::nameRequested, this),
+            "name");
+}
+
+void TouchObject::tellGesture(const GestureEvent& event, std::uint64_t timeNs) {
+    ++_events;
+    if (!_bus)
+        return;
+    const std::string gesture(nameOf(event.gesture));
+    const std::string region(event.region.value_or(""));
+    // Where the bus has gone, the next beat finds out.
+    sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, "Gesture", "ssuut", gesture.c_str(), region.c_str(),
+                       event.phase, event.frame, timeNs);
+}
+
+void TouchObject::tellCounters() {
+    Counters now = counters();
+    now.erase(kReports);
+    if (now == _told)
+        return;
+    _told = std::move(now);
+    sd_bus_emit_properties_changed(_bus.get(), _path.c_str(), kInterface, "Counters", nullptr);
+}
+
+TouchObject::Counters TouchObject::counters() const {
+    Counters counters;
+    addNumbers(counters, _surface.properties.get("Pipeline.DebugInfo").get());
+    addNumbers(counters, _surface.properties.get("Pipeline.Algs.EventStats").get());
+    counters[kReports] = _surface.deliveredReports();
+    counters[kEvents] = _events;
+    return counters;
+}
+
+std::string TouchObject::version() const {
+    const Ref<Value> value = _surface.properties.get("Version");
+    std::string text;
+    if (const auto* numbers = as<Array>(value)) {
+        for (const Ref<Value>& element : numbers->elements()) {
+            if (const auto* number = as<Number>(element))
+                text += fmt::format("{}{}", text.empty() ? "" : ".", number->longLongValue());
+        }
+    }
+    return text;
+}
+
+} // namespace VeltoTouch::Bus

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Host/Gesture.h"
+#include "Serve/Bus/Names.h"
+#include "Serve/Bus/PropertyRequests.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+
+namespace VeltoTouch::Bus {
+
+// What the object shows of the surface that is served.
+struct ServedSurface {
+    std::string device; // as it was given on the command line
+    ServiceProperties properties;
+    std::function<std::uint64_t()> deliveredReports; // so far
+};
+
+// A surface as an object on the message bus, with the interface org.velto.Touch1:
+//
+//   GetProperty(s key) -> v               a property of the service
+//   SetProperty(s key, v value)           writes one, from the next report on
+//   Device      s                         such as /dev/hidraw0
+//   Version     s                         the service's, such as 19.0.0
+//   Counters    a{st}                     reports and events, and what the recognizer counts, under its names; a change
+//                                         is told at most once a second, and not for reports alone
+//   Gesture(s, s, u, u, t)                gesture, region (empty where it has none), phase, frame number, time of the
+//                                         report (monotonic clock, ns)
+//
+// Who may call what is for the bus's policy to say. Without a bus the object is there all the same: it tries again
+// every second, and while it has none nothing is told to anybody.
+//
+// On the loop's thread.
+class TouchObject {
+public:
+    // `loop` outlives this, and what `surface` has can be called as long as this is there.
+    TouchObject(EventLoop& loop, Which which, ServedSurface surface);
+    TouchObject(const TouchObject&) = delete;
+    TouchObject& operator=(const TouchObject&) = delete;
+    ~TouchObject();
+
+    void tellGesture(const GestureEvent& event, std::uint64_t timeNs);
+
+private:
+    using Counters = std::map<std::string, std::uint64_t>;
+
+    struct Table; // of the bus's functions
+
+    void beat();
+    void connect();
+    void requestName(const std::string& name);
+    void tellCounters();
+    [[nodiscard]] Counters counters() const;
+    [[nodiscard]] std::string version() const;
+
+    const Which _which;
+    const ServedSurface _surface;
+    const std::string _path;
+    PropertyRequests _requests;
+    std::uint64_t _events = 0;
+    Counters _told;
+    bool _hasComplained = false;
+    EventLoop& _loop;
+    BusHandle _bus; // null where there is none
+};
+
+} // namespace VeltoTouch::Bus

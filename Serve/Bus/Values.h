@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Platform/Value.h"
+#include "Serve/Bus/Handles.h"
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+// Values as the bus carries them, each in a variant:
+//
+//   boolean             b
+//   signed, unsigned    x, t; integers of every size are read
+//   float, double       d
+//   text                s; object paths and signatures are read as text
+//   array               av; arrays of any other type and structures are read
+//   dictionary          a{sv}; dictionaries of any other type are read, if their keys are text
+//   data                ay
+//   null                g, an empty one: the bus has no null
+//
+// File descriptors are no values.
+
+namespace VeltoTouch::Bus {
+
+// An error that is sent to whoever called. `name` is the error's on the bus.
+struct CallError : std::runtime_error {
+    CallError(const char* errorName, const std::string& message) : std::runtime_error(message), name(errorName) {}
+    const char* name;
+};
+
+// Nobody needs larger values, and settings are kept for long.
+constexpr std::size_t kLargestValue = 65'536; // bytes, keys and numbers included
+// The bus allows 64 containers in one another; a level of values takes three.
+constexpr std::size_t kDeepestValue = 16;
+
+// Reads the variant that comes next in a message. Throws CallError for what is no value, too large or too deep, and
+// std::system_error for a message without a variant there.
+[[nodiscard]] Ref<Value> readVariant(sd_bus_message* message);
+
+// Appends a value, which is not nil. What is no UTF-8 in texts, and the character 0, becomes U+FFFD. Throws CallError
+// for what is too deep, std::system_error where there is no memory.
+void appendVariant(sd_bus_message* message, const Value& value);
+
+} // namespace VeltoTouch::Bus
