@@ -23,5 +23,9 @@ struct Command {
 [[nodiscard]] Command makeSimulateCommand(CLI::App& program);
 [[nodiscard]] Command makeRunCommand(CLI::App& program);
 [[nodiscard]] Command makeServeCommand(CLI::App& program);
+[[nodiscard]] Command makeGetCommand(CLI::App& program);
+[[nodiscard]] Command makeSetCommand(CLI::App& program);
+[[nodiscard]] Command makeWatchCommand(CLI::App& program);
+[[nodiscard]] Command makeRecordCommand(CLI::App& program);
 
 } // namespace VeltoTouch::Tools

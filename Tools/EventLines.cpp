@@ -1,12 +1,17 @@
 #include "Tools/EventLines.h"
 
-#include "Host/Gesture.h"
-
 #include <iterator>
 
 #include <fmt/format.h>
 
 namespace VeltoTouch::Tools {
+namespace {
+
+std::string regionText(const GestureEvent& event) {
+    return event.region ? fmt::format("\"{}\"", *event.region) : "null";
+}
+
+} // namespace
 
 void appendEventLine(std::string& text, const HIDEvent& event, std::uint64_t timeNs) {
     const GestureEvent read = gestureEventOf(event);
@@ -18,11 +23,17 @@ void appendEventLine(std::string& text, const HIDEvent& event, std::uint64_t tim
                        IOHIDEventGetIntegerValue(&event, kIOHIDEventFieldVendorDefinedUsage));
     } else {
         fmt::format_to(out, R"(,"frame":{},"region":{},"phase":{},"eventMask":{},"y":{:.1f})", read.frame,
-                       read.region ? fmt::format("\"{}\"", *read.region) : "null", read.phase,
+                       regionText(read), read.phase,
                        IOHIDEventGetIntegerValue(&event, kIOHIDEventFieldDigitizerEventMask),
                        IOHIDEventGetFloatValue(&event, kIOHIDEventFieldDigitizerY));
     }
     text += "}\n";
+}
+
+std::string gestureLine(const GestureEvent& event, std::uint64_t timeNs) {
+    return fmt::format(R"({{"kind":"gesture","timeNs":{},"gesture":"{}","frame":{},"region":{},"phase":{}}})", timeNs,
+                       nameOf(event.gesture), event.frame, regionText(event), event.phase) +
+           "\n";
 }
 
 } // namespace VeltoTouch::Tools

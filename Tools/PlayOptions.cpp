@@ -19,8 +19,24 @@ Setting parseOption(const std::string& text) {
     try {
         return parseSetting(text);
     } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError("--set", error.what());
+        throw CLI::ValidationError(text, error.what());
     }
+}
+
+double parseDuration(const std::string& text) {
+    double seconds = 0;
+    if (!CLI::detail::lexical_cast(text, seconds) || !(seconds > 0.0))
+        throw CLI::ValidationError("--duration", "a number of seconds above 0 is wanted");
+    return seconds;
+}
+
+CLI::Option* addSettingOption(CLI::App& app, const std::string& name, std::vector<Setting>& target,
+                              const std::string& description) {
+    const auto parse = [&target](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts)
+            target.push_back(parseOption(text));
+    };
+    return app.add_option_function<std::vector<std::string>>(name, parse, description);
 }
 
 } // namespace
@@ -32,13 +48,18 @@ void addSpeed(CLI::App& app, float& target, const std::string& description) {
 }
 
 void addSettings(CLI::App& app, std::vector<Setting>& target, const std::string& description) {
-    const auto parse = [&target](const std::vector<std::string>& texts) {
-        for (const std::string& text : texts)
-            target.push_back(parseOption(text));
-    };
-    app.add_option_function<std::vector<std::string>>("--set", parse, description)
-        ->type_name("KEY=VALUE")
-        ->allow_extra_args(false);
+    addSettingOption(app, "--set", target, description)->type_name("KEY=VALUE")->allow_extra_args(false);
+}
+
+CLI::Option* addSettingArguments(CLI::App& app, std::vector<Setting>& target, const std::string& description) {
+    return addSettingOption(app, "KEY=VALUE", target, description)->type_name("");
+}
+
+void addDuration(CLI::App& app, double& target) {
+    app.add_option_function<std::string>(
+           "--duration", [&target](const std::string& text) { target = parseDuration(text); },
+           "End after so many seconds")
+        ->type_name("S");
 }
 
 } // namespace VeltoTouch::Tools

@@ -2,6 +2,7 @@
 
 #include "Tools/Settings.h"
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -16,5 +17,12 @@ void addSpeed(CLI::App& app, float& target, const std::string& description);
 
 // --set KEY=VALUE, any number of times.
 void addSettings(CLI::App& app, std::vector<Setting>& target, const std::string& description);
+// KEY=VALUE..., as arguments.
+CLI::Option* addSettingArguments(CLI::App& app, std::vector<Setting>& target, const std::string& description);
+
+constexpr double kForever = std::numeric_limits<double>::infinity();
+
+// --duration S: seconds above 0. Unset, the target stays as it is.
+void addDuration(CLI::App& app, double& target);
 
 } // namespace VeltoTouch::Tools

@@ -7,7 +7,6 @@
 #include "Tools/RunOutput.h"
 
 #include <functional>
-#include <limits>
 #include <memory>
 #include <stdexcept>
 
@@ -21,8 +20,6 @@ constexpr const char* kDescription = "Example:\n"
                                      "Loads the touch service's plug-in, opens a device for it and shows the\n"
                                      "gestures as they come. Ends at the device's end, after --duration or with\n"
                                      "Ctrl-C.";
-
-constexpr double kForever = std::numeric_limits<double>::infinity();
 
 struct Options {
     DeviceChoice device;
@@ -109,13 +106,6 @@ int run(const Options& options) {
     return status;
 }
 
-double parseDuration(const std::string& text) {
-    double seconds = 0;
-    if (!CLI::detail::lexical_cast(text, seconds) || !(seconds > 0.0))
-        throw CLI::ValidationError("--duration", "a number of seconds above 0 is wanted");
-    return seconds;
-}
-
 } // namespace
 
 Command makeRunCommand(CLI::App& program) {
@@ -128,10 +118,7 @@ Command makeRunCommand(CLI::App& program) {
         ->type_name("KEY")
         ->allow_extra_args(false);
     addSpeed(*app, options->speed, "Pace: a factor on the device's own, or max (default: 1)");
-    app->add_option_function<std::string>(
-           "--duration", [options](const std::string& text) { options->durationSeconds = parseDuration(text); },
-           "End after so many seconds")
-        ->type_name("S");
+    addDuration(*app, options->durationSeconds);
     app->add_option("--record", options->recording, "Save the service's recording at the end")
         ->type_name("OUT")
         ->check([](const std::string& path) { return path.empty() || path == "-" ? "a file is wanted" : ""; });

@@ -32,7 +32,8 @@ public:
     using Answer = std::function<void(const Outcome& outcome)>;
 
     static constexpr std::size_t kMostWaiting = 256;
-    static constexpr std::size_t kLongestKey = 256; // bytes
+    static constexpr std::size_t kLongestKey = 256;      // bytes
+    static constexpr std::size_t kLargestValue = 65'536; // bytes; settings are kept for long
 
     // `loop` outlives this.
     PropertyRequests(EventLoop& loop, ServiceProperties properties);

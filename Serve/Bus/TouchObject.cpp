@@ -104,7 +104,7 @@ struct TouchObject::Table {
     static int setProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
         answering(call, [&] {
             const std::string key = readKey(call);
-            of(object)._requests.set(key, readVariant(call),
+            of(object)._requests.set(key, readVariant(call, PropertyRequests::kLargestValue),
                                      [kept = retained(call)](const auto& outcome) { answer(kept, outcome); });
         });
         return 1;

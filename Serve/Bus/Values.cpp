@@ -24,7 +24,7 @@ void leave(sd_bus_message* message) { checked(sd_bus_message_exit_container(mess
 // Reads what stands next in a message, whatever it is, as long as it is within bounds.
 class Reader {
 public:
-    explicit Reader(sd_bus_message* message) : _message(message) {}
+    Reader(sd_bus_message* message, std::size_t room) : _message(message), _room(room) {}
 
     Ref<Value> next() {
         char type = 0;
@@ -149,7 +149,7 @@ private:
     };
 
     sd_bus_message* const _message;
-    std::size_t _room = kLargestValue;
+    std::size_t _room; // bytes that are left
     std::size_t _depth = 0;
 };
 
@@ -244,12 +244,12 @@ private:
 
 } // namespace
 
-Ref<Value> readVariant(sd_bus_message* message) {
+Ref<Value> readVariant(sd_bus_message* message, std::size_t room) {
     const char* contents = nullptr;
     char type = 0;
     if (checked(sd_bus_message_peek_type(message, &type, &contents), kUnreadable) == 0 || type != SD_BUS_TYPE_VARIANT)
         throw std::system_error(EBADMSG, std::generic_category(), kUnreadable);
-    return Reader(message).next();
+    return Reader(message, room).next();
 }
 
 void appendVariant(sd_bus_message* message, const Value& value) {

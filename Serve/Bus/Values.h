@@ -4,6 +4,7 @@
 #include "Serve/Bus/Handles.h"
 
 #include <cstddef>
+#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -28,14 +29,13 @@ struct CallError : std::runtime_error {
     const char* name;
 };
 
-// Nobody needs larger values, and settings are kept for long.
-constexpr std::size_t kLargestValue = 65'536; // bytes, keys and numbers included
+constexpr std::size_t kAnySize = std::numeric_limits<std::size_t>::max();
 // The bus allows 64 containers in one another; a level of values takes three.
 constexpr std::size_t kDeepestValue = 16;
 
-// Reads the variant that comes next in a message. Throws CallError for what is no value, too large or too deep, and
-// std::system_error for a message without a variant there.
-[[nodiscard]] Ref<Value> readVariant(sd_bus_message* message);
+// Reads the variant that comes next in a message. `room`: how many bytes it may hold, keys and numbers included. Throws
+// CallError for what is no value, too large or too deep, and std::system_error for a message without a variant there.
+[[nodiscard]] Ref<Value> readVariant(sd_bus_message* message, std::size_t room);
 
 // Appends a value, which is not nil. What is no UTF-8 in texts, and the character 0, becomes U+FFFD. Throws CallError
 // for what is too deep, std::system_error where there is no memory.

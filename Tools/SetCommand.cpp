@@ -1,0 +1,48 @@
+#include "Serve/Bus/Client.h"
+#include "Tools/BusOptions.h"
+#include "Tools/Command.h"
+#include "Tools/PlayOptions.h"
+#include "Tools/Terminal.h"
+
+#include <memory>
+#include <vector>
+
+namespace VeltoTouch::Tools {
+namespace {
+
+constexpr const char* kDescription =
+    "Example:\n"
+    "  velto set Pipeline.Algs.HoldTimeoutMilliseconds=250\n\n"
+    "Writes properties of a surface that velto serve serves, from its next report on.\n"
+    "Takes root or the group velto.";
+
+struct Options {
+    ServedChoice served;
+    std::vector<Setting> settings;
+};
+
+int set(const Options& options) {
+    Bus::Client client(options.served.bus, options.served.device);
+    bool failed = false;
+    for (const Setting& setting : options.settings) {
+        try {
+            client.setProperty(setting.key, *setting.value);
+        } catch (const std::exception& error) {
+            complain(setting.key, messageOf(error));
+            failed = true;
+        }
+    }
+    return failed ? 1 : 0;
+}
+
+} // namespace
+
+Command makeSetCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app = program.add_subcommand("set", kDescription);
+    addServed(*app, options->served);
+    addSettingArguments(*app, options->settings, "VALUE is JSON, or a text where it is no JSON")->required();
+    return {app, [options] { return set(*options); }};
+}
+
+} // namespace VeltoTouch::Tools
