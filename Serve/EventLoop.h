@@ -36,7 +36,7 @@ public:
 
     // Until `stop`. Throws what a handler or block throws.
     void run();
-    // Ends the run, also one to come; what was posted before still runs. Any thread.
+    // Ends the run, also one to come, after what was posted before. Any thread.
     void stop();
 
     [[nodiscard]] sd_event* handle() const noexcept { return _loop.get(); }

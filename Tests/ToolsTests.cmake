@@ -1,4 +1,5 @@
-velto_add_tests(tools_tests LIBRARIES VeltoTouchHost SOURCES
+velto_add_tests(tools_tests LIBRARIES VeltoTouchHost PkgConfig::SYSTEMD SOURCES
+    Tools/BusCommandsTest.cpp
     Tools/FilesTest.cpp
     Tools/HostedServiceTest.cpp
     Tools/KnownRecordingsTest.cpp

@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -81,6 +82,30 @@ inline testing::Matcher<Outcome> Ends(int status, const testing::Matcher<std::st
                           testing::Field("errors", &Outcome::errors, errors));
 }
 
+// A run of the program that goes on beside the test, and ends with it at the latest.
+class Background {
+public:
+    explicit Background(pid_t child) noexcept : _child(child) {}
+    Background(Background&& other) noexcept : _child(std::exchange(other._child, -1)) {}
+    Background& operator=(Background&&) = delete;
+    ~Background() {
+        if (_child > 0)
+            std::ignore = end(SIGKILL);
+    }
+
+    [[nodiscard]] pid_t process() const noexcept { return _child; }
+    // Sends a signal and gives the exit status, or 128 and the signal that it ended by.
+    [[nodiscard]] int end(int signal) {
+        ::kill(_child, signal);
+        int status = 0;
+        ::waitpid(std::exchange(_child, -1), &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+
+private:
+    pid_t _child;
+};
+
 // One run of the program: velto().reading("...").run({"replay", "-"}).
 class Program {
 public:
@@ -113,17 +138,18 @@ public:
         return *this;
     }
 
+    // Its standard output is for `writingTo`, or for nobody.
+    [[nodiscard]] Background inBackground(const Arguments& arguments) {
+        if (_output < 0)
+            writingTo("/dev/null");
+        const pid_t child = start(arguments, _output);
+        ::close(_output);
+        return Background(child);
+    }
+
     [[nodiscard]] Outcome run(const Arguments& arguments) {
-        std::vector<char*> argv{const_cast<char*>("velto")};
-        for (const std::string& argument : arguments)
-            argv.push_back(const_cast<char*>(argument.c_str()));
-        argv.push_back(nullptr);
         const auto [reader, writer] = makePipe();
-        const pid_t child = ::fork();
-        if (child == 0)
-            become(argv, _output >= 0 ? _output : writer);
-        if (child < 0)
-            throw std::runtime_error("no process");
+        const pid_t child = start(arguments, _output >= 0 ? _output : writer);
         ::close(writer);
         ::close(_output);
         Outcome outcome;
@@ -152,6 +178,19 @@ private:
         if (::pipe2(ends, O_CLOEXEC) != 0)
             throw std::runtime_error("no pipe");
         return {ends[0], ends[1]};
+    }
+
+    [[nodiscard]] pid_t start(const Arguments& arguments, int output) const {
+        std::vector<char*> argv{const_cast<char*>("velto")};
+        for (const std::string& argument : arguments)
+            argv.push_back(const_cast<char*>(argument.c_str()));
+        argv.push_back(nullptr);
+        const pid_t child = ::fork();
+        if (child == 0)
+            become(argv, output);
+        if (child < 0)
+            throw std::runtime_error("no process");
+        return child;
     }
 
     // The rest of the forked child: calls that are safe there, then the program.

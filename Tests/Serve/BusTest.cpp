@@ -1,0 +1,401 @@
+#include "Platform/JSON.h"
+#include "Serve/Bus/Client.h"
+#include "Serve/Bus/TouchObject.h"
+#include "Serve/EventLoop.h"
+#include "Tests/Support/PrivateBus.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <limits>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::Pair;
+
+constexpr auto kPatience = 20s;
+constexpr const char* kDevice = "/dev/hidraw7";
+
+// Properties in the place of a service's.
+class Properties {
+public:
+    [[nodiscard]] Bus::ServiceProperties access() {
+        return {.get = [this](const std::string& key) { return get(key); },
+                .set = [this](const std::string& key, const Ref<Value>& value) { return set(key, value); }};
+    }
+    void put(const std::string& key, Ref<Value> value) {
+        const std::lock_guard guard(_lock);
+        _values[key] = std::move(value);
+    }
+    // Reading "Slow" takes until it is let go.
+    void letSlowGo() {
+        const std::lock_guard guard(_lock);
+        _isSlow = false;
+        _changed.notify_all();
+    }
+
+    void waitForASlowRead() {
+        std::unique_lock guard(_lock);
+        _changed.wait_for(guard, kPatience, [&] { return _slowReads > 0; });
+    }
+    [[nodiscard]] int slowReads() {
+        const std::lock_guard guard(_lock);
+        return _slowReads;
+    }
+
+private:
+    Ref<Value> get(const std::string& key) {
+        std::unique_lock guard(_lock);
+        if (key == "Slow") {
+            ++_slowReads;
+            _changed.notify_all();
+            _changed.wait(guard, [&] { return !_isSlow; });
+        }
+        const auto found = _values.find(key);
+        return found == _values.end() ? nullptr : found->second;
+    }
+    bool set(const std::string& key, const Ref<Value>& value) {
+        if (key == "ReadOnly")
+            return false;
+        put(key, value);
+        return true;
+    }
+
+    std::mutex _lock;
+    std::condition_variable _changed;
+    bool _isSlow = true;
+    int _slowReads = 0;
+    std::map<std::string, Ref<Value>> _values{{"Slow", makeRef<Null>()}};
+};
+
+// A program that serves a surface, on a thread.
+class Server {
+public:
+    Server(Properties& properties, const char* device)
+        : _thread([this, &properties, device] {
+              Bus::TouchObject object(
+                  _loop, Bus::Which::System,
+                  {.device = device, .properties = properties.access(), .deliveredReports = [] { return 42; }});
+              _object = &object;
+              _loop.run();
+          }) {}
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+    ~Server() {
+        _loop.stop();
+        _thread.join();
+    }
+
+    void tell(const GestureEvent& event, std::uint64_t timeNs) {
+        _loop.post([this, event, timeNs] { _object->tellGesture(event, timeNs); });
+    }
+
+private:
+    EventLoop _loop;
+    Bus::TouchObject* _object = nullptr;
+    std::thread _thread;
+};
+
+// Tries until it does not throw, for so long.
+template <class Work>
+auto eventually(const Work& work) {
+    for (const auto deadline = std::chrono::steady_clock::now() + kPatience;;) {
+        try {
+            return work();
+        } catch (const std::exception&) {
+            if (std::chrono::steady_clock::now() > deadline)
+                throw;
+        }
+        std::this_thread::sleep_for(10ms);
+    }
+}
+
+class BusTest : public testing::Test {
+protected:
+    PrivateBus bus;
+    Properties properties;
+    std::optional<Server> server{std::in_place, properties, kDevice};
+
+    void TearDown() override { properties.letSlowGo(); }
+
+    [[nodiscard]] static Bus::Client client(const std::string& device = "") {
+        return eventually([&] { return Bus::Client(Bus::Which::System, device); });
+    }
+
+    // A connection for what no client of ours would say.
+    [[nodiscard]] static BusHandle connection() { return madeBy<BusHandle>(sd_bus_open_system, "bus"); }
+
+    // Calls a method of the object; gives the name of the error, or of the types of the reply.
+    template <class... Arguments>
+    static std::string call(sd_bus* connection, const char* interface, const char* method, const char* types,
+                            Arguments... arguments) {
+        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_message* reply = nullptr;
+        sd_bus_call_method(connection, "org.velto.Touch1", "/org/velto/Touch1/hidraw7", interface, method, &error,
+                           &reply, types, arguments...);
+        const BusMessage owner(reply);
+        std::string result = error.name != nullptr ? error.name
+                             : reply == nullptr    ? ""
+                                                   : sd_bus_message_get_signature(reply, 1);
+        sd_bus_error_free(&error);
+        return result;
+    }
+};
+
+TEST_F(BusTest, ValuesPassBothWays) {
+    struct Row {
+        Ref<Value> sent;
+        Ref<Value> received;
+    };
+    const auto same = [](Ref<Value> value) { return Row{.sent = value, .received = value}; };
+    const auto parsed = [](const char* text) { return JSON::parse(text); };
+    std::string nested = "1";
+    for (std::size_t depth = 1; depth < Bus::kDeepestValue; ++depth)
+        nested = "[" + nested + "]";
+    const Row rows[]{
+        same(Number::withBool(true)),
+        same(Number::withLongLong(std::numeric_limits<std::int64_t>::min())),
+        same(Number::withUnsignedLong(std::numeric_limits<std::uint64_t>::max())),
+        same(Number::withDouble(0.1)),
+        same(Number::withDouble(std::numeric_limits<double>::infinity())),
+        {.sent = Number::withFloat(0.1F), .received = Number::withDouble(static_cast<double>(0.1F))},
+        same(makeRef<String>("Gr\u00FC\u00DFe")),
+        {.sent = makeRef<String>(std::string("a\0b\xFF"
+                                             "c",
+                                             5)),
+         .received = makeRef<String>("a\uFFFDb\uFFFDc")},
+        same(makeRef<Null>()),
+        same(makeRef<Data>(std::string("\0\xFF", 2))),
+        same(parsed("[]")),
+        same(parsed("{}")),
+        same(parsed(R"([1,[null,"x"],{"a":[true],"b":{"c":-2.5}}])")),
+        same(parsed(nested.c_str())),
+        same(makeRef<String>(std::string(60'000, 'x'))),
+    };
+    Bus::Client client = this->client();
+    for (const Row& row : rows) {
+        client.setProperty("Key", *row.sent);
+        const Ref<Value> received = client.getProperty("Key");
+        EXPECT_TRUE(CFEqual(received.get(), row.received.get()))
+            << JSON::text(row.sent.get()) << " became " << JSON::text(received.get());
+        EXPECT_EQ(as<Number>(row.received) != nullptr && as<Number>(row.received)->isBool(),
+                  as<Number>(received) != nullptr && as<Number>(received)->isBool());
+    }
+}
+
+TEST_F(BusTest, WhatCannotBeDoneIsRefused) {
+    constexpr const char* kUnknown = SD_BUS_ERROR_UNKNOWN_PROPERTY;
+    constexpr const char* kInvalid = SD_BUS_ERROR_INVALID_ARGS;
+    constexpr const char* kTooMuch = SD_BUS_ERROR_LIMITS_EXCEEDED;
+    const BusHandle raw = connection();
+    const std::string megabyte(1'000'000, 'x');
+    client().setProperty("Deep", *JSON::parse("[1]"));
+    properties.put("Deeper", JSON::parse("[[[[[[[[[[[[[[[[1]]]]]]]]]]]]]]]]"));
+    const auto get = [&](const char* key) { return call(raw.get(), Bus::kInterface, "GetProperty", "s", key); };
+    const auto set = [&](const char* key, const char* types, auto... values) {
+        return call(raw.get(), Bus::kInterface, "SetProperty", "sv", key, types, values...);
+    };
+    EXPECT_EQ(get("Deep"), "v");
+    EXPECT_EQ(get("Nothing"), kUnknown);
+    EXPECT_EQ(get(megabyte.c_str()), kInvalid);
+    EXPECT_EQ(get("Deeper"), kTooMuch);
+    EXPECT_EQ(call(raw.get(), Bus::kInterface, "GetProperty", "u", 1), kInvalid);
+    EXPECT_EQ(call(raw.get(), Bus::kInterface, "GetProperty", ""), kInvalid);
+    EXPECT_EQ(call(raw.get(), Bus::kInterface, "SetProperty", "ss", "Key", "x"), kInvalid);
+    EXPECT_EQ(call(raw.get(), Bus::kInterface, "Explode", ""), SD_BUS_ERROR_UNKNOWN_METHOD);
+    EXPECT_EQ(call(raw.get(), "org.freedesktop.DBus.Properties", "Set", "ssv", Bus::kInterface, "Device", "s", "x"),
+              SD_BUS_ERROR_PROPERTY_READ_ONLY);
+
+    EXPECT_EQ(set("Key", "y", 1), "");
+    EXPECT_EQ(set("Key", "a{ss}", 1, "a", "b"), "");
+    EXPECT_EQ(set("Key", "(si)", "a", 1), "");
+    EXPECT_EQ(set("Key", "v", "v", "s", "x"), "");
+    EXPECT_EQ(set("Key", "a{us}", 1, 1, "b"), kInvalid);
+    EXPECT_EQ(set("Key", "h", 0), kInvalid);
+    EXPECT_EQ(set("Key", "s", megabyte.c_str()), kTooMuch);
+    EXPECT_EQ(set("Key", "aaaaaaaaaaaaaaaas", 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0), kTooMuch);
+    EXPECT_EQ(set(megabyte.c_str(), "u", 1), kInvalid);
+    EXPECT_EQ(set("ReadOnly", "u", 1), SD_BUS_ERROR_PROPERTY_READ_ONLY);
+
+    EXPECT_EQ(set("Pipeline.Algs.HoldTimeoutMilliseconds", "u", 1), "");
+    EXPECT_EQ(set("Pipeline.Algs.HoldTimeoutMilliseconds", "s", "1"), kInvalid);
+    EXPECT_EQ(set("Pipeline.Algs.ResetEventStats", "s", "please"), "");
+    EXPECT_EQ(set("Pipeline.Algs.Anything", "u", 1), kUnknown);
+    EXPECT_EQ(set("Pipeline", "u", 1), "") << "no key of the pipeline";
+}
+
+// The loop goes on, and so does whoever does not ask for what takes long.
+TEST_F(BusTest, ADeviceThatDoesNotAnswerHoldsUpNothingElse) {
+    constexpr std::size_t kTooMany = 40;
+    Bus::Client client = this->client();
+    const BusHandle asking = connection();
+    std::size_t refused = 0;
+    std::size_t answered = 0;
+    using Count = std::pair<std::size_t*, std::size_t*>;
+    Count counts(&answered, &refused);
+    const auto count = [](sd_bus_message* reply, void* data, sd_bus_error*) {
+        const auto& [answers, refusals] = *static_cast<Count*>(data);
+        ++*(sd_bus_message_is_method_error(reply, SD_BUS_ERROR_LIMITS_EXCEEDED) > 0 ? refusals : answers);
+        return 0;
+    };
+    for (std::size_t i = 0; i < Bus::PropertyRequests::kMostWaiting + kTooMany; ++i)
+        sd_bus_call_method_async(asking.get(), nullptr, "org.velto.Touch1", "/org/velto/Touch1/hidraw7",
+                                 Bus::kInterface, "GetProperty", count, &counts, "s", "Slow");
+    const auto processUntil = [&](const std::size_t& reached, std::size_t wanted) {
+        for (const auto deadline = std::chrono::steady_clock::now() + kPatience;
+             reached < wanted && std::chrono::steady_clock::now() < deadline;) {
+            if (sd_bus_process(asking.get(), nullptr) == 0)
+                sd_bus_wait(asking.get(), 100'000);
+        }
+    };
+    processUntil(refused, kTooMany);
+    EXPECT_EQ(refused, kTooMany);
+
+    EventLoop loop;
+    std::string seen;
+    loop.addTimer(kPatience, [&] { loop.stop(); });
+    client.watch(
+        loop,
+        [&](const GestureEvent& event, std::uint64_t timeNs) {
+            seen = fmt::format("{} {} {} {} {}", nameOf(event.gesture), event.region.value_or("-"), event.phase,
+                               event.frame, timeNs);
+            loop.stop();
+        },
+        [&] { loop.stop(); });
+    server->tell({.gesture = Gesture::HoldStart, .region = "VolumeUp", .phase = 1, .frame = 17}, 12'345'678'901);
+    loop.run();
+    EXPECT_EQ(seen, "holdStart VolumeUp 1 17 12345678901");
+    EXPECT_EQ(answered, 0U);
+
+    properties.letSlowGo();
+    processUntil(answered, Bus::PropertyRequests::kMostWaiting);
+    EXPECT_EQ(answered, Bus::PropertyRequests::kMostWaiting);
+    EXPECT_EQ(refused, kTooMany);
+}
+
+TEST_F(BusTest, AnEndDoesNotWaitForWhatIsQueued) {
+    std::ignore = client();
+    const BusHandle asking = connection();
+    for (int i = 0; i < 3; ++i)
+        sd_bus_call_method_async(asking.get(), nullptr, "org.velto.Touch1", "/org/velto/Touch1/hidraw7",
+                                 Bus::kInterface, "GetProperty", nullptr, nullptr, "s", "Slow");
+    sd_bus_flush(asking.get());
+    properties.waitForASlowRead();
+    std::thread later([&] {
+        std::this_thread::sleep_for(200ms);
+        properties.letSlowGo();
+    });
+    server.reset();
+    later.join();
+    EXPECT_EQ(properties.slowReads(), 1);
+}
+
+TEST_F(BusTest, CountersTellOfChanges) {
+    const auto counted = [](std::uint64_t taps) {
+        return makeRef<Dictionary>(
+            std::vector<Dictionary::Entry>{{.key = "Dispatched",
+                                            .value = makeRef<Dictionary>(std::vector<Dictionary::Entry>{
+                                                {.key = "numTaps", .value = Number::withUnsignedLong(taps)}})}});
+    };
+    const BusHandle raw = connection();
+    std::map<std::string, std::uint64_t> told;
+    const auto read = [](sd_bus_message* signal, void* counters, sd_bus_error*) {
+        sd_bus_message_skip(signal, "s");
+        sd_bus_message_enter_container(signal, 'a', "{sv}");
+        sd_bus_message_enter_container(signal, 'e', "sv");
+        sd_bus_message_skip(signal, "s");
+        sd_bus_message_enter_container(signal, 'v', "a{st}");
+        sd_bus_message_enter_container(signal, 'a', "{st}");
+        const char* name = nullptr;
+        for (std::uint64_t count = 0; sd_bus_message_read(signal, "{st}", &name, &count) > 0;)
+            (*static_cast<std::map<std::string, std::uint64_t>*>(counters))[name] = count;
+        return 0;
+    };
+    sd_bus_match_signal(raw.get(), nullptr, nullptr, "/org/velto/Touch1/hidraw7", "org.freedesktop.DBus.Properties",
+                        "PropertiesChanged", read, &told);
+    std::ignore = client();
+    properties.put("Pipeline.Algs.EventStats", counted(3));
+    server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = 1}, 1);
+    for (const auto deadline = std::chrono::steady_clock::now() + kPatience;
+         told["events"] == 0 && std::chrono::steady_clock::now() < deadline;) {
+        if (sd_bus_process(raw.get(), nullptr) == 0)
+            sd_bus_wait(raw.get(), 100'000);
+    }
+    EXPECT_THAT(told, ElementsAre(Pair("events", 1), Pair("numTaps", 3), Pair("reports", 42)));
+}
+
+TEST_F(BusTest, ABusThatComesBackFindsTheSurfaceAgain) {
+    std::ignore = client();
+    bus.stop();
+    server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = 1}, 1);
+    EXPECT_THROW(std::ignore = Bus::Client(Bus::Which::System, ""), std::runtime_error);
+    bus.start();
+    properties.put("Key", Number::withUnsignedLong(1));
+    EXPECT_EQ(as<Number>(client().getProperty("Key"))->longLongValue(), 1);
+}
+
+TEST_F(BusTest, OfSeveralSurfacesOneIsChosen) {
+    Properties others;
+    others.put("Key", makeRef<String>("the other's"));
+    properties.put("Key", makeRef<String>("the first's"));
+    std::ignore = client();
+    std::optional<Server> other(std::in_place, others, "replay:some-file.json");
+    const auto read = [&](const std::string& device) { return as<String>(client(device).getProperty("Key"))->text(); };
+    EXPECT_EQ(read("replay"), "the other's");
+    EXPECT_EQ(read(kDevice), "the first's");
+    EXPECT_EQ(read("hidraw7"), "the first's");
+    const auto refusal = [](const std::string& device) -> std::string {
+        try {
+            const Bus::Client client(Bus::Which::System, device);
+            return "none";
+        } catch (const std::exception& error) {
+            return error.what();
+        }
+    };
+    EXPECT_EQ(refusal(""), "several surfaces are served, say which: hidraw7, replay");
+    EXPECT_EQ(refusal("sim"), "sim is not served, but hidraw7, replay");
+    server.reset();
+    EXPECT_EQ(read(""), "the other's");
+    EXPECT_EQ(refusal(kDevice), "/dev/hidraw7 is not served, but replay");
+    other.reset();
+    EXPECT_EQ(refusal(""), "no surface is served (velto serve does that)");
+}
+
+TEST(EventLoopTest, BlocksRunInOrderUntilTheStopAndWhatTheyThrowIsPassedOn) {
+    EventLoop loop;
+    std::string order;
+    loop.addTimer(1ms, [&] { order += 't'; });
+    loop.post([&] {
+        order += 'a';
+        loop.post([&] { throw std::runtime_error(order); });
+        std::this_thread::sleep_for(5ms);
+    });
+    std::thread([&] { loop.post([&] { order += 'b'; }); }).join();
+    try {
+        loop.run();
+        FAIL() << "nothing was passed on";
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(), testing::StartsWith("ab"));
+    }
+    EventLoop stopped;
+    stopped.post([&] { order = "the last"; });
+    stopped.stop();
+    stopped.run();
+    EXPECT_EQ(order, "the last");
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests

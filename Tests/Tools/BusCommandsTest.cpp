@@ -1,0 +1,145 @@
+#include "Tests/Support/PrivateBus.h"
+#include "Tests/Support/Program.h"
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <systemd/sd-bus.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using namespace std::chrono_literals;
+constexpr const char* kTouches = "sim:idle:2500,tap:play-pause,idle:400,hold:volume-up:900,idle:400,tap:volume-down";
+
+// What lines of events say without their times: names of gestures, frames and regions. A recorded event and one told on
+// the bus differ in what else they say.
+std::vector<std::string> gesturesIn(const std::string& lines) {
+    std::vector<std::string> gestures;
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        const auto start = line.find("\"gesture\":");
+        if (start != std::string::npos)
+            gestures.push_back(line.substr(start, line.find(",\"phase\"") - start));
+    }
+    return gestures;
+}
+
+// Calls without pause for so long: what is large, what is unknown, what is of a wrong type.
+void abuse(std::chrono::milliseconds duration) {
+    sd_bus* bus = nullptr;
+    ASSERT_GE(sd_bus_open_system(&bus), 0);
+    const std::string megabyte(1'000'000, 'x');
+    const auto call = [bus](const char* method, const char* types, auto... arguments) {
+        sd_bus_message* reply = nullptr;
+        sd_bus_call_method(bus, "org.velto.Touch1", "/org/velto/Touch1/sim", "org.velto.Touch1", method, nullptr,
+                           &reply, types, arguments...);
+        sd_bus_message_unref(reply);
+    };
+    for (const auto end = std::chrono::steady_clock::now() + duration; std::chrono::steady_clock::now() < end;) {
+        call("GetProperty", "s", "Recording");
+        call("GetProperty", "s", "ServicePluginDebug");
+        call("GetProperty", "s", megabyte.c_str());
+        call("GetProperty", "d", 0.5);
+        call("SetProperty", "sv", "Pipeline.Algs.HoldTimeoutMilliseconds", "s", megabyte.c_str());
+        call("SetProperty", "sv", "Pipeline.Algs.HoldTimeoutMilliseconds", "a{sv}", 0);
+        call("SetProperty", "sv", "Pipeline.Unknown", "u", 1);
+        call("SetProperty", "sv", megabyte.c_str(), "u", 1);
+        call("Nothing", "");
+    }
+    sd_bus_flush_close_unref(bus);
+}
+
+std::size_t residentKilobytes(pid_t process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    for (std::string name; status >> name;) {
+        std::size_t kilobytes = 0;
+        if (name == "VmRSS:" && status >> kilobytes)
+            return kilobytes;
+    }
+    return 0;
+}
+
+// The program serves a simulated surface, without keys, on a bus of the test's own.
+class BusCommandsTest : public testing::Test {
+protected:
+    PrivateBus bus;
+    TemporaryFolder folder;
+
+    [[nodiscard]] Background serve(const std::string& steps) const {
+        Background program = velto().inBackground({"serve", "--no-keys", "--device", steps});
+        for (int i = 0; i < 1000 && velto().run({"get", "Version"}).status != 0; ++i)
+            std::this_thread::sleep_for(20ms);
+        return program;
+    }
+    // Watches to the end of the surface, in the background, and gives its lines.
+    [[nodiscard]] std::string watchWhile(const std::function<void()>& work) const {
+        Background watcher = velto().writingTo(folder.path("watched")).inBackground({"watch", "--jsonl"});
+        work();
+        int status = 0;
+        ::waitpid(watcher.process(), &status, 0);
+        EXPECT_EQ(status, 0);
+        return contentOf(folder.path("watched"));
+    }
+};
+
+TEST_F(BusCommandsTest, PropertiesAreReadAndWritten) {
+    Background program = serve("sim:idle:60000");
+    EXPECT_THAT(velto().run({"get", "Version", "Pipeline.Algs.HoldTimeoutMilliseconds"}), Ends(0, "[19,0,0]\n500\n"));
+    EXPECT_THAT(velto().run({"set", "Pipeline.Algs.HoldTimeoutMilliseconds=250"}), Ends(0, ""));
+    EXPECT_THAT(velto().run({"get", "--jsonl", "Pipeline.Algs.HoldTimeoutMilliseconds", "Nothing", "Product"}),
+                Ends(1,
+                     "{\"kind\":\"property\",\"key\":\"Pipeline.Algs.HoldTimeoutMilliseconds\",\"value\":250}\n"
+                     "{\"kind\":\"property\",\"key\":\"Product\",\"value\":\"Simulated Touch Surface\"}\n",
+                     "velto: Nothing: there is no value under this key\n"));
+    EXPECT_THAT(velto().run({"set", "Pipeline.Unknown=1", "Pipeline.Algs.ActivationThreshold=none"}),
+                Ends(1, "",
+                     "velto: Pipeline.Unknown: nothing knows this key\n"
+                     "velto: Pipeline.Algs.ActivationThreshold: a number is wanted\n"));
+    EXPECT_THAT(velto().run({"get", "Version", "--device", "/dev/hidraw3"}),
+                Ends(1, "", "velto: /dev/hidraw3 is not served, but sim\n"));
+    EXPECT_EQ(program.end(SIGTERM), 0);
+    EXPECT_THAT(velto().run({"record"}), Ends(1, "", "velto: no surface is served (velto serve does that)\n"));
+}
+
+TEST_F(BusCommandsTest, WhatIsWatchedIsWhatIsRecorded) {
+    Background program = serve(std::string(kTouches) + ",idle:1500");
+    const std::string recording = folder.path("recording.json");
+    const std::string watched = watchWhile([&] {
+        std::this_thread::sleep_for(5500ms);
+        EXPECT_THAT(velto().run({"record", "-o", recording}), Ends(0, ""));
+    });
+    const auto replayed = gesturesIn(velto().run({"replay", "--jsonl", recording}).output);
+    EXPECT_EQ(replayed.size(), 7U);
+    EXPECT_EQ(gesturesIn(watched), replayed);
+}
+
+// Everybody calls at once, and badly.
+TEST_F(BusCommandsTest, AbuseChangesNothingInTheStreamOfReports) {
+    const auto expected = gesturesIn(velto().run({"run", "--jsonl", "--device", kTouches}).output);
+    ASSERT_EQ(expected.size(), 7U);
+
+    Background program = serve(std::string(kTouches) + ",idle:500");
+    const std::string watched = watchWhile([&] {
+        std::vector<std::thread> clients;
+        for (int i = 0; i < 100; ++i)
+            clients.emplace_back([] { abuse(2s); });
+        for (std::thread& client : clients)
+            client.join();
+        EXPECT_THAT(velto().run({"get", "Pipeline.DebugInfo"}),
+                    Ends(0, "{\"DisjointImageCount\":0,\"ResetCount\":0}\n"));
+        const std::size_t resident = residentKilobytes(program.process());
+        EXPECT_GT(resident, 0U);
+        EXPECT_LT(resident, 400'000U) << "15 MB, and what a sanitizer keeps";
+    });
+    EXPECT_EQ(gesturesIn(watched), expected);
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests
