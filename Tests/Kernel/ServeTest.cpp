@@ -2,10 +2,18 @@
 #include "Surface/Simulation.h"
 #include "Tests/Kernel/KernelNews.h"
 #include "Tests/Kernel/VirtualDevice.h"
+#include "Tests/Kernel/VirtualSensor.h"
+#include "Tests/Support/PrivateBus.h"
+#include "Tests/Support/Program.h"
+#include "Tests/Support/Served.h"
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <map>
+#include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -13,13 +21,15 @@
 #include <linux/input.h>
 #include <poll.h>
 #include <sched.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Tests {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::SizeIs;
 
 constexpr int kOpenedForReports = 2; // the program opens the device first to ask what it is
 constexpr int kPatienceMs = 20'000;
@@ -87,24 +97,16 @@ private:
 // A surface that the program serves, and the keyboard that comes of it.
 class ServeTest : public testing::Test {
 protected:
+    PrivateBus bus;
     VirtualDevice surface;
+    std::optional<Background> program;
     std::optional<KeyReader> keyboard;
 
     void SetUp() override {
         KernelNews news;
-        _program = ::fork();
-        if (_program == 0) {
-            ::execl(VELTO_PROGRAM, "velto", "serve", "--device", surface.path().c_str(), nullptr);
-            ::_exit(127);
-        }
+        program.emplace(velto().inBackground({"serve", "--device", surface.path()}));
         keyboard.emplace(news.waitFor("add", "input/event"));
         ASSERT_TRUE(surface.waitUntilOpened(kOpenedForReports));
-    }
-    void TearDown() override {
-        if (_program > 0) {
-            signal(SIGKILL);
-            std::ignore = waitForTheEnd();
-        }
     }
 
     void touch(std::span<const VirtualDevice::Report> reports) {
@@ -119,16 +121,6 @@ protected:
         touch(reports);
         ASSERT_THAT(keyboard->next(1), ElementsAre("+Up"));
     }
-    void signal(int number) const { ::kill(_program, number); }
-    // The exit status, or 128 and the signal.
-    [[nodiscard]] int waitForTheEnd() {
-        int status = 0;
-        ::waitpid(std::exchange(_program, -1), &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-
-private:
-    pid_t _program = -1;
 };
 
 TEST_F(ServeTest, TouchesBecomeKeys) {
@@ -148,30 +140,81 @@ TEST_F(ServeTest, TouchesBecomeKeys) {
         sent = reports.size();
         EXPECT_EQ(keyboard->next(keys.size()), keys) << step;
     }
-    signal(SIGTERM);
+    program->signal(SIGTERM);
     EXPECT_THAT(keyboard->next(1), ElementsAre(kGone)) << "and no other key before";
-    EXPECT_EQ(waitForTheEnd(), 0);
+    EXPECT_EQ(program->waitForTheEnd(), 0);
 }
 
 TEST_F(ServeTest, UnpluggedDuringAHoldTheKeyIsReleasedAndTheProgramEnds) {
     holdVolumeUp();
     surface.unplug();
     EXPECT_THAT(keyboard->next(2), ElementsAre("-Up", kGone));
-    EXPECT_EQ(waitForTheEnd(), 0);
+    EXPECT_EQ(program->waitForTheEnd(), 0);
 }
 
 TEST_F(ServeTest, StoppedDuringAHoldTheKeyIsReleased) {
     holdVolumeUp();
-    signal(SIGINT);
+    program->signal(SIGINT);
     EXPECT_THAT(keyboard->next(2), ElementsAre("-Up", kGone));
-    EXPECT_EQ(waitForTheEnd(), 0);
+    EXPECT_EQ(program->waitForTheEnd(), 0);
 }
 
 TEST_F(ServeTest, KilledDuringAHoldTheKeyIsReleased) {
     holdVolumeUp();
-    signal(SIGKILL);
+    program->signal(SIGKILL);
     EXPECT_THAT(keyboard->next(2), ElementsAre("-Up", kGone));
-    EXPECT_EQ(waitForTheEnd(), 128 + SIGKILL);
+    EXPECT_EQ(program->waitForTheEnd(), 128 + SIGKILL);
+}
+
+// With an accelerometer beside the surface.
+class ServedRecordingTest : public ServeTest {
+    VirtualSensor _sensor{{100, -200, 1000}};
+};
+
+TEST_F(ServedRecordingTest, FetchedFromTheRunningProgramItGivesTheSameGestures) {
+    const TemporaryFolder folder;
+    const std::string recording = folder.path("recording.json");
+    const std::string watched = folder.path("watched");
+    Background watcher = velto().writingTo(watched).inBackground({"watch", "--jsonl"});
+    ASSERT_TRUE(eventually([&] { return velto().run({"get", "Version"}).status == 0; }));
+    touch(reportsOf({"tap:play-pause", "idle:300"}));
+    EXPECT_THAT(keyboard->next(2), ElementsAre("+Play", "-Play"));
+    ASSERT_TRUE(eventually([&] { return contentOf(watched).find("\"tap\"") != std::string::npos; }));
+    EXPECT_THAT(velto().run({"record", "-o", recording}), Ends(0, ""));
+
+    const auto gestures = gesturesIn(velto().run({"replay", "--jsonl", recording}).output);
+    EXPECT_THAT(gestures, SizeIs(2));
+    EXPECT_EQ(gesturesIn(contentOf(watched)), gestures);
+    EXPECT_THAT(contentOf(recording), HasSubstr(R"("Accel")"));
+    EXPECT_THAT(velto().run({"get", "Product"}), Ends(0, "\"Virtual Touch Surface\"\n"));
+}
+
+// As fast as a broken device might, and of every length.
+TEST_F(ServeTest, GarbageDoesNoHarm) {
+    constexpr std::chrono::milliseconds kDuration{5000};
+    constexpr std::size_t kReportsPerMillisecond = 8;
+    const std::size_t before = residentKilobytes(program->process());
+    std::minstd_rand random(1);
+    std::vector<std::uint8_t> garbage(4096);
+    std::ranges::generate(garbage, [&] { return static_cast<std::uint8_t>(random()); });
+    const auto start = std::chrono::steady_clock::now();
+    std::size_t sent = 0;
+    for (auto elapsed = 0ms; elapsed < kDuration;
+         elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start)) {
+        for (; sent < kReportsPerMillisecond * static_cast<std::size_t>(elapsed.count()); ++sent) {
+            const std::size_t length = sent % 3 == 0 ? random() % garbage.size() : random() % 64;
+            garbage.front() = static_cast<std::uint8_t>(random() % 4); // the report IDs, and two that are none
+            surface.send(std::span(garbage).first(length));
+        }
+        std::this_thread::sleep_for(1ms);
+    }
+    EXPECT_GT(sent, 10'000U) << "of 40000";
+    EXPECT_LT(residentKilobytes(program->process()), before + 50'000U);
+
+    touch(reportsOf({"idle:300", "tap:play-pause", "idle:300"}));
+    EXPECT_THAT(keyboard->next(2), ElementsAre("+Play", "-Play")) << "and no key before";
+    program->signal(SIGTERM);
+    EXPECT_EQ(program->waitForTheEnd(), 0);
 }
 
 } // namespace

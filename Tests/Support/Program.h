@@ -1,17 +1,20 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -82,6 +85,17 @@ inline testing::Matcher<Outcome> Ends(int status, const testing::Matcher<std::st
                           testing::Field("errors", &Outcome::errors, errors));
 }
 
+// Whether something comes true within some time.
+inline bool eventually(const std::function<bool()>& isTrue) {
+    constexpr std::chrono::seconds kPatience{20};
+    for (const auto deadline = std::chrono::steady_clock::now() + kPatience; !isTrue();) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
 // A run of the program that goes on beside the test, and ends with it at the latest.
 class Background {
 public:
@@ -89,14 +103,16 @@ public:
     Background(Background&& other) noexcept : _child(std::exchange(other._child, -1)) {}
     Background& operator=(Background&&) = delete;
     ~Background() {
-        if (_child > 0)
-            std::ignore = end(SIGKILL);
+        if (_child < 0)
+            return;
+        signal(SIGKILL);
+        std::ignore = waitForTheEnd();
     }
 
     [[nodiscard]] pid_t process() const noexcept { return _child; }
-    // Sends a signal and gives the exit status, or 128 and the signal that it ended by.
-    [[nodiscard]] int end(int signal) {
-        ::kill(_child, signal);
+    void signal(int number) const { ::kill(_child, number); }
+    // The exit status, or 128 and the signal that it ended by.
+    [[nodiscard]] int waitForTheEnd() {
         int status = 0;
         ::waitpid(std::exchange(_child, -1), &status, 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);

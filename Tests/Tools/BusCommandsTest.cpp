@@ -1,5 +1,6 @@
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/Program.h"
+#include "Tests/Support/Served.h"
 
 #include <chrono>
 #include <fstream>
@@ -17,19 +18,6 @@ namespace {
 
 using namespace std::chrono_literals;
 constexpr const char* kTouches = "sim:idle:2500,tap:play-pause,idle:400,hold:volume-up:900,idle:400,tap:volume-down";
-
-// What lines of events say without their times: names of gestures, frames and regions. A recorded event and one told on
-// the bus differ in what else they say.
-std::vector<std::string> gesturesIn(const std::string& lines) {
-    std::vector<std::string> gestures;
-    std::istringstream stream(lines);
-    for (std::string line; std::getline(stream, line);) {
-        const auto start = line.find("\"gesture\":");
-        if (start != std::string::npos)
-            gestures.push_back(line.substr(start, line.find(",\"phase\"") - start));
-    }
-    return gestures;
-}
 
 // Calls without pause for so long: what is large, what is unknown, what is of a wrong type.
 void abuse(std::chrono::milliseconds duration) {
@@ -56,16 +44,6 @@ void abuse(std::chrono::milliseconds duration) {
     sd_bus_flush_close_unref(bus);
 }
 
-std::size_t residentKilobytes(pid_t process) {
-    std::ifstream status("/proc/" + std::to_string(process) + "/status");
-    for (std::string name; status >> name;) {
-        std::size_t kilobytes = 0;
-        if (name == "VmRSS:" && status >> kilobytes)
-            return kilobytes;
-    }
-    return 0;
-}
-
 // The program serves a simulated surface, without keys, on a bus of the test's own.
 class BusCommandsTest : public testing::Test {
 protected:
@@ -74,17 +52,14 @@ protected:
 
     [[nodiscard]] Background serve(const std::string& steps) const {
         Background program = velto().inBackground({"serve", "--no-keys", "--device", steps});
-        for (int i = 0; i < 1000 && velto().run({"get", "Version"}).status != 0; ++i)
-            std::this_thread::sleep_for(20ms);
+        EXPECT_TRUE(eventually([] { return velto().run({"get", "Version"}).status == 0; }));
         return program;
     }
     // Watches to the end of the surface, in the background, and gives its lines.
     [[nodiscard]] std::string watchWhile(const std::function<void()>& work) const {
         Background watcher = velto().writingTo(folder.path("watched")).inBackground({"watch", "--jsonl"});
         work();
-        int status = 0;
-        ::waitpid(watcher.process(), &status, 0);
-        EXPECT_EQ(status, 0);
+        EXPECT_EQ(watcher.waitForTheEnd(), 0);
         return contentOf(folder.path("watched"));
     }
 };
@@ -104,7 +79,8 @@ TEST_F(BusCommandsTest, PropertiesAreReadAndWritten) {
                      "velto: Pipeline.Algs.ActivationThreshold: a number is wanted\n"));
     EXPECT_THAT(velto().run({"get", "Version", "--device", "/dev/hidraw3"}),
                 Ends(1, "", "velto: /dev/hidraw3 is not served, but sim\n"));
-    EXPECT_EQ(program.end(SIGTERM), 0);
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.waitForTheEnd(), 0);
     EXPECT_THAT(velto().run({"record"}), Ends(1, "", "velto: no surface is served (velto serve does that)\n"));
 }
 
