@@ -1,12 +1,12 @@
 #include "Serve/EventLoop.h"
 
 #include <cerrno>
+#include <ctime>
 #include <exception>
 #include <utility>
 
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
-#include <time.h>
 #include <unistd.h>
 
 namespace VeltoTouch {

@@ -27,26 +27,24 @@ BusHandle connect(Which which) {
     return BusHandle(bus);
 }
 
-// A list of texts that the library gives to its caller, as a whole and one by one.
-std::vector<std::string> taken(char** list) {
-    std::vector<std::string> texts;
-    for (char** text = list; text != nullptr && *text != nullptr; ++text) {
-        texts.emplace_back(*text);
-        std::free(*text);
+struct FreeNames {
+    void operator()(char** names) const noexcept {
+        for (char** name = names; *name != nullptr; ++name)
+            std::free(*name); // NOLINT(cppcoreguidelines-no-malloc): the library's
+        std::free(names);     // NOLINT(cppcoreguidelines-no-malloc)
     }
-    std::free(list);
-    return texts;
-}
+};
 
 // What the surfaces are called that are served now.
 std::vector<std::string> elementsOn(sd_bus* bus) {
     char** list = nullptr;
     checked(sd_bus_list_names(bus, &list, nullptr), "names on the bus");
+    const std::unique_ptr<char*, FreeNames> names(list);
     const std::string prefix = nameOf("");
     std::vector<std::string> elements;
-    for (const std::string& name : taken(list)) {
-        if (name.starts_with(prefix))
-            elements.push_back(name.substr(prefix.size()));
+    for (char** name = list; *name != nullptr; ++name) {
+        if (std::string_view(*name).starts_with(prefix))
+            elements.emplace_back(*name + prefix.size());
     }
     std::ranges::sort(elements);
     return elements;
@@ -54,7 +52,7 @@ std::vector<std::string> elementsOn(sd_bus* bus) {
 
 std::string choose(sd_bus* bus, const std::string& device) {
     const std::vector<std::string> elements = elementsOn(bus);
-    const std::string wanted = elementOf(device);
+    std::string wanted = elementOf(device);
     if (device.empty() && elements.size() == 1)
         return elements.front();
     if (elements.empty())
