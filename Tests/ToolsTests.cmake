@@ -13,3 +13,6 @@ add_dependencies(tools_tests velto)
 # A recording that is added is found as a test by the next build.
 file(GLOB VELTO_KNOWN_RECORDINGS CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/Recordings/*)
 set_property(TARGET tools_tests PROPERTY LINK_DEPENDS ${VELTO_KNOWN_RECORDINGS})
+
+# Manual pages and completions against the help.
+add_test(NAME DocsTest COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/Tools/DocsTest $<TARGET_FILE:velto> ${PROJECT_BINARY_DIR}/docs)

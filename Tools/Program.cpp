@@ -1,5 +1,7 @@
 #include "Tools/Program.h"
 
+#include "Tools/Description.h"
+
 #include <array>
 #include <sstream>
 #include <string>
@@ -23,10 +25,9 @@ constexpr std::array kCommands{makeReplayCommand, makeConvertCommand,  makeTrimC
 class HelpFormatter final : public CLI::Formatter {
 public:
     std::string make_subcommand(const CLI::App* subcommand) const override {
-        std::string summary = subcommand->get_description();
-        summary.erase(0, summary.rfind("\n\n") + 2);
+        const std::string text = parseDescription(subcommand->get_description()).text;
         std::stringstream line;
-        CLI::detail::format_help(line, subcommand->get_name(), summary, get_column_width());
+        CLI::detail::format_help(line, subcommand->get_name(), text, get_column_width());
         return line.str();
     }
 };

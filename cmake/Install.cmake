@@ -27,3 +27,5 @@ configure_package_config_file(cmake/VeltoTouchConfig.cmake.in ${PROJECT_BINARY_D
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/VeltoTouchConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/VeltoTouchConfig.cmake ${PROJECT_BINARY_DIR}/VeltoTouchConfigVersion.cmake
         DESTINATION ${VELTO_PACKAGE_DIR})
+
+include(${CMAKE_CURRENT_LIST_DIR}/Docs.cmake)

@@ -1,0 +1,20 @@
+# Manual pages and completions, made from the program's own description at the end of each build, and where they go.
+set(VELTO_DATE 2026-11-25) # of the pages: when the version was made, so that every build of it gives the same
+set(VELTO_DOCS_DIR ${PROJECT_BINARY_DIR}/docs)
+
+target_compile_definitions(velto_docs PRIVATE VELTO_VERSION="${PROJECT_VERSION}" VELTO_DATE="${VELTO_DATE}")
+add_custom_command(OUTPUT ${VELTO_DOCS_DIR}/made
+                   COMMAND velto_docs ${VELTO_DOCS_DIR}
+                   COMMAND ${CMAKE_COMMAND} -E touch ${VELTO_DOCS_DIR}/made
+                   DEPENDS velto_docs
+                   COMMENT "Writing manual pages and completions"
+                   VERBATIM)
+add_custom_target(docs ALL DEPENDS ${VELTO_DOCS_DIR}/made)
+
+# The bus interface's page is written by hand.
+configure_file(Docs/org.velto.Touch1.5.in ${VELTO_DOCS_DIR}/man5/org.velto.Touch1.5 @ONLY)
+
+install(DIRECTORY ${VELTO_DOCS_DIR}/man1 ${VELTO_DOCS_DIR}/man5 DESTINATION ${CMAKE_INSTALL_MANDIR})
+install(FILES ${VELTO_DOCS_DIR}/completions/velto.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+        RENAME velto)
+install(FILES ${VELTO_DOCS_DIR}/completions/_velto DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
