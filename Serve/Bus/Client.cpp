@@ -115,12 +115,11 @@ BusMessage Client::callFor(const char* method, const std::string& key) {
 }
 
 BusMessage Client::send(const BusMessage& call) {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    BusError error;
     sd_bus_message* reply = nullptr;
-    const int result = sd_bus_call(_bus.get(), call.get(), kDefaultTimeout, &error, &reply);
-    const std::unique_ptr<sd_bus_error, void (*)(sd_bus_error*)> owner(&error, sd_bus_error_free);
-    if (sd_bus_error_is_set(&error) != 0)
-        failWith(error);
+    const int result = sd_bus_call(_bus.get(), call.get(), kDefaultTimeout, error.get(), &reply);
+    if (error.isSet())
+        failWith(*error.get());
     checked(result, "the bus");
     return BusMessage(reply);
 }

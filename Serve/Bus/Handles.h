@@ -24,6 +24,21 @@ using EventSourceHandle = std::unique_ptr<sd_event_source, Unreferencing<sd_even
 using BusHandle = std::unique_ptr<sd_bus, Unreferencing<sd_bus_close_unref>>;
 using BusMessage = std::unique_ptr<sd_bus_message, Unreferencing<sd_bus_message_unref>>;
 
+// What a call that failed is told.
+class BusError {
+public:
+    BusError() noexcept = default;
+    BusError(const BusError&) = delete;
+    BusError& operator=(const BusError&) = delete;
+    ~BusError() { sd_bus_error_free(&_error); }
+
+    [[nodiscard]] sd_bus_error* get() noexcept { return &_error; }
+    [[nodiscard]] bool isSet() const noexcept { return _error.name != nullptr; }
+
+private:
+    sd_bus_error _error{};
+};
+
 // Gives back a result that is no negative error number; throws std::system_error for one that is.
 inline int checked(int result, const char* what) {
     if (result < 0)

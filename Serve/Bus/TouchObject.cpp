@@ -41,10 +41,9 @@ using Call = std::shared_ptr<sd_bus_message>;
 Call retained(sd_bus_message* message) { return {sd_bus_message_ref(message), sd_bus_message_unref}; }
 
 void sendError(sd_bus_message* call, const CallError& error) {
-    sd_bus_error converted = SD_BUS_ERROR_NULL;
-    sd_bus_error_set(&converted, error.name, error.what());
-    sd_bus_reply_method_error(call, &converted); // fails where the bus has gone, and the caller with it
-    sd_bus_error_free(&converted);
+    BusError converted;
+    sd_bus_error_set(converted.get(), error.name, error.what());
+    sd_bus_reply_method_error(call, converted.get()); // fails where the bus has gone, and the caller with it
 }
 
 void sendReply(sd_bus_message* call, const Value* value) {

@@ -139,15 +139,14 @@ protected:
     template <class... Arguments>
     static std::string call(sd_bus* connection, const char* interface, const char* method, const char* types,
                             Arguments... arguments) {
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        BusError error;
         sd_bus_message* reply = nullptr;
-        sd_bus_call_method(connection, "org.velto.Touch1", "/org/velto/Touch1/hidraw7", interface, method, &error,
+        sd_bus_call_method(connection, "org.velto.Touch1", "/org/velto/Touch1/hidraw7", interface, method, error.get(),
                            &reply, types, arguments...);
         const BusMessage owner(reply);
-        std::string result = error.name != nullptr ? error.name
-                             : reply == nullptr    ? ""
-                                                   : sd_bus_message_get_signature(reply, 1);
-        sd_bus_error_free(&error);
+        std::string result = error.isSet()      ? error.get()->name
+                             : reply == nullptr ? ""
+                                                : sd_bus_message_get_signature(reply, 1);
         return result;
     }
 };

@@ -17,7 +17,9 @@ namespace VeltoTouch::Tests {
 namespace {
 
 using namespace std::chrono_literals;
-constexpr const char* kTouches = "sim:idle:2500,tap:play-pause,idle:400,hold:volume-up:900,idle:400,tap:volume-down";
+constexpr const char* kTouches =
+    "sim:idle:2500,tap:play-pause,idle:400,hold:volume-up:900,idle:400,tap:volume-down,idle:60000";
+constexpr std::size_t kEvents = 7; // of these touches
 
 // Calls without pause for so long: what is large, what is unknown, what is of a wrong type.
 void abuse(std::chrono::milliseconds duration) {
@@ -55,12 +57,19 @@ protected:
         EXPECT_TRUE(eventually([] { return velto().run({"get", "Version"}).status == 0; }));
         return program;
     }
-    // Watches to the end of the surface, in the background, and gives its lines.
-    [[nodiscard]] std::string watchWhile(const std::function<void()>& work) const {
-        Background watcher = velto().writingTo(folder.path("watched")).inBackground({"watch", "--jsonl"});
+    // Watches until all touches have been told and `work` is done, and then to the end of the program, which it ends.
+    // Gives the lines.
+    [[nodiscard]] std::string watchToTheEnd(
+        Background& program, const std::function<void()>& work, const std::function<void()>& meanwhile = [] {}) const {
+        const std::string watched = folder.path("watched");
+        Background watcher = velto().writingTo(watched).inBackground({"watch", "--jsonl"});
+        meanwhile();
+        EXPECT_TRUE(eventually([&] { return gesturesIn(contentOf(watched)).size() >= kEvents; }));
         work();
+        program.signal(SIGTERM);
         EXPECT_EQ(watcher.waitForTheEnd(), 0);
-        return contentOf(folder.path("watched"));
+        EXPECT_EQ(program.waitForTheEnd(), 0);
+        return contentOf(watched);
     }
 };
 
@@ -85,35 +94,38 @@ TEST_F(BusCommandsTest, PropertiesAreReadAndWritten) {
 }
 
 TEST_F(BusCommandsTest, WhatIsWatchedIsWhatIsRecorded) {
-    Background program = serve(std::string(kTouches) + ",idle:1500");
+    Background program = serve(kTouches);
     const std::string recording = folder.path("recording.json");
-    const std::string watched = watchWhile([&] {
-        std::this_thread::sleep_for(5500ms);
+    const std::string watched = watchToTheEnd(program, [&] {
         EXPECT_THAT(velto().run({"record", "-o", recording}), Ends(0, ""));
     });
     const auto replayed = gesturesIn(velto().run({"replay", "--jsonl", recording}).output);
-    EXPECT_EQ(replayed.size(), 7U);
+    EXPECT_EQ(replayed.size(), kEvents);
     EXPECT_EQ(gesturesIn(watched), replayed);
 }
 
 // Everybody calls at once, and badly.
 TEST_F(BusCommandsTest, AbuseChangesNothingInTheStreamOfReports) {
-    const auto expected = gesturesIn(velto().run({"run", "--jsonl", "--device", kTouches}).output);
-    ASSERT_EQ(expected.size(), 7U);
+    const auto expected = gesturesIn(velto().run({"run", "--jsonl", "--duration", "6", "--device", kTouches}).output);
+    ASSERT_EQ(expected.size(), kEvents);
 
-    Background program = serve(std::string(kTouches) + ",idle:500");
-    const std::string watched = watchWhile([&] {
-        std::vector<std::thread> clients;
-        for (int i = 0; i < 100; ++i)
-            clients.emplace_back([] { abuse(2s); });
-        for (std::thread& client : clients)
-            client.join();
-        EXPECT_THAT(velto().run({"get", "Pipeline.DebugInfo"}),
-                    Ends(0, "{\"DisjointImageCount\":0,\"ResetCount\":0}\n"));
-        const std::size_t resident = residentKilobytes(program.process());
-        EXPECT_GT(resident, 0U);
-        EXPECT_LT(resident, 400'000U) << "15 MB, and what a sanitizer keeps";
-    });
+    Background program = serve(kTouches);
+    std::vector<std::thread> clients;
+    const std::string watched = watchToTheEnd(
+        program,
+        [&] {
+            for (std::thread& client : clients)
+                client.join();
+            EXPECT_THAT(velto().run({"get", "Pipeline.DebugInfo"}),
+                        Ends(0, "{\"DisjointImageCount\":0,\"ResetCount\":0}\n"));
+            const std::size_t resident = residentKilobytes(program.process());
+            EXPECT_GT(resident, 0U);
+            EXPECT_LT(resident, 400'000U) << "15 MB, and what a sanitizer keeps";
+        },
+        [&] {
+            for (int i = 0; i < 100; ++i)
+                clients.emplace_back([] { abuse(4s); });
+        });
     EXPECT_EQ(gesturesIn(watched), expected);
 }
 
