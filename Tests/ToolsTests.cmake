@@ -1,5 +1,6 @@
 velto_add_tests(tools_tests LIBRARIES VeltoTouchHost PkgConfig::SYSTEMD SOURCES
     Tools/BusCommandsTest.cpp
+    Tools/DevicesCommandTest.cpp
     Tools/FilesTest.cpp
     Tools/HostedServiceTest.cpp
     Tools/KnownRecordingsTest.cpp

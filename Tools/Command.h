@@ -22,6 +22,7 @@ struct Command {
 [[nodiscard]] Command makeInfoCommand(CLI::App& program);
 [[nodiscard]] Command makeSimulateCommand(CLI::App& program);
 [[nodiscard]] Command makeRunCommand(CLI::App& program);
+[[nodiscard]] Command makeDevicesCommand(CLI::App& program);
 [[nodiscard]] Command makeServeCommand(CLI::App& program);
 [[nodiscard]] Command makeGetCommand(CLI::App& program);
 [[nodiscard]] Command makeSetCommand(CLI::App& program);

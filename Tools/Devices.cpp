@@ -5,6 +5,7 @@
 #include "Surface/Devices.h"
 #include "Surface/Scripts.h"
 #include "Surface/SimulatedAccelerometer.h"
+#include "Surface/SurfaceMatch.h"
 #include "Tools/Replay.h"
 #include "Tools/Terminal.h"
 
@@ -56,6 +57,8 @@ Ref<HIDDeviceBackend> backendOf(const DeviceChoice& choice, double speed) {
             complain(choice.file, fmt::format("left out {} recorded settings", settings));
         return recordingPlayer(recording, speed);
     }
+    case DeviceChoice::Kind::FirstSurface:
+        return makeRef<HidrawDevice>(findSurfaces().front().path);
     case DeviceChoice::Kind::HidRaw:
         return makeRef<HidrawDevice>(choice.name);
     }
@@ -66,6 +69,7 @@ std::vector<Ref<HIDEventService>> accelerometersOf(const DeviceChoice& choice) {
     switch (choice.kind) {
     case DeviceChoice::Kind::Simulated:
         return {makeRef<SimulatedAccelerometer>()};
+    case DeviceChoice::Kind::FirstSurface:
     case DeviceChoice::Kind::HidRaw:
         return findAccelerometers();
     case DeviceChoice::Kind::Recorded:
@@ -85,12 +89,21 @@ DeviceChoice parseDevice(std::string_view text) {
     } else if (strip(text, "replay:") && !text.empty()) {
         choice.kind = DeviceChoice::Kind::Recorded;
         choice.file = text;
+    } else if (text == "surface") {
+        choice.kind = DeviceChoice::Kind::FirstSurface;
     } else if (text.starts_with("/dev/hidraw")) {
         choice.kind = DeviceChoice::Kind::HidRaw;
     } else {
-        throw std::invalid_argument("sim, sim:STEP,..., replay:FILE or /dev/hidrawN is wanted");
+        throw std::invalid_argument("sim, sim:STEP,..., replay:FILE, surface or /dev/hidrawN is wanted");
     }
     return choice;
+}
+
+std::vector<HidrawNode> findSurfaces() {
+    std::vector<HidrawNode> surfaces = findHidrawNodes(isSurface);
+    if (surfaces.empty())
+        throw std::runtime_error("no surface is plugged in");
+    return surfaces;
 }
 
 ConnectedDevice::ConnectedDevice(const DeviceChoice& choice, double speed)

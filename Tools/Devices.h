@@ -2,6 +2,7 @@
 
 #include "Platform/HIDDevice.h"
 #include "Platform/HIDEventSystem.h"
+#include "Platform/Linux/HidrawNodes.h"
 #include "Surface/Step.h"
 
 #include <optional>
@@ -14,7 +15,7 @@
 namespace VeltoTouch::Tools {
 
 struct DeviceChoice {
-    enum class Kind { Simulated, Recorded, HidRaw };
+    enum class Kind { Simulated, Recorded, FirstSurface, HidRaw };
 
     Kind kind = Kind::Simulated;
     std::string name = "sim";                        // as given
@@ -25,8 +26,11 @@ struct DeviceChoice {
     [[nodiscard]] const std::string& subject() const noexcept { return file.empty() ? name : file; }
 };
 
-// Reads sim, sim:STEP,STEP,..., replay:FILE or /dev/hidrawN. Throws std::invalid_argument with what is wrong.
+// Reads sim, sim:STEP,STEP,..., replay:FILE, surface or /dev/hidrawN. Throws std::invalid_argument with what is wrong.
 [[nodiscard]] DeviceChoice parseDevice(std::string_view text);
+
+// The surfaces on this machine, at least one. Throws std::runtime_error where there is none.
+[[nodiscard]] std::vector<HidrawNode> findSurfaces();
 
 // A device that the platform knows while this lives, and the accelerometers beside it: a made-up one of a simulated
 // surface, those of this machine for a real one.

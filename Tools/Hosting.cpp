@@ -11,10 +11,10 @@ constexpr const char* kDevices = "Devices:\n"
                                  "  sim             the simulated surface with a made-up user, without end\n"
                                  "  sim:STEP,...    the simulated surface, steps as velto simulate --help tells them\n"
                                  "  replay:FILE     a recording's reports; its settings are left out\n"
-                                 "  /dev/hidrawN    the surface on this machine\n";
+                                 "  surface         the first surface on this machine\n"
+                                 "  /dev/hidrawN    a surface on this machine, as velto devices tells them\n";
 
 constexpr const char* kPlugInName = "VeltoTouchHIDService.plugin";
-constexpr const char* kRunLoopMode = "velto";
 
 DeviceChoice parseDeviceOption(const std::string& text) {
     try {
@@ -61,8 +61,8 @@ HostedService openService(const std::string& plugIn, const ConnectedDevice& devi
 void waitForTheEnd(const StopSignals& signals, double seconds) {
     const auto mode = makeRef<String>(kRunLoopMode);
     const RunLoopSource signal = CFRunLoopGetCurrent()->addDescriptor(
-        kRunLoopMode, signals.descriptor(), [] {}, [] {});
-    CFRunLoopRunInMode(mode.get(), seconds, true);
+        kRunLoopMode, signals.descriptor(), [] { CFRunLoopStop(CFRunLoopGetCurrent()); }, [] {});
+    CFRunLoopRunInMode(mode.get(), seconds, false);
 }
 
 } // namespace VeltoTouch::Tools

@@ -36,7 +36,9 @@ auto about(const std::string& subject, const Work& work) {
 [[nodiscard]] HostedService openService(const std::string& plugIn, const ConnectedDevice& device,
                                         const HostedService::EventHandler& eventHandler);
 
-// Waits on the calling thread's run loop for a signal or a stop of the loop, at most until the time is over.
+// Waits on the calling thread's run loop, in this mode, for a signal or a stop of the loop, at most until the time is
+// over. Whatever else is in the mode is handled meanwhile.
+constexpr const char* kRunLoopMode = "velto";
 void waitForTheEnd(const StopSignals& signals, double seconds = std::numeric_limits<double>::infinity());
 
 } // namespace VeltoTouch::Tools

@@ -55,10 +55,11 @@ CLI::Option* addSettingArguments(CLI::App& app, std::vector<Setting>& target, co
     return addSettingOption(app, "KEY=VALUE", target, description)->type_name("");
 }
 
-void addDuration(CLI::App& app, double& target) {
-    app.add_option_function<std::string>(
-           "--duration", [&target](const std::string& text) { target = parseDuration(text); },
-           "End after so many seconds")
+CLI::Option* addDuration(CLI::App& app, double& target) {
+    return app
+        .add_option_function<std::string>(
+            "--duration", [&target](const std::string& text) { target = parseDuration(text); },
+            "End after so many seconds")
         ->type_name("S");
 }
 

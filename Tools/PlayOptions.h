@@ -23,6 +23,6 @@ CLI::Option* addSettingArguments(CLI::App& app, std::vector<Setting>& target, co
 constexpr double kForever = std::numeric_limits<double>::infinity();
 
 // --duration S: seconds above 0. Unset, the target stays as it is.
-void addDuration(CLI::App& app, double& target);
+CLI::Option* addDuration(CLI::App& app, double& target);
 
 } // namespace VeltoTouch::Tools

@@ -17,9 +17,10 @@ constexpr const char* kDescription = "Example:\n"
                                      "Records, replays and inspects the touches of a fifteen-pad surface.";
 
 // In the order of the help.
-constexpr std::array kCommands{makeReplayCommand, makeConvertCommand,  makeTrimCommand,  makeRenderCommand,
-                               makeInfoCommand,   makeSimulateCommand, makeRunCommand,   makeServeCommand,
-                               makeGetCommand,    makeSetCommand,      makeWatchCommand, makeRecordCommand};
+constexpr std::array kCommands{makeReplayCommand, makeConvertCommand,  makeTrimCommand, makeRenderCommand,
+                               makeInfoCommand,   makeSimulateCommand, makeRunCommand,  makeDevicesCommand,
+                               makeServeCommand,  makeGetCommand,      makeSetCommand,  makeWatchCommand,
+                               makeRecordCommand};
 
 // Help begins with an example; the list of subcommands shows what comes behind it.
 class HelpFormatter final : public CLI::Formatter {

@@ -38,23 +38,6 @@ std::string readText(int node, unsigned long request) {
     return ::ioctl(node, request, text.data()) < 0 ? std::string() : std::string(text.data());
 }
 
-const char* nameOfBus(std::uint32_t bus) {
-    switch (bus) {
-    case BUS_USB:
-        return "USB";
-    case BUS_BLUETOOTH:
-        return "Bluetooth";
-    case BUS_VIRTUAL:
-        return "Virtual";
-    case BUS_I2C:
-        return "I2C";
-    case BUS_SPI:
-        return "SPI";
-    default:
-        return "";
-    }
-}
-
 class Properties {
 public:
     void add(const char* key, std::uint64_t number) {
@@ -80,6 +63,23 @@ private:
 };
 
 } // namespace
+
+const char* nameOfBus(std::uint32_t bus) noexcept {
+    switch (bus) {
+    case BUS_USB:
+        return "USB";
+    case BUS_BLUETOOTH:
+        return "Bluetooth";
+    case BUS_VIRTUAL:
+        return "Virtual";
+    case BUS_I2C:
+        return "I2C";
+    case BUS_SPI:
+        return "SPI";
+    default:
+        return "";
+    }
+}
 
 Ref<Dictionary> readHidrawProperties(int node) {
     Properties properties;

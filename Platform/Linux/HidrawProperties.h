@@ -2,6 +2,8 @@
 
 #include "Platform/Value.h"
 
+#include <cstdint>
+
 namespace VeltoTouch {
 
 // What the kernel tells of a HID device, under the platform's keys:
@@ -16,5 +18,8 @@ namespace VeltoTouch {
 //
 // `node` is an open descriptor of a hidraw node. Throws std::system_error for any other, and where the device has gone.
 [[nodiscard]] Ref<Dictionary> readHidrawProperties(int node);
+
+// "USB", "Bluetooth", ... of one of the kernel's numbers of buses; empty where it has no name here.
+[[nodiscard]] const char* nameOfBus(std::uint32_t bus) noexcept;
 
 } // namespace VeltoTouch

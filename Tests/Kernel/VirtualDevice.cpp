@@ -1,6 +1,5 @@
 #include "Tests/Kernel/VirtualDevice.h"
 
-#include "Surface/ReportDescriptor.h"
 #include "Tests/Kernel/KernelNews.h"
 
 #include <algorithm>
@@ -45,8 +44,8 @@ uhid_event creationOf(const VirtualDevice::Identity& identity) {
     request.bus = identity.bus;
     request.vendor = identity.vendor;
     request.product = identity.model;
-    request.rd_size = static_cast<std::uint16_t>(Surface::kReportDescriptor.size());
-    std::ranges::copy(Surface::kReportDescriptor, request.rd_data);
+    request.rd_size = static_cast<std::uint16_t>(identity.reportDescriptor.size());
+    std::ranges::copy(identity.reportDescriptor, request.rd_data);
     return event;
 }
 

@@ -3,6 +3,7 @@
 #include "Platform/HIDDevice.h"
 #include "Platform/Linux/FileDescriptor.h"
 #include "Platform/Mutex.h"
+#include "Surface/ReportDescriptor.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -21,7 +22,7 @@ struct uhid_event;
 namespace VeltoTouch::Tests {
 
 // A HID device of the kernel whose other end is in our hands (/dev/uhid): to the kernel, and to whoever opens its
-// hidraw node, it is one as any other. It has the surface's report descriptor.
+// hidraw node, it is one as any other. It is a surface, unless its report descriptor says something else.
 //
 // What the kernel asks of it is answered on a thread of its own.
 class VirtualDevice {
@@ -35,6 +36,7 @@ public:
         std::uint16_t bus = 0x06; // BUS_VIRTUAL
         std::uint16_t vendor = 0xFE01;
         std::uint16_t model = 0x8002;
+        Report reportDescriptor{Surface::kReportDescriptor.begin(), Surface::kReportDescriptor.end()};
     };
 
     // Plugs it in; its node is there, and reports are let through, when this returns. One at a time. Throws

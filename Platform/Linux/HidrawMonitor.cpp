@@ -1,0 +1,78 @@
+#include "Platform/Linux/HidrawMonitor.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include <libudev.h>
+
+// News is only a reason to look: the nodes that are there are compared with those that were there before. So the first
+// look, an event, one that is told again (as `udevadm trigger` does) and events that were lost because too many came at
+// once are all the same, and a removal, which no longer tells what the device was, needs no more than that it is
+// missing.
+
+namespace VeltoTouch {
+namespace {
+
+// A udevd hears of a device from the kernel, runs its rules, which set the node's owner and rights, and then tells
+// everyone: that is the time to use it. Where none runs, nobody would ever tell, and the kernel's own word is taken.
+const char* newsSource() noexcept { return udevdIsRunning() ? "udev" : "kernel"; }
+
+udev_monitor* listen() {
+    udev* const context = udev_new();
+    udev_monitor* const monitor = udev_monitor_new_from_netlink(context, newsSource());
+    udev_unref(context); // the monitor keeps it
+    if (monitor == nullptr)
+        throw std::system_error(errno, std::generic_category(), "news of devices");
+    udev_monitor_filter_add_match_subsystem_devtype(monitor, "hidraw", nullptr);
+    if (const int status = udev_monitor_enable_receiving(monitor); status < 0) {
+        udev_monitor_unref(monitor);
+        throw std::system_error(-status, std::generic_category(), "news of devices");
+    }
+    return monitor;
+}
+
+bool contains(const std::vector<HidrawNode>& nodes, const HidrawNode& node) {
+    return std::ranges::find(nodes, node.folder, &HidrawNode::folder) != nodes.end();
+}
+
+} // namespace
+
+// Listens first, so that nothing falls between the look and the news.
+HidrawMonitor::HidrawMonitor(HidrawMatch match)
+    : _match(std::move(match)), _monitor(listen(), udev_monitor_unref), _nodes(findHidrawNodes(_match)) {}
+
+HidrawMonitor::~HidrawMonitor() = default;
+
+RunLoopSource HidrawMonitor::start(RunLoop& loop, std::string_view mode, Handler added, Handler removed) {
+    const auto readable = [this, added = std::move(added), removed = std::move(removed)] {
+        if (hasNews())
+            update(added, removed);
+    };
+    return loop.addDescriptor(mode, udev_monitor_get_fd(_monitor.get()), readable, [] {});
+}
+
+// Takes what has come. Where too much came the kernel says so, and what was lost may be ours.
+bool HidrawMonitor::hasNews() {
+    bool isNews = false;
+    while (udev_device* const device = udev_monitor_receive_device(_monitor.get())) {
+        udev_device_unref(device);
+        isNews = true;
+    }
+    return isNews || errno == ENOBUFS;
+}
+
+void HidrawMonitor::update(const Handler& added, const Handler& removed) {
+    const std::vector<HidrawNode> before = std::exchange(_nodes, findHidrawNodes(_match));
+    for (const HidrawNode& node : before) {
+        if (!contains(_nodes, node))
+            removed(node);
+    }
+    for (const HidrawNode& node : _nodes) {
+        if (!contains(before, node))
+            added(node);
+    }
+}
+
+} // namespace VeltoTouch

@@ -1,0 +1,131 @@
+#include "Platform/Linux/HidrawMonitor.h"
+
+#include "Surface/SurfaceMatch.h"
+#include "Tests/Kernel/VirtualDevice.h"
+
+#include <fstream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+constexpr double kPatienceSeconds = 20;
+
+// Has the surface's usage, and a report of its own.
+const VirtualDevice::Identity kStranger{
+    .product = "No Surface",
+    .reportDescriptor = {0x06, 0x60, 0xFF, 0x09, 0x01, 0xA1, 0x01, 0x15, 0x00, 0x26, 0xFF, 0x00, //
+                         0x75, 0x08, 0x95, 0x08, 0x09, 0x01, 0x81, 0x02, 0xC0},
+};
+
+// What a monitor has told on the test's run loop: "+" or "-", and the node.
+class HidrawMonitorTest : public testing::Test {
+protected:
+    const Ref<String> mode = makeRef<String>("Devices");
+    std::vector<std::string> told;
+
+    [[nodiscard]] RunLoopSource start(HidrawMonitor& monitor) {
+        const auto note = [this](const char* sign) {
+            return [this, sign](const HidrawNode& node) { told.push_back(sign + node.path); };
+        };
+        return monitor.start(*CFRunLoopGetCurrent(), mode->text(), note("+"), note("-"));
+    }
+    // Runs until there is no news left, at first until so many were told in all.
+    void hear(std::size_t count) {
+        while (CFRunLoopRunInMode(mode.get(), told.size() < count ? kPatienceSeconds : 0, true) ==
+               kCFRunLoopRunHandledSource) {
+        }
+    }
+    // Has the kernel say of a device that this has happened to it.
+    static void tell(const std::string& folder, const char* action, int times) {
+        for (int i = 0; i < times; ++i)
+            std::ofstream(folder + "/uevent") << action;
+    }
+};
+
+TEST_F(HidrawMonitorTest, SurfacesAreFoundWithoutTheRightToOpenThem) {
+    EXPECT_THAT(findHidrawNodes(Surface::isSurface), IsEmpty());
+    const VirtualDevice first, stranger(kStranger), second({.product = "", .serialNumber = "", .bus = 0x05});
+    for (const VirtualDevice* device : {&first, &second})
+        ASSERT_EQ(::chmod(device->path().c_str(), 0), 0);
+    ASSERT_EQ(::seteuid(65534), 0);
+    const std::vector<HidrawNode> nodes = findHidrawNodes(Surface::isSurface);
+    ASSERT_EQ(::seteuid(0), 0);
+    ASSERT_THAT(nodes, SizeIs(2));
+    EXPECT_EQ(nodes[0].path, first.path());
+    EXPECT_EQ(nodes[0].product, "Virtual Touch Surface");
+    EXPECT_EQ(nodes[0].serialNumber, "K-1");
+    EXPECT_EQ(nodes[0].bus, "Virtual");
+    EXPECT_THAT(nodes[0].folder, StartsWith("/sys/devices/"));
+    EXPECT_EQ(nodes[1].path, second.path());
+    EXPECT_EQ(nodes[1].product, "");
+    EXPECT_EQ(nodes[1].serialNumber, "");
+    EXPECT_EQ(nodes[1].bus, "Bluetooth");
+}
+
+TEST_F(HidrawMonitorTest, WhatComesAndGoesIsToldOnceFromTheFirstLookOn) {
+    std::optional<VirtualDevice> first(std::in_place);
+    const std::string firstPath = first->path();
+    HidrawMonitor monitor(Surface::isSurface);
+    ASSERT_THAT(monitor.nodes(), SizeIs(1));
+    EXPECT_EQ(monitor.nodes().front().path, firstPath);
+
+    std::optional<VirtualDevice> second(std::in_place); // before anyone listens
+    const std::string secondPath = second->path();
+    RunLoopSource source = start(monitor);
+    hear(1);
+    EXPECT_THAT(told, ElementsAre("+" + secondPath));
+    first.reset();
+    hear(2);
+    { const VirtualDevice stranger(kStranger); }
+    hear(0);
+    second.reset();
+    hear(3);
+    EXPECT_THAT(told, ElementsAre("+" + secondPath, "-" + firstPath, "-" + secondPath));
+    EXPECT_THAT(monitor.nodes(), IsEmpty());
+    source = {};
+    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), 0, true), kCFRunLoopRunFinished);
+}
+
+TEST_F(HidrawMonitorTest, PluggedInAgainUnderTheSameNameItHasGoneAndCome) {
+    std::optional<VirtualDevice> surface(std::in_place);
+    const std::string path = surface->path();
+    HidrawMonitor monitor(Surface::isSurface);
+    const RunLoopSource source = start(monitor);
+    surface.reset();
+    surface.emplace();
+    ASSERT_EQ(surface->path(), path);
+    hear(2);
+    EXPECT_THAT(told, ElementsAre("-" + path, "+" + path));
+}
+
+TEST_F(HidrawMonitorTest, NewsThatIsToldAgainIsNoneAndNewsThatIsLostIsMadeUpFor) {
+    constexpr int kMoreThanTheKernelKeeps = 2'000;
+    std::optional<VirtualDevice> surface(std::in_place);
+    const std::string path = surface->path();
+    ASSERT_EQ(::seteuid(65534), 0); // to whom the kernel gives no more room than to anyone
+    HidrawMonitor monitor(Surface::isSurface);
+    ASSERT_EQ(::seteuid(0), 0);
+    const RunLoopSource source = start(monitor);
+    tell(monitor.nodes().front().folder, "add", 2);
+    hear(0);
+    EXPECT_THAT(told, IsEmpty());
+    tell("/sys/devices/virtual/mem/null", "change", kMoreThanTheKernelKeeps);
+    surface.reset();
+    hear(1);
+    EXPECT_THAT(told, ElementsAre("-" + path));
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests
