@@ -1,5 +1,6 @@
 velto_add_tests(platform_tests SOURCES
     Platform/DispatchTest.cpp
+    Platform/EventReaderTest.cpp
     Platform/HIDDeviceTest.cpp
     Platform/HIDEventSystemTest.cpp
     Platform/HIDEventTest.cpp

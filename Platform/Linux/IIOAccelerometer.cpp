@@ -1,9 +1,9 @@
 #include "Platform/Linux/IIOAccelerometer.h"
 
 #include "Platform/Clock.h"
+#include "Platform/Linux/EventReader.h"
 #include "Platform/Linux/IIOSamplingFrequency.h"
 
-#include <algorithm>
 #include <utility>
 
 #include <iio.h>
@@ -122,16 +122,10 @@ void IIOAccelerometer::setSamplingFrequency(double hz) const {
 }
 
 RunLoopSource IIOAccelerometer::startEvents(RunLoop& loop, std::string_view mode, EventHandler handler) {
-    const std::uint64_t first = mach_absolute_time() + intervalTicks();
-    const auto give = [self = Ref<IIOAccelerometer>::retained(this), handler = std::move(handler),
-                       due = first]() mutable -> std::optional<std::uint64_t> {
-        const Ref<HIDEvent> event = self->readEvent();
-        if (!event)
-            return std::nullopt;
-        handler(event);
-        return due = std::max(due + self->intervalTicks(), mach_absolute_time());
-    };
-    return loop.addTimer(mode, first, give);
+    const auto self = Ref<IIOAccelerometer>::retained(this);
+    EventReader reader{.read = [self] { return self->readEvent(); },
+                       .interval = [self] { return self->intervalTicks(); }};
+    return startReading(loop, mode, std::move(reader), std::move(handler));
 }
 
 std::uint64_t IIOAccelerometer::intervalTicks() const noexcept { return ticksOf(_intervalUs); }

@@ -17,9 +17,10 @@ namespace VeltoTouch {
 // A three-axis accelerometer of the Linux kernel (Industrial I/O). The axes are the chip's: how it is mounted is not
 // looked at.
 //
-// It is read value by value, from a timer: the kernel's buffers need a trigger and a right to the device's node, which
-// not every accelerometer and not every user has, and a buffer has one reader. The price is that a read takes the
-// run loop's thread as long as the hardware takes for three values, the first one also the time to wake it up.
+// It is read value by value: the kernel's buffers need a trigger and a right to the device's node, which not every
+// accelerometer and not every user has, and a buffer has one reader. The price is that a read takes as long as the
+// hardware takes for three values, the first one also the time to wake it up. So each source has a thread that reads
+// for it, and the run loop waits for none (Platform/Linux/EventReader.h).
 class IIOAccelerometer final : public HIDEventService {
 public:
     // An accelerometer that can be read right now; null for other devices, and for one that is busy. The device is the
@@ -31,8 +32,8 @@ public:
     // "ReportInterval" alone, as `reportIntervalUs` reads it. In force from the next event on. The
     // hardware is set to the nearest sampling frequency it has; one that takes none goes on with its own.
     bool setProperty(const std::string& key, const Ref<Value>& value) override;
-    // Events that could not be given in time are left out. A read that fails ends the events: the device has gone,
-    // somebody else has it, or it does not answer (which the kernel finds out in five seconds).
+    // Events that could not be read or taken in time are left out. A read that fails ends the events: the device has
+    // gone, somebody else has it, or it does not answer (which the kernel finds out in five seconds).
     [[nodiscard]] RunLoopSource startEvents(RunLoop& loop, std::string_view mode, EventHandler handler) override;
 
 private:

@@ -1,6 +1,7 @@
 #include "Platform/Linux/IIOAccelerometer.h"
 
 #include "Platform/Clock.h"
+#include "Platform/Linux/EventReader.h"
 #include "Platform/Linux/IIOSamplingFrequency.h"
 #include "Surface/Scripts.h"
 #include "Surface/Simulation.h"
@@ -8,10 +9,14 @@
 #include "Tests/Kernel/VirtualSensor.h"
 #include "Tests/Support/Program.h"
 
+#include <algorithm>
+#include <chrono>
 #include <thread>
 #include <tuple>
 
 #include <gmock/gmock.h>
+#include <pthread.h>
+#include <sched.h>
 
 namespace VeltoTouch::Tests {
 namespace {
@@ -53,6 +58,8 @@ protected:
     [[nodiscard]] bool run() {
         return CFRunLoopRunInMode(mode.get(), kPatienceSeconds, true) == kCFRunLoopRunHandledSource;
     }
+    // Runs until it gives values that were read from now on: it reads by itself, and two events may be on their way.
+    [[nodiscard]] bool runToNewValues() { return run() && run() && run(); }
     [[nodiscard]] std::vector<double> lastValues() const {
         const HIDEvent* event = events.back().get();
         return {IOHIDEventGetFloatValue(event, kIOHIDEventFieldAccelerometerX),
@@ -77,7 +84,7 @@ TEST_F(AccelerometerTest, ItGivesItsValuesInGOnTheRunLoop) {
     EXPECT_THAT(lastValues(), ElementsAre(near(0.1), near(-0.2), near(1.0)));
 
     sensor.moveTo({-32767, 0, 32767});
-    ASSERT_TRUE(run());
+    ASSERT_TRUE(runToNewValues());
     EXPECT_THAT(lastValues(), ElementsAre(near(-32.767), near(0), near(32.767)));
 
     source = {};
@@ -124,6 +131,46 @@ TEST_F(AccelerometerTest, ASensorThatFallsSilentLeavesTheModeWithoutMadeUpValues
     EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
     EXPECT_THAT(lastValues(), ElementsAre(near(0.1), near(-0.2), near(1.0)));
     EXPECT_THAT(findAccelerometers(), IsEmpty());
+}
+
+TEST_F(AccelerometerTest, ASensorThatAnswersLateDoesNotHoldUpTheLoop) {
+    constexpr std::chrono::milliseconds kDelay{400};
+    ASSERT_TRUE(setInterval(Number::withDouble(10'000)));
+    sensor.answerAfter(kDelay);
+    std::uint64_t lastTick = mach_absolute_time();
+    std::uint64_t longestGap = 0;
+    const RunLoopSource timer = CFRunLoopGetCurrent()->addTimer(mode->text(), 0, [&] {
+        const std::uint64_t now = mach_absolute_time();
+        longestGap = std::max(longestGap, now - std::exchange(lastTick, now));
+        return std::optional(now + 10'000'000);
+    });
+    start();
+    while (events.empty() && run()) {
+    }
+    ASSERT_THAT(events, SizeIs(1));
+    EXPECT_THAT(lastValues(), ElementsAre(near(0.1), near(-0.2), near(1.0)));
+    EXPECT_LT(std::chrono::nanoseconds(longestGap), kDelay) << "of three such delays";
+
+    const std::uint64_t endTime = mach_absolute_time(); // it is reading again, or about to
+    source = {};
+    EXPECT_LT(std::chrono::nanoseconds(mach_absolute_time() - endTime), kDelay);
+}
+
+// Its loop is one with real-time priority.
+TEST(EventReaderPriorityTest, ItsThreadHasNone) {
+    const sched_param urgent{.sched_priority = 10}, none{.sched_priority = 0};
+    int policy = -1;
+    ASSERT_EQ(pthread_setschedparam(pthread_self(), SCHED_RR, &urgent), 0);
+    const auto mode = makeRef<String>("Events");
+    const auto read = [&policy]() -> Ref<HIDEvent> {
+        policy = ::sched_getscheduler(0);
+        return nullptr;
+    };
+    const RunLoopSource source = startReading(*CFRunLoopGetCurrent(), mode->text(),
+                                              {.read = read, .interval = [] { return std::uint64_t{0}; }}, {});
+    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
+    ASSERT_EQ(pthread_setschedparam(pthread_self(), SCHED_OTHER, &none), 0);
+    EXPECT_EQ(policy, SCHED_OTHER);
 }
 
 // The samples around a touch are recorded.

@@ -134,6 +134,11 @@ void VirtualSensor::moveTo(const Axes& axes) {
     _axes = axes;
 }
 
+void VirtualSensor::answerAfter(std::chrono::milliseconds delay) {
+    const std::lock_guard guard(_lock);
+    _delay = delay;
+}
+
 void VirtualSensor::fallSilent() {
     const std::lock_guard guard(_lock);
     _axes.reset();
@@ -186,14 +191,25 @@ VirtualSensor::Report VirtualSensor::inputReport() {
     return report;
 }
 
+// Unless there is no more to serve.
+void VirtualSensor::takeTime() {
+    std::unique_lock guard(_lock);
+    const auto delay = static_cast<int>(_delay.count());
+    guard.unlock();
+    pollfd stop{.fd = _stop.get(), .events = POLLIN, .revents = 0};
+    ::poll(&stop, 1, delay);
+}
+
 void VirtualSensor::replyToGet(const uhid_event& request) {
     uhid_event event{};
     event.type = UHID_GET_REPORT_REPLY;
     uhid_get_report_reply_req& answer = event.u.get_report_reply;
     answer.id = request.u.get_report.id;
+    const bool isFeature = request.u.get_report.rtype == UHID_FEATURE_REPORT;
+    if (!isFeature)
+        takeTime();
     {
         const std::lock_guard guard(_lock);
-        const bool isFeature = request.u.get_report.rtype == UHID_FEATURE_REPORT;
         if (isFeature || _axes) {
             const Report report = isFeature ? _features : inputReport();
             answer.size = static_cast<std::uint16_t>(report.size());

@@ -4,6 +4,7 @@
 #include "Tests/Kernel/KernelNews.h"
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -28,6 +29,8 @@ public:
 
     // What is read from now on. Any thread.
     void moveTo(const Axes& axes);
+    // Values are told so long after they are asked for from now on. Any thread.
+    void answerAfter(std::chrono::milliseconds delay);
     // Values are refused from now on. Any thread.
     void fallSilent();
 
@@ -48,6 +51,7 @@ private:
     void replyToGet(const uhid_event& request);
     void replyToSet(const uhid_event& request);
     [[nodiscard]] Report inputReport();
+    void takeTime();
 
     FileDescriptor _kernel; // our end of the device
     FileDescriptor _stop;   // readable: serve no longer
@@ -57,6 +61,7 @@ private:
     std::optional<Axes> _axes; // none: refused
     Report _features;          // the feature report
     bool _wasToldFeatures = false;
+    std::chrono::milliseconds _delay{0};
 
     std::thread _server;
 };

@@ -1,0 +1,116 @@
+#include "Platform/Linux/EventReader.h"
+
+#include "Platform/Clock.h"
+#include "Platform/Linux/FileDescriptor.h"
+#include "Platform/Thread.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
+#include <unistd.h>
+
+// The thread and the loop share a place for one event and a pipe. A byte in the pipe says that there is an event where
+// there was none, so that there is never more than one. Each side owns its end, and sees by the pipe when the other has
+// gone: the loop's source hangs up, the thread's wait is over.
+
+namespace VeltoTouch {
+namespace {
+
+constexpr std::uint64_t kTicksPerSecond = 1'000'000'000; // of the clock that waits run by
+
+// The newest event that the loop has not taken.
+class Slot {
+public:
+    Slot() = default;
+    Slot(const Slot&) = delete;
+    Slot& operator=(const Slot&) = delete;
+    ~Slot() { std::ignore = exchange(nullptr); }
+
+    // Gives what was there before.
+    [[nodiscard]] Ref<HIDEvent> exchange(Ref<HIDEvent> event) noexcept {
+        return Ref<HIDEvent>::adopt(_event.exchange(event.leak()));
+    }
+
+private:
+    std::atomic<HIDEvent*> _event{nullptr};
+};
+
+class ReaderThread {
+public:
+    ReaderThread(FileDescriptor pipe, std::shared_ptr<Slot> slot, EventReader reader)
+        : _pipe(std::move(pipe)), _slot(std::move(slot)), _reader(std::move(reader)) {}
+
+    void run() const {
+        becomeOrdinary();
+        std::uint64_t due = mach_absolute_time() + _reader.interval();
+        while (waitUntil(due)) {
+            Ref<HIDEvent> event = _reader.read();
+            if (!event || !handOver(std::move(event)))
+                return;
+            due = std::max(due + _reader.interval(), mach_absolute_time());
+        }
+    }
+
+private:
+    // Hardware that is slow to answer can keep a processor busy, which at the priority of the loop's thread, inherited
+    // from there, would hold that up after all. Signals are the host's; that nobody listens is seen without SIGPIPE.
+    static void becomeOrdinary() noexcept {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_BLOCK, &all, nullptr);
+        const sched_param parameters{.sched_priority = 0};
+        pthread_setschedparam(pthread_self(), SCHED_OTHER, &parameters);
+    }
+
+    // False once nobody listens any more.
+    [[nodiscard]] bool waitUntil(std::uint64_t time) const noexcept {
+        const std::uint64_t now = mach_absolute_time();
+        const std::uint64_t wait = time > now ? time - now : 0;
+        const timespec timeout{.tv_sec = static_cast<time_t>(wait / kTicksPerSecond),
+                               .tv_nsec = static_cast<long>(wait % kTicksPerSecond)};
+        pollfd listener{.fd = _pipe.get(), .events = 0, .revents = 0};
+        return ::ppoll(&listener, 1, &timeout, nullptr) == 0;
+    }
+
+    // The same.
+    [[nodiscard]] bool handOver(Ref<HIDEvent> event) const noexcept {
+        const bool isLate = static_cast<bool>(_slot->exchange(std::move(event)));
+        return isLate || ::write(_pipe.get(), "", 1) == 1;
+    }
+
+    const FileDescriptor _pipe; // goes last, when nothing else is held any more
+    const std::shared_ptr<Slot> _slot;
+    const EventReader _reader;
+};
+
+} // namespace
+
+RunLoopSource startReading(RunLoop& loop, std::string_view mode, EventReader reader,
+                           HIDEventService::EventHandler handler) {
+    int ends[2]{};
+    if (::pipe2(ends, O_CLOEXEC) != 0)
+        throw std::system_error(errno, std::generic_category(), "event reader");
+    const auto pipe = std::make_shared<const FileDescriptor>(ends[0]);
+    const auto slot = std::make_shared<Slot>();
+    auto thread = std::make_shared<const ReaderThread>(FileDescriptor(ends[1]), slot, std::move(reader));
+
+    const auto take = [pipe, slot, handler = std::move(handler)] {
+        char signal = 0;
+        (void)!::read(pipe->get(), &signal, 1);
+        if (const Ref<HIDEvent> event = slot->exchange(nullptr))
+            handler(event);
+    };
+    RunLoopSource source = loop.addDescriptor(mode, pipe->get(), take, [] {});
+    NSThread::detachNewThreadWithBlock("event reader", [thread = std::move(thread)] { thread->run(); });
+    return source;
+}
+
+} // namespace VeltoTouch
