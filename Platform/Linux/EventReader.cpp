@@ -10,6 +10,7 @@
 #include <csignal>
 #include <memory>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include <fcntl.h>

@@ -117,6 +117,7 @@ TEST_F(HidrawMonitorTest, NewsThatIsToldAgainIsNoneAndNewsThatIsLostIsMadeUpFor)
     ASSERT_EQ(::seteuid(65534), 0); // to whom the kernel gives no more room than to anyone
     HidrawMonitor monitor(Surface::isSurface);
     ASSERT_EQ(::seteuid(0), 0);
+    ASSERT_THAT(monitor.nodes(), SizeIs(1));
     const RunLoopSource source = start(monitor);
     tell(monitor.nodes().front().folder, "add", 2);
     hear(0);
