@@ -58,7 +58,6 @@ Ref<HIDDeviceBackend> backendOf(const DeviceChoice& choice, double speed) {
         return recordingPlayer(recording, speed);
     }
     case DeviceChoice::Kind::FirstSurface:
-        return makeRef<HidrawDevice>(findSurfaces().front().path);
     case DeviceChoice::Kind::HidRaw:
         return makeRef<HidrawDevice>(choice.name);
     }
@@ -76,6 +75,13 @@ std::vector<Ref<HIDEventService>> accelerometersOf(const DeviceChoice& choice) {
         break;
     }
     return {};
+}
+
+// With the name of the node in place of "surface".
+DeviceChoice found(DeviceChoice choice) {
+    if (choice.kind == DeviceChoice::Kind::FirstSurface)
+        choice.name = findSurfaces().front().path;
+    return choice;
 }
 
 } // namespace
@@ -107,7 +113,7 @@ std::vector<HidrawNode> findSurfaces() {
 }
 
 ConnectedDevice::ConnectedDevice(const DeviceChoice& choice, double speed)
-    : _backend(backendOf(choice, speed)), _accelerometers(accelerometersOf(choice)),
+    : _choice(found(choice)), _backend(backendOf(_choice, speed)), _accelerometers(accelerometersOf(_choice)),
       _service(registerDevice(_backend)) {
     std::ranges::for_each(_accelerometers, registerEventService);
 }

@@ -42,10 +42,13 @@ public:
     ConnectedDevice& operator=(const ConnectedDevice&) = delete;
     ~ConnectedDevice();
 
+    // As given, or the node's path where that says which.
+    [[nodiscard]] const std::string& name() const noexcept { return _choice.name; }
     [[nodiscard]] HIDDeviceBackend& backend() const noexcept { return *_backend; }
     [[nodiscard]] io_service_t service() const noexcept { return _service; }
 
 private:
+    const DeviceChoice _choice;
     const Ref<HIDDeviceBackend> _backend;
     const std::vector<Ref<HIDEventService>> _accelerometers;
     const io_service_t _service;

@@ -2,6 +2,7 @@
 
 #include "Tools/Description.h"
 
+#include <algorithm>
 #include <array>
 #include <sstream>
 #include <string>
@@ -30,6 +31,11 @@ public:
         std::stringstream line;
         CLI::detail::format_help(line, subcommand->get_name(), text, get_column_width());
         return line.str();
+    }
+    // Which options go with which, the messages say.
+    std::string make_option_opts(const CLI::Option* option) const override {
+        const std::string text = CLI::Formatter::make_option_opts(option);
+        return text.substr(0, std::min(text.find(" Needs:"), text.find(" Excludes:")));
     }
 };
 

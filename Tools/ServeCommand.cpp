@@ -21,7 +21,7 @@ namespace VeltoTouch::Tools {
 namespace {
 
 constexpr const char* kDescription = "Example:\n"
-                                     "  velto serve --device /dev/hidraw0\n\n"
+                                     "  velto serve --device surface\n\n"
                                      "Makes the gestures on a surface key presses for everything on this machine:\n"
                                      "a tap plays, pauses or steps the volume, a hold keeps the volume key or the\n"
                                      "assistant's pressed. Ends when the device goes or with Ctrl-C; no key stays\n"
@@ -67,8 +67,8 @@ private:
     std::exception_ptr _failure;
 };
 
-Bus::ServedSurface servedSurface(const Options& options, const ConnectedDevice& device, const HostedService& service) {
-    return {.device = options.device.name,
+Bus::ServedSurface servedSurface(const ConnectedDevice& device, const HostedService& service) {
+    return {.device = device.name(),
             .properties = {.get = [&service](const std::string& key) { return service.copyProperty(key); },
                            .set = [&service](const std::string& key,
                                              const Ref<Value>& value) { return service.setProperty(key, value); }},
@@ -97,7 +97,7 @@ int serve(const Options& options) {
         });
     };
     HostedService service = openService(options.plugIn, device, handleEvent);
-    Bus::TouchObject served(loop, options.bus, servedSurface(options, device, service));
+    Bus::TouchObject served(loop, options.bus, servedSurface(device, service));
     object = &served;
 
     service.schedule();

@@ -19,7 +19,7 @@ namespace {
 
 constexpr const char* kDescription =
     "Example:\n"
-    "  velto watch\n"
+    "  velto watch --duration 60\n"
     "  velto watch --jsonl | jq -r .gesture\n\n"
     "Shows the gestures on a surface that velto serve serves, as they come. Ends when\n"
     "the surface goes, after --duration or with Ctrl-C.";
