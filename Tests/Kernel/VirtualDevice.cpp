@@ -3,30 +3,15 @@
 #include "Tests/Kernel/KernelNews.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
-#include <stdexcept>
-#include <string_view>
-#include <system_error>
 
-#include <fcntl.h>
 #include <linux/uhid.h>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace VeltoTouch::Tests {
 namespace {
 
 constexpr std::chrono::seconds kPatience{20};
-
-FileDescriptor checked(int descriptor, const char* what) {
-    if (descriptor < 0)
-        throw std::system_error(errno, std::generic_category(), what);
-    return FileDescriptor(descriptor);
-}
 
 // Into a field of fixed size that has been zeroed.
 template <std::size_t N>
@@ -51,26 +36,12 @@ uhid_event creationOf(const VirtualDevice::Identity& identity) {
 
 } // namespace
 
-VirtualDevice::VirtualDevice(const Identity& identity)
-    : _kernel(checked(::open("/dev/uhid", O_RDWR | O_CLOEXEC), "/dev/uhid")),
-      _stop(checked(::eventfd(0, EFD_CLOEXEC), "virtual device")) {
+VirtualDevice::VirtualDevice(const Identity& identity) {
     KernelNews news;
-    write(creationOf(identity));
+    _kernel.write(creationOf(identity));
     _path = news.waitFor("add", "hidraw");
     news.waitForSubsystem("bind", "hid"); // until then the kernel drops reports
-    _server = std::thread([this] { serve(); });
-}
-
-VirtualDevice::~VirtualDevice() {
-    unplug();
-    const std::uint64_t signal = 1;
-    (void)!::write(_stop.get(), &signal, sizeof signal);
-    _server.join();
-}
-
-void VirtualDevice::write(const uhid_event& event) {
-    if (::write(_kernel.get(), &event, sizeof event) < 0)
-        throw std::system_error(errno, std::generic_category(), "virtual device");
+    _kernel.serve([this](const uhid_event& event) { handle(event); });
 }
 
 void VirtualDevice::answer(IOHIDReportType type, std::uint8_t reportID, Report report) {
@@ -84,15 +55,7 @@ void VirtualDevice::send(std::span<const std::uint8_t> report) {
     event.type = UHID_INPUT2;
     event.u.input2.size = static_cast<std::uint16_t>(report.size());
     std::ranges::copy(report, event.u.input2.data);
-    write(event);
-}
-
-void VirtualDevice::unplug() {
-    if (!std::exchange(_isPlugged, false))
-        return;
-    uhid_event event{};
-    event.type = UHID_DESTROY;
-    write(event);
+    _kernel.write(event);
 }
 
 bool VirtualDevice::waitUntilOpened(int times) {
@@ -100,21 +63,14 @@ bool VirtualDevice::waitUntilOpened(int times) {
     return _opened.wait_for(guard, kPatience, [&] { return _timesOpened >= times; });
 }
 
-void VirtualDevice::serve() {
-    std::array<pollfd, 2> ready{pollfd{.fd = _kernel.get(), .events = POLLIN, .revents = 0},
-                                pollfd{.fd = _stop.get(), .events = POLLIN, .revents = 0}};
-    while (::poll(ready.data(), ready.size(), -1) >= 0 && ready[1].revents == 0) {
-        uhid_event event{};
-        if (::read(_kernel.get(), &event, sizeof event) <= 0)
-            return;
-        if (event.type == UHID_GET_REPORT)
-            reply(event);
-        if (event.type != UHID_OPEN)
-            continue;
-        const std::lock_guard guard(_lock);
-        ++_timesOpened;
-        _opened.notify_all();
-    }
+void VirtualDevice::handle(const uhid_event& event) {
+    if (event.type == UHID_GET_REPORT)
+        reply(event);
+    if (event.type != UHID_OPEN)
+        return;
+    const std::lock_guard guard(_lock);
+    ++_timesOpened;
+    _opened.notify_all();
 }
 
 void VirtualDevice::reply(const uhid_event& request) {
@@ -132,7 +88,7 @@ void VirtualDevice::reply(const uhid_event& request) {
             std::ranges::copy(known->second, answer.data);
         }
     }
-    (void)!::write(_kernel.get(), &event, sizeof event); // it may have been unplugged meanwhile
+    _kernel.reply(event);
 }
 
 } // namespace VeltoTouch::Tests

@@ -1,23 +1,17 @@
 #pragma once
 
 #include "Platform/HIDDevice.h"
-#include "Platform/Linux/FileDescriptor.h"
-#include "Platform/Mutex.h"
 #include "Surface/ReportDescriptor.h"
+#include "Tests/Kernel/UhidEnd.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <span>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
-
-struct uhid_event;
 
 namespace VeltoTouch::Tests {
 
@@ -45,7 +39,7 @@ public:
     VirtualDevice() : VirtualDevice(Identity()) {}
     VirtualDevice(const VirtualDevice&) = delete;
     VirtualDevice& operator=(const VirtualDevice&) = delete;
-    ~VirtualDevice();
+    ~VirtualDevice() = default;
 
     // /dev/hidrawN
     [[nodiscard]] const std::string& path() const noexcept { return _path; }
@@ -57,28 +51,24 @@ public:
     void send(std::span<const std::uint8_t> report);
 
     // It has gone when this returns. Not while others send.
-    void unplug();
+    void unplug() { _kernel.unplug(); }
 
     // Returns when someone has opened it for the nth time, of those times when nobody else had it open; false where
     // that takes too long.
     [[nodiscard]] bool waitUntilOpened(int times);
 
 private:
-    void write(const uhid_event& event);
-    void serve();
+    void handle(const uhid_event& event);
     void reply(const uhid_event& request);
 
-    FileDescriptor _kernel; // our end of the device
-    FileDescriptor _stop;   // readable: serve no longer
     std::string _path;
-    bool _isPlugged = true;
 
     std::mutex _lock;                                                 // guards what follows
     std::map<std::pair<std::uint8_t, std::uint8_t>, Report> _answers; // by the kernel's type and ID
     int _timesOpened = 0;
     std::condition_variable _opened;
 
-    std::thread _server;
+    UhidEnd _kernel; // ends first: its thread uses the rest
 };
 
 } // namespace VeltoTouch::Tests

@@ -1,16 +1,14 @@
 #include "Tests/Kernel/VirtualSensor.h"
 
+#include "Tests/Kernel/KernelNews.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <string_view>
-#include <system_error>
-#include <utility>
+#include <tuple>
 
-#include <fcntl.h>
 #include <linux/uhid.h>
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace VeltoTouch::Tests {
 namespace {
@@ -76,12 +74,6 @@ constexpr auto kDescriptor = std::to_array<std::uint8_t>({
 });
 // clang-format on
 
-FileDescriptor checked(int descriptor, const char* what) {
-    if (descriptor < 0)
-        throw std::system_error(errno, std::generic_category(), what);
-    return FileDescriptor(descriptor);
-}
-
 uhid_event creation() {
     constexpr std::string_view kName = "Virtual Sensor Hub";
     uhid_event event{};
@@ -98,35 +90,11 @@ uhid_event creation() {
 
 } // namespace
 
-VirtualSensor::VirtualSensor(const Axes& axes)
-    : _kernel(checked(::open("/dev/uhid", O_RDWR | O_CLOEXEC), "/dev/uhid")),
-      _stop(checked(::eventfd(0, EFD_CLOEXEC), "virtual sensor")), _axes(axes),
-      _features({kReportID, 1, 1, 100, 0, 0, 0, 1, 0}) {
+VirtualSensor::VirtualSensor(const Axes& axes) : _axes(axes), _features({kReportID, 1, 1, 100, 0, 0, 0, 1, 0}) {
     KernelNews news;
-    write(creation());
-    _server = std::thread([this] { serve(); }); // the driver asks while it is being bound
-    try {
-        std::ignore = news.waitFor("add", "iio:device");
-    } catch (...) {
-        stopServing();
-        throw;
-    }
-}
-
-VirtualSensor::~VirtualSensor() {
-    unplug();
-    stopServing();
-}
-
-void VirtualSensor::stopServing() {
-    const std::uint64_t signal = 1;
-    (void)!::write(_stop.get(), &signal, sizeof signal);
-    _server.join();
-}
-
-void VirtualSensor::write(const uhid_event& event) {
-    if (::write(_kernel.get(), &event, sizeof event) < 0)
-        throw std::system_error(errno, std::generic_category(), "virtual sensor");
+    _kernel.write(creation());
+    _kernel.serve([this](const uhid_event& event) { handle(event); }); // the driver asks while it is being bound
+    std::ignore = news.waitFor("add", "iio:device");
 }
 
 void VirtualSensor::moveTo(const Axes& axes) {
@@ -159,26 +127,11 @@ std::optional<std::uint16_t> VirtualSensor::sensitivity() {
     return static_cast<std::uint16_t>(_features[kSensitivity] | _features[kSensitivity + 1] << 8);
 }
 
-void VirtualSensor::unplug() {
-    if (!std::exchange(_isPlugged, false))
-        return;
-    uhid_event event{};
-    event.type = UHID_DESTROY;
-    write(event);
-}
-
-void VirtualSensor::serve() {
-    std::array<pollfd, 2> ready{pollfd{.fd = _kernel.get(), .events = POLLIN, .revents = 0},
-                                pollfd{.fd = _stop.get(), .events = POLLIN, .revents = 0}};
-    while (::poll(ready.data(), ready.size(), -1) >= 0 && ready[1].revents == 0) {
-        uhid_event event{};
-        if (::read(_kernel.get(), &event, sizeof event) <= 0)
-            return;
-        if (event.type == UHID_GET_REPORT)
-            replyToGet(event);
-        else if (event.type == UHID_SET_REPORT)
-            replyToSet(event);
-    }
+void VirtualSensor::handle(const uhid_event& event) {
+    if (event.type == UHID_GET_REPORT)
+        replyToGet(event);
+    else if (event.type == UHID_SET_REPORT)
+        replyToSet(event);
 }
 
 VirtualSensor::Report VirtualSensor::inputReport() {
@@ -196,7 +149,7 @@ void VirtualSensor::takeTime() {
     std::unique_lock guard(_lock);
     const auto delay = static_cast<int>(_delay.count());
     guard.unlock();
-    pollfd stop{.fd = _stop.get(), .events = POLLIN, .revents = 0};
+    pollfd stop{.fd = _kernel.ending(), .events = POLLIN, .revents = 0};
     ::poll(&stop, 1, delay);
 }
 
@@ -218,7 +171,7 @@ void VirtualSensor::replyToGet(const uhid_event& request) {
             answer.err = EIO;
         }
     }
-    (void)!::write(_kernel.get(), &event, sizeof event); // it may have been unplugged meanwhile
+    _kernel.reply(event);
 }
 
 void VirtualSensor::replyToSet(const uhid_event& request) {
@@ -233,7 +186,7 @@ void VirtualSensor::replyToSet(const uhid_event& request) {
     } else {
         event.u.set_report_reply.err = EIO;
     }
-    (void)!::write(_kernel.get(), &event, sizeof event);
+    _kernel.reply(event);
 }
 
 } // namespace VeltoTouch::Tests

@@ -1,17 +1,13 @@
 #pragma once
 
-#include "Platform/Linux/FileDescriptor.h"
-#include "Tests/Kernel/KernelNews.h"
+#include "Tests/Kernel/UhidEnd.h"
 
 #include <array>
 #include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <vector>
-
-struct uhid_event;
 
 namespace VeltoTouch::Tests {
 
@@ -25,7 +21,7 @@ public:
     explicit VirtualSensor(const Axes& axes);
     VirtualSensor(const VirtualSensor&) = delete;
     VirtualSensor& operator=(const VirtualSensor&) = delete;
-    ~VirtualSensor();
+    ~VirtualSensor() = default;
 
     // What is read from now on. Any thread.
     void moveTo(const Axes& axes);
@@ -40,22 +36,16 @@ public:
     [[nodiscard]] std::optional<std::uint16_t> sensitivity();
 
     // It has gone when this returns.
-    void unplug();
+    void unplug() { _kernel.unplug(); }
 
 private:
     using Report = std::vector<std::uint8_t>;
 
-    void write(const uhid_event& event);
-    void serve();
-    void stopServing();
+    void handle(const uhid_event& event);
     void replyToGet(const uhid_event& request);
     void replyToSet(const uhid_event& request);
     [[nodiscard]] Report inputReport();
     void takeTime();
-
-    FileDescriptor _kernel; // our end of the device
-    FileDescriptor _stop;   // readable: serve no longer
-    bool _isPlugged = true;
 
     std::mutex _lock;          // guards what follows
     std::optional<Axes> _axes; // none: refused
@@ -63,7 +53,7 @@ private:
     bool _wasToldFeatures = false;
     std::chrono::milliseconds _delay{0};
 
-    std::thread _server;
+    UhidEnd _kernel; // ends first: its thread uses the rest
 };
 
 } // namespace VeltoTouch::Tests
