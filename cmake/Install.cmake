@@ -2,30 +2,37 @@
 # find_package(VeltoTouch) find them, and the program.
 include(CMakePackageConfigHelpers)
 
-set(VELTO_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VeltoTouch)
+# Two components: what users have, and what developers have beside it.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 
-# The program finds the shared library beside it, wherever the two are moved together.
-file(RELATIVE_PATH VELTO_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-set_target_properties(velto PROPERTIES INSTALL_RPATH "$ORIGIN/${VELTO_BIN_TO_LIB}")
+set(VELTO_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VeltoTouch)
+# The shared library and the plug-in: for our own programs alone, and for hosts that CMake tells where they are.
+set(VELTO_PRIVATE_DIR ${CMAKE_INSTALL_LIBDIR}/velto-touch)
+
+# The program finds both from where it is, wherever the tree is moved.
+file(RELATIVE_PATH VELTO_BIN_TO_PRIVATE ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/velto-touch)
+set_target_properties(velto PROPERTIES INSTALL_RPATH "$ORIGIN/${VELTO_BIN_TO_PRIVATE}")
 
 install(TARGETS velto RUNTIME)
-install(TARGETS VeltoPlatform VeltoTouchCore VeltoTouchHost EXPORT VeltoTouchTargets)
+install(TARGETS VeltoPlatform EXPORT VeltoTouchTargets
+        LIBRARY DESTINATION ${VELTO_PRIVATE_DIR} NAMELINK_COMPONENT development)
+install(TARGETS VeltoTouchCore VeltoTouchHost EXPORT VeltoTouchTargets ARCHIVE COMPONENT development)
 
 # The plug-in is a folder: the module and its manifest.
-set(VELTO_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR}/VeltoTouch/VeltoTouchHIDService.plugin)
-set_target_properties(VeltoTouchHIDService PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
+set(VELTO_PLUGIN_DIR ${VELTO_PRIVATE_DIR}/VeltoTouchHIDService.plugin)
+set_target_properties(VeltoTouchHIDService PROPERTIES INSTALL_RPATH "$ORIGIN/..")
 install(TARGETS VeltoTouchHIDService LIBRARY DESTINATION ${VELTO_PLUGIN_DIR})
 install(FILES Service/Info.json DESTINATION ${VELTO_PLUGIN_DIR})
 
 # The headers keep their folders: #include "Platform/Value.h" reads the same outside as it does here.
 install(DIRECTORY Platform Pipeline Shared Algs Recording Host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/VeltoTouch
-        FILES_MATCHING PATTERN "*.h")
+        COMPONENT development FILES_MATCHING PATTERN "*.h")
 
-install(EXPORT VeltoTouchTargets NAMESPACE VeltoTouch:: DESTINATION ${VELTO_PACKAGE_DIR})
+install(EXPORT VeltoTouchTargets NAMESPACE VeltoTouch:: DESTINATION ${VELTO_PACKAGE_DIR} COMPONENT development)
 configure_package_config_file(cmake/VeltoTouchConfig.cmake.in ${PROJECT_BINARY_DIR}/VeltoTouchConfig.cmake
                               INSTALL_DESTINATION ${VELTO_PACKAGE_DIR} PATH_VARS VELTO_PLUGIN_DIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/VeltoTouchConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/VeltoTouchConfig.cmake ${PROJECT_BINARY_DIR}/VeltoTouchConfigVersion.cmake
-        DESTINATION ${VELTO_PACKAGE_DIR})
+        DESTINATION ${VELTO_PACKAGE_DIR} COMPONENT development)
 
 include(${CMAKE_CURRENT_LIST_DIR}/Docs.cmake)
