@@ -15,3 +15,4 @@ velto_add_tests(platform_tests SOURCES
     Shared/UtilTest.cpp
 )
 add_subdirectory(Kernel)
+add_subdirectory(System)

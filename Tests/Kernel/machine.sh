@@ -13,7 +13,7 @@ device_modules=(
     '*/input/evdev.ko' '*/misc/uinput.ko'
 )
 disk_modules=(
-    '*/virtio/virtio.ko' '*/virtio_ring.ko' '*/virtio_pci_legacy_dev.ko' '*/virtio_pci_modern_dev.ko'
+    '*/virtio_ring.ko' '*/virtio/virtio.ko' '*/virtio_pci_legacy_dev.ko' '*/virtio_pci_modern_dev.ko'
     '*/virtio_pci.ko' '*/virtio_blk.ko'
     '*/crc16.ko' '*/crc32c_generic.ko' '*/mbcache.ko' '*/jbd2.ko' '*/ext4.ko'
 )

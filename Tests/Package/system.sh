@@ -12,7 +12,7 @@ as_root() {
 make_packages() {
     [[ -f $build/CPackConfig.cmake ]] || fail "$build is not configured"
     rm -rf "$build/Packages"
-    ninja -C "$build" --quiet | { grep -v '^ninja: no work' >&2 || true; }
+    ninja -C "$build" --quiet velto VeltoTouchHost docs | { grep -v '^ninja: no work' >&2 || true; }
     cpack --config "$build/CPackConfig.cmake" >"$work/cpack.log" 2>&1 || { cat "$work/cpack.log"; fail "no packages"; }
     packages=("$build"/Packages/*.deb)
 }
@@ -23,8 +23,8 @@ sources_of_debian() {
     apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Origin: Debian' | LC_ALL=C sort -u
 }
 
-# Packs a bare system with what our packages depend on, and with nothing of ours, into $build/Tests/debian.tar. It is kept
-# for as long as they depend on the same; nothing else of these tests needs a network.
+# Packs a bare system with what our packages depend on, and with nothing of ours, into $build/Tests/debian.tar. It is
+# kept for as long as they depend on the same; nothing else of these tests needs a network.
 make_base() {
     base=$build/Tests/debian.tar
     local depends sources=()

@@ -1,0 +1,129 @@
+#include "Tests/Kernel/KernelNews.h"
+#include "Tests/System/Guest.h"
+
+#include <array>
+#include <fstream>
+#include <optional>
+#include <vector>
+
+#include <fcntl.h>
+#include <linux/input.h>
+#include <poll.h>
+#include <sched.h>
+#include <unistd.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
+
+constexpr int kPatienceMs = 20'000;
+
+// The next so many presses (1) and releases (0) of keys, or fewer where they do not come.
+std::vector<std::pair<int, int>> readKeys(const FileDescriptor& keyboard, std::size_t count) {
+    std::vector<std::pair<int, int>> keys;
+    pollfd ready{.fd = keyboard.get(), .events = POLLIN, .revents = 0};
+    while (keys.size() < count && ::poll(&ready, 1, kPatienceMs) == 1) {
+        input_event event{};
+        if (::read(keyboard.get(), &event, sizeof event) != sizeof event)
+            break;
+        if (event.type == EV_KEY)
+            keys.emplace_back(event.code, event.value);
+    }
+    return keys;
+}
+
+// How many threads of a process run round-robin at this priority.
+int threadsAt(int priority, const std::string& pid) {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/" + pid + "/task")) {
+        const pid_t thread = std::stoi(entry.path().filename());
+        sched_param parameters{};
+        if (::sched_getscheduler(thread) == SCHED_RR && ::sched_getparam(thread, &parameters) == 0)
+            count += parameters.sched_priority == priority ? 1 : 0;
+    }
+    return count;
+}
+
+std::string ownersOf(const std::string& node) { return shell("stat --format '%U %G %a' " + node).output; }
+
+std::string failedUnits() { return shell("systemctl list-units --failed --plain --no-legend").output; }
+
+TEST(SurfaceServiceTest, EachTimeItIsPluggedInTheSurfaceGetsItsService) {
+    EXPECT_EQ(failedUnits(), "") << "before";
+    for (int round = 1; round <= 4; ++round) {
+        SCOPED_TRACE(testing::Message() << "round " << round);
+        KernelNews news;
+        ServedSurface surface;
+        const FileDescriptor keyboard(::open(news.waitFor("add", "input/event").c_str(), O_RDONLY | O_CLOEXEC));
+        ASSERT_TRUE(surface.waitUntilServed());
+        EXPECT_EQ(ownersOf(surface.node()), "root velto 660");
+        EXPECT_EQ(threadsAt(63, surface.property("MainPID")), 1);
+        surface.tapPlayPause();
+        EXPECT_THAT(readKeys(keyboard, 2), ElementsAre(Pair(KEY_PLAYPAUSE, 1), Pair(KEY_PLAYPAUSE, 0)));
+        surface.unplug();
+        EXPECT_TRUE(eventually([&] { return surface.property("ActiveState") == "inactive"; }));
+        EXPECT_EQ(surface.property("NRestarts"), "0");
+    }
+    EXPECT_EQ(ownersOf("/dev/uinput"), "root velto-uinput 660");
+    EXPECT_EQ(failedUnits(), "") << "after";
+}
+
+TEST(SurfaceServiceTest, AnotherDeviceIsLeftAlone) {
+    const VirtualDevice mouse({.product = "Mouse",
+                               .reportDescriptor = {0x05, 0x01, 0x09, 0x02, 0xA1, 0x01, 0x09, 0x30, 0x15, 0x81, 0x25,
+                                                    0x7F, 0x75, 0x08, 0x95, 0x01, 0x81, 0x06, 0xC0}});
+    EXPECT_EQ(shell("udevadm settle").status, 0);
+    EXPECT_EQ(ownersOf(mouse.path()), "root root 600");
+    EXPECT_EQ(shell("systemctl list-units --all --plain --no-legend 'velto-touch@*'").output, "");
+}
+
+TEST(SurfaceServiceTest, OneThatDiesStartsAgain) {
+    ServedSurface surface;
+    ASSERT_TRUE(surface.waitUntilServed());
+    EXPECT_EQ(shell("systemctl kill --signal=KILL " + surface.unit()).status, 0);
+    EXPECT_TRUE(surface.waitUntilServed(2));
+    EXPECT_EQ(surface.property("NRestarts"), "1");
+}
+
+// With less patience than the unit has.
+TEST(SurfaceServiceTest, OneThatHangsStartsAgainAndOneThatHasNothingToDoDoesNotHang) {
+    const std::filesystem::path folder = "/run/systemd/system/velto-touch@.service.d";
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "impatient.conf") << "[Service]\nWatchdogSec=3\nTimeoutAbortSec=1\n";
+    EXPECT_EQ(shell("systemctl daemon-reload").status, 0);
+    {
+        ServedSurface surface;
+        ASSERT_TRUE(surface.waitUntilServed());
+        std::this_thread::sleep_for(std::chrono::seconds(5));
+        EXPECT_EQ(surface.property("NRestarts"), "0");
+        EXPECT_EQ(shell("systemctl kill --signal=STOP " + surface.unit()).status, 0);
+        EXPECT_TRUE(surface.waitUntilServed(2));
+    }
+    std::filesystem::remove_all(folder);
+    EXPECT_EQ(shell("systemctl daemon-reload").status, 0);
+}
+
+// Last, since it leaves no system to test where it fails.
+TEST(SurfaceServiceTest, ItComesAndGoesWithThePackage) {
+    ServedSurface surface;
+    ASSERT_TRUE(surface.waitUntilServed());
+    const std::string before = surface.property("MainPID");
+
+    EXPECT_EQ(shell("dpkg --install /opt/*.deb").status, 0) << "over itself";
+    EXPECT_TRUE(surface.waitUntilServed(2));
+    EXPECT_NE(surface.property("MainPID"), before);
+
+    EXPECT_EQ(shell("dpkg --remove velto-touch-dev velto-touch").status, 0);
+    EXPECT_EQ(shell("systemctl list-units --all --plain --no-legend 'velto-touch@*'").output, "");
+    EXPECT_EQ(ownersOf(surface.node()) + ", " + ownersOf("/dev/uinput"), "root root 600, root root 600");
+
+    EXPECT_EQ(shell("dpkg --install /opt/*.deb").status, 0);
+    EXPECT_TRUE(surface.waitUntilServed(3));
+    EXPECT_EQ(ownersOf(surface.node()) + ", " + ownersOf("/dev/uinput"), "root velto 660, root velto-uinput 660");
+    EXPECT_EQ(failedUnits(), "");
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests
