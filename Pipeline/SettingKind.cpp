@@ -5,7 +5,7 @@
 namespace VeltoTouch {
 
 Algs::SettingKind settingKindOf(std::string key) {
-    if (!Util::stripDomainFromKey(key, "Pipeline") || !Util::stripDomainFromKey(key, "Algs"))
+    if (!Util::stripDomainFromKey(key, kPipelineDomain) || !Util::stripDomainFromKey(key, "Algs"))
         return Algs::SettingKind::Unknown;
     return Algs::settingKind(key);
 }

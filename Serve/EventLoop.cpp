@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <ctime>
 #include <exception>
+#include <tuple>
 #include <utility>
 
 #include <sys/epoll.h>

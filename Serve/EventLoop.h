@@ -5,6 +5,7 @@
 #include "Serve/Bus/Handles.h"
 
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <vector>

@@ -44,7 +44,7 @@ Command makeGetCommand(CLI::App& program) {
     CLI::App* app = program.add_subcommand("get", kDescription);
     addServed(*app, options->served);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines with the key beside the value");
-    app->add_option("KEY", options->keys, "Properties of the service")->required();
+    app->add_option("KEY", options->keys, "Properties of the service")->type_name("")->required();
     return {app, [options] { return get(*options); }};
 }
 

@@ -1,4 +1,5 @@
 #include "Algs/Algs.h"
+#include "Pipeline/SettingKind.h"
 #include "Platform/JSON.h"
 #include "Recording/ContainerFormat.h"
 #include "Shared/Util.h"

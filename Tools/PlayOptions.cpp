@@ -6,6 +6,8 @@
 namespace VeltoTouch::Tools {
 namespace {
 
+constexpr double kLongestDuration = 1e9; // 31 years
+
 float parseSpeed(const std::string& text) {
     if (text == "max")
         return std::numeric_limits<float>::infinity();
@@ -27,7 +29,7 @@ double parseDuration(const std::string& text) {
     double seconds = 0;
     if (!CLI::detail::lexical_cast(text, seconds) || !(seconds > 0.0))
         throw CLI::ValidationError("--duration", "a number of seconds above 0 is wanted");
-    return seconds;
+    return seconds < kLongestDuration ? seconds : kForever;
 }
 
 CLI::Option* addSettingOption(CLI::App& app, const std::string& name, std::vector<Setting>& target,

@@ -11,9 +11,10 @@
 namespace VeltoTouch::Tools {
 namespace {
 
-constexpr const char* kDescription = "Example:\n"
-                                     "  velto record -o gestures.json && velto replay gestures.json\n\n"
-                                     "Saves what a surface that velto serve serves has recorded until now. It goes on.";
+constexpr const char* kDescription =
+    "Example:\n"
+    "  velto record -o gestures.json && velto replay gestures.json\n\n"
+    "Saves the recording so far of a surface that velto serve serves; recording goes on.";
 
 struct Options {
     ServedChoice served;

@@ -1,3 +1,4 @@
+#include "Pipeline/SettingKind.h"
 #include "Platform/Clock.h"
 #include "Shared/Util.h"
 #include "Tools/Command.h"

@@ -1,15 +1,14 @@
 #include "Host/Gesture.h"
 #include "Serve/Bus/TouchObject.h"
 #include "Serve/EventLoop.h"
-#include "Serve/MediaKeys.h"
+#include "Serve/SurfaceKeys.h"
 #include "Serve/UinputKeyboard.h"
 #include "Shared/Util.h"
 #include "Tools/BusOptions.h"
 #include "Tools/Command.h"
 #include "Tools/Hosting.h"
 
-#include <exception>
-#include <functional>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,35 +36,8 @@ struct Options {
     bool withoutKeys = false;
 };
 
-// The keys, for events that come on the host's queue. The first failure is kept for the end; no key is pressed after
-// it.
-class Keys {
-public:
-    explicit Keys(std::function<void()> failureHandler) : _failureHandler(std::move(failureHandler)) {}
-
-    void handle(const HIDEvent& event) noexcept {
-        if (_failure)
-            return;
-        try {
-            _keys.handle(event);
-        } catch (...) {
-            _failure = std::current_exception();
-            _failureHandler();
-        }
-    }
-    // After the last event. Throws what failed, now or before.
-    void end() {
-        if (_failure)
-            std::rethrow_exception(_failure);
-        _keys.releaseAll();
-    }
-
-private:
-    const std::function<void()> _failureHandler;
-    UinputKeyboard _keyboard{kKeyboardName, MediaKeys::kKeys};
-    MediaKeys _keys{_keyboard};
-    std::exception_ptr _failure;
-};
+// A key of a surface that has fallen silent is released after one to two of them.
+constexpr std::chrono::seconds kLongestSilence{1};
 
 Bus::ServedSurface servedSurface(const ConnectedDevice& device, const HostedService& service) {
     return {.device = device.name(),
@@ -84,9 +56,14 @@ int serve(const Options& options) {
     device.backend().removalHandler = endServing;
     loop.addDescriptor(signals.descriptor(), endServing);
 
-    std::optional<Keys> keys;
-    if (!options.withoutKeys)
-        keys.emplace(endServing);
+    std::optional<UinputKeyboard> keyboard;
+    std::optional<SurfaceKeys> keys;
+    if (!options.withoutKeys) {
+        keyboard.emplace(kKeyboardName, MediaKeys::kKeys);
+        keys.emplace(
+            *keyboard, [&device] { return device.backend().deliveredReports(); }, endServing);
+        loop.addTimer(kLongestSilence, [&keys] { keys->releaseIfSilent(); });
+    }
     Bus::TouchObject* object = nullptr; // of the loop's thread
     const auto handleEvent = [&](const Ref<HIDEvent>& event) {
         if (keys)

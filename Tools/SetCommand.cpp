@@ -14,7 +14,7 @@ constexpr const char* kDescription =
     "Example:\n"
     "  velto set Pipeline.Algs.HoldTimeoutMilliseconds=250\n\n"
     "Writes properties of a surface that velto serve serves, from its next report on.\n"
-    "Takes root or the group velto.";
+    "Only root and the group velto may.";
 
 struct Options {
     ServedChoice served;

@@ -18,9 +18,6 @@ struct Setting {
 // Throws std::invalid_argument where there is no "=" behind a key.
 [[nodiscard]] Setting parseSetting(std::string_view text);
 
-// The domain of the pipeline, which recordings leave out with its dot.
-constexpr std::string_view kPipelineDomain = "Pipeline";
-
 // Says on standard error which settings will have no effect and which values count as 0.
 void warnOfDoubtfulSettings(const std::vector<Setting>& settings);
 

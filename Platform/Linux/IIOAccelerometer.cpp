@@ -97,8 +97,13 @@ bool IIOAccelerometer::setProperty(const std::string& key, const Ref<Value>& val
     if (!intervalUs)
         return false;
     _intervalUs = *intervalUs;
-    setSamplingFrequency(kMicrosecondsPerSecond / *intervalUs);
     return true;
+}
+
+void IIOAccelerometer::applyInterval() noexcept {
+    const double intervalUs = _intervalUs;
+    if (_appliedIntervalUs.exchange(intervalUs) != intervalUs)
+        setSamplingFrequency(kMicrosecondsPerSecond / intervalUs);
 }
 
 // The frequency may be the axes' or the whole device's. Every step may be refused, and is then left as it is.
@@ -123,8 +128,11 @@ void IIOAccelerometer::setSamplingFrequency(double hz) const {
 
 RunLoopSource IIOAccelerometer::startEvents(RunLoop& loop, std::string_view mode, EventHandler handler) {
     const auto self = Ref<IIOAccelerometer>::retained(this);
-    EventReader reader{.read = [self] { return self->readEvent(); },
-                       .interval = [self] { return self->intervalTicks(); }};
+    const auto read = [self] {
+        self->applyInterval();
+        return self->readEvent();
+    };
+    EventReader reader{.read = read, .interval = [self] { return self->intervalTicks(); }};
     return startReading(loop, mode, std::move(reader), std::move(handler));
 }
 

@@ -29,8 +29,8 @@ public:
 
     // "PrimaryUsagePage" 0xFF00, "PrimaryUsage" 3, "ReportInterval", and "Product" where the driver gives a name.
     [[nodiscard]] Ref<Value> getProperty(const std::string& key) override;
-    // "ReportInterval" alone, as `reportIntervalUs` reads it. In force from the next event on. The
-    // hardware is set to the nearest sampling frequency it has; one that takes none goes on with its own.
+    // "ReportInterval" alone, as `reportIntervalUs` reads it. In force from the next event on; before that is read, the
+    // hardware is set to the nearest sampling frequency it has. One that takes none goes on with its own.
     bool setProperty(const std::string& key, const Ref<Value>& value) override;
     // Events that could not be read or taken in time are left out. A read that fails ends the events: the device has
     // gone, somebody else has it, or it does not answer (which the kernel finds out in five seconds).
@@ -50,6 +50,7 @@ private:
     // Along an axis in g; nothing where it cannot be read, or does not answer.
     [[nodiscard]] static std::optional<double> read(const Axis& axis) noexcept;
     [[nodiscard]] Ref<HIDEvent> readEvent() const;
+    void applyInterval() noexcept; // on a reader's thread, as the hardware may take its time
     void setSamplingFrequency(double hz) const;
     [[nodiscard]] std::uint64_t intervalTicks() const noexcept;
 
@@ -57,6 +58,7 @@ private:
     iio_device* const _device;
     const Axes _axes;
     std::atomic<double> _intervalUs{100'000};
+    std::atomic<double> _appliedIntervalUs{0}; // that the hardware was told
 };
 
 // The accelerometers of this machine, in the kernel's order; none where there are none, or they cannot be used.

@@ -1,5 +1,6 @@
 #include "Serve/Bus/Client.h"
 
+#include "Serve/Bus/Connection.h"
 #include "Serve/Bus/Values.h"
 
 #include <algorithm>
@@ -20,11 +21,11 @@ constexpr std::uint64_t kDefaultTimeout = 0;
 [[noreturn]] void fail(const std::string& what) { throw std::runtime_error(what); }
 
 BusHandle connect(Which which) {
-    sd_bus* bus = nullptr;
-    const int result = which == Which::System ? sd_bus_open_system(&bus) : sd_bus_open_user(&bus);
-    if (result < 0)
-        fail(fmt::format("there is no bus: {}", std::generic_category().message(-result)));
-    return BusHandle(bus);
+    try {
+        return connectTo(which);
+    } catch (const std::system_error& error) {
+        fail("there is no bus: " + error.code().message());
+    }
 }
 
 struct FreeNames {
@@ -72,9 +73,10 @@ std::string choose(sd_bus* bus, const std::string& device) {
 
 } // namespace
 
+// What is handed on goes by way of the loop, which takes what a handler throws; the library does not.
 struct Client::Signals {
     static int gesture(sd_bus_message* signal, void* object, sd_bus_error* /*error*/) {
-        const auto& client = *static_cast<Client*>(object);
+        auto& client = *static_cast<Client*>(object);
         const char* gestureName = nullptr;
         const char* regionName = nullptr;
         GestureEvent event{};
@@ -86,18 +88,21 @@ struct Client::Signals {
             return 0;
         event.gesture = *gesture;
         event.region = regionNamed(regionName);
-        client._gestureHandler(event, timeNs);
+        client._watcher->post([&client, event, timeNs] { client._gestureHandler(event, timeNs); });
         return 0;
     }
     static int ownerChanged(sd_bus_message* signal, void* object, sd_bus_error* /*error*/) {
         const char* owner = nullptr;
         if (sd_bus_message_skip(signal, "ss") >= 0 && sd_bus_message_read(signal, "s", &owner) >= 0 && *owner == '\0')
-            static_cast<Client*>(object)->_endHandler();
+            end(*static_cast<Client*>(object));
         return 0;
     }
     static int disconnected(sd_bus_message* /*signal*/, void* object, sd_bus_error* /*error*/) {
-        static_cast<Client*>(object)->_endHandler();
+        static_cast<Client*>(object)->_watcher->post([] { fail("the bus has gone"); });
         return 0;
+    }
+    static void end(Client& client) {
+        client._watcher->post([&client] { client._endHandler(); });
     }
 };
 
@@ -140,6 +145,7 @@ void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void
 
 void Client::watch(EventLoop& loop, std::function<void(const GestureEvent&, std::uint64_t)> gestureHandler,
                    std::function<void()> endHandler) {
+    _watcher = &loop;
     _gestureHandler = std::move(gestureHandler);
     _endHandler = std::move(endHandler);
     match(fmt::format("type='signal',sender='{}',path='{}',interface='{}',member='Gesture'", nameOf(_element),
@@ -149,6 +155,9 @@ void Client::watch(EventLoop& loop, std::function<void(const GestureEvent&, std:
                       nameOf(_element)),
           Signals::ownerChanged);
     match("type='signal',sender='org.freedesktop.DBus.Local',member='Disconnected'", Signals::disconnected);
+    const auto elements = elementsOn(_bus.get());
+    if (std::ranges::find(elements, _element) == elements.end()) // it has gone meanwhile
+        Signals::end(*this);
     checked(sd_bus_attach_event(_bus.get(), loop.handle(), SD_EVENT_PRIORITY_NORMAL), "the bus");
 }
 

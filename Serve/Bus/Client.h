@@ -23,8 +23,8 @@ public:
     [[nodiscard]] Ref<Value> getProperty(const std::string& key);
     void setProperty(const std::string& key, const Value& value);
 
-    // From here on, while the loop runs: each gesture, and the end of the surface's service. Once; this must be there
-    // until the loop's run has ended.
+    // From here on, while the loop runs: each gesture, and the end of the surface's service. What a handler throws, and
+    // that the bus has gone, ends the run. Once; this must be there until the run has ended.
     void watch(EventLoop& loop, std::function<void(const GestureEvent& event, std::uint64_t timeNs)> gestureHandler,
                std::function<void()> endHandler);
 
@@ -37,6 +37,7 @@ private:
 
     const BusHandle _bus;
     const std::string _element;
+    EventLoop* _watcher = nullptr;
     std::function<void(const GestureEvent&, std::uint64_t)> _gestureHandler;
     std::function<void()> _endHandler;
 };

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <system_error>
 
 #include <systemd/sd-bus.h>

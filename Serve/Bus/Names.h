@@ -3,11 +3,12 @@
 #include <string>
 #include <string_view>
 
-// Names on the message bus.
+// Names on the message bus:
 //
-//   org.velto.Touch1             the name of a program that serves a surface; where several do, they stand in line for
-//   it org.velto.Touch1.hidraw0     the name of the one that serves this device /org/velto/Touch1            the object
-//   manager /org/velto/Touch1/hidraw0    the device's object, with the interface org.velto.Touch1
+//   org.velto.Touch1             a program that serves a surface; several stand in line for it
+//   org.velto.Touch1.hidraw0     the program that serves this device
+//   /org/velto/Touch1            the object manager
+//   /org/velto/Touch1/hidraw0    the device's object, with the interface org.velto.Touch1
 
 namespace VeltoTouch::Bus {
 

@@ -3,6 +3,7 @@
 #include "Pipeline/SettingKind.h"
 #include "Shared/Util.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace VeltoTouch::Bus {
@@ -13,15 +14,21 @@ void checkKey(const std::string& key) {
         throw CallError(SD_BUS_ERROR_INVALID_ARGS, "the key is too long");
 }
 
-void checkSetting(const std::string& key, const Ref<Value>& value) {
-    std::string rest = key;
-    if (!Util::stripDomainFromKey(rest, "Pipeline"))
-        return;
-    const auto kind = settingKindOf(key);
-    if (kind == Algs::SettingKind::Unknown)
-        throw CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, "nothing knows this key");
-    if (kind == Algs::SettingKind::ReadsNumber && as<Number>(value) == nullptr)
-        throw CallError(SD_BUS_ERROR_INVALID_ARGS, "a number is wanted");
+// The value that a setting is written with.
+Ref<Value> checkedSetting(const std::string& key, Ref<Value> value) {
+    if (std::string rest = key; !Util::stripDomainFromKey(rest, kPipelineDomain))
+        return value;
+    switch (settingKindOf(key)) {
+    case Algs::SettingKind::ReadsNumber:
+        if (as<Number>(value) == nullptr)
+            throw CallError(SD_BUS_ERROR_INVALID_ARGS, "a number is wanted");
+        return value;
+    case Algs::SettingKind::ReadsNothing:
+        return makeRef<Null>();
+    case Algs::SettingKind::Unknown:
+        break;
+    }
+    throw CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, "nothing knows this key");
 }
 
 } // namespace
@@ -34,39 +41,48 @@ PropertyRequests::~PropertyRequests() {
     dispatch_sync(_queue.get(), [] {});
 }
 
-void PropertyRequests::get(const std::string& key, Answer answer) {
+void PropertyRequests::get(const std::string& caller, const std::string& key, Answer answer) {
     checkKey(key);
-    queue(std::move(answer), [this, key]() -> Outcome {
+    const auto read = [this, key]() -> Outcome {
         if (Ref<Value> value = _properties.get(key))
             return value;
         return CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, "there is no value under this key");
-    });
+    };
+    queue(kMostWaiting, {.caller = caller, .work = read, .answer = std::move(answer)});
 }
 
-void PropertyRequests::set(const std::string& key, Ref<Value> value, Answer answer) {
+void PropertyRequests::set(const std::string& caller, const std::string& key, Ref<Value> value, Answer answer) {
     checkKey(key);
-    checkSetting(key, value);
-    queue(std::move(answer), [this, key, value = std::move(value)]() -> Outcome {
+    const auto write = [this, key, value = checkedSetting(key, std::move(value))]() -> Outcome {
         if (_properties.set(key, value))
             return nullptr;
         return CallError(SD_BUS_ERROR_PROPERTY_READ_ONLY, "the device does not take this value");
-    });
+    };
+    queue(kMostWaitingToWrite, {.caller = caller, .work = write, .answer = std::move(answer)});
 }
 
-void PropertyRequests::queue(Answer answer, std::function<Outcome()> work) {
-    if (_waiting.size() >= kMostWaiting)
+void PropertyRequests::queue(std::size_t mostWaiting, Request request) {
+    const auto ofThisCaller = std::ranges::count(_waiting, request.caller, &Request::caller);
+    if (_waiting.size() >= mostWaiting || static_cast<std::size_t>(ofThisCaller) >= kMostOfOneCaller)
         throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many requests are waiting");
-    const std::uint64_t number = ++_lastNumber;
-    _waiting.emplace(number, std::move(answer));
-    dispatch_async(_queue.get(), [this, number, work = std::move(work)] {
+    _waiting.push_back(std::move(request));
+    if (_waiting.size() == 1)
+        begin();
+}
+
+void PropertyRequests::begin() {
+    dispatch_async(_queue.get(), [this, work = _waiting.front().work] {
         if (!_isEnding)
-            _loop.post([this, number, outcome = work()] { deliver(number, outcome); });
+            _loop.post([this, outcome = work()] { end(outcome); });
     });
 }
 
-void PropertyRequests::deliver(std::uint64_t number, const Outcome& outcome) {
-    const auto waiting = _waiting.extract(number);
-    waiting.mapped()(outcome);
+void PropertyRequests::end(const Outcome& outcome) {
+    const Request request = std::move(_waiting.front());
+    _waiting.pop_front();
+    request.answer(outcome);
+    if (!_waiting.empty())
+        begin();
 }
 
 } // namespace VeltoTouch::Bus

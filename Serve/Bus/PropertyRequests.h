@@ -6,9 +6,9 @@
 #include "Serve/EventLoop.h"
 
 #include <atomic>
-#include <cstdint>
+#include <cstddef>
+#include <deque>
 #include <functional>
-#include <map>
 #include <string>
 #include <variant>
 
@@ -22,7 +22,8 @@ struct ServiceProperties {
 
 // Reads and writes properties for whoever calls from the bus, whom nothing is believed: keys and values are looked at,
 // and so many requests wait at most. They are done one after the other on a thread of their own, since a device may
-// take seconds for a feature report, and the loop has keys and signals to see to.
+// take seconds for a feature report, and the loop has signals and a watchdog to see to. The next is begun when the one
+// before is answered, so that there is one value in memory at a time, which may be a whole recording.
 //
 // On the loop's thread.
 class PropertyRequests {
@@ -31,37 +32,48 @@ public:
     using Outcome = std::variant<Ref<Value>, CallError>;
     using Answer = std::function<void(const Outcome& outcome)>;
 
+    static constexpr std::size_t kMostOfOneCaller = 4;
     static constexpr std::size_t kMostWaiting = 256;
-    static constexpr std::size_t kLongestKey = 256;      // bytes
-    static constexpr std::size_t kLargestValue = 65'536; // bytes; settings are kept for long
+    static constexpr std::size_t kMostWaitingToWrite = 272; // all: who only reads leaves room for those who write
+    static constexpr std::size_t kLongestKey = 256;         // bytes
+    static constexpr std::size_t kLargestValue = 65'536;    // bytes
 
     // `loop` outlives this.
     PropertyRequests(EventLoop& loop, ServiceProperties properties);
     PropertyRequests(const PropertyRequests&) = delete;
     PropertyRequests& operator=(const PropertyRequests&) = delete;
-    // Waits for the request that is being done. Those that have no answer yet get none.
+    // Waits for the request that is being done, which takes as long as the device does. Those that have no answer yet
+    // get none.
     ~PropertyRequests();
 
-    // Both answer later, on the loop's thread. Throw CallError for what is refused at once:
+    // Both answer later, on the loop's thread. `caller`: whoever asks, by any name that is one caller's alone. They
+    // throw CallError for what is refused at once:
     //
     //   LimitsExceeded     too many requests are waiting
     //   InvalidArgs        the key is too long; a setting that is a number is given something else
     //   UnknownProperty    (to set) a key of the pipeline that nothing knows: each would stay in the recording for good
     //
-    // and answer UnknownProperty where there is no value, PropertyReadOnly where the device does not take one.
-    void get(const std::string& key, Answer answer);
-    void set(const std::string& key, Ref<Value> value, Answer answer);
+    // and answer UnknownProperty where there is no value, PropertyReadOnly where the device does not take one. A
+    // setting that does not read its value is written with null: the recording keeps what is written.
+    void get(const std::string& caller, const std::string& key, Answer answer);
+    void set(const std::string& caller, const std::string& key, Ref<Value> value, Answer answer);
 
 private:
-    void queue(Answer answer, std::function<Outcome()> work);
-    void deliver(std::uint64_t number, const Outcome& outcome);
+    struct Request {
+        std::string caller;
+        std::function<Outcome()> work; // on the thread of the requests
+        Answer answer;
+    };
+
+    void queue(std::size_t mostWaiting, Request request);
+    void begin();
+    void end(const Outcome& outcome);
 
     EventLoop& _loop;
     const ServiceProperties _properties;
     const Ref<DispatchQueue> _queue = dispatch_queue_create("velto requests");
     std::atomic<bool> _isEnding{false};
-    std::uint64_t _lastNumber = 0;
-    std::map<std::uint64_t, Answer> _waiting; // the worker knows the numbers alone
+    std::deque<Request> _waiting; // the first one is being done
 };
 
 } // namespace VeltoTouch::Bus

@@ -1,10 +1,14 @@
 #include "Serve/Bus/TouchObject.h"
 
 #include "Platform/Log.h"
+#include "Serve/Bus/Connection.h"
 
+#include <array>
+#include <cerrno>
 #include <chrono>
 #include <exception>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
@@ -16,11 +20,15 @@ namespace {
 constexpr const char* kReports = "reports";
 constexpr const char* kEvents = "events";
 constexpr std::chrono::seconds kBeat{1};
-// Messages that the bus has not taken from us. With more, it is not well, or somebody asks faster than it passes on.
-constexpr std::uint64_t kMostUnsent = 64;
+// Messages that the bus has not taken from us. With more, it is not well, or answers are asked for faster than they are
+// passed on. An answer may be a whole recording; gestures are small, and everybody's.
+constexpr std::uint64_t kMostUnsentAnswers = 16;
+constexpr std::uint64_t kMostUnsentSignals = 1024;
 
-void complain(const std::string& message) {
-    os_log_with_type(os_log_create("org.velto.touch", "Bus"), OS_LOG_TYPE_ERROR, message);
+void complain(std::string_view what, std::string_view why) noexcept {
+    std::array<char, 256> message{};
+    const auto end = fmt::format_to_n(message.data(), message.size(), "{}: {}", what, why).out;
+    os_log_with_type(os_log_create("org.velto.touch", "Bus"), OS_LOG_TYPE_ERROR, {message.data(), end});
 }
 
 // The numbers of a dictionary, those of dictionaries in it too.
@@ -46,12 +54,19 @@ void sendError(sd_bus_message* call, const CallError& error) {
     sd_bus_reply_method_error(call, converted.get()); // fails where the bus has gone, and the caller with it
 }
 
+bool hasRoom(sd_bus* bus, std::uint64_t mostUnsent) {
+    std::uint64_t unsent = 0;
+    return sd_bus_get_n_queued_write(bus, &unsent) >= 0 && unsent < mostUnsent;
+}
+
 void sendReply(sd_bus_message* call, const Value* value) {
+    if (!hasRoom(sd_bus_message_get_bus(call), kMostUnsentAnswers))
+        throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many answers are on their way");
     const auto make = [call](sd_bus_message** message) { return sd_bus_message_new_method_return(call, message); };
     const auto reply = madeBy<BusMessage>(make, "reply");
     if (value != nullptr)
         appendVariant(reply.get(), *value);
-    sd_bus_send(nullptr, reply.get(), nullptr);
+    checked(sd_bus_send(nullptr, reply.get(), nullptr), "reply");
 }
 
 // Does a step of a call; what fails is the caller's to know.
@@ -80,10 +95,20 @@ std::string readKey(sd_bus_message* call) {
     return key;
 }
 
-void requireRoom(sd_bus_message* call) {
-    std::uint64_t unsent = 0;
-    if (sd_bus_get_n_queued_write(sd_bus_message_get_bus(call), &unsent) >= 0 && unsent > kMostUnsent)
-        throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many answers are on their way");
+// A caller's name on the bus, which nobody else has.
+std::string callerOf(sd_bus_message* call) {
+    const char* name = sd_bus_message_get_sender(call);
+    return name == nullptr ? "" : name;
+}
+
+// What the library calls and expects a number from: nothing is thrown through it.
+template <class Step>
+int appending(const Step& step) noexcept {
+    try {
+        return step();
+    } catch (const std::exception&) {
+        return -ENOMEM; // the only thing that can be wrong
+    }
 }
 
 } // namespace
@@ -94,8 +119,7 @@ struct TouchObject::Table {
 
     static int getProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
         answering(call, [&] {
-            requireRoom(call);
-            of(object)._requests.get(readKey(call),
+            of(object)._requests.get(callerOf(call), readKey(call),
                                      [kept = retained(call)](const auto& outcome) { answer(kept, outcome); });
         });
         return 1;
@@ -103,7 +127,7 @@ struct TouchObject::Table {
     static int setProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
         answering(call, [&] {
             const std::string key = readKey(call);
-            of(object)._requests.set(key, readVariant(call, PropertyRequests::kLargestValue),
+            of(object)._requests.set(callerOf(call), key, readVariant(call, PropertyRequests::kLargestValue),
                                      [kept = retained(call)](const auto& outcome) { answer(kept, outcome); });
         });
         return 1;
@@ -114,12 +138,15 @@ struct TouchObject::Table {
     }
     static int version(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                        sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return sd_bus_message_append(reply, "s", of(object).version().c_str());
+        return appending([&] { return sd_bus_message_append(reply, "s", of(object).version().c_str()); });
     }
     static int counters(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return appending([&] { return appendCounters(reply, of(object).counters()); });
+    }
+    static int appendCounters(sd_bus_message* reply, const Counters& counters) {
         int result = sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, "{st}");
-        for (const auto& [name, count] : of(object).counters()) {
+        for (const auto& [name, count] : counters) {
             if (result >= 0)
                 result = sd_bus_message_append(reply, "{st}", name.c_str(), count);
         }
@@ -127,7 +154,7 @@ struct TouchObject::Table {
     }
     static int nameRequested(sd_bus_message* reply, void* /*object*/, sd_bus_error* /*error*/) {
         if (const sd_bus_error* error = sd_bus_message_get_error(reply); error != nullptr)
-            complain(fmt::format("the bus gives no name: {}", error->message));
+            complain("the bus gives no name", error->message);
         return 1;
     }
 
@@ -152,8 +179,7 @@ const sd_bus_vtable TouchObject::Table::rows[] = {
 
 TouchObject::TouchObject(EventLoop& loop, Which which, ServedSurface surface)
     : _which(which), _surface(std::move(surface)), _path(pathOf(elementOf(_surface.device))),
-      _requests(loop, _surface.properties), _told(counters()), _loop(loop) {
-    _told.erase(kReports);
+      _requests(loop, _surface.properties), _loop(loop) {
     beat();
     loop.addTimer(kBeat, [this] { beat(); });
 }
@@ -162,8 +188,13 @@ TouchObject::~TouchObject() = default;
 
 // What it reads of the service takes the service's lock: a service that hangs stops the loop, and the watchdog sees it.
 void TouchObject::beat() {
+    Counters now = counters();
+    now.erase(kReports);
+    const bool haveChanged = now != _lastCounters;
+    _lastCounters = std::move(now);
     if (_bus && sd_bus_is_open(_bus.get()) > 0) {
-        tellCounters();
+        if (haveChanged && hasRoom(_bus.get(), kMostUnsentSignals))
+            sd_bus_emit_properties_changed(_bus.get(), _path.c_str(), kInterface, "Counters", nullptr);
         return;
     }
     _bus.reset();
@@ -172,12 +203,12 @@ void TouchObject::beat() {
         _hasComplained = false;
     } catch (const std::exception& error) {
         if (!std::exchange(_hasComplained, true))
-            complain(fmt::format("there is no bus: {}", error.what()));
+            complain("there is no bus", error.what());
     }
 }
 
 void TouchObject::connect() {
-    auto bus = madeBy<BusHandle>(_which == Which::System ? sd_bus_open_system : sd_bus_open_user, "connection");
+    BusHandle bus = connectTo(_which);
     checked(sd_bus_set_close_on_exit(bus.get(), 0), "connection"); // it would wait for a bus that does not read
     checked(sd_bus_attach_event(bus.get(), _loop.handle(), SD_EVENT_PRIORITY_NORMAL), "connection");
     checked(sd_bus_add_object_manager(bus.get(), nullptr, kObjects), "object manager");
@@ -195,22 +226,13 @@ void TouchObject::requestName(const std::string& name) {
 
 void TouchObject::tellGesture(const GestureEvent& event, std::uint64_t timeNs) {
     ++_events;
-    if (!_bus)
+    if (!_bus || !hasRoom(_bus.get(), kMostUnsentSignals))
         return;
     const std::string gesture(nameOf(event.gesture));
     const std::string region(event.region.value_or(""));
     // Where the bus has gone, the next beat finds out.
     sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, "Gesture", "ssuut", gesture.c_str(), region.c_str(),
                        event.phase, event.frame, timeNs);
-}
-
-void TouchObject::tellCounters() {
-    Counters now = counters();
-    now.erase(kReports);
-    if (now == _told)
-        return;
-    _told = std::move(now);
-    sd_bus_emit_properties_changed(_bus.get(), _path.c_str(), kInterface, "Counters", nullptr);
 }
 
 TouchObject::Counters TouchObject::counters() const {

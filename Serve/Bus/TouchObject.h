@@ -30,7 +30,8 @@ struct ServedSurface {
 //                                         report (monotonic clock, ns)
 //
 // Who may call what is for the bus's policy to say. Without a bus the object is there all the same: it tries again
-// every second, and while it has none nothing is told to anybody.
+// every second, and while it has none nothing is told to anybody. What a bus that does not read has not taken is
+// bounded.
 //
 // On the loop's thread.
 class TouchObject {
@@ -51,7 +52,6 @@ private:
     void beat();
     void connect();
     void requestName(const std::string& name);
-    void tellCounters();
     [[nodiscard]] Counters counters() const;
     [[nodiscard]] std::string version() const;
 
@@ -60,7 +60,7 @@ private:
     const std::string _path;
     PropertyRequests _requests;
     std::uint64_t _events = 0;
-    Counters _told;
+    Counters _lastCounters; // but for the reports
     bool _hasComplained = false;
     EventLoop& _loop;
     BusHandle _bus; // null where there is none

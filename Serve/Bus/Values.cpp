@@ -21,6 +21,21 @@ void enter(sd_bus_message* message, char type, const char* contents) {
 }
 void leave(sd_bus_message* message) { checked(sd_bus_message_exit_container(message), kUnreadable); }
 
+// How many bytes there may be.
+class Room {
+public:
+    explicit Room(std::size_t bytes) noexcept : _bytes(bytes) {}
+
+    void take(std::size_t bytes) {
+        if (bytes > _bytes)
+            refuseAsTooMuch("the value is too large");
+        _bytes -= bytes;
+    }
+
+private:
+    std::size_t _bytes;
+};
+
 // Reads what stands next in a message, whatever it is, as long as it is within bounds.
 class Reader {
 public:
@@ -72,13 +87,13 @@ private:
     T basic(char type) {
         T value{};
         checked(sd_bus_message_read_basic(_message, type, &value), kUnreadable);
-        take(sizeof value);
+        _room.take(sizeof value);
         return value;
     }
     std::string text(char type) {
         const char* characters = nullptr;
         checked(sd_bus_message_read_basic(_message, type, &characters), kUnreadable);
-        take(std::strlen(characters) + 1);
+        _room.take(std::strlen(characters) + 1);
         return characters;
     }
     Ref<Value> signature() {
@@ -89,7 +104,7 @@ private:
         const void* bytes = nullptr;
         std::size_t size = 0;
         checked(sd_bus_message_read_array(_message, SD_BUS_TYPE_BYTE, &bytes, &size), kUnreadable);
-        take(size);
+        _room.take(size);
         return makeRef<Data>(std::string(static_cast<const char*>(bytes), size));
     }
     Ref<Value> variant(const char* contents) {
@@ -126,19 +141,13 @@ private:
 
     [[nodiscard]] bool isAtEnd() { return checked(sd_bus_message_at_end(_message, 0), kUnreadable) != 0; }
 
-    void take(std::size_t bytes) {
-        if (bytes > _room)
-            refuseAsTooMuch("the value is too large");
-        _room -= bytes;
-    }
-
     // One level deeper, while it lives.
     class Level {
     public:
         explicit Level(Reader& reader) : _reader(reader) {
-            if (++_reader._depth >= kDeepestValue)
+            if (++_reader._depth > kDeepestValue)
                 refuseAsTooMuch("the value is nested too deep");
-            _reader.take(1); // so that empty ones count too
+            _reader._room.take(1); // so that empty ones count too
         }
         Level(const Level&) = delete;
         Level& operator=(const Level&) = delete;
@@ -149,7 +158,7 @@ private:
     };
 
     sd_bus_message* const _message;
-    std::size_t _room; // bytes that are left
+    Room _room;
     std::size_t _depth = 0;
 };
 
@@ -173,13 +182,14 @@ public:
     explicit Writer(sd_bus_message* message) : _message(message) {}
 
     void append(const Value& value) {
+        _room.take(kOverhead);
         switch (value.kind()) {
         case Value::Kind::Null:
             return basic("g", SD_BUS_TYPE_SIGNATURE, "");
         case Value::Kind::Number:
             return number(*as<Number>(&value));
         case Value::Kind::String:
-            return basic("s", SD_BUS_TYPE_STRING, cleanText(as<String>(&value)->text()).c_str());
+            return text(as<String>(&value)->text());
         case Value::Kind::Array:
             return array(*as<Array>(&value));
         case Value::Kind::Dictionary:
@@ -199,6 +209,10 @@ private:
         open(SD_BUS_TYPE_VARIANT, signature);
         checked(sd_bus_message_append_basic(_message, type, value), kUnwritable);
         close();
+    }
+    void text(const std::string& characters) {
+        _room.take(characters.size());
+        basic("s", SD_BUS_TYPE_STRING, cleanText(characters).c_str());
     }
     void write(bool number) {
         const int value = number ? 1 : 0;
@@ -224,6 +238,7 @@ private:
         open(SD_BUS_TYPE_VARIANT, "a{sv}");
         open(SD_BUS_TYPE_ARRAY, "{sv}");
         for (const auto& [key, value] : dictionary.entries()) {
+            _room.take(key.size());
             open(SD_BUS_TYPE_DICT_ENTRY, "sv");
             checked(sd_bus_message_append_basic(_message, SD_BUS_TYPE_STRING, cleanText(key).c_str()), kUnwritable);
             append(*value);
@@ -233,13 +248,17 @@ private:
         close();
     }
     void data(const Data& data) {
+        _room.take(data.bytes().size());
         open(SD_BUS_TYPE_VARIANT, "ay");
         checked(sd_bus_message_append_array(_message, SD_BUS_TYPE_BYTE, data.bytes().data(), data.bytes().size()),
                 kUnwritable);
         close();
     }
 
+    static constexpr std::size_t kOverhead = 16; // of a value: signatures and what fills up to boundaries
+
     sd_bus_message* const _message;
+    Room _room{kLargestSent};
 };
 
 } // namespace
@@ -249,7 +268,10 @@ Ref<Value> readVariant(sd_bus_message* message, std::size_t room) {
     char type = 0;
     if (checked(sd_bus_message_peek_type(message, &type, &contents), kUnreadable) == 0 || type != SD_BUS_TYPE_VARIANT)
         throw std::system_error(EBADMSG, std::generic_category(), kUnreadable);
-    return Reader(message, room).next();
+    Ref<Value> value = Reader(message, room).next();
+    if (value->depth() > kDeepestValue)
+        refuseAsTooMuch("the value is nested too deep");
+    return value;
 }
 
 void appendVariant(sd_bus_message* message, const Value& value) {

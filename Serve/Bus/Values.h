@@ -19,7 +19,7 @@
 //   data                ay
 //   null                g, an empty one: the bus has no null
 //
-// File descriptors are no values.
+// File descriptors are no values; no connection of ours takes them.
 
 namespace VeltoTouch::Bus {
 
@@ -37,8 +37,11 @@ constexpr std::size_t kDeepestValue = 16;
 // CallError for what is no value, too large or too deep, and std::system_error for a message without a variant there.
 [[nodiscard]] Ref<Value> readVariant(sd_bus_message* message, std::size_t room);
 
+// The bus cuts off who sends a message of 32 MiB.
+constexpr std::size_t kLargestSent = 24 << 20;
+
 // Appends a value, which is not nil. What is no UTF-8 in texts, and the character 0, becomes U+FFFD. Throws CallError
-// for what is too deep, std::system_error where there is no memory.
+// for what is too deep or larger than `kLargestSent`, std::system_error where there is no memory.
 void appendVariant(sd_bus_message* message, const Value& value);
 
 } // namespace VeltoTouch::Bus

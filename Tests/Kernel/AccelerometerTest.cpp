@@ -98,9 +98,12 @@ TEST_F(AccelerometerTest, ClientsMatchItAndTheIntervalReachesTheHardware) {
 
     EXPECT_TRUE(setInterval(Number::withDouble(10'000)));
     EXPECT_EQ(number("ReportInterval"), 10'000);
+    start();
+    ASSERT_TRUE(run());
     EXPECT_EQ(sensor.intervalMs(), 10U);
     EXPECT_EQ(sensor.sensitivity(), 0) << "so that no change is too small to be told";
     EXPECT_TRUE(setInterval(Number::withUnsignedInt(40'000)));
+    ASSERT_TRUE(runToNewValues());
     EXPECT_EQ(sensor.intervalMs(), 40U);
     for (const Ref<Value>& refused : {Ref<Value>(Number::withDouble(0)), Ref<Value>(Number::withDouble(-10'000)),
                                       Ref<Value>(makeRef<String>("10000")), Ref<Value>()})
@@ -135,9 +138,9 @@ TEST_F(AccelerometerTest, ASensorThatFallsSilentLeavesTheModeWithoutMadeUpValues
 
 TEST_F(AccelerometerTest, ASensorThatAnswersLateDoesNotHoldUpTheLoop) {
     constexpr std::chrono::milliseconds kDelay{400};
-    ASSERT_TRUE(setInterval(Number::withDouble(10'000)));
     sensor.answerAfter(kDelay);
     std::uint64_t lastTick = mach_absolute_time();
+    ASSERT_TRUE(setInterval(Number::withDouble(10'000)));
     std::uint64_t longestGap = 0;
     const RunLoopSource timer = CFRunLoopGetCurrent()->addTimer(mode->text(), 0, [&] {
         const std::uint64_t now = mach_absolute_time();

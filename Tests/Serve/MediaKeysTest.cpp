@@ -1,6 +1,7 @@
 #include "Serve/MediaKeys.h"
 
 #include "Platform/HIDEvent.h"
+#include "Serve/SurfaceKeys.h"
 
 #include <limits>
 #include <map>
@@ -118,6 +119,38 @@ TEST(MediaKeysTest, AKeyThatCouldNotBePressedIsNotReleased) {
     output.isBroken = false;
     keys.handle(*holdEnd(VolumeUp));
     EXPECT_THAT(output.presses, IsEmpty());
+}
+
+TEST(SurfaceKeysTest, ASurfaceThatFallsSilentKeepsNoKey) {
+    WrittenKeys output;
+    std::uint64_t reports = 7;
+    SurfaceKeys keys(
+        output, [&] { return reports; }, [] { FAIL() << "nothing is wrong"; });
+    keys.releaseIfSilent();
+    keys.handle(*holdStart(VolumeUp));
+    ++reports;
+    keys.releaseIfSilent();
+    EXPECT_THAT(output.presses, ElementsAre("+Up"));
+    keys.releaseIfSilent();
+    EXPECT_THAT(output.presses, ElementsAre("+Up", "-Up"));
+    keys.handle(*holdStart(VolumeDown));
+    keys.end();
+    EXPECT_THAT(output.presses, ElementsAre("+Up", "-Up", "+Down", "-Down"));
+}
+
+TEST(SurfaceKeysTest, TheFirstFailureIsToldAtOnceAndAgainAtTheEnd) {
+    WrittenKeys output;
+    int failures = 0;
+    SurfaceKeys keys(
+        output, [] { return 0; }, [&] { ++failures; });
+    output.isBroken = true;
+    keys.handle(*tap(VolumeUp));
+    EXPECT_EQ(failures, 1);
+    output.isBroken = false;
+    keys.handle(*tap(VolumeUp));
+    EXPECT_THAT(output.presses, IsEmpty());
+    EXPECT_THROW(keys.end(), std::runtime_error);
+    EXPECT_EQ(failures, 1);
 }
 
 } // namespace
