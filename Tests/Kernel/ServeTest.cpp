@@ -152,6 +152,11 @@ TEST_F(ServeTest, UnpluggedDuringAHoldTheKeyIsReleasedAndTheProgramEnds) {
     EXPECT_EQ(program->waitForTheEnd(), 0);
 }
 
+TEST_F(ServeTest, SilentDuringAHoldTheKeyIsReleased) {
+    holdVolumeUp();
+    EXPECT_THAT(keyboard->next(1), ElementsAre("-Up"));
+}
+
 TEST_F(ServeTest, StoppedDuringAHoldTheKeyIsReleased) {
     holdVolumeUp();
     program->signal(SIGINT);
