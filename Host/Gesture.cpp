@@ -31,10 +31,11 @@ Gesture gestureOf(const HIDEvent& event) noexcept {
 }
 
 std::optional<std::string_view> regionOf(const HIDEvent& event, Gesture gesture) noexcept {
-    const auto region = static_cast<std::size_t>(IOHIDEventGetFloatValue(&event, kIOHIDEventFieldDigitizerY));
-    if (gesture == Gesture::Cancel || gesture == Gesture::FirmwareReset || region >= kRegions.size())
+    const double region = IOHIDEventGetFloatValue(&event, kIOHIDEventFieldDigitizerY);
+    const bool isKnown = region >= 0.0 && region < static_cast<double>(kRegions.size());
+    if (gesture == Gesture::Cancel || gesture == Gesture::FirmwareReset || !isKnown)
         return std::nullopt;
-    return kRegions[region];
+    return kRegions[static_cast<std::size_t>(region)];
 }
 
 } // namespace

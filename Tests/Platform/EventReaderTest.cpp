@@ -76,6 +76,22 @@ TEST_F(EventReaderTest, EventsAreReadAtTheIntervalUntilThereAreNoMore) {
     EXPECT_TRUE(std::ranges::is_sorted(given));
 }
 
+TEST_F(EventReaderTest, WhatALateReadMissedIsNotMadeUpFor) {
+    constexpr std::uint64_t kInterval = 5 * kMillisecond;
+    interval = kInterval;
+    std::vector<std::uint64_t> endTimes;
+    start([&]() -> Ref<HIDEvent> {
+        if (endTimes.empty())
+            usleep(50'000);
+        endTimes.push_back(mach_absolute_time());
+        return endTimes.size() < 4 ? event(1) : nullptr;
+    });
+    while (run() != kCFRunLoopRunFinished) {
+    }
+    EXPECT_TRUE(isHeldBy(1));
+    EXPECT_GE(endTimes[3] - endTimes[0], 2 * kInterval);
+}
+
 TEST_F(EventReaderTest, WhileAReadTakesItsTimeTheLoopGoesOn) {
     start([this] {
         mayEnd->wait();
@@ -116,10 +132,15 @@ TEST_F(EventReaderTest, ALateLoopGetsTheNewestAlone) {
 
 TEST_F(EventReaderTest, ASourceThatGoesEndsTheThreadThatWaits) {
     interval = kNever;
-    start([] { return event(1); });
+    std::atomic<bool> isRead{false};
+    start([&] {
+        isRead = true;
+        return event(1);
+    });
     EXPECT_TRUE(isHeldBy(3));
     source = {};
     EXPECT_TRUE(isHeldBy(1));
+    EXPECT_FALSE(isRead);
 }
 
 TEST_F(EventReaderTest, ASourceThatGoesDoesNotWaitForARead) {

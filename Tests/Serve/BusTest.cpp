@@ -5,8 +5,12 @@
 #include "Tests/Support/PrivateBus.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <limits>
 #include <map>
@@ -31,6 +35,9 @@ using testing::Pair;
 
 constexpr auto kPatience = 20s;
 constexpr const char* kDevice = "/dev/hidraw7";
+constexpr const char* kPath = "/org/velto/Touch1/hidraw7";
+
+using Counters = std::map<std::string, std::uint64_t>;
 
 // Properties in the place of a service's.
 class Properties {
@@ -89,9 +96,10 @@ class Server {
 public:
     Server(Properties& properties, const char* device)
         : _thread([this, &properties, device] {
-              Bus::TouchObject object(
-                  _loop, Bus::Which::System,
-                  {.device = device, .properties = properties.access(), .deliveredReports = [] { return 42; }});
+              Bus::TouchObject object(_loop, Bus::Which::System,
+                                      {.device = device,
+                                       .properties = properties.access(),
+                                       .deliveredReports = [reports = 42U]() mutable { return reports++; }});
               _object = &object;
               _loop.run();
           }) {}
@@ -152,8 +160,8 @@ protected:
                                                                                        : counted.answered);
             return 0;
         };
-        sd_bus_call_method_async(connection.get(), nullptr, "org.velto.Touch1", "/org/velto/Touch1/hidraw7",
-                                 Bus::kInterface, method, count, &replies, types, arguments...);
+        sd_bus_call_method_async(connection.get(), nullptr, "org.velto.Touch1", kPath, Bus::kInterface, method, count,
+                                 &replies, types, arguments...);
     }
     static void processUntil(std::span<const BusHandle> connections, const std::function<bool()>& isTrue) {
         EXPECT_TRUE(eventually([&] {
@@ -165,19 +173,54 @@ protected:
         }));
     }
 
-    // Calls a method of the object; gives the name of the error, or of the types of the reply.
+    // Calls a method of an object; gives the name of the error, or of the types of the reply.
     template <class... Arguments>
-    static std::string call(sd_bus* connection, const char* interface, const char* method, const char* types,
-                            Arguments... arguments) {
+    static std::string callAt(const char* path, sd_bus* connection, const char* interface, const char* method,
+                              const char* types, Arguments... arguments) {
         BusError error;
         sd_bus_message* reply = nullptr;
-        sd_bus_call_method(connection, "org.velto.Touch1", "/org/velto/Touch1/hidraw7", interface, method, error.get(),
-                           &reply, types, arguments...);
+        sd_bus_call_method(connection, "org.velto.Touch1", path, interface, method, error.get(), &reply, types,
+                           arguments...);
         const BusMessage owner(reply);
         std::string result = error.isSet()      ? error.get()->name
                              : reply == nullptr ? ""
                                                 : sd_bus_message_get_signature(reply, 1);
         return result;
+    }
+    template <class... Arguments>
+    static std::string call(sd_bus* connection, const char* interface, const char* method, const char* types,
+                            Arguments... arguments) {
+        return callAt(kPath, connection, interface, method, types, arguments...);
+    }
+
+    // What the object says of itself, "" where it says nothing.
+    static std::string textOf(sd_bus* connection, const char* property) {
+        BusError error;
+        char* text = nullptr;
+        sd_bus_get_property_string(connection, "org.velto.Touch1", kPath, Bus::kInterface, property, error.get(),
+                                   &text);
+        std::string result = text == nullptr ? "" : text;
+        std::free(text); // NOLINT(cppcoreguidelines-no-malloc): the library's
+        return result;
+    }
+
+    // Reads the counters that come next in a message.
+    static Counters readCounters(sd_bus_message* message) {
+        Counters counters;
+        sd_bus_message_enter_container(message, 'a', "{st}");
+        const char* name = nullptr;
+        for (std::uint64_t count = 0; sd_bus_message_read(message, "{st}", &name, &count) > 0;)
+            counters[name] = count;
+        return counters;
+    }
+
+    // Lets a connection's handlers be called until something comes true, or for so long.
+    static void process(sd_bus* connection, std::chrono::milliseconds duration, const std::function<bool()>& isTrue) {
+        for (const auto deadline = std::chrono::steady_clock::now() + duration;
+             !isTrue() && std::chrono::steady_clock::now() < deadline;) {
+            if (sd_bus_process(connection, nullptr) == 0)
+                sd_bus_wait(connection, 100'000);
+        }
     }
 };
 
@@ -224,6 +267,43 @@ TEST_F(BusTest, ValuesPassBothWays) {
     }
 }
 
+TEST_F(BusTest, ValuesOfOtherTypesAreRead) {
+    Bus::Client client = this->client();
+    const BusHandle raw = connection();
+    const auto read = [&](const char* types, auto... values) {
+        const std::string error = call(raw.get(), Bus::kInterface, "SetProperty", "sv", "Key", types, values...);
+        return error + JSON::text(client.getProperty("Key").get());
+    };
+    EXPECT_EQ(read("y", 200), "200");
+    EXPECT_EQ(read("q", 60'000), "60000");
+    EXPECT_EQ(read("u", 4'000'000'000U), "4000000000");
+    EXPECT_EQ(read("n", -2), "-2");
+    EXPECT_EQ(read("i", -3), "-3");
+    EXPECT_EQ(read("o", "/a/b"), "\"/a/b\"");
+    EXPECT_EQ(read("g", "ai"), "\"ai\"");
+    EXPECT_EQ(read("a{ss}", 1, "a", "b"), "{\"a\":\"b\"}");
+    EXPECT_EQ(read("(si)", "a", 1), "[\"a\",1]");
+    EXPECT_EQ(read("v", "v", "s", "x"), "\"x\"");
+}
+
+TEST_F(BusTest, ValuesAreTakenUpToTheirBound) {
+    constexpr std::size_t kMost = Bus::PropertyRequests::kLargestValue;
+    Bus::Client client = this->client();
+    const auto listOf = [](std::size_t count, const char* element) {
+        return makeRef<Array>(std::vector<Ref<Value>>(count, JSON::parse(element)));
+    };
+    const std::pair<Ref<Value>, Ref<Value>> rows[]{
+        {makeRef<Data>(std::string(kMost, 'x')), makeRef<Data>(std::string(kMost + 1, 'x'))},
+        {makeRef<String>(std::string(kMost - 1, 'x')), makeRef<String>(std::string(kMost, 'x'))},
+        {listOf(kMost / 8 - 1, "1"), listOf(kMost / 8, "1")},
+        {listOf(kMost - 1, "[]"), listOf(kMost, "[]")},
+    };
+    for (const auto& [largest, tooLarge] : rows) {
+        EXPECT_NO_THROW(client.setProperty("Key", *largest));
+        EXPECT_THROW(client.setProperty("Key", *tooLarge), std::runtime_error);
+    }
+}
+
 TEST_F(BusTest, WhatCannotBeDoneIsRefused) {
     constexpr const char* kUnknown = SD_BUS_ERROR_UNKNOWN_PROPERTY;
     constexpr const char* kInvalid = SD_BUS_ERROR_INVALID_ARGS;
@@ -239,6 +319,8 @@ TEST_F(BusTest, WhatCannotBeDoneIsRefused) {
     EXPECT_EQ(get("Deep"), "v");
     EXPECT_EQ(get("Nothing"), kUnknown);
     EXPECT_EQ(get(megabyte.c_str()), kInvalid);
+    EXPECT_EQ(get(std::string(Bus::PropertyRequests::kLongestKey, 'x').c_str()), kUnknown);
+    EXPECT_EQ(get(std::string(Bus::PropertyRequests::kLongestKey + 1, 'x').c_str()), kInvalid);
     EXPECT_EQ(get("Deeper"), kTooMuch);
     properties.put("Huge", makeRef<String>(std::string(Bus::kLargestSent + 1, 'x')));
     EXPECT_EQ(get("Huge"), kTooMuch);
@@ -249,10 +331,6 @@ TEST_F(BusTest, WhatCannotBeDoneIsRefused) {
     EXPECT_EQ(call(raw.get(), "org.freedesktop.DBus.Properties", "Set", "ssv", Bus::kInterface, "Device", "s", "x"),
               SD_BUS_ERROR_PROPERTY_READ_ONLY);
 
-    EXPECT_EQ(set("Key", "y", 1), "");
-    EXPECT_EQ(set("Key", "a{ss}", 1, "a", "b"), "");
-    EXPECT_EQ(set("Key", "(si)", "a", 1), "");
-    EXPECT_EQ(set("Key", "v", "v", "s", "x"), "");
     EXPECT_EQ(set("Key", "a{us}", 1, 1, "b"), kInvalid);
     EXPECT_EQ(set("Key", "h", 0), SD_BUS_ERROR_NOT_SUPPORTED) << "no file descriptor reaches us";
     EXPECT_EQ(set("Key", "s", megabyte.c_str()), kTooMuch);
@@ -311,6 +389,7 @@ TEST_F(BusTest, ADeviceThatDoesNotAnswerHoldsUpNothingElse) {
     EXPECT_EQ(replies.refused, kRefused);
     processUntil(std::span(&writer, 1), [&] { return written.answered == 1; });
     EXPECT_EQ(written.answered, 1U);
+    EXPECT_NO_THROW(std::ignore = client().getProperty("Slow")) << "there is room again";
 }
 
 TEST_F(BusTest, AnEndDoesNotWaitForWhatIsQueued) {
@@ -321,43 +400,67 @@ TEST_F(BusTest, AnEndDoesNotWaitForWhatIsQueued) {
         callSlowly(asking, "GetProperty", replies, "s", "Slow");
     sd_bus_flush(asking.get());
     properties.waitForASlowRead();
+    std::atomic<bool> isLetGo{false};
     std::thread later([&] {
         std::this_thread::sleep_for(200ms);
+        isLetGo = true;
         properties.letSlowGo();
     });
     server.reset();
+    EXPECT_TRUE(isLetGo) << "it waits for what is being done";
     later.join();
     EXPECT_EQ(properties.slowReads(), 1);
 }
 
 TEST_F(BusTest, CountersTellOfChanges) {
-    const auto counted = [](std::uint64_t taps) {
+    const auto counted = [](const char* name, std::uint64_t count) {
         return makeRef<Dictionary>(
-            std::vector<Dictionary::Entry>{{.key = "Dispatched",
-                                            .value = makeRef<Dictionary>(std::vector<Dictionary::Entry>{
-                                                {.key = "numTaps", .value = Number::withUnsignedLong(taps)}})}});
+            std::vector<Dictionary::Entry>{{.key = name, .value = Number::withUnsignedLong(count)}});
     };
     const BusHandle raw = connection();
-    std::map<std::string, std::uint64_t> told;
+    Counters told;
     const auto read = [](sd_bus_message* signal, void* counters, sd_bus_error*) {
         sd_bus_message_skip(signal, "s");
         sd_bus_message_enter_container(signal, 'a', "{sv}");
         sd_bus_message_enter_container(signal, 'e', "sv");
         sd_bus_message_skip(signal, "s");
         sd_bus_message_enter_container(signal, 'v', "a{st}");
-        sd_bus_message_enter_container(signal, 'a', "{st}");
-        const char* name = nullptr;
-        for (std::uint64_t count = 0; sd_bus_message_read(signal, "{st}", &name, &count) > 0;)
-            (*static_cast<std::map<std::string, std::uint64_t>*>(counters))[name] = count;
+        *static_cast<Counters*>(counters) = readCounters(signal);
         return 0;
     };
-    sd_bus_match_signal(raw.get(), nullptr, nullptr, "/org/velto/Touch1/hidraw7", "org.freedesktop.DBus.Properties",
-                        "PropertiesChanged", read, &told);
+    sd_bus_match_signal(raw.get(), nullptr, nullptr, kPath, "org.freedesktop.DBus.Properties", "PropertiesChanged",
+                        read, &told);
     std::ignore = client();
-    properties.put("Pipeline.Algs.EventStats", counted(3));
+    properties.put("Pipeline.DebugInfo", counted("ResetCount", 2));
+    properties.put("Pipeline.Algs.EventStats", makeRef<Dictionary>(std::vector<Dictionary::Entry>{
+                                                   {.key = "Dispatched", .value = counted("numTaps", 3)}}));
     server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = 1}, 1);
-    processUntil(std::span(&raw, 1), [&] { return told["events"] > 0; });
-    EXPECT_THAT(told, ElementsAre(Pair("events", 1), Pair("numTaps", 3), Pair("reports", 42)));
+    process(raw.get(), kPatience, [&] { return told["events"] != 0; });
+    EXPECT_THAT(told, ElementsAre(Pair("ResetCount", 2), Pair("events", 1), Pair("numTaps", 3),
+                                  Pair("reports", testing::Ge(42U))));
+    told.clear();
+    process(raw.get(), 2500ms, [&] { return !told.empty(); });
+    EXPECT_THAT(told, testing::IsEmpty()) << "reports alone";
+}
+
+TEST_F(BusTest, TheObjectSaysWhatItIs) {
+    properties.put("Version", JSON::parse("[19,0,1]"));
+    std::ignore = client();
+    const BusHandle raw = connection();
+    EXPECT_EQ(textOf(raw.get(), "Device"), kDevice);
+    EXPECT_EQ(textOf(raw.get(), "Version"), "19.0.1");
+    EXPECT_EQ(callAt(Bus::kObjects, raw.get(), "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", ""),
+              "a{oa{sa{sv}}}");
+}
+
+TEST_F(BusTest, AWatchFailsWithTheBus) {
+    Bus::Client watching = client();
+    EventLoop loop;
+    watching.watch(
+        loop, [](const GestureEvent&, std::uint64_t) {}, [] { FAIL() << "the surface is still there"; });
+    loop.addTimer(kPatience, [&] { loop.stop(); });
+    bus.stop(SIGKILL);
+    EXPECT_THROW(loop.run(), std::runtime_error);
 }
 
 TEST_F(BusTest, ABusThatComesBackFindsTheSurfaceAgain) {
@@ -365,9 +468,17 @@ TEST_F(BusTest, ABusThatComesBackFindsTheSurfaceAgain) {
     bus.stop();
     server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = 1}, 1);
     EXPECT_EQ(refusal(""), "there is no bus: No such file or directory");
+    std::this_thread::sleep_for(1500ms); // until it has seen that too
+    server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = 2}, 2);
     bus.start();
     properties.put("Key", Number::withUnsignedLong(1));
     EXPECT_EQ(as<Number>(client().getProperty("Key"))->longLongValue(), 1);
+    const BusHandle raw = connection();
+    sd_bus_message* counters = nullptr;
+    ASSERT_GE(sd_bus_get_property(raw.get(), "org.velto.Touch1", kPath, Bus::kInterface, "Counters", nullptr, &counters,
+                                  "a{st}"),
+              0);
+    EXPECT_EQ(readCounters(BusMessage(counters).get())["events"], 2U) << "those that nobody was told of count too";
 }
 
 TEST_F(BusTest, OfSeveralSurfacesOneIsChosen) {
@@ -384,9 +495,40 @@ TEST_F(BusTest, OfSeveralSurfacesOneIsChosen) {
     EXPECT_EQ(refusal("sim"), "sim is not served, but hidraw7, replay");
     server.reset();
     EXPECT_EQ(read(""), "the other's");
+    const BusHandle raw = connection();
+    EXPECT_TRUE(eventually([&] {
+        return callAt("/org/velto/Touch1/replay", raw.get(), Bus::kInterface, "GetProperty", "s", "Key") == "v";
+    })) << "the name that all have in common passes on";
     EXPECT_EQ(refusal(kDevice), "/dev/hidraw7 is not served, but replay");
     other.reset();
     EXPECT_EQ(refusal(""), "no surface is served (velto serve does that)");
+    const Server d(others, "d"), c(others, "c"), b(others, "b"), a(others, "a");
+    for (const char* device : {"a", "b", "c", "d"})
+        std::ignore = client(device);
+    EXPECT_EQ(refusal(""), "several surfaces are served, say which: a, b, c, d");
+}
+
+TEST(NamesTest, ADevicesElementIsPlain) {
+    for (const auto& [device, element] :
+         {std::pair("/dev/hidraw7", "hidraw7"), {"sim:tap:play-pause", "sim"}, {"/dev/aZ_-Az/09AZaz~", "09AZaz"}})
+        EXPECT_EQ(Bus::elementOf(device), element);
+}
+
+TEST(EventLoopTest, ATimerGoesOnAtItsInterval) {
+    constexpr auto kInterval = 100ms;
+    EventLoop loop;
+    int count = 0;
+    std::chrono::steady_clock::time_point first;
+    loop.addTimer(kInterval, [&] {
+        if (++count == 1)
+            first = std::chrono::steady_clock::now();
+        else if (count == 4)
+            loop.stop();
+    });
+    loop.addTimer(kPatience, [&] { loop.stop(); });
+    loop.run();
+    EXPECT_EQ(count, 4);
+    EXPECT_GE(std::chrono::steady_clock::now() - first, 3 * kInterval);
 }
 
 TEST(EventLoopTest, BlocksRunInOrderUntilTheStopAndWhatTheyThrowIsPassedOn) {

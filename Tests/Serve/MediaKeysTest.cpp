@@ -1,12 +1,15 @@
 #include "Serve/MediaKeys.h"
 
+#include "Host/Gesture.h"
 #include "Platform/HIDEvent.h"
 #include "Serve/SurfaceKeys.h"
 
 #include <limits>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -151,6 +154,26 @@ TEST(SurfaceKeysTest, TheFirstFailureIsToldAtOnceAndAgainAtTheEnd) {
     EXPECT_THAT(output.presses, IsEmpty());
     EXPECT_THROW(keys.end(), std::runtime_error);
     EXPECT_EQ(failures, 1);
+}
+
+TEST(GestureEventTest, OnlyTouchesOfARegionHaveOne) {
+    struct Row {
+        Ref<HIDEvent> event;
+        Gesture gesture;
+        std::optional<std::string_view> region;
+    };
+    const Row rows[]{
+        {mayBegin(None), Gesture::MayBegin, "None"},
+        {tap(VolumeUp), Gesture::Tap, "VolumeUp"},
+        {tap(4), Gesture::Tap, std::nullopt},
+        {touch(kIOHIDEventPhaseCancelled, VolumeUp, 0), Gesture::Cancel, std::nullopt},
+        {firmwareReset(), Gesture::FirmwareReset, std::nullopt},
+    };
+    for (const Row& row : rows) {
+        const GestureEvent event = gestureEventOf(*row.event);
+        EXPECT_EQ(event.gesture, row.gesture);
+        EXPECT_EQ(event.region, row.region) << nameOf(row.gesture);
+    }
 }
 
 } // namespace

@@ -49,10 +49,11 @@ public:
         if (length <= 0)
             throw std::runtime_error("dbus-daemon cannot be started");
     }
-    void stop() {
+    // A bus that is not killed says good-bye.
+    void stop(int signal = SIGTERM) {
         if (_daemon < 0)
             return;
-        ::kill(_daemon, SIGTERM);
+        ::kill(_daemon, signal);
         ::waitpid(std::exchange(_daemon, -1), nullptr, 0);
         ::unlink(_folder.path("bus").c_str());
     }

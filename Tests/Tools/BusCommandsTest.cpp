@@ -1,16 +1,24 @@
+#include "Platform/Linux/FileDescriptor.h"
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/Program.h"
 #include "Tests/Support/Served.h"
 
+#include <array>
 #include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <systemd/sd-bus.h>
 
 namespace VeltoTouch::Tests {
@@ -20,6 +28,7 @@ using namespace std::chrono_literals;
 constexpr const char* kTouches =
     "sim:idle:2500,tap:play-pause,idle:400,hold:volume-up:900,idle:400,tap:volume-down,idle:60000";
 constexpr std::size_t kEvents = 7; // of these touches
+constexpr int kPatienceMs = 20'000;
 
 // Calls without pause for so long: what is large, what is unknown, what is of a wrong type.
 void abuse(std::chrono::milliseconds duration) {
@@ -108,12 +117,55 @@ TEST_F(BusCommandsTest, PropertiesAreReadAndWritten) {
 TEST_F(BusCommandsTest, WhatIsWatchedIsWhatIsRecorded) {
     Background program = serve(kTouches);
     const std::string recording = folder.path("recording.json");
+    const std::string table = folder.path("table");
+    Background watcher = velto().writingTo(table).inBackground({"watch"});
     const std::string watched = watchToTheEnd(program, [&] {
         EXPECT_THAT(velto().run({"record", "-o", recording}), Ends(0, ""));
     });
     const auto replayed = gesturesIn(velto().run({"replay", "--jsonl", recording}).output);
     EXPECT_EQ(replayed.size(), kEvents);
     EXPECT_EQ(gesturesIn(watched), replayed);
+    EXPECT_EQ(watcher.waitForTheEnd(), 0);
+    EXPECT_THAT(contentOf(table), testing::MatchesRegex("[^\n]*\n[^\n]*PlayPause[^\n]*\n[^\n]*VolumeUp[^\n]*\n"
+                                                        "[^\n]*VolumeDown[^\n]*\n"));
+}
+
+TEST_F(BusCommandsTest, WatchesAndServicesEndByThemselves) {
+    Background program = serve("sim:idle:4000");
+    EXPECT_THAT(velto().run({"watch", "--jsonl", "--duration", "0.1"}), Ends(0, ""));
+    EXPECT_THAT(velto().run({"watch", "--duration", "0.1"}), Ends(0, testing::Ne("")));
+    EXPECT_EQ(program.waitForTheEnd(), 0) << "as the device goes";
+}
+
+TEST_F(BusCommandsTest, AServiceWithoutABusSaysSoOnce) {
+    bus.stop();
+    EXPECT_THAT(velto().run({"serve", "--no-keys", "--device", "sim:idle:2500"}),
+                Ends(0, "", testing::MatchesRegex("[^\n]*there is no bus: [^\n]*\n")));
+}
+
+TEST_F(BusCommandsTest, TheSystemsManagerIsToldThatItLivesIsReadyAndEnds) {
+    const std::string path = folder.path("notify");
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    path.copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+    const FileDescriptor manager(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(::bind(manager.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    const auto next = [&] {
+        std::array<char, 64> text{};
+        pollfd ready{.fd = manager.get(), .events = POLLIN, .revents = 0};
+        if (::poll(&ready, 1, kPatienceMs) == 1)
+            std::ignore = ::recv(manager.get(), text.data(), text.size() - 1, 0);
+        return std::string(text.data());
+    };
+    ::setenv("NOTIFY_SOCKET", path.c_str(), 1);
+    ::setenv("WATCHDOG_USEC", "60000000", 1);
+    Background program = velto().inBackground({"serve", "--no-keys", "--device", "sim:idle:60000"});
+    ::unsetenv("NOTIFY_SOCKET");
+    ::unsetenv("WATCHDOG_USEC");
+    EXPECT_EQ(next(), "WATCHDOG=1");
+    EXPECT_EQ(next(), "READY=1");
+    program.signal(SIGTERM);
+    EXPECT_EQ(next(), "STOPPING=1");
+    EXPECT_EQ(program.waitForTheEnd(), 0);
 }
 
 // Everybody calls at once, and badly.

@@ -24,6 +24,11 @@ TEST(UsageTest, WrongUsageIsToldAndExitsWith2) {
              {"run",
               {"--device mouse", "--device sim:", "--device sim:tap", "--device sim:tap:A,", "--device replay:",
                "--speed 0", "--set =1", "--duration 0", "--duration nan", "--record -", "gestures.json"}},
+             {"serve", {"", "--device mouse"}},
+             {"get", {"", "--device sim"}},
+             {"set", {"", "Key", "=1"}},
+             {"watch", {"--duration 0", "sim"}},
+             {"record", {"recording.json"}},
          }) {
         for (const std::string& arguments : wrong) {
             std::istringstream words(command + " " + arguments);
