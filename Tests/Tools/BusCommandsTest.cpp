@@ -26,7 +26,7 @@ namespace {
 
 using namespace std::chrono_literals;
 constexpr const char* kTouches =
-    "sim:idle:2500,tap:play-pause,idle:400,hold:volume-up:900,idle:400,tap:volume-down,idle:60000";
+    "sim:idle:5000,tap:play-pause,idle:400,hold:volume-up:900,idle:400,tap:volume-down,idle:60000";
 constexpr std::size_t kEvents = 7; // of these touches
 constexpr int kPatienceMs = 20'000;
 
@@ -170,7 +170,7 @@ TEST_F(BusCommandsTest, TheSystemsManagerIsToldThatItLivesIsReadyAndEnds) {
 
 // Everybody calls at once, and badly.
 TEST_F(BusCommandsTest, AbuseChangesNothingInTheStreamOfReports) {
-    const auto expected = gesturesIn(velto().run({"run", "--jsonl", "--duration", "6", "--device", kTouches}).output);
+    const auto expected = gesturesIn(velto().run({"run", "--jsonl", "--duration", "9", "--device", kTouches}).output);
     ASSERT_EQ(expected.size(), kEvents);
 
     Background program = serve(kTouches);
@@ -187,8 +187,9 @@ TEST_F(BusCommandsTest, AbuseChangesNothingInTheStreamOfReports) {
             EXPECT_LT(resident, 400'000U) << "15 MB, and what a sanitizer keeps";
         },
         [&] {
+            std::this_thread::sleep_for(2s); // until it watches
             for (int i = 0; i < 100; ++i)
-                clients.emplace_back([i] { i % 10 == 0 ? askWithoutReading(4s) : abuse(4s); });
+                clients.emplace_back([i] { i % 10 == 0 ? askWithoutReading(6s) : abuse(6s); });
         });
     EXPECT_EQ(gesturesIn(watched), expected);
 }
