@@ -31,11 +31,10 @@ Gesture gestureOf(const HIDEvent& event) noexcept {
 }
 
 std::optional<std::string_view> regionOf(const HIDEvent& event, Gesture gesture) noexcept {
-    const double region = IOHIDEventGetFloatValue(&event, kIOHIDEventFieldDigitizerY);
-    const bool isKnown = region >= 0.0 && region < static_cast<double>(kRegions.size());
-    if (gesture == Gesture::Cancel || gesture == Gesture::FirmwareReset || !isKnown)
+    const auto number = regionNumberOf(event);
+    if (gesture == Gesture::Cancel || gesture == Gesture::FirmwareReset || !number)
         return std::nullopt;
-    return kRegions[static_cast<std::size_t>(region)];
+    return kRegions[*number];
 }
 
 } // namespace
@@ -47,6 +46,12 @@ GestureEvent gestureEventOf(const HIDEvent& event) noexcept {
             .region = regionOf(event, gesture),
             .phase = IOHIDEventGetPhase(&event),
             .frame = static_cast<std::uint32_t>(frame)};
+}
+
+std::optional<std::size_t> regionNumberOf(const HIDEvent& event) noexcept {
+    const double region = IOHIDEventGetFloatValue(&event, kIOHIDEventFieldDigitizerY);
+    const bool isKnown = region >= 0.0 && region < static_cast<double>(kRegions.size());
+    return isKnown ? std::optional(static_cast<std::size_t>(region)) : std::nullopt;
 }
 
 std::string_view nameOf(Gesture gesture) noexcept { return kGestures[static_cast<std::size_t>(gesture)]; }

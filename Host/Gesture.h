@@ -2,6 +2,7 @@
 
 #include "Platform/HIDEvent.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -20,6 +21,9 @@ struct GestureEvent {
 };
 
 [[nodiscard]] GestureEvent gestureEventOf(const HIDEvent& event) noexcept;
+
+// The number of the region that a digitizer event carries in its y; none for one that is not known.
+[[nodiscard]] std::optional<std::size_t> regionNumberOf(const HIDEvent& event) noexcept;
 
 // mayBegin, holdStart, ...
 [[nodiscard]] std::string_view nameOf(Gesture gesture) noexcept;

@@ -1,5 +1,7 @@
 #include "Platform/Log.h"
 
+#include "Platform/Thread.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -7,8 +9,6 @@
 #include <optional>
 #include <thread>
 
-#include <pthread.h>
-#include <sched.h>
 #include <spdlog/async.h>
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/basic_file_sink.h>
@@ -31,12 +31,6 @@ namespace {
 constexpr std::size_t kQueuedLines = 8192;
 constexpr std::chrono::seconds kLongestDrain{1};
 constexpr int kOff = 3;
-
-// A thread starts with the priority of the thread that made it.
-void beAnOrdinaryThread() {
-    const sched_param parameters{.sched_priority = 0};
-    pthread_setschedparam(pthread_self(), SCHED_OTHER, &parameters);
-}
 
 // Levels by weight, so that "from this level up" is one comparison.
 constexpr int weight(os_log_type_t type) noexcept {

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include <pthread.h>
+#include <sched.h>
 
 namespace VeltoTouch::NSThread {
 
@@ -16,3 +17,12 @@ void detachNewThreadWithBlock(const char* name, std::function<void()> block) {
 }
 
 } // namespace VeltoTouch::NSThread
+
+namespace VeltoTouch {
+
+void beAnOrdinaryThread() noexcept {
+    const sched_param parameters{.sched_priority = 0};
+    pthread_setschedparam(pthread_self(), SCHED_OTHER, &parameters);
+}
+
+} // namespace VeltoTouch

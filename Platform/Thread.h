@@ -9,3 +9,10 @@ namespace VeltoTouch::NSThread {
 void detachNewThreadWithBlock(const char* name, std::function<void()> block);
 
 } // namespace VeltoTouch::NSThread
+
+namespace VeltoTouch {
+
+// Takes a real-time priority from the calling thread, which a thread has from the one that made it.
+void beAnOrdinaryThread() noexcept;
+
+} // namespace VeltoTouch

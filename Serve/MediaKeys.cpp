@@ -1,5 +1,7 @@
 #include "Serve/MediaKeys.h"
 
+#include "Host/Gesture.h"
+
 #include <utility>
 
 namespace VeltoTouch {
@@ -18,11 +20,7 @@ constexpr std::array<RegionKeys, 4> kRegions{{
     {.tap = KEY_VOLUMEUP, .hold = KEY_VOLUMEUP},     // volume up
 }};
 
-RegionKeys keysOf(const HIDEvent& event) noexcept {
-    const double region = IOHIDEventGetFloatValue(&event, kIOHIDEventFieldDigitizerY);
-    const bool isKnown = region >= 0.0 && region < static_cast<double>(kRegions.size());
-    return kRegions[isKnown ? static_cast<std::size_t>(region) : 0];
-}
+RegionKeys keysOf(const HIDEvent& event) noexcept { return kRegions[regionNumberOf(event).value_or(0)]; }
 
 bool isTap(const HIDEvent& event) noexcept {
     const auto mask = static_cast<std::uint32_t>(IOHIDEventGetIntegerValue(&event, kIOHIDEventFieldDigitizerEventMask));

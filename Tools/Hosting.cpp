@@ -29,7 +29,7 @@ std::string ownPlugIn() {
     const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     const std::filesystem::path built = folder / "../Service" / kPlugInName;
     return std::filesystem::exists(built) ? built.lexically_normal()
-                                          : (folder / VELTO_BIN_TO_PLUGINS / kPlugInName).lexically_normal();
+                                          : (folder / VELTO_BIN_TO_PRIVATE / kPlugInName).lexically_normal();
 }
 
 } // namespace

@@ -6,11 +6,7 @@ include(CMakePackageConfigHelpers)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 
 set(VELTO_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VeltoTouch)
-# The shared library and the plug-in: for our own programs alone, and for hosts that CMake tells where they are.
-set(VELTO_PRIVATE_DIR ${CMAKE_INSTALL_LIBDIR}/velto-touch)
 
-# The program finds both from where it is, wherever the tree is moved.
-file(RELATIVE_PATH VELTO_BIN_TO_PRIVATE ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/velto-touch)
 set_target_properties(velto PROPERTIES INSTALL_RPATH "$ORIGIN/${VELTO_BIN_TO_PRIVATE}")
 
 install(TARGETS velto RUNTIME)

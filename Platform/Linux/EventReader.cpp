@@ -50,7 +50,8 @@ public:
         : _pipe(std::move(pipe)), _slot(std::move(slot)), _reader(std::move(reader)) {}
 
     void run() const {
-        becomeOrdinary();
+        beAnOrdinaryThread(); // at the loop's priority, hardware that is slow to answer would hold that up after all
+        blockSignals();
         std::uint64_t due = mach_absolute_time() + _reader.interval();
         while (waitUntil(due)) {
             Ref<HIDEvent> event = _reader.read();
@@ -61,14 +62,11 @@ public:
     }
 
 private:
-    // Hardware that is slow to answer can keep a processor busy, which at the priority of the loop's thread, inherited
-    // from there, would hold that up after all. Signals are the host's; that nobody listens is seen without SIGPIPE.
-    static void becomeOrdinary() noexcept {
+    // They are the host's; that nobody listens is seen without SIGPIPE.
+    static void blockSignals() noexcept {
         sigset_t all;
         sigfillset(&all);
         pthread_sigmask(SIG_BLOCK, &all, nullptr);
-        const sched_param parameters{.sched_priority = 0};
-        pthread_setschedparam(pthread_self(), SCHED_OTHER, &parameters);
     }
 
     // False once nobody listens any more.

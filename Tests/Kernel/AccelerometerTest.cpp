@@ -3,9 +3,7 @@
 #include "Platform/Clock.h"
 #include "Platform/Linux/EventReader.h"
 #include "Platform/Linux/IIOSamplingFrequency.h"
-#include "Surface/Scripts.h"
-#include "Surface/Simulation.h"
-#include "Tests/Kernel/VirtualDevice.h"
+#include "Tests/Kernel/Touches.h"
 #include "Tests/Kernel/VirtualSensor.h"
 #include "Tests/Support/Program.h"
 
@@ -178,14 +176,12 @@ TEST(EventReaderPriorityTest, ItsThreadHasNone) {
 
 // The samples around a touch are recorded.
 TEST_F(AccelerometerTest, ARunOnARealSurfaceUsesIt) {
-    constexpr int kOpenedForReports = 2; // the program opens the device first to ask what it is
     VirtualDevice surface;
     std::thread finger([&] {
-        Surface::Simulation simulation({}, Surface::scriptOf({Surface::parseStep("tap:play-pause")}));
         if (!surface.waitUntilOpened(kOpenedForReports))
             return;
-        while (const auto report = simulation.next())
-            surface.send(report->bytes());
+        for (const auto& report : reportsOf({"tap:play-pause"}))
+            surface.send(report);
     });
     const TemporaryFolder folder;
     const std::string recording = folder.path("recording.json");

@@ -1,7 +1,5 @@
-#include "Surface/Scripts.h"
-#include "Surface/Simulation.h"
 #include "Tests/Kernel/KernelNews.h"
-#include "Tests/Kernel/VirtualDevice.h"
+#include "Tests/Kernel/Touches.h"
 #include "Tests/Kernel/VirtualSensor.h"
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/Program.h"
@@ -32,24 +30,10 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 
-constexpr int kOpenedForReports = 2; // the program opens the device first to ask what it is
 constexpr int kPatienceMs = 20'000;
-constexpr std::size_t kKernelsRoom = 63; // reports that it keeps, however late the program is
 constexpr const char* kGone = "gone";
 
 using Steps = std::vector<std::string>;
-
-// At a low rate, so that every step has room in the kernel.
-std::vector<VirtualDevice::Report> reportsOf(const Steps& steps) {
-    std::vector<Surface::Step> script;
-    for (const std::string& step : steps)
-        script.push_back(Surface::parseStep(step));
-    std::vector<VirtualDevice::Report> reports;
-    Surface::Simulation simulation({.rateHz = 30}, Surface::scriptOf(script));
-    while (const auto report = simulation.next())
-        reports.emplace_back(report->bytes().begin(), report->bytes().end());
-    return reports;
-}
 
 // Reads a keyboard of the kernel. A device that goes takes with it what nobody has read yet, so that whoever wants to
 // see the last keys has to be at it before the program goes on: the machine has one processor, and the reader is the
@@ -117,7 +101,7 @@ protected:
     }
     // A finger that stays.
     void holdVolumeUp() {
-        auto reports = reportsOf({"hold:volume-up:1500"});
+        auto reports = reportsOf({"hold:volume-up:1500"}, kAtALowRate);
         reports.resize(30);
         touch(reports);
         ASSERT_THAT(keyboard->next(1), ElementsAre("+Up"));
@@ -136,7 +120,7 @@ TEST_F(ServeTest, TouchesBecomeKeys) {
     std::size_t sent = 0;
     for (const auto& [step, keys] : touches) {
         steps.emplace_back(step);
-        const auto reports = reportsOf(steps); // those of the steps before, and this one's
+        const auto reports = reportsOf(steps, kAtALowRate); // those of the steps before, and this one's
         touch(std::span(reports).subspan(sent));
         sent = reports.size();
         EXPECT_EQ(keyboard->next(keys.size()), keys) << step;
@@ -187,7 +171,7 @@ TEST_F(ServedRecordingTest, FetchedFromTheRunningProgramItGivesTheSameGestures) 
     std::size_t sent = 0;
     const auto tapIsWatched = [&] { // taps before it watched are in the recording alone
         steps.insert(steps.end(), {"tap:play-pause", "idle:300"});
-        const auto reports = reportsOf(steps);
+        const auto reports = reportsOf(steps, kAtALowRate);
         touch(std::span(reports).subspan(std::exchange(sent, reports.size())));
         EXPECT_THAT(keyboard->next(2), ElementsAre("+Play", "-Play"));
         return contentOf(watched).find("\"tap\"") != std::string::npos;
@@ -227,7 +211,7 @@ TEST_F(ServeTest, GarbageDoesNoHarm) {
     EXPECT_GT(sent, 10'000U) << "of 40000";
     EXPECT_LT(residentKilobytes(program->process()), before + 50'000U);
 
-    touch(reportsOf({"idle:300", "tap:play-pause", "idle:300"}));
+    touch(reportsOf({"idle:300", "tap:play-pause", "idle:300"}, kAtALowRate));
     EXPECT_THAT(keyboard->next(2), ElementsAre("+Play", "-Play")) << "and no key before";
     program->signal(SIGTERM);
     EXPECT_EQ(program->waitForTheEnd(), 0);

@@ -1,12 +1,9 @@
-#include "Surface/Scripts.h"
-#include "Surface/Simulation.h"
-#include "Tests/Kernel/VirtualDevice.h"
+#include "Tests/Kernel/Touches.h"
 #include "Tests/Support/Program.h"
 
 #include <algorithm>
 #include <fstream>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -19,18 +16,6 @@ namespace {
 using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
-
-// The program opens the device twice, first to ask what it is. From the second time on the kernel keeps reports for it.
-constexpr int kOpenedForReports = 2;
-constexpr std::size_t kKernelsRoom = 63;
-
-std::vector<VirtualDevice::Report> reportsOf(std::string_view step) {
-    std::vector<VirtualDevice::Report> reports;
-    Surface::Simulation simulation({}, Surface::scriptOf({Surface::parseStep(step)}));
-    while (const auto report = simulation.next())
-        reports.emplace_back(report->bytes().begin(), report->bytes().end());
-    return reports;
-}
 
 // A surface that is touched as soon as the program has opened it.
 class VeltoRunTest : public testing::Test {
@@ -66,8 +51,8 @@ protected:
 
 TEST_F(VeltoRunTest, ATapIsSeenAndPropertiesAreTheDevices) {
     surface.answer(kIOHIDReportTypeFeature, 0x1F, {0x1F, 0x88, 0x13, 0x00, 0x00});
-    const std::string output =
-        run(reportsOf("tap:play-pause"), {"--duration", "3", "--get", "FactoryResetHoldDuration", "--get", "Product"});
+    const std::string output = run(reportsOf({"tap:play-pause"}),
+                                   {"--duration", "3", "--get", "FactoryResetHoldDuration", "--get", "Product"});
     EXPECT_THAT(output, ContainsRegex(R"("gesture":"tap",.*"region":"PlayPause")"));
     EXPECT_THAT(output, HasSubstr(R"("key":"FactoryResetHoldDuration","value":5000})"));
     EXPECT_THAT(output, HasSubstr(R"("key":"Product","value":"Virtual Touch Surface"})"));
@@ -75,7 +60,7 @@ TEST_F(VeltoRunTest, ATapIsSeenAndPropertiesAreTheDevices) {
 
 // Without an end by time: if it did not end by itself, the virtual machine's time would run out.
 TEST_F(VeltoRunTest, UnpluggedInTheMiddleOfATouchTheRunEnds) {
-    auto reports = reportsOf("hold:volume-up");
+    auto reports = reportsOf({"hold:volume-up"});
     reports.resize(kKernelsRoom);
     const std::string output = run(reports, {}, R"("gesture":"mayBegin")");
     EXPECT_THAT(output, HasSubstr(R"("region":"VolumeUp")"));

@@ -1,20 +1,19 @@
 #pragma once
 
+#include "Tests/Support/Eventually.h"
+
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -83,17 +82,6 @@ inline testing::Matcher<Outcome> Ends(int status, const testing::Matcher<std::st
     return testing::AllOf(testing::Field("status", &Outcome::status, status),
                           testing::Field("output", &Outcome::output, output),
                           testing::Field("errors", &Outcome::errors, errors));
-}
-
-// Whether something comes true within some time.
-inline bool eventually(const std::function<bool()>& isTrue) {
-    constexpr std::chrono::seconds kPatience{20};
-    for (const auto deadline = std::chrono::steady_clock::now() + kPatience; !isTrue();) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
 }
 
 // A run of the program that goes on beside the test, and ends with it at the latest.

@@ -12,18 +12,6 @@
 
 namespace VeltoTouch::Tests {
 
-// A sanitizer keeps memory that the program has given back.
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define VELTO_IS_SANITIZED
-#endif
-#endif
-#ifdef VELTO_IS_SANITIZED
-constexpr bool kMemoryCounts = false;
-#else
-constexpr bool kMemoryCounts = true;
-#endif
-
 // What lines of events say without their times: names of gestures, frames and regions. A recorded event and one told on
 // the bus differ in what else they say.
 inline std::vector<std::string> gesturesIn(const std::string& lines) {

@@ -1,14 +1,11 @@
 #pragma once
 
-#include "Surface/Scripts.h"
-#include "Surface/Simulation.h"
-#include "Tests/Kernel/VirtualDevice.h"
+#include "Tests/Kernel/Touches.h"
+#include "Tests/Support/Eventually.h"
 
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <string>
-#include <thread>
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>
@@ -37,18 +34,6 @@ inline Outcome shell(const std::string& command) {
     return outcome;
 }
 
-// Whether it comes true before long.
-template <class Condition>
-[[nodiscard]] bool eventually(const Condition& condition) {
-    using namespace std::chrono_literals;
-    for (const auto end = std::chrono::steady_clock::now() + 30s; std::chrono::steady_clock::now() < end;) {
-        if (condition())
-            return true;
-        std::this_thread::sleep_for(50ms);
-    }
-    return false;
-}
-
 // A surface that is plugged in, and the service that the system gives it.
 class ServedSurface {
 public:
@@ -68,14 +53,12 @@ public:
 
     // Whether the service is up and reads the surface, now that it has done so so many times.
     [[nodiscard]] bool waitUntilServed(int times = 1) {
-        // It opens the device once before, to ask what it is.
-        return _device.waitUntilOpened(2 * times) && eventually([this] { return property("ActiveState") == "active"; });
+        return _device.waitUntilOpened(kOpenedForReports * times) &&
+               eventually([this] { return property("ActiveState") == "active"; });
     }
     void tapPlayPause() {
-        // At a low rate the kernel has room for all of it.
-        Surface::Simulation simulation({.rateHz = 30}, Surface::scriptOf({Surface::parseStep("tap:play-pause")}));
-        while (const auto report = simulation.next())
-            _device.send(report->bytes());
+        for (const auto& report : reportsOf({"tap:play-pause"}, kAtALowRate))
+            _device.send(report);
     }
     void unplug() { _device.unplug(); }
 

@@ -29,6 +29,7 @@ constexpr const char* kTouches =
     "sim:idle:5000,tap:play-pause,idle:400,hold:volume-up:900,idle:400,tap:volume-down,idle:60000";
 constexpr std::size_t kEvents = 7; // of these touches
 constexpr int kPatienceMs = 20'000;
+constexpr bool kMemoryCounts = !VELTO_IS_SANITIZED; // a sanitizer keeps what the program has given back
 
 // Calls without pause for so long: what is large, what is unknown, what is of a wrong type.
 void abuse(std::chrono::milliseconds duration) {

@@ -106,6 +106,15 @@ void addSeeAlso(Roff& page, const CLI::App& program, const CLI::App& own) {
     page.line(reference(kSeeAlsoAll, 5));
 }
 
+// What every page goes on with behind its own description.
+void addRest(Roff& page, const CLI::App& program, const CLI::App& own, const Description& description) {
+    addOptions(page, own);
+    addLists(page, own);
+    addCommonSections(page);
+    addExamples(page, description);
+    addSeeAlso(page, program, own);
+}
+
 } // namespace
 
 std::string programPage(const CLI::App& program, const Release& release) {
@@ -121,11 +130,7 @@ std::string programPage(const CLI::App& program, const Release& release) {
         page.item(bold(command->get_name()),
                   fmt::format("{}; see {}(1).", parseDescription(command->get_description()).summary(),
                               pageOf(program, *command)));
-    addOptions(page, program);
-    addLists(page, program);
-    addCommonSections(page);
-    addExamples(page, description);
-    addSeeAlso(page, program, program);
+    addRest(page, program, program, description);
     return page.text();
 }
 
@@ -137,11 +142,7 @@ std::string commandPage(const CLI::App& program, const CLI::App& command, const 
     addCommandSynopsis(page, program, command);
     page.section("Description");
     page.paragraphs(description.text);
-    addOptions(page, command);
-    addLists(page, command);
-    addCommonSections(page);
-    addExamples(page, description);
-    addSeeAlso(page, program, command);
+    addRest(page, program, command, description);
     return page.text();
 }
 

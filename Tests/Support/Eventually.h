@@ -1,0 +1,20 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+namespace VeltoTouch::Tests {
+
+// Whether something comes true before long.
+[[nodiscard]] inline bool eventually(const std::function<bool()>& isTrue) {
+    constexpr std::chrono::seconds kPatience{30};
+    for (const auto deadline = std::chrono::steady_clock::now() + kPatience; !isTrue();) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+} // namespace VeltoTouch::Tests
