@@ -1,5 +1,8 @@
 #include "Platform/JSON.h"
 
+#include "Platform/JSONExaminer.h"
+#include "Platform/UTF8.h"
+
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -60,29 +63,6 @@ Ref<Value> makeValue(dom::element element) {
         return makeRef<Null>();
     }
     return nullptr;
-}
-
-// The length of the well-formed UTF-8 sequence at the front of `text`, 0 where there is none.
-std::size_t sequenceLength(std::string_view text) noexcept {
-    const auto byte = [text](std::size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
-    const auto isTail = [byte](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
-    const unsigned first = byte(0);
-    const unsigned second = byte(1);
-    if (first < 0x80)
-        return 1;
-    if (first >= 0xC2 && first <= 0xDF)
-        return isTail(1) ? 2 : 0;
-    if (first >= 0xE0 && first <= 0xEF) {
-        const bool overlong = first == 0xE0 && second < 0xA0;
-        const bool surrogate = first == 0xED && second > 0x9F;
-        return isTail(1) && isTail(2) && !overlong && !surrogate ? 3 : 0;
-    }
-    if (first >= 0xF0 && first <= 0xF4) {
-        const bool overlong = first == 0xF0 && second < 0x90;
-        const bool beyondUnicode = first == 0xF4 && second > 0x8F;
-        return isTail(1) && isTail(2) && isTail(3) && !overlong && !beyondUnicode ? 4 : 0;
-    }
-    return 0;
 }
 
 void appendControl(std::string& text, char control) {
@@ -212,22 +192,35 @@ private:
 } // namespace
 
 struct Document::Parsed {
+    // False for what the parser refuses.
+    bool parse(const Data& text) {
+        const std::string_view bytes = text.bytes();
+        const auto result = parser.parse(bytes.data(), bytes.size(), false).get(root);
+        if (result == simdjson::MEMALLOC)
+            throw std::bad_alloc();
+        if (result == simdjson::CAPACITY)
+            throw std::runtime_error("4 GiB or larger");
+        return isValid = result == simdjson::SUCCESS;
+    }
+
     dom::parser parser;
     dom::element root;
     bool isValid = false;
+    std::optional<Fault> fault;
 };
 
 Document::Document(const Data& text) : _parsed(std::make_unique<Parsed>()) {
-    const std::string_view bytes = text.bytes();
-    const auto result = _parsed->parser.parse(bytes.data(), bytes.size(), false).get(_parsed->root);
-    if (result == simdjson::MEMALLOC)
-        throw std::bad_alloc();
-    if (result == simdjson::CAPACITY)
-        throw std::runtime_error("4 GiB or larger");
-    _parsed->isValid = result == simdjson::SUCCESS;
+    if (_parsed->parse(text))
+        return;
+    Examination examination = examine(text.bytes());
+    _parsed->fault = examination.fault;
+    if (!examination.fault)
+        _parsed->parse(*makeRef<Data>(std::move(examination.readableText)));
 }
 
 Document::~Document() = default;
+
+const std::optional<Fault>& Document::fault() const noexcept { return _parsed->fault; }
 
 Element Document::root() const noexcept {
     if (!_parsed->isValid)
@@ -314,7 +307,7 @@ void appendString(std::string& text, std::string_view string) {
     static constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
     text += '"';
     while (!string.empty()) {
-        const std::size_t length = sequenceLength(string);
+        const std::size_t length = UTF8::sequenceLength(string);
         const char first = string.front();
         if (length == 0)
             text += kReplacement;

@@ -11,14 +11,20 @@
 // JSON text to values and back.
 //
 // Reading: text is UTF-8, checked; nesting is bounded (1024 levels, what stands in the innermost included); integers
-// are exact from -2^63 to 2^64 - 1, and a number that fits no type makes the text no JSON. Of equal keys in an object
-// the last counts.
+// are exact from -2^63 to 2^64 - 1, larger ones are read as the nearest double, and a number beyond all doubles makes
+// the text no JSON. Of equal keys in an object the last counts.
 // Writing: compact, keys in byte order, doubles in their shortest form that reads back equal (always with
 // a point or an exponent, so that they stay doubles).
 
 namespace VeltoTouch::JSON {
 
 class Element;
+
+// Where a text stops being JSON, and why.
+struct Fault {
+    std::size_t byte;  // its offset; the size of a text that ends too early
+    const char* cause; // "expected a value"
+};
 
 // Parsed text, kept in the parser's own compact form. Elements are views into it and must not outlive it.
 // Large recordings are read through it without making a value of every frame.
@@ -33,6 +39,8 @@ public:
 
     // The top-level element; an absent one when the text is no JSON.
     [[nodiscard]] Element root() const noexcept;
+    // The first fault of a text that is no JSON.
+    [[nodiscard]] const std::optional<Fault>& fault() const noexcept;
 
 private:
     struct Parsed;

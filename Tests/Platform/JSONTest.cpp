@@ -30,30 +30,15 @@ TEST(JSONReadingTest, SpaceEscapesAndKeyOrderDoNotMatterAndOfEqualKeysTheLastCou
     EXPECT_EQ(JSON::text(JSON::parse(R"({"a":1,"b":2,"\u0061":3,"a":null})").get()), R"({"a":null,"b":2})");
 }
 
-TEST(JSONReadingTest, WhatIsNoJSONIsNilAndNestingIsBounded) {
-    const auto arrays = [](std::size_t levels) { return std::string(levels, '[').append(levels, ']'); };
-    const auto objects = [](std::size_t levels) {
-        std::string text;
-        for (std::size_t i = 0; i < levels; ++i)
-            text += R"({"a":)";
-        return text + "1" + std::string(levels, '}');
-    };
-    EXPECT_TRUE(JSON::parse(arrays(1024)));
-    EXPECT_TRUE(JSON::parse(objects(1023)));
-    const std::pair<const char*, std::string> rows[]{
-        {"comma at the end", "[1,]"},
-        {"control character in a string", "\"a\nb\""},
-        {"below -2^63", "-9223372036854775809"},
-        {"beyond double", "1e400"},
-        {"surrogate in UTF-8", "\"\xED\xA0\x80\""},
-        {"lone tail in a key", "{\"\x80\":1}"},
-        {"arrays too deep", arrays(1025)},
-        {"objects too deep", objects(1024)},
-        {"no room on any stack", arrays(200'000)},
-        {"only beginnings", std::string(200'000, '[')},
-    };
-    for (const auto& [name, text] : rows)
-        EXPECT_EQ(JSON::parse(text), nullptr) << name;
+// Ties are to even.
+TEST(JSONReadingTest, AnIntegerBeyond64BitsIsTheNearestDouble) {
+    EXPECT_EQ(JSON::text(JSON::parse(R"( [ 18446744073709551616, -9223372036854775809 ,18446744073709553664,
+        18446744073709553665, 18446744073709557760, {"18446744073709551616" : 123456789012345678901234567890},
+        "18446744073709551616\"18446744073709551616", 18446744073709551616.5, 18446744073709551615] )")
+                             .get()),
+              "[18446744073709551616.0,-9223372036854775808.0,18446744073709551616.0,18446744073709555712.0,"
+              "18446744073709559808.0,{\"18446744073709551616\":1.2345678901234568e+29},"
+              R"("18446744073709551616\"18446744073709551616",18446744073709551616.0,18446744073709551615])");
 }
 
 // A document and the data that it was parsed from.
@@ -64,6 +49,77 @@ struct Parsed {
 
     JSON::Document document;
 };
+
+TEST(JSONReadingTest, WhatIsNoJSONIsNilWithItsFirstFaultAndNestingIsBounded) {
+    const auto arrays = [](std::size_t levels) { return std::string(levels, '[').append(levels, ']'); };
+    const auto objects = [](std::size_t levels) {
+        std::string text;
+        for (std::size_t i = 0; i < levels; ++i)
+            text += R"({"a":)";
+        return text + "1" + std::string(levels, '}');
+    };
+    EXPECT_TRUE(JSON::parse(arrays(1024)));
+    EXPECT_TRUE(JSON::parse(objects(1023)));
+    struct Row {
+        std::string text;
+        std::size_t byte;
+        const char* cause;
+    };
+    const Row rows[]{
+        {"", 0, "the text ends too early"},
+        {" \n", 2, "the text ends too early"},
+        {"\xEF\xBB\xBF[]", 0, "expected a value"},
+        {"[1,]", 3, "expected a value"},
+        {"[] ,", 3, "expected the end of the text"},
+        {"[]\0"s, 2, "expected the end of the text"},
+        {"[1 2]", 3, "expected ',' or ']'"},
+        {"{\"a\":{}]", 7, "expected ',' or '}'"},
+        {"{\"a\" 1}", 5, "expected ':'"},
+        {"{\"a\":1,}", 7, "expected a name in quotes"},
+        {"{a:1}", 1, "expected a name in quotes"},
+        {"[nul]", 4, "expected true, false or null"},
+        {"[truth]", 4, "expected true, false or null"},
+        {"[1,-]", 4, "expected a digit"},
+        {"[1.e5]", 3, "expected a digit"},
+        {"[1e+]", 4, "expected a digit"},
+        {"[01]", 2, "expected ',' or ']'"},
+        {"[0,1e400,", 3, "number too large"},
+        {"-1" + std::string(400, '0'), 0, "number too large"},
+        {"[123456789012345678901234567890,}", 32, "expected a value"},
+        {"\"a\nb\"", 2, "control character in a string"},
+        {"\"\xED\xA0\x80\"", 1, "invalid UTF-8 in a string"},
+        {"{\"\x80\":1}", 2, "invalid UTF-8 in a string"},
+        {R"(["\x"])", 3, "unknown escape in a string"},
+        {R"(["\u12g4"])", 6, "expected a hexadecimal digit"},
+        {R"(["a\ud83dx"])", 3, "half of a surrogate pair in a string"},
+        {R"(["a\ud83d\n"])", 3, "half of a surrogate pair in a string"},
+        {R"(["a\ud83d\ud83d"])", 3, "half of a surrogate pair in a string"},
+        {R"(["a\ude00"])", 3, "half of a surrogate pair in a string"},
+        {arrays(1025), 1024, "nested too deep"},
+        {objects(1024), 5 * 1024, "nested too deep"},
+        {std::string(200'000, '['), 1024, "nested too deep"},
+    };
+    for (const auto& [text, byte, cause] : rows) {
+        SCOPED_TRACE(text.substr(0, 100));
+        EXPECT_EQ(JSON::parse(text), nullptr);
+        const std::optional<JSON::Fault> fault = Parsed(text).document.fault();
+        ASSERT_TRUE(fault);
+        EXPECT_EQ(fault->byte, byte);
+        EXPECT_STREQ(fault->cause, cause);
+    }
+}
+
+TEST(JSONReadingTest, ATextThatIsCutOffIsFaultyAtItsEnd) {
+    const std::string whole =
+        R"( {"a\\":[-1.5e+3,0,"\ud83d\ude00\n",123456789012345678901] ,"b":{"":null,"c":[]},"d":true})";
+    ASSERT_TRUE(JSON::parse(whole));
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        const std::optional<JSON::Fault> fault = Parsed(whole.substr(0, size)).document.fault();
+        ASSERT_TRUE(fault);
+        EXPECT_EQ(fault->byte, size);
+        EXPECT_THAT(fault->cause, testing::StartsWith("the text ends "));
+    }
+}
 
 std::vector<std::string> textsOf(const JSON::Element& list) {
     std::vector<std::string> texts;
