@@ -1,12 +1,15 @@
 #pragma once
 
 #include "Platform/JSON.h"
+#include "Recording/Damage.h"
 
 #include <array>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+
+#include <fmt/format.h>
 
 // The names of the recording container, and what reader and migration share.
 //
@@ -22,6 +25,7 @@ constexpr std::uint64_t kCurrentVersion = 2;
 
 constexpr std::string_view kVersion = "Version";
 constexpr std::string_view kFrames = "Frames";
+constexpr std::string_view kReports = "Reports"; // version 0
 constexpr std::string_view kType = "Type";
 constexpr std::string_view kTimestamp = "Timestamp";
 constexpr std::string_view kKey = "Key";
@@ -86,11 +90,21 @@ template <class Node>
     throw std::invalid_argument("invalid version");
 }
 
-// Elements of "Frames" and "Reports" must be objects, in every version.
-template <class Node>
-void requireFrameObject(const Node& element) {
-    if (!element.isDictionary())
-        throw std::invalid_argument("invalid frame");
+// Handles each element of the list called `name`. The elements must be objects, in every version; an exception gets the
+// number of the element as its place.
+template <class Nodes, class Handle>
+void forEachFrame(std::string_view name, const Nodes& nodes, Handle handle) {
+    std::size_t number = 0;
+    for (const auto& node : nodes) {
+        try {
+            if (!node.isDictionary())
+                throw std::invalid_argument("invalid frame");
+            handle(node);
+        } catch (const std::invalid_argument& error) {
+            throw PlacedError<std::invalid_argument>(error.what(), fmt::format("{}[{}]", name, number));
+        }
+        ++number;
+    }
 }
 
 } // namespace VeltoTouch::Container

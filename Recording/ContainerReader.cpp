@@ -14,25 +14,34 @@ namespace {
 
 using namespace Container;
 
+// The frames of a container of the current version. Until it was migrated, their list was called `listName`.
 template <class Node>
-std::list<Frame> readFrames(const Node& container) {
+std::list<Frame> readFrames(const Node& container, std::string_view listName) {
     const auto [nodes] = container.members(std::array{kFrames});
     if (!nodes.isArray())
         throw std::invalid_argument("invalid frames");
     std::list<Frame> frames;
-    for (const Node& node : nodes.elements())
-        frames.push_back(readFrame(node));
+    forEachFrame(listName, nodes.elements(), [&](const Node& node) { frames.push_back(readFrame(node)); });
     return frames;
 }
 
-// What a migration throws is told as its failure.
+// Rethrows what a step of the migration throws as a failure of the migration, at the same place.
 template <class Step>
 auto asMigration(Step step) {
     try {
         return step();
     } catch (const std::exception& error) {
-        throw std::runtime_error(std::string("migrateSerializedContainer failed: ") + error.what());
+        const std::string message = std::string("migrateSerializedContainer failed: ") + error.what();
+        if (const std::string* place = placeOf(error))
+            throw PlacedError<std::runtime_error>(message, *place);
+        throw std::runtime_error(message);
     }
+}
+
+void requireJSON(const JSON::Document& document) {
+    if (const auto& fault = document.fault())
+        throw PlacedError<std::invalid_argument>("invalid container",
+                                                 fmt::format("byte {}: {}", fault->byte, fault->cause));
 }
 
 } // namespace
@@ -46,11 +55,15 @@ PipelineRecording::PipelineRecording(const Data* container) {
     }
     const JSON::Document document(*container);
     const JSON::Element root = document.root();
-    if (asMigration([&] { return versionOf(root); }) == kCurrentVersion) {
-        _frames = readFrames(root);
+    const std::uint64_t version = asMigration([&] {
+        requireJSON(document);
+        return versionOf(root);
+    });
+    if (version == kCurrentVersion) {
+        _frames = readFrames(root, kFrames);
     } else {
         const Ref<Value> migrated = asMigration([&] { return migrateSerializedContainer(root.value()); });
-        _frames = readFrames(ValueNode(migrated.get()));
+        _frames = readFrames(ValueNode(migrated.get()), version == 0 ? kReports : kFrames);
     }
 }
 

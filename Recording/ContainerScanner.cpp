@@ -136,7 +136,7 @@ bool takeReport(Cursor& cursor, Frame& frame) {
 bool takeOtherFrame(Cursor& cursor, Frame& frame) {
     const auto text = cursor.takeObjectText();
     const Ref<Value> object = text ? JSON::parse(*text) : nullptr;
-    if (!object)
+    if (as<Dictionary>(object) == nullptr)
         return false;
     frame = readFrame(ValueNode(object.get()));
     return true;

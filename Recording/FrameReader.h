@@ -20,7 +20,6 @@ const T& require(const std::optional<T>& wanted, const char* messageWithoutIt) {
 // one that a frame can hold.
 template <class Node>
 Frame readFrame(const Node& node) {
-    requireFrameObject(node);
     const auto [type, timestamp, key, value, data] = node.members(std::array{kType, kTimestamp, kKey, kValue, kData});
     const std::string_view typeName = require(type.string(), "invalid frame type");
     Frame frame;

@@ -11,7 +11,6 @@ using namespace Container;
 
 using Entries = std::vector<Dictionary::Entry>;
 
-constexpr std::string_view kReports = "Reports";       // version 0
 constexpr std::string_view kReportData = "ReportData"; // version 0
 constexpr std::string_view kReport = "Report";         // version 1
 
@@ -54,18 +53,18 @@ Ref<Value> currentFrame(const Dictionary& frame, const Ref<Value>& unchanged) {
     return makeRef<Dictionary>(std::move(moved));
 }
 
-// A container of `version` whose frames are `list`'s elements, each changed by `change`. Nil gives no frames; what is
-// no array is left for the reader to reject.
+// A container of `version` whose frames are the elements of `old`'s list called `name`, each changed by `change`.
+// Without the list there are no frames; what is no array is left for the reader to reject.
 template <class Change>
-Ref<Value> containerOf(std::uint64_t version, const Value* list, Change change) {
-    Ref<Value> frames = ValueNode(list).value();
-    if (frames == nullptr || as<Array>(frames) != nullptr) {
+Ref<Value> containerOf(std::uint64_t version, const Dictionary& old, std::string_view name, Change change) {
+    const ValueNode list(old.find(name));
+    Ref<Value> frames = list.value();
+    if (frames == nullptr || list.isArray()) {
         std::vector<Ref<Value>> changed;
-        for (const ValueNode node : ValueNode(list).elements()) {
-            requireFrameObject(node);
+        forEachFrame(name, list.elements(), [&](const ValueNode& node) {
             const Ref<Value> element = node.value();
             changed.push_back(change(*as<Dictionary>(element), element));
-        }
+        });
         frames = makeRef<Array>(std::move(changed));
     }
     Entries container;
@@ -84,10 +83,10 @@ Ref<Value> PipelineRecording::migrateSerializedContainer(const Ref<Value>& conta
         return container;
     case 0: {
         const auto toFrame = [](const Dictionary& report, const Ref<Value>&) { return frameOfReport(report); };
-        return migrateSerializedContainer(containerOf(1, members.find(kReports), toFrame));
+        return migrateSerializedContainer(containerOf(1, members, kReports, toFrame));
     }
     case 1:
-        return containerOf(kCurrentVersion, members.find(kFrames), currentFrame);
+        return containerOf(kCurrentVersion, members, kFrames, currentFrame);
     default:
         throw std::invalid_argument("invalid container version: " + std::to_string(version));
     }

@@ -23,7 +23,8 @@ public:
     // Reads a container of any known version (frames in file order, no target, no bound, playback invalid).
     // Throws std::invalid_argument with what is wrong, std::runtime_error("migrateSerializedContainer failed: ...")
     // for a container that cannot be brought to the current version (text that is no JSON included), and
-    // std::invalid_argument("json not supplied") for null.
+    // std::invalid_argument("json not supplied") for null. What is thrown carries the place of the damage if it is
+    // known; see placeOf.
     explicit PipelineRecording(const Data* container);
 
     // A copy has its own list, the same target and bound, and no playback.
@@ -77,7 +78,7 @@ public:
     [[nodiscard]] Ref<Data> json();
 
     // Brings a parsed container (nil for text that is no JSON) to the current version. Checks only what it renames;
-    // throws std::invalid_argument. A container of the current version is returned itself.
+    // throws std::invalid_argument, for a frame with its place. A container of the current version is returned itself.
     [[nodiscard]] static Ref<Value> migrateSerializedContainer(const Ref<Value>& container);
 
     [[nodiscard]] const std::list<Frame>& frames() const noexcept { return _frames; }

@@ -1,6 +1,7 @@
 #include "Tools/Terminal.h"
 
 #include "Platform/JSON.h"
+#include "Recording/Damage.h"
 #include "Tools/Files.h"
 
 #include <cstdio>
@@ -28,7 +29,10 @@ void complain(std::string_view subject, std::string_view message) {
 }
 
 std::string messageOf(const std::exception& error) {
-    return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? "out of memory" : error.what();
+    if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr)
+        return "out of memory";
+    const std::string* place = placeOf(error);
+    return place != nullptr ? fmt::format("{} ({})", error.what(), *place) : error.what();
 }
 
 int forEachFile(const std::vector<std::string>& files, const std::function<void(const std::string& file)>& handle) {

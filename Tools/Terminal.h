@@ -18,7 +18,7 @@ void complain(std::string_view subject, std::string_view message);
 [[nodiscard]] int forEachFile(const std::vector<std::string>& files,
                               const std::function<void(const std::string& file)>& handle);
 
-// What to tell of an exception.
+// What to print of an exception: its text, then in brackets the place of a damage, if it is known.
 [[nodiscard]] std::string messageOf(const std::exception& error);
 
 // Text of a recording for a terminal: control characters are escaped.

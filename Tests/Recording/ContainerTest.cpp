@@ -1,6 +1,8 @@
+#include "Recording/Damage.h"
 #include "Recording/PipelineRecording.h"
 #include "Tests/Support/Frames.h"
 
+#include <algorithm>
 #include <fstream>
 #include <limits>
 #include <numeric>
@@ -13,7 +15,6 @@ namespace {
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::SizeIs;
-using testing::ThrowsMessage;
 
 std::vector<std::string> framesOf(const std::string& text) {
     auto frames = textsOf(recordingFrom(text).frames());
@@ -34,24 +35,38 @@ std::vector<std::string> writtenAndRead(PipelineRecording recording) {
     return textsOf(PipelineRecording(recording.json().get()).frames());
 }
 
-// A text and what is said of it; the complaint is the migration's or the reader's.
-void expectRefused(const std::string& text, const std::string& message, bool byMigration) {
-    SCOPED_TRACE(text);
-    const auto migrateIt = [&] { return PipelineRecording::migrateSerializedContainer(json(text)); };
-    if (byMigration)
-        EXPECT_THAT(migrateIt, ThrowsMessage<std::invalid_argument>(message));
-    else
-        EXPECT_TRUE(migrateIt()) << "none of the migration's business";
-    for (const std::string& container : {text, withFurtherMember(text)}) {
-        const auto readIt = [&] { return recordingFrom(container); };
-        if (byMigration)
-            EXPECT_THAT(readIt, ThrowsMessage<std::runtime_error>("migrateSerializedContainer failed: " + message));
-        else
-            EXPECT_THAT(readIt, ThrowsMessage<std::invalid_argument>(message));
+// What the call throws: its message, and behind it the place of a damage in brackets.
+template <class Error, class Call>
+std::string refusalOf(Call call) {
+    try {
+        (void)call();
+        return "none";
+    } catch (const Error& error) {
+        const std::string* place = placeOf(error);
+        return place != nullptr ? error.what() + "  ("s + *place + ")" : error.what();
     }
 }
 
-TEST(ContainerReaderTest, RefusesEveryBadContainerWithWhatIsWrong) {
+// By the reader in each of its ways, and by the migration where the fault is its business. It sees no text, and so
+// knows no byte of it.
+void expectRefused(const std::string& text, const std::string& message, const std::string& place, bool byMigration) {
+    SCOPED_TRACE(text);
+    const bool isPlaceInText = place.starts_with("  (byte");
+    const auto migrateIt = [&] { return PipelineRecording::migrateSerializedContainer(json(text)); };
+    EXPECT_EQ(refusalOf<std::invalid_argument>(migrateIt),
+              byMigration ? message + (isPlaceInText ? "" : place) : "none");
+    const auto readingRefusal = [&](const std::string& container) {
+        const auto readIt = [&] { return recordingFrom(container); };
+        return byMigration ? refusalOf<std::runtime_error>(readIt) : refusalOf<std::invalid_argument>(readIt);
+    };
+    const std::string told = (byMigration ? "migrateSerializedContainer failed: " : "") + message;
+    EXPECT_EQ(readingRefusal(text), told + place);
+    if (!isPlaceInText && text.starts_with('{')) {
+        EXPECT_EQ(readingRefusal(withFurtherMember(text)), told + place);
+    }
+}
+
+TEST(ContainerReaderTest, RefusesEveryBadContainerWithWhatIsWrongAndWhere) {
     const std::string byMigration = "Migration: ";
     std::string message;
     int count = 0;
@@ -64,19 +79,21 @@ TEST(ContainerReaderTest, RefusesEveryBadContainerWithWhatIsWrong) {
             message = line;
             continue;
         }
-        std::string text = line.substr(begin);
+        const auto end = std::min(line.find("  (", begin), line.size());
+        std::string text = line.substr(begin, end - begin);
         if (text[0] == '$') // the beginning of a container
             text.replace(0, 2, R"({"Version":)"s + text[1] + (text[1] == '0' ? R"(,"Reports":[)" : R"(,"Frames":[)"));
         const bool isMigrations = message.starts_with(byMigration);
-        expectRefused(text, isMigrations ? message.substr(byMigration.size()) : message, isMigrations);
+        expectRefused(text, isMigrations ? message.substr(byMigration.size()) : message, line.substr(end),
+                      isMigrations);
         ++count;
     }
     EXPECT_GT(count, 50);
     expectRefused(version2("{\"Type\":\"InputReport\",\"Timestamp\":5,\"Data\":\"01 \xFF\"}"), "invalid container",
-                  true);
+                  "  (byte 70: invalid UTF-8 in a string)", true);
     expectRefused(version2("{\"Type\":\"InputReport\",\"Timestamp\":5,\"Data\":\"01\nff\"}"), "invalid container",
-                  true);
-    EXPECT_THAT([] { return PipelineRecording(nullptr); }, ThrowsMessage<std::invalid_argument>("json not supplied"));
+                  "  (byte 69: control character in a string)", true);
+    EXPECT_EQ(refusalOf<std::invalid_argument>([] { return PipelineRecording(nullptr); }), "json not supplied");
 }
 
 TEST(ContainerReaderTest, ReadsFramesOfEveryKindInFileOrderAndIgnoresOtherKeys) {
@@ -112,9 +129,21 @@ TEST(ContainerReaderTest, ATimestampIsAnyNumberReadAsUnsigned64Bits) {
                                                           {"9007199254740993", "9007199254740993"},
                                                           {"1e3", "1000"},
                                                           {"1e30", largest},
+                                                          {"18446744073709551616", largest},
+                                                          {"-9223372036854775809", "9223372036854775808"},
                                                           {"-1e30", "9223372036854775808"}})
         EXPECT_THAT(framesOf(version2(R"({"Type":"InputReport","Data":"","Timestamp":)" + number + "}")),
                     ElementsAre("[]@" + expected));
+}
+
+TEST(ContainerReaderTest, AnIntegerBeyond64BitsIsReadAnywhere) {
+    EXPECT_THAT(framesOf(version2(R"({"Type":"State","Timestamp":1,"Key":"k","Other":123456789012345678901234,
+                                      "Value":{"a":[18446744073709551616],"b":"18446744073709551616"}},
+                                     {"Type":"InputReport","Timestamp":18446744073709551616,"Data":"01 ff "})")),
+                ElementsAre(R"(k={"a":[18446744073709551616.0],"b":"18446744073709551616"}@1)",
+                            "[01 ff]@18446744073709551615"));
+    EXPECT_THAT(framesOf(version0(R"({"Timestamp":18446744073709551616,"ReportData":"01 ff "})")),
+                ElementsAre("[01 ff]@18446744073709551615"));
 }
 
 TEST(ContainerReaderTest, TheSameContainerWrittenInAnotherWayReadsTheSame) {

@@ -31,18 +31,20 @@ protected:
     const std::string text = SmallRecording().touchForMs(80).text();
     const std::string file = folder.write("in.json", text);
     const std::string old = folder.write("old.json", "as it was");
-    const std::string noContainer = "migrateSerializedContainer failed: invalid container";
+    const std::string failed = "migrateSerializedContainer failed: ";
+    const std::string noContainer = failed + "invalid container";
 };
 
 TEST_F(FilesTest, BadInputIsToldInOneLineAndLeavesTheOutputFileAsItWas) {
     const std::string deep = std::string(200'000, '[') + std::string(200'000, ']');
     for (const auto& [content, message] : std::vector<std::pair<std::string, std::string>>{
-             {"", noContainer},
-             {std::string(3'000'000, ' '), noContainer},
-             {text + '\0', noContainer},
-             {deep, noContainer},
-             {R"({"Version":2,"Frames":[{"Value":)" + deep + "}]}", noContainer},
-             {R"({"Version":2,"Frames":[{"Type":1}]})", "invalid frame type"},
+             {"", noContainer + " (byte 0: the text ends too early)"},
+             {std::string(3'000'000, ' '), noContainer + " (byte 3000000: the text ends too early)"},
+             {text + '\0', noContainer + " (byte " + std::to_string(text.size()) + ": expected the end of the text)"},
+             {deep, noContainer + " (byte 1024: nested too deep)"},
+             {"[]", noContainer},
+             {R"({"Version":2,"Frames":[{"Type":1}]})", "invalid frame type (Frames[0])"},
+             {R"({"Version":0,"Reports":[7]})", failed + "invalid frame (Reports[0])"},
          }) {
         const std::string bad = folder.write("bad.json", content);
         outputWhenRefused({"convert", "-o", old}, {bad}, message);
@@ -54,8 +56,9 @@ TEST_F(FilesTest, BadInputIsToldInOneLineAndLeavesTheOutputFileAsItWas) {
 
 TEST_F(FilesTest, BadInputIsRefusedByEveryCommandInTheWordsOfTheSystemAndOtherFilesAreStillHandled) {
     for (const auto& [bad, message] : std::vector<std::pair<std::string, std::string>>{
-             {folder.write("bad.json", text.substr(0, 1000)), noContainer},
-             {"-", noContainer},
+             {folder.write("bad.json", text.substr(0, 1000)),
+              noContainer + " (byte 1000: the text ends inside a string)"},
+             {"-", noContainer + " (byte 1: the text ends inside an object)"},
              {folder.path("missing.json"), "No such file or directory"},
              {folder.path(""), "Is a directory"},
              {file + "/below", "Not a directory"},
