@@ -90,7 +90,7 @@ void appendHexString(std::string& text, std::span<const std::uint8_t> bytes) {
     text.resize(start + length);
 }
 
-std::string hexStringFromBytes(std::span<const std::uint8_t> bytes) {
+std::string hexStringFromBytes(std::span<const std::uint8_t> bytes) noexcept {
     std::string text;
     appendHexString(text, bytes);
     return text;

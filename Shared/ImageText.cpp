@@ -60,7 +60,7 @@ std::string renderedRow(const InputReport::Image& image, std::string_view row, b
 
 } // namespace
 
-std::string stringFromImage(const InputReport::Image& image, bool raw) {
+std::string stringFromImage(const InputReport::Image& image, bool raw) noexcept {
     std::string text = fmt::format("# Image frame {}    time {} ms\n\n", image.frameNumber, image.timestampMs);
     for (const std::string_view row : kLayout)
         text += renderedRow(image, row, raw);

@@ -24,7 +24,7 @@ std::uint64_t nanosecondsFromMachTime(std::uint64_t ticks) noexcept {
     return scaledTime(ticks, timebase().numer, timebase().denom);
 }
 
-bool stripDomainFromKey(std::string& key, std::string_view domain) {
+bool stripDomainFromKey(std::string& key, std::string_view domain) noexcept {
     const std::size_t prefixLength = domain.size() + 1;
     if (key.size() < prefixLength || key[domain.size()] != '.' || !key.starts_with(domain))
         return false;

@@ -10,7 +10,7 @@
 #include <vector>
 
 // Small functions that several rooms share. None keeps state but the clock's timebase; any thread may call
-// any of them.
+// any of them. An allocation failure in what is noexcept ends the process.
 
 namespace VeltoTouch::Util {
 
@@ -35,17 +35,17 @@ namespace VeltoTouch::Util {
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> bytesFromHexPairs(std::string_view text);
 
 // Each byte as two lower-case digits and one blank, the last one too.
-[[nodiscard]] std::string hexStringFromBytes(std::span<const std::uint8_t> bytes);
+[[nodiscard]] std::string hexStringFromBytes(std::span<const std::uint8_t> bytes) noexcept;
 
 // The same appended to `text`.
 void appendHexString(std::string& text, std::span<const std::uint8_t> bytes);
 
 // Removes `domain` and the dot behind it from the front of `key`; false, and `key` unchanged, where the key does
 // not begin with them. The rest may be empty. Case counts.
-bool stripDomainFromKey(std::string& key, std::string_view domain);
+bool stripDomainFromKey(std::string& key, std::string_view domain) noexcept;
 
 // The picture of an image: a header line with frame number and time, an empty line, and thirteen lines with
 // each pad's value where the pad lies. `raw` shows the unsigned raw values in place of the signals.
-[[nodiscard]] std::string stringFromImage(const InputReport::Image& image, bool raw);
+[[nodiscard]] std::string stringFromImage(const InputReport::Image& image, bool raw) noexcept;
 
 } // namespace VeltoTouch::Util

@@ -4,6 +4,7 @@
 #include <locale>
 #include <numeric>
 #include <optional>
+#include <span>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -59,6 +60,15 @@ TEST(HexTextTest, EveryByteIsTwoLowerCaseDigitsAndABlankAndReadsBack) {
     std::string text = "bytes: ";
     Util::appendHexString(text, all);
     EXPECT_EQ(Util::bytesFromHexString(text.substr(7)), all);
+}
+
+TEST(UtilDeathTest, WhatCannotReportAFailureEndsTheProcess) {
+    const std::uint8_t byte = 0;
+    const std::span tooManyForAString(&byte, std::size_t{1} << 62U);
+    EXPECT_DEATH((void)Util::hexStringFromBytes(tooManyForAString), "terminate called");
+    std::string key;
+    EXPECT_TRUE(noexcept(Util::stripDomainFromKey(key, "Algs")));
+    EXPECT_TRUE(noexcept(Util::stringFromImage(InputReport::Image{}, false)));
 }
 
 // The blank behind a place belongs to its value; a value longer than its place pushes the rest of its row along.
