@@ -84,7 +84,9 @@ void requireBound(const PipelineRecording& recording, std::uint64_t bound) {
     std::list<Frame> frames = recording.frames();
     const auto isSetting = [](const Frame& frame) { return frame.type == Frame::Type::State; };
     require(frames.size() - static_cast<std::size_t>(std::ranges::count_if(frames, isSetting)) <= bound);
-    require(PipelineRecording::trimFrames(frames, bound).empty());
+    const std::size_t count = frames.size();
+    PipelineRecording::trimFrames(frames, bound);
+    require(frames.size() == count);
 }
 
 } // namespace

@@ -61,7 +61,7 @@ void appendFrameText(std::string& text, const Frame& frame) {
 
 } // namespace
 
-Ref<Data> PipelineRecording::json() {
+Ref<Data> PipelineRecording::json() noexcept {
     if (_maxFrameCount != 0)
         trimFrames(_maxFrameCount);
     sortFrames();

@@ -87,14 +87,16 @@ void PipelineRecording::appendFrame(Frame frame) noexcept {
 void PipelineRecording::appendNode(std::list<Frame>& node) noexcept {
     _frames.splice(_frames.end(), node);
     if (_maxFrameCount != 0 && _frames.size() / 2 >= _maxFrameCount) {
-        _spareFrames = trimFrames(_frames, _maxFrameCount);
+        _spareFrames = takeSurplus(_frames, _maxFrameCount);
         ++_generation;
-        std::erase_if(_spareFrames, [](const Frame& frame) { return frame.type != Frame::Type::InputReport; });
+        std::erase_if(_spareFrames, [](const Frame& frame) {
+            return frame.type != Frame::Type::InputReport || !frame.key.empty() || frame.value != nullptr;
+        });
     }
     _play.valid = false;
 }
 
-std::list<Frame> PipelineRecording::trimFrames(std::list<Frame>& frames, std::uint64_t maxFrameCount) {
+std::list<Frame> PipelineRecording::takeSurplus(std::list<Frame>& frames, std::uint64_t maxFrameCount) {
     std::list<Frame> removed;
     std::uint64_t keptCount = 0;            // frames that are no settings
     std::set<std::string_view> settingKeys; // of the settings kept since the last such frame
@@ -114,27 +116,31 @@ std::list<Frame> PipelineRecording::trimFrames(std::list<Frame>& frames, std::ui
     return removed;
 }
 
-void PipelineRecording::sortFrames(std::list<Frame>& frames) {
+void PipelineRecording::trimFrames(std::list<Frame>& frames, std::uint64_t maxFrameCount) noexcept {
+    (void)takeSurplus(frames, maxFrameCount);
+}
+
+void PipelineRecording::sortFrames(std::list<Frame>& frames) noexcept {
     const auto isEarlier = [](const Frame& a, const Frame& b) { return a.timestampNs < b.timestampNs; };
     if (!std::is_sorted(frames.begin(), frames.end(), isEarlier)) // the usual case, far cheaper than a sort
         frames.sort(isEarlier);
 }
 
-void PipelineRecording::trimFrames(std::uint64_t maxFrameCount) {
+void PipelineRecording::trimFrames(std::uint64_t maxFrameCount) noexcept {
     _spareFrames.clear();
     const Frame* const next = nextFrame();
-    const std::list<Frame> removed = trimFrames(_frames, maxFrameCount);
+    const std::list<Frame> removed = takeSurplus(_frames, maxFrameCount);
     ++_generation;
     if (std::ranges::any_of(removed, [next](const Frame& frame) { return &frame == next; }))
         _play.valid = false;
 }
 
-void PipelineRecording::sortFrames() {
+void PipelineRecording::sortFrames() noexcept {
     sortFrames(_frames);
     ++_generation;
 }
 
-void PipelineRecording::setMaxFrameCount(std::uint64_t count) {
+void PipelineRecording::setMaxFrameCount(std::uint64_t count) noexcept {
     _maxFrameCount = count;
     if (count != 0)
         trimFrames(count);

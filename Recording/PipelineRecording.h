@@ -14,8 +14,8 @@ namespace VeltoTouch {
 // by trimming, which keeps the newest reports and the settings in force before them, so that a recording taken at
 // any moment can be replayed from a consistent state. The same object plays its frames into its target.
 //
-// No lock of its own: the service calls and copies it under its `_pipelineLock`. Recording never fails towards its
-// caller; an allocation failure ends the process.
+// No lock of its own: the service calls and copies it under its `_pipelineLock`. Recording, trimming and writing never
+// fail towards their caller: an allocation failure ends the process.
 class PipelineRecording final : public PipelineInput {
 public:
     PipelineRecording() = default;
@@ -45,25 +45,25 @@ public:
 
     // Keeps the newest `maxFrameCount` frames that are no settings, between two of them (and after the newest) the
     // newest setting of each key, and before the oldest of them the newest setting of each key of all that went
-    // before. Order stays. Returns the frames taken out. With 0, one setting per key stays.
-    static std::list<Frame> trimFrames(std::list<Frame>& frames, std::uint64_t maxFrameCount);
+    // before. Order stays. With 0, one setting per key stays.
+    static void trimFrames(std::list<Frame>& frames, std::uint64_t maxFrameCount) noexcept;
 
     // Stable, by time.
-    static void sortFrames(std::list<Frame>& frames);
+    static void sortFrames(std::list<Frame>& frames) noexcept;
 
     // The same two on the recording itself. A playback goes on unless the frame at its position is taken out.
-    void trimFrames(std::uint64_t maxFrameCount);
-    void sortFrames();
+    void trimFrames(std::uint64_t maxFrameCount) noexcept;
+    void sortFrames() noexcept;
 
     // Bounds the frames that are no settings, at once and from now on; 0 removes the bound and trims nothing.
-    void setMaxFrameCount(std::uint64_t count);
+    void setMaxFrameCount(std::uint64_t count) noexcept;
 
     // Playback. `playReset` goes to the first frame; `playNextFrame` waits as long as the record did, divided by
     // `speed` (not greater than 0, NaN included, means 1), then hands one frame to the target on the calling thread,
     // stamped by the record whatever the speed: host time of `playReset` plus the frame's distance from the
     // first frame. Played frames are not recorded. Throws std::runtime_error("playback finished") at the end
     // and where there is no valid position.
-    void playReset();
+    void playReset() noexcept;
     [[nodiscard]] bool playCanContinue() const noexcept;
     void playNextFrame(float speed);
 
@@ -75,7 +75,7 @@ public:
 
     // The recording as a container of the current version: trimmed to the bound and sorted, which changes
     // the recording itself, then written as compact JSON.
-    [[nodiscard]] Ref<Data> json();
+    [[nodiscard]] Ref<Data> json() noexcept;
 
     // Brings a parsed container (nil for text that is no JSON) to the current version. Checks only what it renames;
     // throws std::invalid_argument, for a frame with its place. A container of the current version is returned itself.
@@ -95,14 +95,16 @@ private:
         std::optional<std::uint64_t> lastFrameTimeNs;
     };
 
-    // A list of one frame, whose memory is a spare frame's where there is one. Its content is anything.
+    // Takes out of the list what trimming removes, and returns it.
+    [[nodiscard]] static std::list<Frame> takeSurplus(std::list<Frame>& frames, std::uint64_t maxFrameCount);
+    // A list of one frame, whose memory is a spare frame's where there is one.
     [[nodiscard]] std::list<Frame> takeNode();
     void appendNode(std::list<Frame>& node) noexcept;
     // The frame that would be played next, or null.
     [[nodiscard]] const Frame* nextFrame() const noexcept;
 
     std::list<Frame> _frames;         // oldest first
-    std::list<Frame> _spareFrames;    // hold nothing but their memory, for frames to come
+    std::list<Frame> _spareFrames;    // reports without key and value; only their memory counts, for frames to come
     std::uint64_t _maxFrameCount = 0; // 0: unbounded
     std::uint64_t _generation = 0;    // changes when frames are taken out or put in another order
     Play _play;

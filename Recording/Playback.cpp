@@ -7,7 +7,7 @@
 
 namespace VeltoTouch {
 
-void PipelineRecording::playReset() {
+void PipelineRecording::playReset() noexcept {
     _play = {.valid = true,
              .iterator = _frames.begin(),
              .startTimeMach = mach_absolute_time(),

@@ -13,8 +13,6 @@ RecordingCopy::RecordingCopy(std::size_t expectedReports) {
 }
 
 void RecordingCopy::begin(const PipelineRecording& source) {
-    _copy.pipeline = source.pipeline;
-    _copy._maxFrameCount = source._maxFrameCount;
     _copy._spareFrames.splice(_copy._spareFrames.end(), _copy._frames);
     _generation = source._generation;
     ++_beginnings;
@@ -34,6 +32,8 @@ bool RecordingCopy::copySome(const PipelineRecording& source, std::size_t count)
     }
     if (frame != source._frames.end())
         return false;
+    _copy.pipeline = source.pipeline;
+    _copy._maxFrameCount = source._maxFrameCount;
     _copy._spareFrames.clear();
     return true;
 }

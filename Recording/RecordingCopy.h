@@ -23,7 +23,8 @@ public:
     // at once, so that it comes to an end.
     [[nodiscard]] bool copySome(const PipelineRecording& source, std::size_t count);
 
-    // The copy, with the recording's target and bound and no playback.
+    // The copy; when it is complete, with the target and bound that the recording had at the last piece, and no
+    // playback.
     [[nodiscard]] PipelineRecording& recording() noexcept { return _copy; }
 
 private:

@@ -2,6 +2,7 @@
 #include "Tests/Support/Frames.h"
 
 #include <array>
+#include <type_traits>
 
 #include <gmock/gmock.h>
 
@@ -94,6 +95,31 @@ TEST_F(RecordingTest, AMoveTakesTheFramesAndLeavesASafeRecording) {
     // NOLINTEND(bugprone-use-after-move)
 }
 
+// An exception in them, which can only be one of memory, ends the process.
+TEST_F(RecordingTest, NothingThrowsButPlayingAndReading) {
+    std::list<Frame> frames;
+    Frame frame;
+    const std::string key;
+    const Ref<Value> value;
+    const std::pair<const char*, bool> rows[]{
+        {"setState", noexcept(recording.setState(0, key, value))},
+        {"handleInputReport", noexcept(recording.handleInputReport(0, nullptr, 0))},
+        {"handleMetadata", noexcept(recording.handleMetadata(0, key, value))},
+        {"appendFrame", noexcept(recording.appendFrame(std::move(frame)))},
+        {"trimFrames of a list", noexcept(PipelineRecording::trimFrames(frames, 0))},
+        {"sortFrames of a list", noexcept(PipelineRecording::sortFrames(frames))},
+        {"trimFrames", noexcept(recording.trimFrames(0))},
+        {"sortFrames", noexcept(recording.sortFrames())},
+        {"setMaxFrameCount", noexcept(recording.setMaxFrameCount(0))},
+        {"playReset", noexcept(recording.playReset())},
+        {"playCanContinue", noexcept(recording.playCanContinue())},
+        {"json", noexcept(recording.json())},
+    };
+    for (const auto& [name, isNoexcept] : rows)
+        EXPECT_TRUE(isNoexcept) << name;
+    static_assert(std::is_void_v<decltype(PipelineRecording::trimFrames(frames, 0))>);
+}
+
 // A recording that is copied piece by piece while the tests add to it; every third frame is a setting.
 class RecordingCopyTest : public testing::Test {
 protected:
@@ -148,17 +174,26 @@ TEST_F(RecordingCopyTest, ComesToAnEndThoughFramesAreTakenOutAllTheTime) {
     EXPECT_EQ(textsOf(copy.recording().frames()), textsOf(recording.frames()));
 }
 
-TEST_F(RecordingCopyTest, TheCopyHasTargetAndBoundAndCanBeRecordedInto) {
-    recording.pipeline = std::make_shared<CallLog>();
+TEST_F(RecordingCopyTest, TheCopyHasTargetAndBoundOfTheLastPieceAndCanBeRecordedInto) {
     recording.setMaxFrameCount(5);
     record(9);
+    const auto sizeAfterReports = [&](RecordingCopy& from) {
+        PipelineRecording& copied = from.recording();
+        EXPECT_EQ(copied.pipeline, recording.pipeline);
+        EXPECT_FALSE(copied.playCanContinue());
+        for (int i = 0; i < 20; ++i)
+            copied.handleInputReport(100, nullptr, 0);
+        return copied.frames().size();
+    };
+    RecordingCopy bounded(0);
+    EXPECT_TRUE(bounded.copySome(recording, 9));
+    EXPECT_LT(sizeAfterReports(bounded), 11U);
+
+    EXPECT_FALSE(copy.copySome(recording, 4));
+    recording.pipeline = std::make_shared<CallLog>();
+    recording.setMaxFrameCount(0); // takes no frame out
     copyRest(4);
-    PipelineRecording& copied = copy.recording();
-    EXPECT_EQ(copied.pipeline, recording.pipeline);
-    EXPECT_FALSE(copied.playCanContinue());
-    for (int i = 0; i < 20; ++i)
-        copied.handleInputReport(100, nullptr, 0);
-    EXPECT_LT(copied.frames().size(), 11U);
+    EXPECT_EQ(sizeAfterReports(copy), 29U);
     EXPECT_EQ(recording.frames().size(), 9U);
 }
 
