@@ -27,7 +27,7 @@ public:
     // Forgets the touch that has ended: score and peak. Regions, times, tap features and flags stay.
     void Reset() noexcept;
 
-    // Gives the touch score's decay its shape, e squared; a new object has it already.
+    // Gives the touch score's decay its shape, e squared, as the constructor does. For callers outside the recognizer.
     void SetDecayParameters() noexcept { decayParameter = kDecayParameter; }
 
     SVM svm;
