@@ -10,7 +10,6 @@
 #include "Platform/Value.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,8 +49,8 @@ public:
     [[nodiscard]] static Ref<HIDEvent> createTapEvent(PixelRegion region);
     [[nodiscard]] static Ref<HIDEvent> createCancelEvent();
 
-    // Settings and diagnostics by key (without the domain). A value that is no number counts as 0; unknown keys
-    // are ignored.
+    // Settings (Algs/Settings.h) and diagnostics by key (without the domain). A value that is no number counts as 0;
+    // unknown keys are ignored.
     //
     //   EnableHoldSuppression          boolean           read, write
     //   EnableTapSuppression           boolean           read, write
@@ -63,10 +62,6 @@ public:
     void setState(const std::string& key, const Ref<Value>& value);
     // Nil for an unknown key.
     [[nodiscard]] Ref<Value> getState(const std::string& key) const;
-
-    // What `setState` makes of a value under a key, for tools that warn of a setting without effect.
-    enum class SettingKind : std::uint8_t { Unknown, ReadsNumber, ReadsNothing };
-    [[nodiscard]] static SettingKind settingKind(const std::string& key);
 
     // The state after a frame as a line of text: statistics, the pads (or the groups of pads), gesture state.
     // `padValues` are the frame's signals.
@@ -85,7 +80,6 @@ private:
     [[nodiscard]] Ref<HIDEvent> eventOfFrame();
     void logFrame(const std::int16_t* padValues, std::uint32_t frameNumber, std::uint32_t timeMs) const;
     [[nodiscard]] std::string stateLine(std::uint32_t timeMs) const;
-    [[nodiscard]] static std::optional<std::size_t> factorIndex(const std::string& key);
 };
 
 } // namespace VeltoTouch

@@ -1,5 +1,4 @@
-#include "Algs/Algs.h"
-#include "Pipeline/SettingKind.h"
+#include "Pipeline/Properties.h"
 #include "Platform/JSON.h"
 #include "Recording/ContainerFormat.h"
 #include "Shared/Util.h"
@@ -41,11 +40,10 @@ std::uint64_t versionOfContainer(const Data& container) {
 std::vector<Setting> settingsInForce(const PipelineRecording& recording) {
     std::vector<Setting> settings;
     for (const Frame& frame : recording.frames()) {
-        std::string key = frame.key;
-        const bool isAction =
-            Util::stripDomainFromKey(key, "Algs") && Algs::settingKind(key) == Algs::SettingKind::ReadsNothing;
-        if (!isAction)
-            settings.push_back({.key = fmt::format("{}.{}", kPipelineDomain, frame.key), .value = frame.value});
+        std::string key = fmt::format("{}.{}", kPipelineDomain, frame.key);
+        const auto setting = settingUnder(key);
+        if (!setting || !setting->row.is<SettingRow::Action>())
+            settings.push_back({.key = std::move(key), .value = frame.value});
     }
     return settings;
 }

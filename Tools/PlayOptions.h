@@ -1,10 +1,7 @@
 #pragma once
 
-#include "Tools/Settings.h"
-
 #include <limits>
 #include <string>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -14,11 +11,6 @@ namespace VeltoTouch::Tools {
 
 // --speed N|max: a factor on the pace, above 0; max is infinity.
 void addSpeed(CLI::App& app, float& target, const std::string& description);
-
-// --set KEY=VALUE, any number of times.
-void addSettings(CLI::App& app, std::vector<Setting>& target, const std::string& description);
-// KEY=VALUE..., as arguments.
-CLI::Option* addSettingArguments(CLI::App& app, std::vector<Setting>& target, const std::string& description);
 
 constexpr double kForever = std::numeric_limits<double>::infinity();
 

@@ -1,6 +1,6 @@
 #include "Tools/Replay.h"
 
-#include "Pipeline/SettingKind.h"
+#include "Pipeline/Properties.h"
 #include "Platform/Clock.h"
 #include "Shared/Util.h"
 #include "Tools/Files.h"

@@ -3,6 +3,7 @@
 #include "Tools/EventLines.h"
 #include "Tools/Files.h"
 #include "Tools/GestureTable.h"
+#include "Tools/KeyOptions.h"
 #include "Tools/PlayOptions.h"
 #include "Tools/Replay.h"
 #include "Tools/Terminal.h"
@@ -135,8 +136,10 @@ Command makeReplayCommand(CLI::App& program) {
                   "gestures that it finds.");
     app->add_option("FILE", options->files, "Recordings; - is the standard input")->type_name("")->required();
     addSpeed(*app, options->speed, "Pace: a factor on the recorded one, or max (the default)");
-    addSettings(*app, options->settings,
-                "Write a setting before the first frame and leave out the recording's own writes of its key");
+    addSettings(*app, options->settings, KeyScope::Pipeline,
+                "Write a setting before the first frame and leave out the recording's own writes of its key; may be "
+                "given several times")
+        ->allow_extra_args(false);
     app->add_flag("--describe", options->describe, "Show the recognizer's state after every frame");
     app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then a summary of each file");
     return {app, [options] {

@@ -1,13 +1,14 @@
-#include "Pipeline/SettingKind.h"
 #include "Platform/Clock.h"
 #include "Shared/Util.h"
 #include "Tools/Command.h"
 #include "Tools/Files.h"
 #include "Tools/Hosting.h"
+#include "Tools/KeyOptions.h"
+#include "Tools/Keys.h"
 #include "Tools/PlayOptions.h"
 #include "Tools/RunOutput.h"
+#include "Tools/Suggestion.h"
 
-#include <functional>
 #include <memory>
 #include <stdexcept>
 
@@ -33,31 +34,28 @@ struct Options {
     bool jsonl = false;
 };
 
-bool isOfThePipeline(const Setting& setting) {
-    std::string key = setting.key;
-    return Util::stripDomainFromKey(key, kPipelineDomain);
-}
-
-void warnOfDoubtfulPipelineSettings(std::vector<Setting> settings) {
-    std::erase_if(settings, std::not_fn(isOfThePipeline));
-    warnOfDoubtfulSettings(settings);
-}
-
-void writeSettings(const HostedService& service, const std::vector<Setting>& settings) {
+// These give the exit status; the other keys are still seen to.
+int writeSettings(const HostedService& service, const std::vector<Setting>& settings) {
+    int status = 0;
     for (const Setting& setting : settings) {
-        if (!service.setProperty(setting.key, setting.value))
-            complain(setting.key, "the device does not take this setting");
+        if (service.setProperty(setting.key, setting.value))
+            continue;
+        complain(setting.key, "the device does not take this value" + didYouMean(setting.key, writableKeys()));
+        status = 1;
     }
+    return status;
 }
 
-std::vector<RunOutput::Property> readProperties(const HostedService& service, const std::vector<std::string>& keys) {
-    std::vector<RunOutput::Property> properties;
-    for (const std::string& key : keys)
-        properties.emplace_back(key, service.copyProperty(key));
-    return properties;
+int readProperties(const HostedService& service, const std::vector<std::string>& keys,
+                   std::vector<RunOutput::Property>& properties) {
+    return forEachFile(keys, [&](const std::string& key) {
+        Ref<Value> value = service.copyProperty(key);
+        if (!value)
+            throw std::runtime_error("there is no value under this key" + didYouMean(key, readableKeys()));
+        properties.emplace_back(key, std::move(value));
+    });
 }
 
-// The exit status.
 int saveRecording(const HostedService& service, const std::string& path) {
     return forEachFile({path}, [&](const std::string& file) {
         const Ref<Value> recording = service.copyProperty("Recording");
@@ -68,7 +66,7 @@ int saveRecording(const HostedService& service, const std::string& path) {
 }
 
 int run(const Options& options) {
-    warnOfDoubtfulPipelineSettings(options.settings);
+    warnOfDoubtfulSettings(options.settings);
     if (!options.recording.empty())
         about(options.recording, [&] { requireWritable(options.recording); });
 
@@ -85,7 +83,7 @@ int run(const Options& options) {
         output->add(*event, Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()) - startTime));
     };
     HostedService service = openService(options.plugIn, device, showEvent);
-    writeSettings(service, options.settings);
+    int status = writeSettings(service, options.settings);
 
     output->begin();
     startTime = mach_absolute_time();
@@ -94,14 +92,15 @@ int run(const Options& options) {
     signals.beginEnd();
 
     RunOutput::Ending ending;
-    ending.properties = readProperties(service, options.properties);
+    status |= readProperties(service, options.properties, ending.properties);
     service.unschedule();
     ending.durationNs = Util::nanosecondsFromMachTime(mach_absolute_time() - startTime);
     ending.reports = device.backend().deliveredReports();
     ending.debugInfo = service.copyProperty("Pipeline.DebugInfo"); // with the last report and event
     ending.eventStats = service.copyProperty("Pipeline.Algs.EventStats");
     // With the last report, so that its replay gives all events that were shown.
-    const int status = options.recording.empty() ? 0 : saveRecording(service, options.recording);
+    if (!options.recording.empty())
+        status |= saveRecording(service, options.recording);
     service.stop();
     output->end(ending);
     return status;
@@ -114,10 +113,8 @@ Command makeRunCommand(CLI::App& program) {
     CLI::App* app = program.add_subcommand("run", kDescription);
     addDevice(*app, options->device, "What to open; see below (default: sim)");
     addPlugIn(*app, options->plugIn);
-    addSettings(*app, options->settings, "Write a property of the service before the first report");
-    app->add_option("--get", options->properties, "Read a property of the service at the end and show it")
-        ->type_name("KEY")
-        ->allow_extra_args(false);
+    addSettings(*app, options->settings, KeyScope::Service, "Write properties of the service before the first report");
+    addKeys(*app, options->properties, "Read properties of the service at the end and show them");
     addSpeed(*app, options->speed, "Pace: a factor on the device's own, or max (default: 1)");
     addDuration(*app, options->durationSeconds);
     app->add_option("--record", options->recording, "Save the service's recording at the end")

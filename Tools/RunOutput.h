@@ -17,7 +17,7 @@ namespace VeltoTouch::Tools {
 // thread, told of the events between on another.
 class RunOutput {
 public:
-    using Property = std::pair<std::string, Ref<Value>>; // nil where there is none
+    using Property = std::pair<std::string, Ref<Value>>; // never nil
 
     // What is known at the end of a run.
     struct Ending {

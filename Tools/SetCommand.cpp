@@ -1,7 +1,9 @@
 #include "Serve/Bus/Client.h"
 #include "Tools/BusOptions.h"
 #include "Tools/Command.h"
-#include "Tools/PlayOptions.h"
+#include "Tools/KeyOptions.h"
+#include "Tools/Keys.h"
+#include "Tools/Suggestion.h"
 #include "Tools/Terminal.h"
 
 #include <memory>
@@ -22,13 +24,14 @@ struct Options {
 };
 
 int set(const Options& options) {
+    warnOfDoubtfulSettings(options.settings);
     Bus::Client client(options.served.bus, options.served.device);
     bool failed = false;
     for (const Setting& setting : options.settings) {
         try {
             client.setProperty(setting.key, *setting.value);
         } catch (const std::exception& error) {
-            complain(setting.key, messageOf(error));
+            complain(setting.key, messageOf(error) + didYouMean(setting.key, writableKeys()));
             failed = true;
         }
     }

@@ -1,31 +1,52 @@
 #include "Tools/Settings.h"
 
-#include "Pipeline/SettingKind.h"
+#include "Pipeline/Properties.h"
 #include "Platform/JSON.h"
+#include "Tools/Keys.h"
+#include "Tools/Suggestion.h"
 #include "Tools/Terminal.h"
 
 #include <stdexcept>
 
 namespace VeltoTouch::Tools {
+namespace {
 
-Setting parseSetting(std::string_view text) {
+using Verdict = Judgement::Verdict;
+
+[[noreturn]] void refuse(const std::string& what) { throw std::invalid_argument(what); }
+
+void require(const Judgement& judgement, const std::string& key, const std::vector<std::string>& keys) {
+    if (judgement.verdict == Verdict::Unknown && judgement.reason.empty())
+        refuse("unknown key" + didYouMean(key, keys));
+    if (judgement.verdict != Verdict::Sensible && judgement.verdict != Verdict::Doubtful)
+        refuse(judgement.reason);
+}
+
+} // namespace
+
+Setting parseSetting(std::string_view text, KeyScope scope) {
     const auto equals = text.find('=');
     if (equals == std::string_view::npos || equals == 0)
-        throw std::invalid_argument("KEY=VALUE is wanted");
+        refuse("KEY=VALUE is wanted");
     const std::string_view value = text.substr(equals + 1);
     Ref<Value> parsed = JSON::parse(value);
     if (!parsed)
         parsed = makeRef<String>(std::string(value));
-    return {.key = std::string(text.substr(0, equals)), .value = std::move(parsed)};
+    Setting setting{.key = std::string(text.substr(0, equals)), .value = std::move(parsed)};
+    const bool isOutside = scope == KeyScope::Pipeline && !isPipelineKey(setting.key);
+    require(isOutside ? Judgement{.verdict = Verdict::Unknown, .reason = {}}
+                      : judgeWrite(setting.key, setting.value.get()),
+            setting.key, writableKeys());
+    return setting;
 }
+
+void requireReadable(const std::string& key) { require(judgeRead(key), key, readableKeys()); }
 
 void warnOfDoubtfulSettings(const std::vector<Setting>& settings) {
     for (const Setting& setting : settings) {
-        const auto kind = settingKindOf(setting.key);
-        if (kind == Algs::SettingKind::Unknown)
-            complain(setting.key, "nothing knows this key");
-        else if (kind == Algs::SettingKind::ReadsNumber && as<Number>(setting.value) == nullptr)
-            complain(setting.key, "the value is no number and counts as 0");
+        const Judgement judgement = judgeWrite(setting.key, setting.value.get());
+        if (judgement.verdict == Verdict::Doubtful)
+            complain(setting.key, judgement.reason);
     }
 }
 

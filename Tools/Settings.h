@@ -15,10 +15,15 @@ struct Setting {
     Ref<Value> value;
 };
 
-// Throws std::invalid_argument where there is no "=" behind a key.
-[[nodiscard]] Setting parseSetting(std::string_view text);
+// Whose keys a command takes: the pipeline's alone, or the device's too.
+enum class KeyScope { Pipeline, Service };
 
-// Says on standard error which settings will have no effect and which values count as 0.
+// Throw std::invalid_argument, with what is wanted instead, where there is no "=" behind a key, and for a key or a
+// value that the pipeline has no use for.
+[[nodiscard]] Setting parseSetting(std::string_view text, KeyScope scope);
+void requireReadable(const std::string& key);
+
+// Prints on standard error which values are surely not meant.
 void warnOfDoubtfulSettings(const std::vector<Setting>& settings);
 
 } // namespace VeltoTouch::Tools

@@ -1,7 +1,6 @@
 #include "Serve/Bus/PropertyRequests.h"
 
-#include "Pipeline/SettingKind.h"
-#include "Shared/Util.h"
+#include "Pipeline/Properties.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,21 +13,19 @@ void checkKey(const std::string& key) {
         throw CallError(SD_BUS_ERROR_INVALID_ARGS, "the key is too long");
 }
 
-// The value that a setting is written with.
+// The value that a setting is written with. A number out of its range is passed on: the service reads it in its way.
 Ref<Value> checkedSetting(const std::string& key, Ref<Value> value) {
-    if (std::string rest = key; !Util::stripDomainFromKey(rest, kPipelineDomain))
-        return value;
-    switch (settingKindOf(key)) {
-    case Algs::SettingKind::ReadsNumber:
-        if (as<Number>(value) == nullptr)
-            throw CallError(SD_BUS_ERROR_INVALID_ARGS, "a number is wanted");
-        return value;
-    case Algs::SettingKind::ReadsNothing:
-        return makeRef<Null>();
-    case Algs::SettingKind::Unknown:
+    switch (judgeWrite(key, value.get()).verdict) {
+    case Judgement::Verdict::ReadOnly:
+    case Judgement::Verdict::Unknown:
+        throw CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, "nothing knows this key");
+    case Judgement::Verdict::NoNumber:
+        throw CallError(SD_BUS_ERROR_INVALID_ARGS, "a number is wanted");
+    default:
         break;
     }
-    throw CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, "nothing knows this key");
+    const auto setting = settingUnder(key);
+    return setting && setting->row.is<SettingRow::Action>() ? makeRef<Null>() : std::move(value);
 }
 
 } // namespace
