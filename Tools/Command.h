@@ -28,5 +28,6 @@ struct Command {
 [[nodiscard]] Command makeSetCommand(CLI::App& program);
 [[nodiscard]] Command makeWatchCommand(CLI::App& program);
 [[nodiscard]] Command makeRecordCommand(CLI::App& program);
+[[nodiscard]] Command makeHelpCommand(CLI::App& program);
 
 } // namespace VeltoTouch::Tools

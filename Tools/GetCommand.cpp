@@ -3,10 +3,15 @@
 #include "Tools/BusOptions.h"
 #include "Tools/Command.h"
 #include "Tools/Files.h"
+#include "Tools/KeyOptions.h"
+#include "Tools/PropertyList.h"
+#include "Tools/Suggestion.h"
 #include "Tools/Terminal.h"
 
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -14,10 +19,14 @@
 namespace VeltoTouch::Tools {
 namespace {
 
-constexpr const char* kDescription = "Example:\n"
-                                     "  velto get Pipeline.Algs.HoldTimeoutMilliseconds\n"
-                                     "  velto get --jsonl Pipeline.Algs.EventStats FirmwareDebugReports\n\n"
-                                     "Reads properties of a surface that velto serve serves, each a line of JSON.";
+constexpr const char* kDescription =
+    "Example:\n"
+    "  velto get\n"
+    "  velto get Pipeline.Algs.HoldTimeoutMilliseconds\n"
+    "  velto get --jsonl Pipeline.Algs.EventStats FirmwareDebugReports\n\n"
+    "Reads properties of a surface that velto serve serves, each a line of JSON.\n"
+    "Without a key, lists the settings with their kinds, ranges and defaults, and the\n"
+    "statistics.";
 
 struct Options {
     ServedChoice served;
@@ -25,10 +34,17 @@ struct Options {
     bool jsonl = false;
 };
 
-int get(const Options& options) {
-    Bus::Client client(options.served.bus, options.served.device);
+Ref<Value> read(Bus::Client& client, const std::string& key) {
+    try {
+        return client.getProperty(key);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(error.what() + didYouMean(key, readableKeys()));
+    }
+}
+
+int get(Bus::Client& client, const Options& options) {
     return forEachFile(options.keys, [&](const std::string& key) {
-        const std::string value = JSON::text(client.getProperty(key).get());
+        const std::string value = JSON::text(read(client, key).get());
         std::string quotedKey;
         JSON::appendString(quotedKey, key);
         writeStandardOutput(options.jsonl
@@ -37,15 +53,32 @@ int get(const Options& options) {
     });
 }
 
+// Whole or not at all: who may read one of these may read them all.
+int list(Bus::Client& client, bool asLines) {
+    std::vector<ReadProperty> properties;
+    for (ListedProperty& property : listedProperties()) {
+        Ref<Value> value = property.isRead ? client.getProperty(property.key) : nullptr;
+        properties.push_back({.property = std::move(property), .value = std::move(value)});
+    }
+    writeStandardOutput(asLines ? propertyLines(properties) : propertyTable(properties));
+    return 0;
+}
+
+int run(const Options& options) {
+    Bus::Client client(options.served.bus, options.served.device);
+    return options.keys.empty() ? list(client, options.jsonl) : get(client, options);
+}
+
 } // namespace
 
 Command makeGetCommand(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     CLI::App* app = program.add_subcommand("get", kDescription);
     addServed(*app, options->served);
-    app->add_flag("--jsonl", options->jsonl, "JSON Lines with the key beside the value");
-    app->add_option("KEY", options->keys, "Properties of the service")->type_name("")->required();
-    return {app, [options] { return get(*options); }};
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines: key and value; in a list also type, range and default");
+    addSettingList(*app);
+    addKeyArguments(*app, options->keys, "Properties of the service (default: a list of them)");
+    return {app, [options] { return run(*options); }};
 }
 
 } // namespace VeltoTouch::Tools

@@ -2,7 +2,7 @@
 set(VELTO_DATE 2026-11-25) # of the pages: when the version was made, so that every build of it gives the same
 set(VELTO_DOCS_DIR ${PROJECT_BINARY_DIR}/docs)
 
-target_compile_definitions(velto_docs PRIVATE VELTO_VERSION="${PROJECT_VERSION}" VELTO_DATE="${VELTO_DATE}")
+target_compile_definitions(velto_docs PRIVATE VELTO_DATE="${VELTO_DATE}")
 add_custom_command(OUTPUT ${VELTO_DOCS_DIR}/made
                    COMMAND velto_docs ${VELTO_DOCS_DIR}
                    COMMAND ${CMAKE_COMMAND} -E touch ${VELTO_DOCS_DIR}/made

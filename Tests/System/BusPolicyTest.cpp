@@ -86,6 +86,8 @@ TEST_F(BusPolicyTest, TheProgramGetsAlongWithIt) {
     const Outcome get = as("sitter", "velto get " + key);
     EXPECT_EQ(get.status, 0) << get.output;
     EXPECT_THAT(get.output, HasSubstr("450"));
+    const Outcome list = as("sitter", "velto get");
+    EXPECT_EQ(list.status, 0) << list.output;
     const Outcome refused = as("sitter", "velto set " + key + "=300");
     EXPECT_EQ(refused.status, 1) << refused.output;
 }

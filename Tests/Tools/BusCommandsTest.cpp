@@ -25,6 +25,10 @@ namespace VeltoTouch::Tests {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::AllOf;
+using testing::ContainsRegex;
+using testing::EndsWith;
+using testing::StartsWith;
 constexpr const char* kTouches =
     "sim:idle:5000,tap:play-pause,idle:400,hold:volume-up:900,idle:400,tap:volume-down,idle:60000";
 constexpr std::size_t kEvents = 7; // of these touches
@@ -104,10 +108,26 @@ TEST_F(BusCommandsTest, PropertiesAreReadAndWritten) {
                      "{\"kind\":\"property\",\"key\":\"Pipeline.Algs.HoldTimeoutMilliseconds\",\"value\":250}\n"
                      "{\"kind\":\"property\",\"key\":\"Product\",\"value\":\"Simulated Touch Surface\"}\n",
                      "velto: Nothing: there is no value under this key\n"));
-    EXPECT_THAT(velto().run({"set", "Pipeline.Unknown=1", "Pipeline.Algs.ActivationThreshold=none"}),
+    EXPECT_THAT(velto().run({"set", "Product=1", "ActivationThreshold=1"}),
                 Ends(1, "",
-                     "velto: Pipeline.Unknown: nothing knows this key\n"
-                     "velto: Pipeline.Algs.ActivationThreshold: a number is wanted\n"));
+                     "velto: Product: the device does not take this value\n"
+                     "velto: ActivationThreshold: the device does not take this value"
+                     " (did you mean 'Pipeline.Algs.ActivationThreshold'?)\n"));
+    EXPECT_THAT(
+        velto().run({"set", "Pipeline.Algs.EnableTapSuppression=0", "Pipeline.Algs.HoldTimeoutMilliseconds=-7"}),
+        Ends(2, "", testing::Ne("")));
+    EXPECT_THAT(
+        velto().run({"get"}),
+        Ends(0, AllOf(ContainsRegex("\nPipeline.Algs.HoldTimeoutMilliseconds +250 +500 +integer +0 to 4294967295\n"),
+                      ContainsRegex("\nPipeline.Algs.EnableTapSuppression +true +true +switch "),
+                      ContainsRegex("\nPipeline.Algs.VirtualNormalizationFactors.22 +0.6667 +0.6667 +float "),
+                      ContainsRegex("\n  Dispatched.numTaps +0\n"), ContainsRegex("\nVersion +.19,0,0. +array\n"),
+                      EndsWith("By name only: Pipeline.Algs.DebugInfo, Recording, FirmwareDebugReports, "
+                               "FactoryResetHoldDuration, ServicePluginDebug\n"))));
+    EXPECT_THAT(velto().run({"get", "--jsonl"}).output,
+                StartsWith(R"({"kind":"property","key":"Pipeline.Algs.HoldTimeoutMilliseconds","value":250,)"
+                           R"("type":"integer","range":[0,4294967295],"default":500})"
+                           "\n"));
     EXPECT_THAT(velto().run({"get", "Version", "--device", "/dev/hidraw3"}),
                 Ends(1, "", "velto: /dev/hidraw3 is not served, but sim\n"));
     program.signal(SIGTERM);

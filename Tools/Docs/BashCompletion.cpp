@@ -7,15 +7,17 @@
 namespace VeltoTouch::Tools::Docs {
 namespace {
 
-// Bash splits words at colons; the package's functions put them together and take the front off again.
+// Bash splits words at colons and equals signs; the package's functions put them together, and take the front up to
+// a colon off again.
 constexpr const char* kHead = R"(# Completion of velto for bash. Made from the program's own description.
 
-# Offers words; behind a colon there is more to come.
+# Offers words; behind a colon, a dot and an equals sign there is more to come. The value in KEY=VALUE may be anything.
 _velto_words() {
+    [[ $cur != *=* ]] || return
     local offered
     mapfile -t offered < <(compgen -W "$*" -- "$cur")
     COMPREPLY+=("${offered[@]}")
-    if [[ ${#COMPREPLY[@]} == 1 && ${COMPREPLY[0]} == *: ]]; then
+    if [[ ${#COMPREPLY[@]} == 1 && ${COMPREPLY[0]} == *[:.=] ]]; then
         compopt -o nospace
     fi
 }

@@ -1,6 +1,8 @@
 #include "Tools/Docs/CommandLine.h"
 
 #include "Tools/Description.h"
+#include "Tools/Keys.h"
+#include "Tools/Suggestion.h"
 
 #include <algorithm>
 #include <array>
@@ -86,6 +88,29 @@ void addTerm(Candidates& candidates, std::string_view term, const std::string& r
         candidates.openings.push_back(prefix);
 }
 
+constexpr std::string_view kAnyFactor = ".N";
+
+// A key that a word completes, or one of factors, which goes on with a number.
+void addKey(Candidates& candidates, const std::string& key, const std::string& end) {
+    if (key.ends_with(kAnyFactor))
+        candidates.openings.push_back(key.substr(0, key.size() - 1));
+    else
+        (end.empty() ? candidates.words : candidates.openings).push_back(key + end);
+}
+
+// What completes "KEY", "KEY=VALUE" or "COMMAND".
+void addNames(Candidates& candidates, const std::string& type, const CLI::App& app) {
+    if (type == "KEY") {
+        for (const std::string& key : readableKeys())
+            addKey(candidates, key, "");
+    } else if (type == "KEY=VALUE") {
+        for (const std::string& key : writableKeys())
+            addKey(candidates, key, "=");
+    } else if (type == "COMMAND") {
+        candidates.words = commandNames(*app.get_parent());
+    }
+}
+
 bool isListOf(const HelpList& list, const std::string& type) {
     return CLI::detail::to_lower(list.heading) == CLI::detail::to_lower(type) + "s";
 }
@@ -129,6 +154,7 @@ Candidates candidatesFor(const CLI::App& app, const CLI::Option& option) {
     for (const std::string& type : split(typeOf(option), "|:{},")) {
         if (type.empty())
             continue;
+        addNames(candidates, type, app);
         if (std::ranges::count(kFileTypes, type) > 0)
             candidates.filePrefixes.emplace_back();
         else if (std::ranges::none_of(type, isCapital))

@@ -25,7 +25,8 @@ struct Candidates {
     std::vector<std::string> patterns;     // "/dev/hidraw*", of files that are there
 };
 
-// From the type: words in small letters stand for themselves, FILE, OUT and PATH for files, and one with a list at the
+// From the type: words in small letters stand for themselves, FILE, OUT and PATH for files, KEY and KEY=VALUE for the
+// service's properties and settings, COMMAND for the program's subcommands, and one with a list at the
 // end of the help (DEVICE with "Devices:") for that list's terms. A DEVICE without one is a node of the kernel's.
 [[nodiscard]] Candidates candidatesFor(const CLI::App& app, const CLI::Option& option);
 

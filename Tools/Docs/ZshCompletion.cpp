@@ -3,6 +3,8 @@
 #include "Tools/Docs/Completions.h"
 #include "Tools/Docs/Quoted.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
 namespace VeltoTouch::Tools::Docs {
@@ -78,6 +80,7 @@ std::string valueOf(Arguments& made, const std::string& prefix, const CLI::App& 
         action = "_files";
     } else if (!candidates.filePrefixes.empty() || !candidates.words.empty() || areTerms) {
         action = prefix + "_" + CLI::detail::trim_copy(option.get_name(), "-");
+        action.erase(std::min(action.find('='), action.size())); // of KEY=VALUE
         made.functions += valueFunction(action, type, candidates);
     }
     return fmt::format(":{}:{}", masked(type, ":"), action);
