@@ -6,6 +6,9 @@
 #include "Tools/Terminal.h"
 
 #include <memory>
+#include <stdexcept>
+
+#include <fmt/format.h>
 
 namespace VeltoTouch::Tools {
 namespace {
@@ -22,16 +25,24 @@ struct Options {
 void renderFile(const Options& options, const std::string& file) {
     const PipelineRecording recording = loadRecording(file);
     std::string text;
+    std::uint64_t images = 0;
+    bool isFrameFound = false;
     for (const Frame& frame : recording.frames()) {
         const auto image = InputReport::Image::parse(frame.report.data(), frame.report.size());
-        if (!image || (options.isFrameWanted && image->frameNumber != options.wantedFrame))
+        if (!image)
             continue;
+        ++images;
+        if (options.isFrameWanted && image->frameNumber != options.wantedFrame)
+            continue;
+        isFrameFound = true;
         text += Util::stringFromImage(*image, options.raw) + "\n";
         if (text.size() >= kFlushedFrom) {
             writeStandardOutput(text);
             text.clear();
         }
     }
+    if (options.isFrameWanted && !isFrameFound)
+        throw std::runtime_error(fmt::format("none of the {} images has frame number {}", images, options.wantedFrame));
     writeStandardOutput(text);
 }
 

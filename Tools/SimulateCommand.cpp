@@ -7,6 +7,8 @@
 
 #include <memory>
 
+#include <fmt/format.h>
+
 namespace VeltoTouch::Tools {
 namespace {
 
@@ -83,8 +85,10 @@ Command makeSimulateCommand(CLI::App& program) {
         ->type_name("HZ");
     addNumber(*app, "--noise", simulation.noise, "Largest noise of a pad, in counts (default: 3)", 0U,
               Simulation::kHighestNoise);
-    addNumber(*app, "--random", options->madeUpGestures,
-              "Add this many gestures of a made-up user after the steps, with pauses", 1U, kMostMadeUp);
+    addNumber(
+        *app, "--random", options->madeUpGestures,
+        fmt::format("Add this many gestures of a made-up user after the steps, with pauses; at most {}", kMostMadeUp),
+        1U, kMostMadeUp);
     app->add_option("-o", options->output, "Where to write (default: standard output)")->type_name("OUT");
     app->callback([options] {
         if (options->steps.empty() && options->madeUpGestures == 0)

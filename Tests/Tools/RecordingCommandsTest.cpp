@@ -54,7 +54,8 @@ TEST(RecordingCommandsTest, RenderShowsEveryImageOrThoseOfAFrameNumberEachWithAn
     EXPECT_EQ(outputOf({"render", "-"}, text), shown(first, false) + shown(last, false));
     EXPECT_EQ(outputOf({"render", "--raw", "-"}, text), shown(first, true) + shown(last, true));
     EXPECT_EQ(outputOf({"render", "--frame", "1", "-"}, text), shown(last, false));
-    EXPECT_EQ(outputOf({"render", "--frame", "99", "-"}, text), "");
+    EXPECT_THAT(velto().reading(text).run({"render", "--frame", "99", "-"}),
+                Ends(1, "", "velto: -: none of the 2 images has frame number 99\n"));
 }
 
 TEST(RecordingCommandsTest, InfoTellsWhatEachFileHoldsAsJSONOrInWordsThatDoNotSteerTheTerminal) {

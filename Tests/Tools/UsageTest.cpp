@@ -129,6 +129,7 @@ TEST(UsageTest, HelpBeginsWithAnExampleForEveryCommand) {
                                            HasSubstr("Usage: velto " + command + " "))));
         EXPECT_THAT(velto().run({"help", command}), Ends(0, outcome.output));
     }
+    EXPECT_THAT(velto().run({"simulate", "--help"}).output, HasSubstr("at most 5000"));
     EXPECT_THAT(velto().run({"help"}), Ends(0, help));
     EXPECT_THAT(velto().run({"--version"}), Ends(0, testing::MatchesRegex("velto [0-9]+\\.[0-9]+\\.[0-9]+\n")));
 }
