@@ -10,6 +10,9 @@
 
 namespace VeltoTouch {
 
+// The bound of the recording that a service keeps: its reports and metadata frames. Settings come on top.
+constexpr std::uint64_t kMaxRecordedFrames = 4350;
+
 // Stands in front of a pipeline: stores every call as a frame, then forwards it unchanged. The frames are bounded
 // by trimming, which keeps the newest reports and the settings in force before them, so that a recording taken at
 // any moment can be replayed from a consistent state. The same object plays its frames into its target.

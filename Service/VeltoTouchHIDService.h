@@ -83,8 +83,6 @@ public:
     IOReturn setOutputEvent(IOHIDEventRef event) override;
 
 private:
-    static constexpr std::uint64_t kMaxRecordedFrames = 4350; // the recording's bound
-
     // The recent samples, and how many more are to be recorded.
     struct AccelCapture {
         std::uint64_t samplesNeededCount = 0;

@@ -122,8 +122,10 @@ Ref<Data> readFile(const std::string& path) {
     return makeRef<Data>(readAll(file.get(), size > 0 ? size : kChunk, path));
 }
 
+bool isStandardOutput(std::string_view path) noexcept { return path.empty() || path == "-"; }
+
 void writeFile(const std::string& path, std::string_view content) {
-    if (path.empty() || path == "-")
+    if (isStandardOutput(path))
         return writeStandardOutput(content);
     if (path.starts_with("/dev/") || path.starts_with("/proc/"))
         return writeInPlace(path, content);

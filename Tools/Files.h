@@ -22,6 +22,9 @@ struct OutputFailed : std::runtime_error {
 // words ("No such file or directory"), or "4 GiB or larger", which no reader takes.
 [[nodiscard]] Ref<Data> readFile(const std::string& path);
 
+// Whether the path of an output stands for the standard output.
+[[nodiscard]] bool isStandardOutput(std::string_view path) noexcept;
+
 // Writes a file that appears whole or not at all: beside its place, then renamed. What is no regular file (a
 // device, a pipe, an open descriptor under /dev) is written directly; an empty path and "-" are the standard output.
 // Throws std::runtime_error with the system's words; for the standard output see writeStandardOutput.

@@ -1,12 +1,15 @@
+#include "Recording/PipelineRecording.h"
 #include "Serve/Bus/Client.h"
 #include "Tools/BusOptions.h"
 #include "Tools/Command.h"
 #include "Tools/Files.h"
+#include "Tools/ServiceRecording.h"
 #include "Tools/Terminal.h"
 
 #include <memory>
-#include <stdexcept>
 #include <string>
+
+#include <fmt/format.h>
 
 namespace VeltoTouch::Tools {
 namespace {
@@ -14,7 +17,8 @@ namespace {
 constexpr const char* kDescription =
     "Example:\n"
     "  velto record -o gestures.json && velto replay gestures.json\n\n"
-    "Saves the recording so far of a surface that velto serve serves; recording goes on.";
+    "Saves the recording so far of a surface that velto serve serves; recording goes on.\n"
+    "It holds the newest {} reports and accelerometer samples.";
 
 struct Options {
     ServedChoice served;
@@ -23,17 +27,22 @@ struct Options {
 
 int record(const Options& options) {
     const Ref<Value> recording = Bus::Client(options.served.bus, options.served.device).getProperty("Recording");
-    if (as<String>(recording) == nullptr)
-        throw std::runtime_error("the service gives no recording");
-    return forEachFile({options.output},
-                       [&](const std::string& file) { writeFile(file, as<String>(recording)->text()); });
+    return forEachFile({options.output}, [&](const std::string& file) {
+        const RecordedExtent kept = saveRecording(recording, file);
+        if (kept.isFull())
+            complain(
+                isStandardOutput(file) ? "standard output" : file,
+                fmt::format("the recording has reached its bound of {} reports and accelerometer samples and holds "
+                            "the newest {:.1f} s",
+                            kMaxRecordedFrames, kept.seconds()));
+    });
 }
 
 } // namespace
 
 Command makeRecordCommand(CLI::App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("record", kDescription);
+    CLI::App* app = program.add_subcommand("record", fmt::format(kDescription, kMaxRecordedFrames));
     addServed(*app, options->served);
     app->add_option("-o", options->output, "Where to write (default: standard output)")->type_name("OUT");
     return {app, [options] { return record(*options); }};

@@ -1,4 +1,5 @@
 #include "Platform/Clock.h"
+#include "Recording/PipelineRecording.h"
 #include "Shared/Util.h"
 #include "Tools/Command.h"
 #include "Tools/Files.h"
@@ -7,10 +8,15 @@
 #include "Tools/Keys.h"
 #include "Tools/PlayOptions.h"
 #include "Tools/RunOutput.h"
+#include "Tools/ServiceRecording.h"
 #include "Tools/Suggestion.h"
 
+#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <stdexcept>
+
+#include <fmt/format.h>
 
 namespace VeltoTouch::Tools {
 namespace {
@@ -56,19 +62,33 @@ int readProperties(const HostedService& service, const std::vector<std::string>&
     });
 }
 
-int saveRecording(const HostedService& service, const std::string& path) {
+void warnOfLostPauses(const Options& options) {
+    const bool isPlayed =
+        options.device.kind == DeviceChoice::Kind::Simulated || options.device.kind == DeviceChoice::Kind::Recorded;
+    if (isPlayed && std::isinf(options.speed))
+        complain(options.recording, "at --speed max reports come without pauses, and the recording has none either");
+}
+
+// Saves what the service has recorded of so many reports since the start. The exit status.
+int saveRun(const HostedService& service, const std::string& path, std::uint64_t reports, std::uint64_t startTime) {
     return forEachFile({path}, [&](const std::string& file) {
-        const Ref<Value> recording = service.copyProperty("Recording");
-        if (as<String>(recording) == nullptr)
-            throw std::runtime_error("the service gives no recording");
-        writeFile(file, as<String>(recording)->text());
+        const RecordedExtent kept = saveRecording(service.copyProperty("Recording"), file);
+        if (reports <= kept.reports)
+            return;
+        const std::uint64_t startNs = Util::nanosecondsFromMachTime(startTime);
+        const std::uint64_t lostNs = std::max(kept.firstReportNs, startNs) - startNs;
+        complain(file, fmt::format("the recording holds the newest {:.1f} s; the first {:.1f} s ({} reports) were "
+                                   "dropped",
+                                   kept.seconds(), static_cast<double>(lostNs) / 1e9, reports - kept.reports));
     });
 }
 
 int run(const Options& options) {
     warnOfDoubtfulSettings(options.settings);
-    if (!options.recording.empty())
+    if (!options.recording.empty()) {
         about(options.recording, [&] { requireWritable(options.recording); });
+        warnOfLostPauses(options);
+    }
 
     const auto loop = Ref<RunLoop>::retained(CFRunLoopGetCurrent());
     const auto endRun = [loop] { CFRunLoopStop(loop.get()); };
@@ -100,7 +120,7 @@ int run(const Options& options) {
     ending.eventStats = service.copyProperty("Pipeline.Algs.EventStats");
     // With the last report, so that its replay gives all events that were shown.
     if (!options.recording.empty())
-        status |= saveRecording(service, options.recording);
+        status |= saveRun(service, options.recording, ending.reports, startTime);
     service.stop();
     output->end(ending);
     return status;
@@ -117,7 +137,10 @@ Command makeRunCommand(CLI::App& program) {
     addKeys(*app, options->properties, "Read properties of the service at the end and show them");
     addSpeed(*app, options->speed, "Pace: a factor on the device's own, or max (default: 1)");
     addDuration(*app, options->durationSeconds);
-    app->add_option("--record", options->recording, "Save the service's recording at the end")
+    app->add_option(
+           "--record", options->recording,
+           fmt::format("Save the service's recording at the end: the newest {} reports and accelerometer samples",
+                       kMaxRecordedFrames))
         ->type_name("OUT")
         ->check([](const std::string& path) { return path.empty() || path == "-" ? "a file is wanted" : ""; });
     app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then properties and a summary");

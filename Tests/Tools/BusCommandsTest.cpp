@@ -2,6 +2,7 @@
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/Program.h"
 #include "Tests/Support/Served.h"
+#include "Tests/Support/SmallRecordings.h"
 
 #include <array>
 #include <chrono>
@@ -149,6 +150,17 @@ TEST_F(BusCommandsTest, WhatIsWatchedIsWhatIsRecorded) {
     EXPECT_EQ(watcher.waitForTheEnd(), 0);
     EXPECT_THAT(contentOf(table), testing::MatchesRegex("[^\n]*\n[^\n]*PlayPause[^\n]*\n[^\n]*VolumeUp[^\n]*\n"
                                                         "[^\n]*VolumeDown[^\n]*\n"));
+}
+
+TEST_F(BusCommandsTest, ARecordingAtItsBoundIsToldOf) {
+    SmallRecording atOnce; // but for the last report
+    for (std::uint64_t i = 0; i <= kMaxRecordedFrames; ++i)
+        atOnce.send({0x03});
+    Background program = serve("replay:" + folder.write("many.json", atOnce.images(400, {}).text()));
+    const auto record = [] { return velto().run({"record"}).errors; };
+    EXPECT_TRUE(eventually([&] { return record() != ""; }));
+    EXPECT_THAT(record(), testing::MatchesRegex("velto: standard output: the recording has reached its bound of 4350 "
+                                                "reports and accelerometer samples and holds the newest [0-9.]+ s\n"));
 }
 
 TEST_F(BusCommandsTest, WatchesAndServicesEndByThemselves) {

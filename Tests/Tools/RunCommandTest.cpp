@@ -5,6 +5,8 @@
 #include <map>
 #include <regex>
 
+#include <fmt/format.h>
+
 namespace VeltoTouch::Tests {
 namespace {
 
@@ -137,6 +139,25 @@ TEST_F(RunCommandTest, TheSimulatedSurfaceHasAnAccelerometerWhoseSamplesAreRecor
     EXPECT_THAT(recordingOf("replay:" + tap), Not(HasSubstr(R"("Accel")")));
 }
 
+TEST_F(RunCommandTest, WhatTheRecordingDoesNotKeepIsTold) {
+    const std::string saved = folder.path("saved.json");
+    const Outcome outcome =
+        velto().run({"run", "--jsonl", "--device", "sim:idle:60000,tap:A", "--speed", "100", "--record", saved});
+    const PipelineRecording recording(makeRef<Data>(contentOf(saved)).get());
+    std::list<Frame> reports = recording.frames();
+    EXPECT_EQ(reports.size(), kMaxRecordedFrames) << "of reports and accelerometer samples";
+    reports.remove_if([](const Frame& frame) { return frame.type != Frame::Type::InputReport; });
+    const auto lasts = static_cast<double>(reports.back().timestampNs - reports.front().timestampNs) / 1e9;
+    const std::size_t dropped = std::stoul(membersOf(outcome.output, "reports").at(0)) - reports.size();
+    EXPECT_THAT(complaintsOf(outcome),
+                testing::MatchesRegex(fmt::format("velto: {}: the recording holds the newest {:.1f} s; the first "
+                                                  "[0-9][.][0-9] s \\({} reports\\) were dropped\n",
+                                                  saved, lasts, dropped)));
+
+    EXPECT_EQ(complaintsOf(runLines({"--record", saved})),
+              "velto: " + saved + ": at --speed max reports come without pauses, and the recording has none either\n");
+}
+
 TEST_F(RunCommandTest, AnEndlessDeviceEndsAfterTheDurationOrWithASignal) {
     const Outcome timed = velto().run({"run", "--jsonl", "--duration", "0.1"});
     EXPECT_EQ(timed.status, 0);
@@ -172,7 +193,7 @@ TEST_F(RunCommandTest, ARecordingThatCannotBeSavedIsToldBeforeTheRunOrBesideTheW
                 Fails("velto: " + nowhere + ": No such file or directory\n"));
 
     const std::string noFile = folder.path(".");
-    const Outcome late = runLines({"--record", noFile}, "sim:tap:A");
+    const Outcome late = velto().run({"run", "--jsonl", "--speed", "20", "--device", "sim:tap:A", "--record", noFile});
     EXPECT_EQ(late.status, 1);
     EXPECT_EQ(complaintsOf(late), "velto: " + noFile + ": Is a directory\n");
     EXPECT_THAT(membersOf(late.output, "events"), ElementsAre("2"));
