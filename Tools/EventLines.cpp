@@ -1,5 +1,7 @@
 #include "Tools/EventLines.h"
 
+#include "Platform/JSON.h"
+
 #include <iterator>
 
 #include <fmt/format.h>
@@ -13,10 +15,18 @@ std::string regionText(const GestureEvent& event) {
 
 } // namespace
 
-void appendEventLine(std::string& text, const HIDEvent& event, std::uint64_t timeNs) {
+std::string fileMember(std::string_view path) {
+    if (path.empty())
+        return {};
+    std::string member = R"(,"file":)";
+    JSON::appendString(member, path);
+    return member;
+}
+
+void appendEventLine(std::string& text, std::string_view file, const HIDEvent& event, std::uint64_t timeNs) {
     const GestureEvent read = gestureEventOf(event);
     const auto out = std::back_inserter(text);
-    fmt::format_to(out, R"({{"kind":"event","timeNs":{},"gesture":"{}")", timeNs, nameOf(read.gesture));
+    fmt::format_to(out, R"({{"kind":"event"{},"timeNs":{},"gesture":"{}")", file, timeNs, nameOf(read.gesture));
     if (read.gesture == Gesture::FirmwareReset) {
         fmt::format_to(out, R"(,"usagePage":{},"usage":{})",
                        IOHIDEventGetIntegerValue(&event, kIOHIDEventFieldVendorDefinedUsagePage),

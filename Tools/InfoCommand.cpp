@@ -102,7 +102,7 @@ Dictionary::Entry number(std::string name, std::uint64_t count) {
 
 Ref<Value> dictionary(std::vector<Dictionary::Entry> entries) { return makeRef<Dictionary>(std::move(entries)); }
 
-std::string asJSON(std::string_view file, const Info& info) {
+std::string asJSON(const std::string& file, const Info& info) {
     std::vector<Dictionary::Entry> settings;
     for (const Setting& setting : info.settings)
         settings.push_back({.key = setting.key, .value = setting.value ? setting.value : makeRef<Null>()});
@@ -115,7 +115,7 @@ std::string asJSON(std::string_view file, const Info& info) {
     }
     const auto frames = dictionary({number("State", info.framesByType[0]), number("InputReport", info.framesByType[1]),
                                     number("Metadata", info.framesByType[2])});
-    const auto all = dictionary({{.key = "file", .value = makeRef<String>(std::string(file))},
+    const auto all = dictionary({{.key = "file", .value = makeRef<String>(file)},
                                  number("version", info.version),
                                  {.key = "frames", .value = frames},
                                  number("durationNs", info.counts.durationNs),
@@ -144,7 +144,7 @@ Command makeInfoCommand(CLI::App& program) {
     return {app, [options] {
                 return forEachFile(options->files, [&](const std::string& file) {
                     const Info info = inspect(file);
-                    writeStandardOutput(options->json ? asJSON(fileNameOf(file), info) : asText(file, info));
+                    writeStandardOutput(options->json ? asJSON(file, info) : asText(file, info));
                 });
             }};
 }

@@ -46,9 +46,10 @@ private:
     bool _isLive;
 };
 
-void appendFrameLine(std::string& text, const Algs& algs, const InputReport::Image& image) {
+void appendFrameLine(std::string& text, std::string_view file, const Algs& algs, const InputReport::Image& image) {
     const std::int16_t* pads = image.padSignal.data();
-    text += fmt::format(R"({{"kind":"frame","frame":{},"timeMs":{},"touch":)", image.frameNumber, image.timestampMs);
+    text += fmt::format(R"({{"kind":"frame"{},"frame":{},"timeMs":{},"touch":)", file, image.frameNumber,
+                        image.timestampMs);
     JSON::appendString(text, algs.touchStateDescription(pads, image.timestampMs));
     text += R"(,"virtual":)";
     JSON::appendString(text, algs.virtualStateDescription(pads, image.timestampMs));
@@ -57,10 +58,8 @@ void appendFrameLine(std::string& text, const Algs& algs, const InputReport::Ima
 
 void appendSummaryLine(std::string& text, std::string_view file, Replay& replay) {
     const auto& counts = replay.counts();
-    text += R"({"kind":"summary","file":)";
-    JSON::appendString(text, file);
-    text += fmt::format(R"(,"frames":{},"images":{},"invalidReports":{},"events":{},"debugInfo":)", counts.frames,
-                        counts.images, counts.invalidReports, counts.events);
+    text += fmt::format(R"({{"kind":"summary"{},"frames":{},"images":{},"invalidReports":{},"events":{},"debugInfo":)",
+                        file, counts.frames, counts.images, counts.invalidReports, counts.events);
     JSON::append(text, replay.pipeline().getState("DebugInfo").get());
     text += R"(,"eventStats":)";
     JSON::append(text, replay.pipeline().getState("Algs.EventStats").get());
@@ -76,17 +75,18 @@ std::string summaryText(const Replay& replay, const GestureTable& gestures) {
 
 void replayAsLines(const Options& options, const std::string& file, Replay& replay, PipelineRecording& recording) {
     Output output(options.speed != Replay::kMaxSpeed);
+    const std::string inFile = fileMember(file);
     if (options.describe) {
         replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
-            appendFrameLine(output.text, algs, image);
+            appendFrameLine(output.text, inFile, algs, image);
         };
     }
     replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
-        appendEventLine(output.text, event, timeNs);
+        appendEventLine(output.text, inFile, event, timeNs);
     };
     replay.frameDone = [&output] { output.flushWhenDue(); };
     replay.play(recording, options.settings, options.speed, "replaying " + file);
-    appendSummaryLine(output.text, fileNameOf(file), replay);
+    appendSummaryLine(output.text, inFile, replay);
     output.flush();
 }
 

@@ -97,7 +97,7 @@ int run(const Options& options) {
     StopSignals signals; // before any thread, and after the recording is read: until then a signal ends the program
     device.backend().removalHandler = endRun;
 
-    const auto output = RunOutput::make(options.jsonl, options.device.name, endRun);
+    const auto output = RunOutput::make(options.jsonl, options.device, endRun);
     std::uint64_t startTime = 0;
     const auto showEvent = [&](const Ref<HIDEvent>& event) {
         output->add(*event, Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()) - startTime));

@@ -13,26 +13,29 @@ namespace {
 
 class LineOutput final : public RunOutput {
 public:
-    explicit LineOutput(std::function<void()> failureHandler) : RunOutput(std::move(failureHandler)) {}
+    LineOutput(std::string_view file, std::function<void()> failureHandler)
+        : RunOutput(std::move(failureHandler)), _file(fileMember(file)) {}
 
 private:
     void appendBeginning(std::string& /*text*/) override {}
     void appendEvent(std::string& text, const HIDEvent& event, std::uint64_t timeNs) override {
-        appendEventLine(text, event, timeNs);
+        appendEventLine(text, _file, event, timeNs);
     }
     void appendEnding(std::string& text, const Ending& ending, std::uint64_t events) override {
         for (const auto& [key, value] : ending.properties) {
-            text += R"({"kind":"property","key":)";
+            text += fmt::format(R"({{"kind":"property"{},"key":)", _file);
             JSON::appendString(text, key);
             text += R"(,"value":)";
             JSON::append(text, value.get());
             text += "}\n";
         }
-        text += fmt::format(R"({{"kind":"summary","reports":{},"events":{},"debugInfo":{},"eventStats":{}}})",
+        text += fmt::format(R"({{"kind":"summary"{},"reports":{},"events":{},"debugInfo":{},"eventStats":{}}})", _file,
                             ending.reports, events, JSON::text(ending.debugInfo.get()),
                             JSON::text(ending.eventStats.get())) +
                 "\n";
     }
+
+    const std::string _file; // the member of each line
 };
 
 class TableOutput final : public RunOutput {
@@ -72,10 +75,11 @@ private:
 
 } // namespace
 
-std::unique_ptr<RunOutput> RunOutput::make(bool asLines, std::string name, std::function<void()> failureHandler) {
+std::unique_ptr<RunOutput> RunOutput::make(bool asLines, const DeviceChoice& device,
+                                           std::function<void()> failureHandler) {
     if (asLines)
-        return std::make_unique<LineOutput>(std::move(failureHandler));
-    return std::make_unique<TableOutput>(std::move(name), std::move(failureHandler));
+        return std::make_unique<LineOutput>(device.file, std::move(failureHandler));
+    return std::make_unique<TableOutput>(device.name, std::move(failureHandler));
 }
 
 void RunOutput::begin() {

@@ -2,6 +2,7 @@
 
 #include "Platform/HIDEvent.h"
 #include "Platform/Value.h"
+#include "Tools/Devices.h"
 
 #include <cstdint>
 #include <exception>
@@ -28,8 +29,8 @@ public:
         Ref<Value> eventStats;
     };
 
-    // `name` is the device's; `failureHandler` is called when an event cannot be written, on that thread.
-    [[nodiscard]] static std::unique_ptr<RunOutput> make(bool asLines, std::string name,
+    // `failureHandler` is called when an event cannot be written, on that thread.
+    [[nodiscard]] static std::unique_ptr<RunOutput> make(bool asLines, const DeviceChoice& device,
                                                          std::function<void()> failureHandler);
     RunOutput(const RunOutput&) = delete;
     RunOutput& operator=(const RunOutput&) = delete;

@@ -73,8 +73,8 @@ TEST(RecordingCommandsTest, InfoTellsWhatEachFileHoldsAsJSONOrInWordsThatDoNotSt
                                                            .send(firmwareEventReport(0))
                                                            .send({0x01})
                                                            .text());
-    const auto expected = json(R"({
-        "file": "some.json", "version": 2, "frames": {"State": 5, "InputReport": 22, "Metadata": 1},
+    const auto expected = json(R"({"file": ")" + file + R"(",
+        "version": 2, "frames": {"State": 5, "InputReport": 22, "Metadata": 1},
         "durationNs": 200000000, "images": 20, "invalidReports": 1, "gaps": 1, "resets": 1,
         "settings": {"Pipeline.Algs.HoldTimeoutMilliseconds": 400, "Pipeline.Other": {"a": [1]}},
         "gestures": {"hold": {"PlayPause": 1}, "tap": {"PlayPause": 1}, "firmware reset": {"": 1}}})");

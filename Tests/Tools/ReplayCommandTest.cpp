@@ -44,7 +44,10 @@ protected:
 TEST_F(ReplayCommandTest, EachFileIsPlayedThroughAFreshPipelineWithItsOwnSettings) {
     const Outcome outcome = replayLines({hold, "-", tap});
     EXPECT_EQ(outcome.errors, "");
-    EXPECT_THAT(membersOf(outcome.output, "file"), ElementsAre(R"("hold.json")", R"("-")", R"("tap.json")"));
+    const auto quoted = [](const std::string& path) { return '"' + path + '"'; };
+    EXPECT_THAT(membersOf(outcome.output, "file"),
+                ElementsAre(quoted(hold), quoted(hold), quoted(hold), quoted(hold), R"("-")", R"("-")", R"("-")",
+                            quoted(tap), quoted(tap), quoted(tap)));
     EXPECT_THAT(gesturesIn(outcome), ElementsAre(kHold[0], kHold[1], kHold[2], kTap[0], kTap[1], kTap[0], kTap[1]));
     const auto stats = membersOf(outcome.output, "eventStats");
     ASSERT_THAT(stats, SizeIs(3));
@@ -96,7 +99,8 @@ TEST_F(ReplayCommandTest, AResetAndABadReportAreTold) {
     const std::string output = replayLines({"--describe", file}).output;
     const auto lines = linesOf(output);
     ASSERT_THAT(lines, SizeIs(5));
-    EXPECT_EQ(lines[2], R"({"kind":"event","timeNs":10000000,"gesture":"firmwareReset","usagePage":65376,"usage":2})");
+    EXPECT_EQ(lines[2], R"({"kind":"event","file":")" + file +
+                            R"(","timeNs":10000000,"gesture":"firmwareReset","usagePage":65376,"usage":2})");
     EXPECT_THAT(membersOf(output, "frame"), ElementsAre("0", "0", "1"));
     EXPECT_THAT(membersOf(lines[1], "timeMs"), ElementsAre("0")) << "the reset, before its event";
     EXPECT_THAT(membersOf(output, "invalidReports"), ElementsAre("2"));

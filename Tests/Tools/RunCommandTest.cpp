@@ -37,12 +37,12 @@ auto Fails(const testing::Matcher<std::string>& complaints) {
     return AllOf(Ends(1, "", testing::_), testing::ResultOf("complaints", complaintsOf, complaints));
 }
 
-// What was recognized: the events without their times, the counts of events and what the pipeline counted.
+// What was recognized: the events without file and time, the counts of events and what the pipeline counted.
 std::vector<std::string> findingsIn(const std::string& output) {
     std::vector<std::string> findings;
     for (const std::string& line : linesOf(output)) {
         if (line.find(R"("kind":"event")") != std::string::npos)
-            findings.push_back(std::regex_replace(line, std::regex(R"("timeNs":\d+,)"), ""));
+            findings.push_back(std::regex_replace(line, std::regex(R"("(file":"[^"]*"|timeNs":\d+),)"), ""));
     }
     for (const char* key : {"events", "debugInfo", "eventStats"}) {
         for (const std::string& member : membersOf(output, key))
@@ -113,10 +113,12 @@ TEST_F(RunCommandTest, PropertiesComeInTheOrderAskedBehindTheEventsAndTheSummary
     EXPECT_THAT(membersOf(recorded, "key"), ElementsAre(R"("Version")", '"' + kTimeout + '"', R"("Product")"));
     EXPECT_THAT(membersOf(recorded, "value"), ElementsAre("[19,0,0]", "500", R"("Recorded Touch Surface")"));
     EXPECT_THAT(membersOf(recorded, "reports"), ElementsAre("10"));
+    EXPECT_EQ(membersOf(recorded, "file"), std::vector(linesOf(recorded).size(), '"' + tap + '"'));
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(complaintsOf(outcome), "velto: FactoryResetHoldDuration: there is no value under this key\n");
     const Outcome simulated = runLines(keys, "sim:idle:20");
     EXPECT_EQ(simulated.status, 0);
+    EXPECT_THAT(membersOf(simulated.output, "file"), ElementsAre());
     EXPECT_THAT(membersOf(simulated.output, "value"),
                 ElementsAre("[19,0,0]", "5000", "500", R"("Simulated Touch Surface")"));
 }
