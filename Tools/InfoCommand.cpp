@@ -3,6 +3,7 @@
 #include "Recording/ContainerFormat.h"
 #include "Shared/Util.h"
 #include "Tools/Command.h"
+#include "Tools/Disturbances.h"
 #include "Tools/Files.h"
 #include "Tools/GestureTable.h"
 #include "Tools/Replay.h"
@@ -27,6 +28,7 @@ struct Info {
     Replay::Counts counts;
     std::uint64_t gaps = 0;
     std::uint64_t resets = 0;
+    Disturbances disturbances;
     std::vector<Setting> settings; // in force at the end
     std::map<std::string, std::map<std::string, std::uint64_t>> gestures;
 };
@@ -62,6 +64,7 @@ Info inspect(const std::string& file) {
     replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
         gestures.add(gestureEventOf(event), timeNs);
     };
+    replay.disturbanceHandler = [&info](const Replay::Disturbance& disturbance) { info.disturbances.add(disturbance); };
     replay.play(recording, {}, Replay::kMaxSpeed, "replaying " + file);
     info.counts = replay.counts();
     gestures.finish(info.counts.durationNs);
@@ -78,14 +81,20 @@ std::string asText(const std::string& file, const Info& info) {
     const auto line = [&text](std::string_view name, const std::string& value) {
         text += fmt::format("  {:<18} {}\n", name, value);
     };
+    const auto disturbances = [&](std::string_view name, std::uint64_t count, Replay::Disturbance::Kind kind) {
+        line(name, fmt::format("{}", count));
+        for (const std::string& disturbance : info.disturbances.lines(kind))
+            line("", disturbance);
+    };
     line("version", fmt::format("{}", info.version));
     line("frames", fmt::format("{} ({} settings, {} input reports, {} metadata)", info.counts.frames,
                                info.framesByType[0], info.framesByType[1], info.framesByType[2]));
     line("duration", fmt::format("{:.3f} s", static_cast<double>(info.counts.durationNs) / 1e9));
     line("images", fmt::format("{}", info.counts.images));
-    line("invalid reports", fmt::format("{}", info.counts.invalidReports));
-    line("gaps", fmt::format("{}", info.gaps));
-    line("firmware resets", fmt::format("{}", info.resets));
+    using enum Replay::Disturbance::Kind;
+    disturbances("invalid reports", info.counts.invalidReports, InvalidReport);
+    disturbances("gaps", info.gaps, Gap);
+    disturbances("firmware resets", info.resets, Reset);
     for (const Setting& setting : info.settings)
         line("setting", fmt::format("{} = {}", printable(setting.key),
                                     setting.value ? JSON::text(setting.value.get()) : std::string("(none)")));

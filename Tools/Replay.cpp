@@ -62,18 +62,36 @@ void Replay::installHandlers(std::uint64_t startTime) {
         if (frameHandler)
             _image = image;
     };
-    _pipeline->firmwareEventHandler = [this](std::uint64_t, const InputReport::FirmwareEvent& event) {
-        if (frameHandler && event.event == InputReport::FirmwareEvent::kReset)
-            _image = InputReport::Image{};
-    };
-    _pipeline->invalidReportHandler = [this](std::uint64_t, const std::uint8_t*, std::size_t) {
-        ++_counts.invalidReports;
-    };
     _pipeline->hidEventsHandler = [this, startTime](std::uint64_t, const HIDEvents& events) {
         _counts.events += events.size();
         showFrame();
         for (const Ref<HIDEvent>& event : events)
             eventHandler(*event, Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()) - startTime));
+    };
+}
+
+void Replay::installDisturbanceHandlers(std::uint64_t startTime) {
+    const auto disturb = [this, startTime](std::uint64_t timestamp, Disturbance disturbance) {
+        disturbance.timeNs = Util::nanosecondsFromMachTime(timestamp - startTime);
+        if (_pipeline->hasLastFrame)
+            disturbance.lastFrame = _pipeline->lastFrameNumber;
+        disturbanceHandler(disturbance);
+    };
+    using enum Disturbance::Kind;
+    _pipeline->invalidReportHandler = [=, this](std::uint64_t timestamp, const std::uint8_t* report,
+                                                std::size_t length) {
+        ++_counts.invalidReports;
+        disturb(timestamp, {.kind = InvalidReport, .report = {report, length}});
+    };
+    _pipeline->disjointImageHandler = [=](std::uint64_t timestamp, std::uint32_t, const InputReport::Image& image) {
+        disturb(timestamp, {.kind = Gap, .frame = image.frameNumber});
+    };
+    _pipeline->firmwareEventHandler = [=, this](std::uint64_t timestamp, const InputReport::FirmwareEvent& event) {
+        if (event.event != InputReport::FirmwareEvent::kReset)
+            return;
+        if (frameHandler)
+            _image = InputReport::Image{};
+        disturb(timestamp, {.kind = Reset});
     };
 }
 
@@ -90,6 +108,7 @@ void Replay::play(PipelineRecording& recording, const std::vector<Setting>& sett
     recording.pipeline = filter;
     recording.playReset();
     installHandlers(recording.playStartTime());
+    installDisturbanceHandlers(recording.playStartTime());
     for (const Setting& setting : settings) {
         if (std::string key = setting.key; Util::stripDomainFromKey(key, kPipelineDomain))
             _pipeline->setState(recording.playStartTime(), key, setting.value);

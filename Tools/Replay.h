@@ -6,6 +6,8 @@
 
 #include <functional>
 #include <limits>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -28,6 +30,16 @@ public:
         std::uint64_t durationNs = 0; // from the first frame to the last
     };
 
+    // What interrupts the images.
+    struct Disturbance {
+        enum class Kind { InvalidReport, Gap, Reset };
+        Kind kind;
+        std::uint64_t timeNs = 0;                    // since the start of playback
+        std::optional<std::uint32_t> lastFrame = {}; // number of the image before it, if there is one
+        std::uint32_t frame = 0;                     // of a gap: number of the image behind it
+        std::span<const std::uint8_t> report = {};   // the invalid one
+    };
+
     // The handlers run within the pipeline and must not throw; what may is done in `frameDone`.
 
     // Called for each HID event, in order; the time since the start of playback in nanoseconds.
@@ -35,6 +47,8 @@ public:
     // Called for each image that the recognizer has processed (a firmware reset is one without contacts, frame 0 and
     // time 0), before its events.
     std::function<void(const Algs& algs, const InputReport::Image& image)> frameHandler;
+    // Called for each invalid report, gap in the frame numbers and firmware reset, in order.
+    std::function<void(const Disturbance& disturbance)> disturbanceHandler = [](const Disturbance&) {};
     // Called after each frame of the recording; may throw, which ends the play.
     std::function<void()> frameDone = [] {};
 
@@ -47,6 +61,7 @@ public:
 
 private:
     void installHandlers(std::uint64_t startTime);
+    void installDisturbanceHandlers(std::uint64_t startTime);
     void showFrame();
 
     std::shared_ptr<Pipeline> _pipeline = std::make_shared<Pipeline>();

@@ -84,9 +84,29 @@ TEST(RecordingCommandsTest, InfoTellsWhatEachFileHoldsAsJSONOrInWordsThatDoNotSt
     EXPECT_THAT(outputOf({"info", file, "-"}, steering),
                 AllOf(HasSubstr(file + "\n"), HasSubstr("version            2\n"), HasSubstr("0.200 s\n"),
                       HasSubstr("28 (5 settings, 22 input reports, 1 metadata)\n"),
+                      HasSubstr("gaps               1\n"
+                                "                         0.100 s  frame 13 after frame 9\n"
+                                "  firmware resets    1\n"
+                                "                         0.200 s  after frame 22\n"),
                       HasSubstr("Pipeline.Algs.HoldTimeoutMilliseconds = 400\n"), HasSubstr("1 x PlayPause\n"),
                       HasSubstr(R"(Pipeline.k\u001b[2J\n = "\u001b")")));
     EXPECT_THAT(outputOf({"info", "-"}, R"({"Version":1})"), HasSubstr("version            1\n"));
+}
+
+TEST(RecordingCommandsTest, InfoSaysWhatIsWrongWithInvalidReportsAndListsTheFirstOfThem) {
+    SmallRecording recording;
+    recording.send({}).images(2, {}).send(Report(72, 0x01)).send(Report(9, 0x02)).send({0x1f, 0x00});
+    for (int i = 0; i < 8; ++i)
+        recording.send({0x03});
+    std::string listed = "invalid reports    12\n"
+                         "                         0.000 s  before the first frame: empty report\n";
+    for (const std::string fault : {"image report with 72 of 73 bytes", "firmware event report with 9 of 10 bytes",
+                                    "unknown report ID 0x1f (length 2)"})
+        listed += "                         0.020 s  after frame 1: " + fault + "\n";
+    for (int i = 0; i < 6; ++i)
+        listed += "                         0.020 s  after frame 1: unknown report ID 0x03 (length 1)\n";
+    listed += "                     ... and 2 more\n  gaps               0\n";
+    EXPECT_THAT(outputOf({"info", "-"}, recording.text()), HasSubstr(listed));
 }
 
 } // namespace
