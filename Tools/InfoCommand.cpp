@@ -6,6 +6,7 @@
 #include "Tools/Disturbances.h"
 #include "Tools/Files.h"
 #include "Tools/GestureTable.h"
+#include "Tools/RecordingFiles.h"
 #include "Tools/Replay.h"
 #include "Tools/Terminal.h"
 
@@ -18,7 +19,7 @@ namespace VeltoTouch::Tools {
 namespace {
 
 struct Options {
-    std::vector<std::string> files;
+    std::vector<std::string> paths;
     bool json = false;
 };
 
@@ -146,12 +147,10 @@ Command makeInfoCommand(CLI::App& program) {
                                        "  velto info gestures.json\n\n"
                                        "Tells what recordings hold: frames, duration, gaps, settings in force,\n"
                                        "gestures found.");
-    app->add_option("FILE", options->files, "Recordings of any version; - is the standard input")
-        ->type_name("")
-        ->required();
+    addRecordings(*app, options->paths);
     app->add_flag("--json", options->json, "One JSON object a file");
     return {app, [options] {
-                return forEachFile(options->files, [&](const std::string& file) {
+                return forEachRecording(options->paths, "replaying", [&](const std::string& file) {
                     const Info info = inspect(file);
                     writeStandardOutput(options->json ? asJSON(file, info) : asText(file, info));
                 });

@@ -21,6 +21,11 @@ public:
         if (_isShown && --_callsUntilLook == 0)
             look(done);
     }
+    // The same for steps that may take long.
+    void step(std::uint64_t done) {
+        if (_isShown)
+            look(done);
+    }
 
 private:
     void look(std::uint64_t done);

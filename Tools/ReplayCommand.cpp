@@ -5,6 +5,7 @@
 #include "Tools/GestureTable.h"
 #include "Tools/KeyOptions.h"
 #include "Tools/PlayOptions.h"
+#include "Tools/RecordingFiles.h"
 #include "Tools/Replay.h"
 #include "Tools/Terminal.h"
 
@@ -18,7 +19,7 @@ namespace {
 constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;
 
 struct Options {
-    std::vector<std::string> files;
+    std::vector<std::string> paths;
     std::vector<Setting> settings;
     float speed = Replay::kMaxSpeed;
     bool describe = false;
@@ -131,10 +132,10 @@ Command makeReplayCommand(CLI::App& program) {
     CLI::App* app = program.add_subcommand(
         "replay", "Example:\n"
                   "  velto replay gestures.json\n"
-                  "  velto replay --jsonl --set Pipeline.Algs.HoldTimeoutMilliseconds=250 *.json\n\n"
+                  "  velto replay --jsonl --set Pipeline.Algs.HoldTimeoutMilliseconds=250 recordings/\n\n"
                   "Plays recordings of any version through a fresh recognizer and shows the\n"
                   "gestures that it finds.");
-    app->add_option("FILE", options->files, "Recordings; - is the standard input")->type_name("")->required();
+    addRecordings(*app, options->paths);
     addSpeed(*app, options->speed, "Pace: a factor on the recorded one, or max (the default)");
     addSettings(*app, options->settings, KeyScope::Pipeline,
                 "Write a setting before the first frame and leave out the recording's own writes of its key; may be "
@@ -144,7 +145,8 @@ Command makeReplayCommand(CLI::App& program) {
     app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then a summary of each file");
     return {app, [options] {
                 warnOfDoubtfulSettings(options->settings);
-                return forEachFile(options->files, [&](const std::string& file) { replayFile(*options, file); });
+                return forEachRecording(options->paths, "replaying",
+                                        [&](const std::string& file) { replayFile(*options, file); });
             }};
 }
 

@@ -14,6 +14,8 @@
 namespace VeltoTouch::Tools {
 namespace {
 
+constexpr const char* kWipedLine = "\r\x1b[K";
+
 bool coloursAreWanted() {
     static const bool wanted = [] {
         const char* noColour = std::getenv("NO_COLOR");
@@ -25,7 +27,8 @@ bool coloursAreWanted() {
 } // namespace
 
 void complain(std::string_view subject, std::string_view message) {
-    std::fputs(fmt::format("velto: {}: {}\n", subject, message).c_str(), stderr);
+    const char* const beginning = ::isatty(STDERR_FILENO) != 0 ? kWipedLine : ""; // progress may stand there
+    std::fputs(fmt::format("{}velto: {}: {}\n", beginning, subject, message).c_str(), stderr);
 }
 
 std::string messageOf(const std::exception& error) {

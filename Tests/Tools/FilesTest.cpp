@@ -60,7 +60,6 @@ TEST_F(FilesTest, BadInputIsRefusedByEveryCommandInTheWordsOfTheSystemAndOtherFi
               noContainer + " (byte 1000: the text ends inside a string)"},
              {"-", noContainer + " (byte 1: the text ends inside an object)"},
              {folder.path("missing.json"), "No such file or directory"},
-             {folder.path(""), "Is a directory"},
              {file + "/below", "Not a directory"},
          }) {
         for (const Arguments& command :
@@ -72,6 +71,35 @@ TEST_F(FilesTest, BadInputIsRefusedByEveryCommandInTheWordsOfTheSystemAndOtherFi
         for (const Arguments& command : {Arguments{"convert"}, {"trim", "--max", "1"}, {"render"}})
             EXPECT_EQ(outputWhenRefused(command, {bad}, message), "");
     }
+}
+
+TEST_F(FilesTest, AFolderStandsForTheRecordingsBelowItInTheOrderOfTheirPathsOrFailsAlone) {
+    const std::string corpus = folder.path("corpus");
+    fs::create_directories(corpus + "/b/c.json");
+    for (const std::string name : {"b/2.json", "b/c.json/1.json", "b.json", "Z.json", "a\xff.json", "notes.txt"})
+        folder.write("corpus/" + name, text);
+    fs::create_directory_symlink(corpus, corpus + "/loop");
+    fs::create_symlink("nothing", corpus + "/lost.json");
+    const std::string lost = "velto: " + corpus + "/lost.json: No such file or directory\n";
+
+    const Outcome replayed = velto().run({"replay", "--jsonl", corpus + "/", file});
+    EXPECT_THAT(replayed, Ends(1, testing::_, lost));
+    auto files = membersOf(replayed.output, "file");
+    EXPECT_EQ(files.size(), linesOf(replayed.output).size());
+    files.erase(std::unique(files.begin(), files.end()), files.end());
+    const auto quoted = [](const std::string& path) { return '"' + path + '"'; };
+    EXPECT_THAT(files, ElementsAre(quoted(corpus + "/Z.json"), quoted(corpus + "/a\xef\xbf\xbd.json"),
+                                   quoted(corpus + "/b.json"), quoted(corpus + "/b/2.json"),
+                                   quoted(corpus + "/b/c.json/1.json"), quoted(file)));
+    const Outcome told = velto().run({"info", "--json", corpus, file});
+    EXPECT_THAT(told, Ends(1, testing::_, lost));
+    EXPECT_EQ(membersOf(told.output, "file"), files);
+
+    const std::string empty = folder.path("empty");
+    fs::create_directory(empty);
+    EXPECT_EQ(outputWhenRefused({"info"}, {empty, file}, "no recordings (*.json) in this folder"),
+              velto().run({"info", file}).output);
+    EXPECT_EQ(outputWhenRefused({"convert"}, {corpus}, "Is a directory"), "");
 }
 
 TEST_F(FilesTest, AFullOrClosedStandardOutputEndsTheWorkWithAFailure) {

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+// The PATH of commands that read many recordings.
+
+namespace VeltoTouch::Tools {
+
+// PATH...: recordings and folders of recordings.
+void addRecordings(CLI::App& app, std::vector<std::string>& target);
+
+// Handles each recording as `forEachFile` does. A folder stands for its *.json files and those of its subfolders, in
+// byte order of their paths, which begin with the folder as it was given; links to folders are not followed. A folder
+// that cannot be read or holds no recording is reported like a failed file. `work` names the progress line.
+[[nodiscard]] int forEachRecording(const std::vector<std::string>& paths, const std::string& work,
+                                   const std::function<void(const std::string& file)>& handle);
+
+} // namespace VeltoTouch::Tools
