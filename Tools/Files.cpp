@@ -1,51 +1,20 @@
 #include "Tools/Files.h"
 
+#include "Tools/NewFile.h"
+#include "Tools/Place.h"
 #include "Tools/Progress.h"
+#include "Tools/SystemCalls.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <memory>
-#include <system_error>
-#include <utility>
+#include <stdexcept>
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace VeltoTouch::Tools {
 namespace {
 
 constexpr std::size_t kLargestFile = (std::size_t{4} << 30U) - 1; // what the parser can address
 constexpr std::size_t kChunk = std::size_t{1} << 20U;
-
-[[noreturn]] void throwSystemError() { throw std::system_error(errno, std::generic_category()); }
-
-// An open descriptor, closed at the end.
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : _descriptor(descriptor) {
-        if (descriptor < 0)
-            throwSystemError();
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (_descriptor >= 0)
-            ::close(_descriptor);
-    }
-
-    [[nodiscard]] int get() const noexcept { return _descriptor; }
-
-    // A write can fail as late as here.
-    void close() {
-        if (::close(std::exchange(_descriptor, -1)) != 0)
-            throwSystemError();
-    }
-
-private:
-    int _descriptor;
-};
 
 void writeAll(int descriptor, std::string_view content) {
     while (!content.empty()) {
@@ -79,34 +48,63 @@ std::string readAll(int descriptor, std::size_t expectedSize, const std::string&
     }
 }
 
-// Writes a new file beside `path` and renames it; the new file goes when anything fails.
-void replaceFile(const std::string& path, std::string_view content, mode_t mode) {
-    std::string temporary = path.substr(0, path.rfind('/') + 1) + ".velto.XXXXXX";
-    Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
-    try {
-        writeAll(file.get(), content);
-        if (::fchmod(file.get(), mode) != 0 || ::fsync(file.get()) != 0)
-            throwSystemError();
-        file.close();
-        if (::rename(temporary.c_str(), path.c_str()) != 0)
-            throwSystemError();
-    } catch (...) {
-        ::unlink(temporary.c_str());
-        throw;
-    }
-}
-
-// Devices, pipes and what stands for an open descriptor: whatever is there already stays.
-void writeInPlace(const std::string& path, std::string_view content) {
-    Descriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
-    writeAll(file.get(), content);
-    file.close();
-}
-
 mode_t modeOfNewFiles() noexcept {
     const mode_t mask = ::umask(0);
     ::umask(mask);
     return 0666 & ~mask;
+}
+
+// Gives a file owner, group and rights of the one that it is to replace. Marks that let a program run as its owner or
+// group are no rights: whoever put such a file there is not handed ours.
+void takeOver(int file, const Place& place) {
+    const auto& old = *place.status;
+    if (::fchown(file, old.st_uid, old.st_gid) != 0 && statusOf(file).st_uid != old.st_uid && place.isShared())
+        throw std::runtime_error("it belongs to another user, in a folder where others may write");
+    check(::fchmod(file, old.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)));
+}
+
+void prepare(int file, const Place& place) {
+    if (place.status)
+        takeOver(file, place);
+    else
+        check(::fchmod(file, modeOfNewFiles()));
+}
+
+// A protected file stays, though its folder would let it be replaced.
+void requireRightToWrite(const Place& place) {
+    if (place.status)
+        check(::faccessat(place.folder.get(), place.name.c_str(), W_OK, 0));
+}
+
+// The name lasts as the content does. Where the folder may not be read or its file system knows no such call, the
+// system does that in its own time.
+void syncFolder(const Place& place) {
+    const FileDescriptor folder(::openat(place.folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.isOpen() && ::fsync(folder.get()) != 0 && errno != EINVAL)
+        throwSystemError();
+}
+
+void writeWhole(const Place& place, std::string_view content) {
+    requireRightToWrite(place);
+    NewFile file(place.folder);
+    writeAll(file.descriptor(), content);
+    prepare(file.descriptor(), place);
+    check(::fsync(file.descriptor()));
+    file.moveTo(place.name);
+    syncFolder(place);
+}
+
+// Devices, pipes and what stands for an open descriptor: whatever is there already stays. Returns false if it is a
+// file by now, which is never written in place.
+bool writeInPlace(const Place& place, std::string_view content) {
+    const int followed = place.isOpenDescriptor() ? 0 : O_NOFOLLOW;
+    FileDescriptor file =
+        opened(::openat(place.folder.get(), place.name.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | followed));
+    if (!place.isOpenDescriptor() && S_ISREG(statusOf(file.get()).st_mode))
+        return false;
+    writeAll(file.get(), content);
+    check(::close(file.release())); // a write can fail as late as here
+    return true;
 }
 
 } // namespace
@@ -114,11 +112,8 @@ mode_t modeOfNewFiles() noexcept {
 Ref<Data> readFile(const std::string& path) {
     if (path == "-")
         return makeRef<Data>(readAll(STDIN_FILENO, kChunk, "standard input"));
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    struct stat status {};
-    if (::fstat(file.get(), &status) != 0)
-        throwSystemError();
-    const auto size = static_cast<std::size_t>(status.st_size); // of a pipe or device 0
+    const FileDescriptor file = opened(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const auto size = static_cast<std::size_t>(statusOf(file.get()).st_size); // of a pipe or device 0
     return makeRef<Data>(readAll(file.get(), size > 0 ? size : kChunk, path));
 }
 
@@ -127,32 +122,20 @@ bool isStandardOutput(std::string_view path) noexcept { return path.empty() || p
 void writeFile(const std::string& path, std::string_view content) {
     if (isStandardOutput(path))
         return writeStandardOutput(content);
-    if (path.starts_with("/dev/") || path.starts_with("/proc/"))
-        return writeInPlace(path, content);
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) {
-        if (errno != ENOENT || ::lstat(path.c_str(), &status) == 0) // a link to nothing is not replaced
-            throwSystemError();
-        return replaceFile(path, content, modeOfNewFiles());
+    for (;;) {
+        const Place place = placeOf(path);
+        if (place.isForFile())
+            return writeWhole(place, content);
+        if (writeInPlace(place, content))
+            return;
     }
-    if (!S_ISREG(status.st_mode))
-        return writeInPlace(path, content);
-    if (::access(path.c_str(), W_OK) != 0) // a protected file stays, though its folder would let it be replaced
-        throwSystemError();
-    // A link stays one: what it points to is replaced.
-    const std::unique_ptr<char, decltype(&std::free)> target(::realpath(path.c_str(), nullptr), &std::free);
-    if (target == nullptr)
-        throwSystemError();
-    replaceFile(target.get(), content, status.st_mode & 07777);
 }
 
 void requireWritable(const std::string& path) {
-    const auto slash = path.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    struct stat status {};
-    const bool isThere = ::stat(path.c_str(), &status) == 0;
-    if (::access(isThere ? path.c_str() : folder.c_str(), W_OK) != 0)
-        throwSystemError();
+    const Place place = placeOf(path);
+    requireRightToWrite(place);
+    if (place.isForFile())
+        prepare(NewFile(place.folder).descriptor(), place);
 }
 
 void writeStandardOutput(std::string_view text) {

@@ -25,13 +25,14 @@ struct OutputFailed : std::runtime_error {
 // Whether the path of an output stands for the standard output.
 [[nodiscard]] bool isStandardOutput(std::string_view path) noexcept;
 
-// Writes a file that appears whole or not at all: beside its place, then renamed. What is no regular file (a
-// device, a pipe, an open descriptor under /dev) is written directly; an empty path and "-" are the standard output.
-// Throws std::runtime_error with the system's words; for the standard output see writeStandardOutput.
+// Writes a file that appears whole or not at all, and whose name lasts when this returns. One that is there keeps its
+// owner, its group and its rights to read, write and run; where its owner cannot be kept and others may write to the
+// folder, it stays. What is no regular file (a device, a pipe) and an open descriptor (/dev/stdout) are written to as
+// they are; an empty path and "-" are the standard output.
+// Throws std::runtime_error, mostly with the system's words; for the standard output see writeStandardOutput.
 void writeFile(const std::string& path, std::string_view content);
 
-// Throws, with the system's words, where it is plain beforehand that a file cannot be written: for who is to write it
-// after long work.
+// Throws what writeFile would throw before it writes: for a file that is to be written after long work.
 void requireWritable(const std::string& path);
 
 // Throws ClosedPipe when nobody reads it any more, OutputFailed("standard output: ...") otherwise.

@@ -22,6 +22,7 @@ public:
     }
 
     [[nodiscard]] int get() const noexcept { return _descriptor; }
+    [[nodiscard]] int release() noexcept { return std::exchange(_descriptor, -1); }
     [[nodiscard]] bool isOpen() const noexcept { return _descriptor >= 0; }
 
 private:

@@ -20,6 +20,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <grp.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -136,6 +137,11 @@ public:
         _largestFile = bytes;
         return *this;
     }
+    // For root: the program runs with no rights of its own.
+    Program& asAnotherUser() {
+        _isAnotherUser = true;
+        return *this;
+    }
     // The program gets the signal as soon as it has written a line.
     Program& signalledAfterALine(int signal) {
         _signal = signal;
@@ -207,6 +213,8 @@ private:
             ::setrlimit(RLIMIT_FSIZE, &limit);
             ::signal(SIGXFSZ, SIG_IGN); // the write fails in place of a signal
         }
+        if (_isAnotherUser && (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0))
+            ::_exit(127);
         ::unsetenv("VELTO_LOG");
         ::execv(VELTO_PROGRAM, argv.data());
         ::_exit(127);
@@ -217,6 +225,7 @@ private:
     int _output = -1; // a descriptor, where the output is not captured
     std::optional<std::size_t> _largestFile;
     std::optional<int> _signal;
+    bool _isAnotherUser = false;
 };
 
 [[nodiscard]] inline Program velto() { return {}; }

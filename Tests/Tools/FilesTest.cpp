@@ -1,6 +1,9 @@
+#include "Platform/Linux/FileDescriptor.h"
 #include "Tests/Support/Program.h"
 #include "Tests/Support/SmallRecordings.h"
 
+#include <poll.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
@@ -124,31 +127,81 @@ TEST_F(FilesTest, AFullOrClosedStandardOutputEndsTheWorkWithAFailure) {
     }
 }
 
-TEST_F(FilesTest, AFileAppearsWithNothingBesideItUnderAnyName) {
+TEST_F(FilesTest, AFileAppearsWithNothingBesideItUnderAnyNameAndAnywhere) {
     const std::string longest = std::string(255, 'n');
     for (const std::string& name : {std::string("new.json"), longest}) {
         EXPECT_THAT(velto().run({"convert", file, "-o", folder.path(name)}), Ends(0, ""));
         EXPECT_EQ(contentOf(folder.path(name)), text);
     }
     EXPECT_EQ(velto().run({"convert", file, "-o", "-"}).output, text) << "a dash is the standard output";
+    const std::string shared = "/dev/shm/velto-test-" + std::to_string(::getpid()) + ".json";
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_THAT(velto().run({"convert", file, "-o", shared}), Ends(0, ""));
+        EXPECT_EQ(contentOf(shared), text) << "a file below /dev";
+    }
+    fs::remove(shared);
+    const int redirected = ::open(old.c_str(), O_WRONLY | O_APPEND);
+    EXPECT_THAT(velto().run({"convert", file, "-o",
+                             "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(redirected)}),
+                Ends(0, ""));
+    ::close(redirected);
+    EXPECT_EQ(contentOf(old), "as it was" + text) << "an open descriptor";
     EXPECT_THAT(velto().run({"trim", file, "-o", file, "--max", "1"}), Ends(0, "")) << "replaced by itself";
     EXPECT_EQ(contentOf(file), velto().reading(text).run({"trim", "--max", "1", "-"}).output);
     EXPECT_THAT(folder.names(), ElementsAre("in.json", "new.json", longest, "old.json"));
 }
 
-TEST_F(FilesTest, AnOldFileKeepsItsPermissionsAndItsLinks) {
-    constexpr auto kMode = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_write;
-    fs::permissions(old, kMode);
+TEST_F(FilesTest, AnOldFileKeepsItsLinksItsOwnerAndItsRightsButNothingThatRunsAsItsOwner) {
+    constexpr auto kRights = fs::perms::owner_all | fs::perms::group_write | fs::perms::others_exec;
+    constexpr uid_t kAnother = 65534;
+    const bool isRoot = ::geteuid() == 0;
+    const uid_t owner = isRoot ? kAnother : ::geteuid();
+    ASSERT_EQ(::chown(old.c_str(), owner, isRoot ? kAnother : ::getegid()), 0);
+    fs::permissions(old, kRights | fs::perms::set_uid | fs::perms::set_gid | fs::perms::sticky_bit);
     fs::create_directory(folder.path("below"));
     const std::string link = folder.path("below/link.json");
     fs::create_symlink("../old.json", link);
     EXPECT_THAT(velto().run({"convert", file, "-o", link}), Ends(0, ""));
     EXPECT_TRUE(fs::is_symlink(link));
     EXPECT_EQ(contentOf(old), text);
-    EXPECT_EQ(fs::status(old).permissions(), kMode);
+    EXPECT_EQ(fs::status(old).permissions(), kRights);
+    struct stat status {};
+    EXPECT_EQ(::stat(old.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, owner);
+
+    fs::permissions(folder.path("below"), fs::perms::all | fs::perms::sticky_bit);
+    if (isRoot && ::lchown(link.c_str(), kAnother, kAnother) == 0)
+        expectNotWritten(link, "a link of another user, in a folder where others may write");
     fs::remove(link);
     EXPECT_TRUE(fs::is_empty(folder.path("below")));
     EXPECT_THAT(folder.names(), ElementsAre("below", "in.json", "old.json"));
+}
+
+TEST_F(FilesTest, AFileOfAnotherIsNotReplacedInASharedFolderWhereItsOwnerCannotBeKept) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "needs root to make files of two users";
+    fs::permissions(folder.path(""), fs::perms::all);
+    fs::permissions(old, fs::perms::all);
+    fs::permissions(file, fs::perms::all);
+    EXPECT_THAT(velto().asAnotherUser().run({"convert", file, "-o", old}),
+                Ends(1, "", "velto: " + old + ": it belongs to another user, in a folder where others may write\n"));
+    EXPECT_EQ(contentOf(old), "as it was");
+}
+
+TEST_F(FilesTest, ASignalLeavesNoTemporaryFileAndSIGKILLNoneOfANewFile) {
+    const FileDescriptor unnamed(::open(folder.path("").c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600));
+    for (const auto& [name, signal] :
+         {std::pair("new.json", unnamed.isOpen() ? SIGKILL : SIGTERM), {"old.json", SIGTERM}, {"old.json", SIGHUP}}) {
+        const FileDescriptor changes(::inotify_init1(IN_CLOEXEC));
+        ASSERT_GE(::inotify_add_watch(changes.get(), folder.path("").c_str(), IN_CREATE), 0);
+        Background convert = velto().inBackground({"convert", file, "-o", folder.path(name)});
+        pollfd change{.fd = changes.get(), .events = POLLIN, .revents = 0};
+        ASSERT_EQ(::poll(&change, 1, 10'000), 1) << "nothing came into the folder";
+        convert.signal(signal);
+        std::ignore = convert.waitForTheEnd();
+        EXPECT_EQ(contentOf(folder.path(name)), text) << name;
+        EXPECT_THAT(folder.names(), ElementsAre("in.json", "new.json", "old.json"));
+    }
 }
 
 TEST_F(FilesTest, WhatCannotBeWrittenWholeIsToldAndAnOldFileStays) {
