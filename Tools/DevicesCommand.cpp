@@ -38,7 +38,7 @@ std::string inQuotes(std::string_view text) {
 
 std::string asLine(const HidrawNode& node) {
     const auto column = [](const std::string& text) { return text.empty() ? "-" : printable(text); };
-    return fmt::format("{:<14}  {:<32}  {:<16}  {}", node.path, column(node.product), column(node.serialNumber),
+    return fmt::format("{:<14}  {:<32}  {:<16}  {}", column(node.path), column(node.product), column(node.serialNumber),
                        column(node.bus));
 }
 
@@ -63,7 +63,7 @@ void showAdded(const HidrawNode& node, bool asJSONL) {
 void showRemoved(const HidrawNode& node, bool asJSONL) {
     writeStandardOutput(
         asJSONL ? fmt::format("{{\"kind\":\"device\",\"action\":\"remove\",\"node\":{}}}\n", inQuotes(node.path))
-                : fmt::format("{} {}\n", coloured(Colour::Red, "-"), node.path));
+                : fmt::format("{} {}\n", coloured(Colour::Red, "-"), printable(node.path)));
 }
 
 int watch(const Options& options) {

@@ -123,7 +123,7 @@ void writeFile(const std::string& path, std::string_view content) {
     if (isStandardOutput(path))
         return writeStandardOutput(content);
     for (;;) {
-        const Place place = placeOf(path);
+        const Place place = Place::at(path);
         if (place.isForFile())
             return writeWhole(place, content);
         if (writeInPlace(place, content))
@@ -132,7 +132,7 @@ void writeFile(const std::string& path, std::string_view content) {
 }
 
 void requireWritable(const std::string& path) {
-    const Place place = placeOf(path);
+    const Place place = Place::at(path);
     requireRightToWrite(place);
     if (place.isForFile())
         prepare(NewFile(place.folder).descriptor(), place);

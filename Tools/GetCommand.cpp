@@ -49,7 +49,7 @@ int get(Bus::Client& client, const Options& options) {
         JSON::appendString(quotedKey, key);
         writeStandardOutput(options.jsonl
                                 ? fmt::format(R"({{"kind":"property","key":{},"value":{}}})", quotedKey, value) + "\n"
-                                : value + "\n");
+                                : printable(value) + "\n");
     });
 }
 

@@ -77,8 +77,19 @@ Info inspect(const std::string& file) {
     return info;
 }
 
+// Text of a recording for one line; of a long one the beginning and how long it is.
+std::string shortened(std::string_view text) {
+    constexpr std::size_t kMostShown = 200;
+    if (text.size() <= kMostShown)
+        return printable(text);
+    std::size_t end = kMostShown;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) // within a character
+        --end;
+    return fmt::format("{}... ({} bytes)", printable(text.substr(0, end)), text.size());
+}
+
 std::string asText(const std::string& file, const Info& info) {
-    std::string text = coloured(Colour::Bold, file) + "\n";
+    std::string text = coloured(Colour::Bold, printable(file)) + "\n";
     const auto line = [&text](std::string_view name, const std::string& value) {
         text += fmt::format("  {:<18} {}\n", name, value);
     };
@@ -97,8 +108,8 @@ std::string asText(const std::string& file, const Info& info) {
     disturbances("gaps", info.gaps, Gap);
     disturbances("firmware resets", info.resets, Reset);
     for (const Setting& setting : info.settings)
-        line("setting", fmt::format("{} = {}", printable(setting.key),
-                                    setting.value ? JSON::text(setting.value.get()) : std::string("(none)")));
+        line("setting", fmt::format("{} = {}", shortened(setting.key),
+                                    setting.value ? shortened(JSON::text(setting.value.get())) : "(none)"));
     for (const auto& [name, regions] : info.gestures) {
         for (const auto& [region, count] : regions)
             line(name, fmt::format("{} x {}", count, region.empty() ? "-" : region));

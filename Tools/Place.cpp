@@ -56,7 +56,7 @@ std::string targetOf(const Place& place) {
 
 bool Place::isShared() const { return (statusOf(folder.get()).st_mode & (S_IWOTH | S_ISVTX)) != 0; }
 
-Place placeOf(const std::string& path) {
+Place Place::at(const std::string& path) {
     Place place = placeNamed(AT_FDCWD, path);
     for (int links = 0; place.status && S_ISLNK(place.status->st_mode) && !isBelowProc(place); ++links) {
         if (links == kMostLinks)

@@ -11,6 +11,10 @@ namespace VeltoTouch::Tools {
 
 // Where a path leads: a name in an open folder, which stays the same folder whatever becomes of the path.
 struct Place {
+    // Follows links up to one that stands for an open descriptor. Throws std::system_error, also for a link to nothing,
+    // and std::runtime_error for another user's link in a shared folder.
+    [[nodiscard]] static Place at(const std::string& path);
+
     FileDescriptor folder; // for calls that take a folder's descriptor; it can be neither read nor synced itself
     std::string name;
     std::optional<struct stat> status; // of what has the name; none if nothing has
@@ -22,9 +26,5 @@ struct Place {
     // Whether a file is to stand there: a regular one, or none yet.
     [[nodiscard]] bool isForFile() const noexcept { return !status || S_ISREG(status->st_mode); }
 };
-
-// Follows links up to one that stands for an open descriptor. Throws std::system_error, also for a link to nothing,
-// and std::runtime_error for another user's link in a shared folder.
-[[nodiscard]] Place placeOf(const std::string& path);
 
 } // namespace VeltoTouch::Tools

@@ -1,5 +1,7 @@
 #include "Tools/Progress.h"
 
+#include "Tools/Terminal.h"
+
 #include <cstdio>
 
 #include <fmt/format.h>
@@ -14,8 +16,8 @@ constexpr std::chrono::milliseconds kBetweenUpdates{100};
 
 } // namespace
 
-Progress::Progress(std::string work, std::uint64_t total)
-    : _work(std::move(work)), _total(total), _isShown(::isatty(STDERR_FILENO) != 0),
+Progress::Progress(std::string_view work, std::uint64_t total)
+    : _work(printable(work)), _total(total), _isShown(::isatty(STDERR_FILENO) != 0),
       _next(std::chrono::steady_clock::now() + kFirstShown) {}
 
 Progress::~Progress() {

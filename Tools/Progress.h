@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace VeltoTouch::Tools {
 
@@ -11,7 +12,7 @@ namespace VeltoTouch::Tools {
 class Progress {
 public:
     // `total` is the amount of work; 0 where it is not known.
-    Progress(std::string work, std::uint64_t total);
+    Progress(std::string_view work, std::uint64_t total);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
     ~Progress();

@@ -93,7 +93,7 @@ void replayAsLines(const Options& options, const std::string& file, Replay& repl
 
 void replayAsTable(const Options& options, const std::string& file, Replay& replay, PipelineRecording& recording) {
     Output output(options.speed != Replay::kMaxSpeed);
-    output.text = file + "\n" + GestureTable::heading();
+    output.text = printable(file) + "\n" + GestureTable::heading();
     GestureTable gestures([&](const GestureTable::Gesture& gesture) { output.text += GestureTable::row(gesture); });
     if (options.describe) {
         replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {

@@ -44,7 +44,7 @@ public:
         : RunOutput(std::move(failureHandler)), _name(std::move(name)) {}
 
 private:
-    void appendBeginning(std::string& text) override { text += _name + "\n" + GestureTable::heading(); }
+    void appendBeginning(std::string& text) override { text += printable(_name) + "\n" + GestureTable::heading(); }
     void appendEvent(std::string& text, const HIDEvent& event, std::uint64_t timeNs) override {
         _gestures.add(gestureEventOf(event), timeNs);
         takeRows(text);
@@ -56,7 +56,7 @@ private:
         takeRows(text);
         text += fmt::format("  {} reports, {} events\n", ending.reports, events) + _gestures.summary();
         for (const auto& [key, value] : ending.properties)
-            text += fmt::format("  {} = {}\n", key, JSON::text(value.get()));
+            text += printable(fmt::format("  {} = {}", key, JSON::text(value.get()))) + "\n";
     }
 
     // Its row when it has ended takes the place of this one.

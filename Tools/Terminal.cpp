@@ -1,12 +1,15 @@
 #include "Tools/Terminal.h"
 
-#include "Platform/JSON.h"
+#include "Platform/UTF8.h"
 #include "Recording/Damage.h"
 #include "Tools/Files.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -24,11 +27,50 @@ bool coloursAreWanted() {
     return wanted;
 }
 
+// The character that a well-formed sequence stands for.
+std::uint32_t characterOf(std::string_view sequence) noexcept {
+    const auto first = static_cast<unsigned char>(sequence.front());
+    std::uint32_t character = sequence.size() == 1 ? first : first & (0x7FU >> sequence.size());
+    for (const char tail : sequence.substr(1))
+        character = character << 6U | (static_cast<unsigned char>(tail) & 0x3FU);
+    return character;
+}
+
+// Controls, separators of lines, and what turns the direction of writing.
+bool steersTerminals(std::uint32_t character) noexcept {
+    static constexpr std::pair<std::uint32_t, std::uint32_t> kRanges[] = {
+        {0x00, 0x1F}, {0x7F, 0x9F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
+    return std::ranges::any_of(
+        kRanges, [character](const auto& range) { return character >= range.first && character <= range.second; });
+}
+
+// As in JSON.
+std::string escapeOf(std::uint32_t character) {
+    switch (character) {
+    case '\b':
+        return "\\b";
+    case '\f':
+        return "\\f";
+    case '\n':
+        return "\\n";
+    case '\r':
+        return "\\r";
+    case '\t':
+        return "\\t";
+    default:
+        return fmt::format("\\u{:04x}", character);
+    }
+}
+
 } // namespace
 
-void complain(std::string_view subject, std::string_view message) {
+void writeErrorLine(std::string_view text) {
     const char* const beginning = ::isatty(STDERR_FILENO) != 0 ? kWipedLine : ""; // progress may stand there
-    std::fputs(fmt::format("{}velto: {}: {}\n", beginning, subject, message).c_str(), stderr);
+    std::fputs((beginning + printable(text) + "\n").c_str(), stderr);
+}
+
+void complain(std::string_view subject, std::string_view message) {
+    writeErrorLine(fmt::format("velto: {}: {}", subject, message));
 }
 
 std::string messageOf(const std::exception& error) {
@@ -56,9 +98,19 @@ int forEachFile(const std::vector<std::string>& files, const std::function<void(
 }
 
 std::string printable(std::string_view text) {
-    std::string escaped;
-    JSON::appendString(escaped, text);
-    return escaped.substr(1, escaped.size() - 2);
+    std::string shown;
+    while (!text.empty()) {
+        const std::size_t length = UTF8::sequenceLength(text);
+        const std::string_view sequence = text.substr(0, std::max<std::size_t>(length, 1));
+        if (length == 0)
+            shown += fmt::format("\\x{:02x}", static_cast<unsigned char>(text.front()));
+        else if (const std::uint32_t character = characterOf(sequence); !steersTerminals(character))
+            shown += sequence;
+        else
+            shown += escapeOf(character);
+        text.remove_prefix(sequence.size());
+    }
+    return shown;
 }
 
 std::string_view fileNameOf(std::string_view path) {

@@ -10,6 +10,9 @@
 
 namespace VeltoTouch::Tools {
 
+// Writes one line to standard error, whatever is in the text.
+void writeErrorLine(std::string_view text);
+
 // One line "velto: SUBJECT: MESSAGE" on standard error.
 void complain(std::string_view subject, std::string_view message);
 
@@ -21,7 +24,8 @@ void complain(std::string_view subject, std::string_view message);
 // What to print of an exception: its text, then in brackets the place of a damage, if it is known.
 [[nodiscard]] std::string messageOf(const std::exception& error);
 
-// Text of a recording for a terminal: control characters are escaped.
+// Text of others for a terminal (names of files and devices, what recordings hold): what steers it and bytes that are
+// no UTF-8 are shown as escapes. JSON stays the same JSON.
 [[nodiscard]] std::string printable(std::string_view text);
 
 // The last part of a path.

@@ -3,8 +3,9 @@
 #include "Tools/Terminal.h"
 
 #include <csignal>
-#include <cstdio>
+#include <iostream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -34,7 +35,12 @@ int main(int argc, char** argv) {
     try {
         program.app->parse(argumentsOf(argc, argv));
     } catch (const CLI::ParseError& error) {
-        return program.app->exit(error) == 0 ? 0 : kWrongUsage;
+        std::ostringstream complaint;
+        if (program.app->exit(error, std::cout, complaint) == 0)
+            return 0;
+        const std::string text = complaint.str();
+        writeErrorLine(text.substr(0, text.find_last_not_of('\n') + 1));
+        return kWrongUsage;
     }
     try {
         for (const Command& command : program.commands) {
@@ -44,7 +50,7 @@ int main(int argc, char** argv) {
     } catch (const ClosedPipe&) {
         return kFailed;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "velto: %s\n", messageOf(error).c_str());
+        writeErrorLine("velto: " + messageOf(error));
         return kFailed;
     }
     return kWrongUsage;

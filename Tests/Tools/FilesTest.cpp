@@ -105,6 +105,21 @@ TEST_F(FilesTest, AFolderStandsForTheRecordingsBelowItInTheOrderOfTheirPathsOrFa
     EXPECT_EQ(outputWhenRefused({"convert"}, {corpus}, "Is a directory"), "");
 }
 
+TEST_F(FilesTest, NoNameSteersTheTerminal) {
+    const std::string raw = "a\x1b[31m\x7f\xc2\x9b\xe2\x80\xae\xff\n\xc3\xa4\\\"";
+    const std::string shown = R"(a\u001b[31m\u007f\u009b\u202e\xff\n)"
+                              "\xc3\xa4\\\"";
+    const std::string named = folder.write(raw, text);
+    for (const char* command : {"info", "replay"})
+        EXPECT_THAT(velto().run({command, named}).output, testing::StartsWith(folder.path(shown) + "\n"));
+    const std::string missing = "velto: " + folder.path(shown) + "x: No such file or directory\n";
+    EXPECT_THAT(velto().run({"info", named + "x"}), Ends(1, "", missing));
+    EXPECT_THAT(velto().run({"run", "--device", "replay:" + named + "x"}), Ends(1, "", missing));
+    EXPECT_THAT(velto().run({raw}), Ends(2, "", testing::HasSubstr(shown)));
+    EXPECT_THAT(velto().run({"replay", "--jsonl", named}).output,
+                testing::HasSubstr("a\\u001b[31m\x7f\xc2\x9b\xe2\x80\xae\xef\xbf\xbd\\n\xc3\xa4\\\\\\\"\""));
+}
+
 TEST_F(FilesTest, AFullOrClosedStandardOutputEndsTheWorkWithAFailure) {
     // So long that some of it is written before the end.
     const std::string longFile = folder.write("long.json", SmallRecording().images(300, {}).touchForMs(900).text());

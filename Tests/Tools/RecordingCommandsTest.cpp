@@ -80,7 +80,10 @@ TEST(RecordingCommandsTest, InfoTellsWhatEachFileHoldsAsJSONOrInWordsThatDoNotSt
         "gestures": {"hold": {"PlayPause": 1}, "tap": {"PlayPause": 1}, "firmware reset": {"": 1}}})");
     EXPECT_EQ(outputOf({"info", "--json", file}, ""), JSON::text(expected.get()) + "\n");
 
-    const std::string steering = SmallRecording().set("k\x1b[2J\n", R"("\u001b")").text();
+    const std::string steering = SmallRecording()
+                                     .set("k\x1b[2J\n", R"("\u001b\u007f\u009b\u202e\u00e4")")
+                                     .set("long", '"' + std::string(1'000'000, 'x') + '"')
+                                     .text();
     EXPECT_THAT(outputOf({"info", file, "-"}, steering),
                 AllOf(HasSubstr(file + "\n"), HasSubstr("version            2\n"), HasSubstr("0.200 s\n"),
                       HasSubstr("28 (5 settings, 22 input reports, 1 metadata)\n"),
@@ -89,7 +92,8 @@ TEST(RecordingCommandsTest, InfoTellsWhatEachFileHoldsAsJSONOrInWordsThatDoNotSt
                                 "  firmware resets    1\n"
                                 "                         0.200 s  after frame 22\n"),
                       HasSubstr("Pipeline.Algs.HoldTimeoutMilliseconds = 400\n"), HasSubstr("1 x PlayPause\n"),
-                      HasSubstr(R"(Pipeline.k\u001b[2J\n = "\u001b")")));
+                      HasSubstr(R"(Pipeline.k\u001b[2J\n = "\u001b\u007f\u009b\u202eä")"),
+                      HasSubstr("Pipeline.long = \"" + std::string(199, 'x') + "... (1000002 bytes)\n")));
     EXPECT_THAT(outputOf({"info", "-"}, R"({"Version":1})"), HasSubstr("version            1\n"));
 }
 
