@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-// The platform log. A component creates one log per category and, before it builds a message, asks whether
-// the level is enabled. Logging never blocks its caller: lines go through a bounded queue to a writer thread,
-// and when the queue is full the oldest line is overrun and counted. At its end the process gives the writer a second
-// for what it has.
+// The platform log. A component creates one log per category and, before it builds a message, asks whether the level is
+// enabled. Logging never blocks its caller, which may be a real-time thread: lines go through a bounded queue to a
+// writer thread (`LogOutput.h`), and when the queue is full the oldest line is overrun and counted. A text above 65,536
+// bytes is cut and ends in "...". At its end the process gives the writer a second for what it has.
 //
 // The environment variable VELTO_LOG chooses what is written and where: LEVEL or LEVEL:FILE, LEVEL being
 // debug, default, error (where it is not set) or off; without a FILE lines go to standard error.
@@ -33,7 +33,7 @@ using os_log_t = const OSLog*;
 // Whether messages of this level are taken at all: one relaxed load. Any thread.
 [[nodiscard]] bool os_log_type_enabled(os_log_t log, os_log_type_t type) noexcept;
 
-// Logs one message if its level is enabled. Any thread; never blocks, never throws.
+// Logs one message if its level is enabled. Any thread; never waits for an ordinary one, never throws.
 void os_log_with_type(os_log_t log, os_log_type_t type, std::string_view message) noexcept;
 
 // Lines that found the queue full and overran an older one, since the process began.

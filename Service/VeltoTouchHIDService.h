@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -124,8 +125,11 @@ private:
     template <class... Arguments>
     static void logTo(os_log_t log, os_log_type_t type, fmt::format_string<Arguments...> format,
                       Arguments&&... arguments) {
-        if (os_log_type_enabled(log, type))
-            os_log_with_type(log, type, fmt::format(format, std::forward<Arguments>(arguments)...));
+        if (!os_log_type_enabled(log, type))
+            return;
+        fmt::memory_buffer message; // in place up to 500 bytes
+        fmt::format_to(std::back_inserter(message), format, std::forward<Arguments>(arguments)...);
+        os_log_with_type(log, type, {message.data(), message.size()});
     }
 
     const os_log_t _log;
