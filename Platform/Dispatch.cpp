@@ -1,11 +1,10 @@
 #include "Platform/Dispatch.h"
 
 #include "Platform/Mutex.h"
+#include "Platform/Thread.h"
 
 #include <cerrno>
 #include <deque>
-#include <string>
-#include <thread>
 
 #include <pthread.h>
 #include <sched.h>
@@ -89,9 +88,7 @@ struct DispatchQueue::Line {
 };
 
 DispatchQueue::DispatchQueue(const char* label, dispatch_qos_class_t quality) : _line(std::make_shared<Line>()) {
-    std::thread worker(work, _line, quality);
-    pthread_setname_np(worker.native_handle(), std::string(label).substr(0, 15).c_str());
-    worker.detach();
+    NSThread::detachNewThreadWithBlock(label, [line = _line, quality] { work(line, quality); });
 }
 
 DispatchQueue::~DispatchQueue() { _line->signal->signal(); }

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <memory>
 #include <system_error>
 #include <tuple>
@@ -15,7 +14,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <pthread.h>
 #include <unistd.h>
 
 // The thread and the loop share a place for one event and a pipe. A byte in the pipe says that there is an event where
@@ -51,7 +49,6 @@ public:
 
     void run() const {
         beAnOrdinaryThread(); // at the loop's priority, hardware that is slow to answer would hold that up after all
-        blockSignals();
         std::uint64_t due = mach_absolute_time() + _reader.interval();
         while (waitUntil(due)) {
             Ref<HIDEvent> event = _reader.read();
@@ -62,13 +59,6 @@ public:
     }
 
 private:
-    // They are the host's; that nobody listens is seen without SIGPIPE.
-    static void blockSignals() noexcept {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_BLOCK, &all, nullptr);
-    }
-
     // False once nobody listens any more.
     [[nodiscard]] bool waitUntil(std::uint64_t time) const noexcept {
         const std::uint64_t now = mach_absolute_time();
@@ -79,7 +69,7 @@ private:
         return ::ppoll(&listener, 1, &timeout, nullptr) == 0;
     }
 
-    // The same.
+    // The same, without SIGPIPE, which the thread blocks.
     [[nodiscard]] bool handOver(Ref<HIDEvent> event) const noexcept {
         const bool isLate = static_cast<bool>(_slot->exchange(std::move(event)));
         return isLate || ::write(_pipe.get(), "", 1) == 1;

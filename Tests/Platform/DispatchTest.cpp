@@ -1,6 +1,5 @@
 #include "Platform/Dispatch.h"
 #include "Platform/Mutex.h"
-#include "Platform/Thread.h"
 
 #include <array>
 #include <fstream>
@@ -88,33 +87,6 @@ TEST(DispatchTest, ASemaphoreStartsWithItsCountAndCountsItsSignals) {
     semaphore->signal();
     for (int i = 0; i < 3; ++i)
         semaphore->wait(); // for ever where one has been lost
-}
-
-TEST(ThreadTest, ADetachedThreadHasItsNameWhenItsBlockRuns) {
-    const auto done = dispatch_semaphore_create(0);
-    std::string name;
-    NSThread::detachNewThreadWithBlock("fifteen-letters", [&name, done] {
-        name = nameOfThisThread();
-        done->signal();
-    });
-    done->wait();
-    EXPECT_EQ(name, "fifteen-letters");
-}
-
-TEST(MutexTest, ExcludesOtherThreads) {
-    Mutex mutex;
-    int count = 0;
-    {
-        const auto add = [&] {
-            for (int i = 0; i < 20'000; ++i) {
-                const MutexLock guard(mutex);
-                ++count;
-            }
-        };
-        const std::jthread one(add);
-        const std::jthread other(add);
-    }
-    EXPECT_EQ(count, 40'000);
 }
 
 // The kernel's priority of a thread: 20 for an ordinary one, -1 - n for a real-time priority of n.

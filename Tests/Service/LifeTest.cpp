@@ -3,6 +3,8 @@
 #include "Tests/Support/TestAccelerometer.h"
 #include "Tests/Support/TestHost.h"
 
+#include <filesystem>
+#include <fstream>
 #include <thread>
 
 #include <sys/resource.h>
@@ -236,6 +238,33 @@ TEST_F(LifeTest, ASlowCallbackDelaysNoReportAndWhatIsQueuedWhenTheServiceGoesSti
     mayGoOn->signal();
     mayGoOn->signal();
     EXPECT_THAT(host.events(), ElementsAre(MayBegin(PlayPause), Tap(PlayPause)));
+}
+
+// The signals that a thread blocks, a bit each; all of a thread that has ended.
+std::uint64_t blockedSignals(const std::filesystem::path& thread) {
+    std::ifstream status(thread / "status");
+    std::uint64_t blocked = ~std::uint64_t{0};
+    for (std::string word; status >> word;) {
+        if (word == "SigBlk:")
+            status >> std::hex >> blocked;
+    }
+    return blocked;
+}
+
+TEST_F(LifeTest, TheHostsSignalsRunOnNoThreadOfOurs) {
+    constexpr std::uint64_t kBlockable = 0x3FFBFEFF; // 1 to 30 but KILL and STOP; a sanitizer's own thread takes SYS
+    const std::uint64_t before = blockedSignals("/proc/thread-self");
+    TestHost host(device);
+    host.schedule();
+    EXPECT_EQ(blockedSignals("/proc/thread-self"), before);
+    int count = 0;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+        if (thread.path().filename() == std::to_string(getpid()))
+            continue;
+        ++count;
+        EXPECT_EQ(blockedSignals(thread.path()) & kBlockable, kBlockable);
+    }
+    EXPECT_GE(count, 3) << "reports, queue, log";
 }
 
 } // namespace
