@@ -25,7 +25,7 @@ Registry& registry() {
 // What every HIDDevice is.
 class OpenableDevice final : public HIDDevice, public InputReportSink {
 public:
-    explicit OpenableDevice(Ref<HIDDeviceBackend> deviceBackend) noexcept : backend(std::move(deviceBackend)) {}
+    explicit OpenableDevice(Ref<HIDDeviceBackend> deviceBackend) : backend(std::move(deviceBackend)) {}
 
     [[nodiscard]] std::span<std::uint8_t> buffer() noexcept override { return reportBuffer; }
     void deliver(std::size_t length, std::uint64_t timeStamp) override {
@@ -38,6 +38,7 @@ public:
     }
 
     const Ref<HIDDeviceBackend> backend;
+    const os_log_t log = os_log_create("org.velto.platform", "HIDDevice");
 
     // The thread of the run loop alone.
     std::span<std::uint8_t> reportBuffer;
@@ -70,9 +71,14 @@ void unregisterDevice(io_service_t service) {
 }
 
 Ref<HIDDevice> IOHIDDeviceCreate(CFTypeRef /*allocator*/, io_service_t service) {
-    const MutexLock guard(registry().lock);
-    const auto known = registry().devices.find(service);
-    return known == registry().devices.end() ? nullptr : makeRef<OpenableDevice>(known->second);
+    Ref<HIDDeviceBackend> backend;
+    {
+        const MutexLock guard(registry().lock);
+        const auto known = registry().devices.find(service);
+        if (known != registry().devices.end())
+            backend = known->second;
+    }
+    return backend ? makeRef<OpenableDevice>(std::move(backend)) : nullptr;
 }
 
 IOReturn IOHIDDeviceOpen(IOHIDDeviceRef device, IOOptionBits options) {
@@ -103,8 +109,7 @@ void IOHIDDeviceScheduleWithRunLoop(IOHIDDeviceRef device, CFRunLoopRef loop, CF
     try {
         opened(device).source = opened(device).backend->startReports(*loop, mode->text(), opened(device));
     } catch (const std::system_error& error) {
-        os_log_with_type(os_log_create("org.velto.touch", "HIDDevice"), OS_LOG_TYPE_ERROR,
-                         std::string("device cannot be read: ") + error.what());
+        os_log_with_type(opened(device).log, OS_LOG_TYPE_ERROR, std::string("device cannot be read: ") + error.what());
     }
 }
 

@@ -28,7 +28,7 @@ constexpr std::uint64_t kMostUnsentSignals = 1024;
 void complain(std::string_view what, std::string_view why) noexcept {
     std::array<char, 256> message{};
     const auto end = fmt::format_to_n(message.data(), message.size(), "{}: {}", what, why).out;
-    os_log_with_type(os_log_create("org.velto.touch", "Bus"), OS_LOG_TYPE_ERROR, {message.data(), end});
+    os_log_with_type(os_log_create("org.velto.serve", "Bus"), OS_LOG_TYPE_ERROR, {message.data(), end});
 }
 
 // The numbers of a dictionary, those of dictionaries in it too.

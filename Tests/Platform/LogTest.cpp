@@ -1,4 +1,5 @@
 #include "Platform/LogQueue.h"
+#include "Tests/Support/TestDevice.h"
 
 #include <cstdlib>
 #include <string>
@@ -139,6 +140,18 @@ TEST_F(LogEnvironmentTest, StandardErrorShowsTheLevelAskedFor) {
     EXPECT_EXIT(logAndExit(), ExitedWithCode(0), Not(failure));
     unsetenv("VELTO_LOG");
     EXPECT_EXIT(logAndExit(), ExitedWithCode(0), AllOf(Not(event), failure));
+}
+
+TEST_F(LogEnvironmentTest, ThePlatformsOwnLinesHaveItsOwnIdentifier) {
+    const auto scheduleADeviceThatCannotBeRead = [] {
+        const auto backend = makeRef<TestDevice>();
+        backend->failsToStart = true;
+        const auto device = IOHIDDeviceCreate(nullptr, registerDevice(backend));
+        IOHIDDeviceScheduleWithRunLoop(device.get(), CFRunLoopGetCurrent(), makeRef<String>("mode").get());
+        std::exit(0); // NOLINT(concurrency-mt-unsafe)
+    };
+    EXPECT_EXIT(scheduleADeviceThatCannotBeRead(), ExitedWithCode(0),
+                HasSubstr("[org.velto.platform:HIDDevice] device cannot be read"));
 }
 
 TEST_F(LogEnvironmentTest, AStalledStandardErrorStallsNobodyAndOverrunsAreCounted) {
