@@ -5,10 +5,12 @@
 #include "Tests/Support/Reports.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Bytes as a tale of what happens to a recording. The first byte is the bound, then come steps, each a letter and what
@@ -97,12 +99,12 @@ private:
     }
 
     std::string settingKey() {
-        static const std::vector<std::string> kKeys{"Algs.EnableHoldSuppression",   "Algs.EnableTapSuppression",
-                                                    "Algs.HoldTimeoutMilliseconds", "Algs.ActivationThreshold",
-                                                    "Algs.ResetEventStats",         "DebugInfo"};
+        static constexpr std::array<std::string_view, 6> kKeys{
+            "Algs.EnableHoldSuppression", "Algs.EnableTapSuppression", "Algs.HoldTimeoutMilliseconds",
+            "Algs.ActivationThreshold",   "Algs.ResetEventStats",      "DebugInfo"};
         const std::size_t key = take<std::uint8_t>();
         if (key < kKeys.size())
-            return kKeys[key];
+            return std::string(kKeys[key]);
         return (key % 2 == 0 ? "Algs.VirtualNormalizationFactors." : "Algs.") + text();
     }
 

@@ -10,8 +10,8 @@ namespace {
 
 // The controller's feature reports: ten for its makers, whose content nothing interprets, and how long its button is
 // to be held for a factory reset, in milliseconds.
-const PlayedDevice::FeatureReports& controllerReports() {
-    static const PlayedDevice::FeatureReports reports{
+PlayedDevice::FeatureReports controllerReports() {
+    return {
         {0x04, {0x04, 0x13, 0x00}},
         {0x10, {0x10, 0x01, 0x02}},
         {0x11, {0x11, 0x0F, 0x17}},
@@ -24,7 +24,6 @@ const PlayedDevice::FeatureReports& controllerReports() {
         {0x3C, {0x3C, 0x64, 0x00}},
         {0x3F, {0x3F, 0xFF}},
     };
-    return reports;
 }
 
 } // namespace

@@ -20,7 +20,7 @@ bool hasReportsOf(const ReportDescriptor& wanted, const ReportDescriptor& descri
 } // namespace
 
 bool isSurface(const ReportDescriptor& descriptor) {
-    static const ReportDescriptor surface(kReportDescriptor);
+    static const auto& surface = *new ReportDescriptor(kReportDescriptor); // never destroyed
     return descriptor.primaryUsage() == surface.primaryUsage() &&
            hasReportsOf(surface, descriptor, kIOHIDReportTypeInput) &&
            hasReportsOf(surface, descriptor, kIOHIDReportTypeFeature);

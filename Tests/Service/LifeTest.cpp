@@ -267,5 +267,24 @@ TEST_F(LifeTest, TheHostsSignalsRunOnNoThreadOfOurs) {
     EXPECT_GE(count, 3) << "reports, queue, log";
 }
 
+// In a process of its own: a handler that was set first runs last, when every static object has gone.
+TEST_F(LifeTest, ThreadsMayUseTheServiceWhileTheProcessEnds) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    static TestHost* host;
+    const auto useAndExit = [this] {
+        host = new TestHost(device);
+        const auto use = [] {
+            host->set("Pipeline.Algs.HoldTimeoutMilliseconds", makeRef<String>("no number"));
+            const LogCapture log(OS_LOG_TYPE_DEBUG);
+            std::ignore = os_log_create("test", "End");
+        };
+        std::atexit([] { _exit(3); });
+        std::atexit(use);
+        use();
+        std::exit(0); // NOLINT(concurrency-mt-unsafe)
+    };
+    EXPECT_EXIT(useAndExit(), testing::ExitedWithCode(3), "");
+}
+
 } // namespace
 } // namespace VeltoTouch::Tests
