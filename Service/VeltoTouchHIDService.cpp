@@ -14,6 +14,8 @@ VeltoTouchHIDService::VeltoTouchHIDService()
     _recording.setMaxFrameCount(kMaxRecordedFrames);
 }
 
+VeltoTouchHIDService::~VeltoTouchHIDService() { log(OS_LOG_TYPE_DEBUG, "dealloc"); }
+
 IOReturn VeltoTouchHIDService::probeWithServicePropertiesOutScore(io_service_t /*service*/,
                                                                   CFDictionaryRef /*properties*/,
                                                                   std::int32_t* /*score*/) {

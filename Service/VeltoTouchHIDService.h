@@ -47,6 +47,7 @@ struct AccelSample {
 class VeltoTouchHIDService final : public VeltoHIDService {
 public:
     VeltoTouchHIDService();
+    ~VeltoTouchHIDService() override;
 
     IOReturn probeWithServicePropertiesOutScore(io_service_t service, CFDictionaryRef properties,
                                                 std::int32_t* score) override;
