@@ -12,6 +12,35 @@
 // gets an interface handle, asks it for further interfaces, and calls the service through tables of functions.
 //
 // A handle is the address of a pointer to a table. Every function's first argument is the handle that it was found by.
+//
+// One life of a service:
+//
+//   factory, QueryInterface           a reference for each handle
+//   Probe, Start                      the service makes its device
+//     open, setEventCallback
+//     scheduleWithDispatchQueue       events begin
+//     unscheduleFromDispatchQueue     events end: none is queued after it returns
+//     draining the queue              what was queued has reached the callback
+//     close
+//   Stop                              the service lets its device go
+//   Release, for each handle
+//
+// These calls are made one at a time: each begins when the one before it has returned, on any thread. open to close lie
+// between a Start that succeeded and its Stop. Start to Stop, open to close and schedule to unschedule may be repeated.
+// No call fails the process for want of a device.
+//
+// Any thread, at any time, beside each other and beside the calls above, while the caller holds a reference:
+// QueryInterface, AddRef, Release, copyProperty, setProperty, copyEvent, setOutputEvent. A property that asks the
+// device may wait for it. Stop does not wait for that: the request ends with the device that it began with.
+//
+// After unscheduling:
+// - Events that are still queued reach the callback with target, refcon and `sender`, a handle without a reference.
+// Drain
+//   the queue before the last Release, and before target or refcon go.
+// - The service's thread may be on its last instructions. It holds references of its own to the service and the queue:
+//   the last one may go on that thread, after the host's Release.
+// - The module stays loaded: closing it (dlclose) is allowed at any time and unloads nothing. Its thread and queued
+//   tasks may run in it until the process ends.
 
 namespace VeltoTouch {
 
@@ -39,15 +68,16 @@ struct IOCFPlugInInterfaceStruct {
     void* _reserved;
 
     // A handle of the interface asked for, with a reference that the caller releases, or E_NOINTERFACE and `*handle`
-    // untouched. Any thread; so are the two below, which give the count of references after the call.
+    // untouched.
     HRESULT (*QueryInterface)(void* self, REFIID interfaceID, void** handle);
+    // The count of references after the call, those that the service's own thread holds included.
     ULONG (*AddRef)(void* self);
     ULONG (*Release)(void* self);
 
     std::uint16_t version;
     std::uint16_t revision;
 
-    // Called in this order. `service` is the handle of the device that the service is to work with.
+    // `service` is the handle of the device that the service is to work with.
     IOReturn (*Probe)(void* self, CFDictionaryRef propertyTable, io_service_t service, std::int32_t* order);
     IOReturn (*Start)(void* self, CFDictionaryRef propertyTable, io_service_t service);
     IOReturn (*Stop)(void* self);
@@ -62,16 +92,15 @@ struct IOHIDServiceInterface2 {
 
     bool (*open)(void* self, IOOptionBits options);
     void (*close)(void* self, IOOptionBits options);
-    // A value with a reference that the caller releases, or null. Any thread.
+    // A value with a reference that the caller releases, or null.
     CFPropertyListRef (*copyProperty)(void* self, CFStringRef key);
-    // Whether the value was taken. Any thread.
+    // Whether the value was taken.
     bool (*setProperty)(void* self, CFStringRef key, CFPropertyListRef value);
-    // Before scheduling; target and refcon are handed back to the callback.
+    // Reaches the next schedule, not one that runs. Target and refcon are handed back to the callback.
     void (*setEventCallback)(void* self, IOHIDServiceEventCallback callback, void* target, void* refcon);
-    // Events begin. The queue is serial.
+    // Returns when the service's thread has its run loop. The queue is serial.
     void (*scheduleWithDispatchQueue)(void* self, dispatch_queue_t queue);
-    // Events end: none is queued after this returns. Those that are queued still run; the host drains its queue
-    // before it releases the service.
+    // Returns when the service's thread has let go of the device.
     void (*unscheduleFromDispatchQueue)(void* self, dispatch_queue_t queue);
     IOHIDEventRef (*copyEvent)(void* self, std::uint32_t eventType, IOHIDEventRef matching, IOOptionBits options);
     IOReturn (*setOutputEvent)(void* self, IOHIDEventRef event);

@@ -51,7 +51,7 @@ void VeltoTouchHIDService::handleInputReports(const DispatchEventInfo& info) {
     }
 
     std::array<std::uint8_t, kReportBufferLength> report{};
-    const Ref<HIDDevice> device = _veltoDevice;
+    const Ref<HIDDevice> device = this->device();
     IOHIDDeviceRegisterInputReportWithTimeStampCallback(device.get(), report.data(), report.size(), inputReportCallback,
                                                         this);
     IOHIDDeviceScheduleWithRunLoop(device.get(), CFRunLoopGetCurrent(), inputReportMode());

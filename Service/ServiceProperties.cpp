@@ -81,7 +81,7 @@ Ref<Value> VeltoTouchHIDService::getPropertyForKey(CFStringRef key) {
         return recordingText();
     if (name == kServicePluginDebug)
         return servicePluginDebug();
-    return IOHIDDeviceGetProperty(_veltoDevice.get(), key);
+    return IOHIDDeviceGetProperty(device().get(), key);
 }
 
 bool VeltoTouchHIDService::setPropertyForKey(CFPropertyListRef value, CFStringRef key) {
@@ -91,7 +91,7 @@ bool VeltoTouchHIDService::setPropertyForKey(CFPropertyListRef value, CFStringRe
         return false;
     std::string rest = key->text();
     if (!Util::stripDomainFromKey(rest, kPipelineDomain))
-        return IOHIDDeviceSetProperty(_veltoDevice.get(), key, value);
+        return IOHIDDeviceSetProperty(device().get(), key, value);
     const MutexLock guard(_pipelineLock);
     _recording.setState(mach_absolute_time(), rest, Ref<Value>::retained(value));
     return true;
@@ -103,9 +103,10 @@ Ref<Value> VeltoTouchHIDService::pipelineState(const std::string& key) {
 }
 
 Ref<Value> VeltoTouchHIDService::firmwareDebugReports() {
+    const Ref<HIDDevice> device = this->device();
     std::vector<Dictionary::Entry> reports;
     for (const std::uint8_t reportID : kFirmwareDebugReportIDs) {
-        const auto reading = readFeatureReport(_veltoDevice.get(), reportID, kDebugReportLength);
+        const auto reading = readFeatureReport(device.get(), reportID, kDebugReportLength);
         reports.push_back({.key = fmt::format("0x{:02x}", reportID),
                            .value = text(reading.status == kIOReturnSuccess
                                              ? Util::hexStringFromBytes(reading.bytes())
@@ -118,7 +119,7 @@ Ref<Value> VeltoTouchHIDService::firmwareDebugReports() {
 Ref<Value> VeltoTouchHIDService::factoryResetHoldDuration() {
     using FeatureReport::FactoryResetHoldDuration;
     const auto reading =
-        readFeatureReport(_veltoDevice.get(), FactoryResetHoldDuration::kReportID, kHoldDurationReportLength);
+        readFeatureReport(device().get(), FactoryResetHoldDuration::kReportID, kHoldDurationReportLength);
     if (reading.status != kIOReturnSuccess)
         return nullptr;
     const auto record = FactoryResetHoldDuration::parse(reading.buffer.data(), reading.length);

@@ -25,24 +25,35 @@ IOReturn VeltoTouchHIDService::probeWithServicePropertiesOutScore(io_service_t /
 
 IOReturn VeltoTouchHIDService::startWithServiceProperties(io_service_t service, CFDictionaryRef /*properties*/) {
     log(OS_LOG_TYPE_DEBUG, "startWithService:properties:");
-    _veltoDevice = IOHIDDeviceCreate(nullptr, service);
-    return _veltoDevice ? kIOReturnSuccess : kIOReturnNoResources;
+    const auto created = IOHIDDeviceCreate(nullptr, service);
+    setDevice(created);
+    return created ? kIOReturnSuccess : kIOReturnNoResources;
 }
 
 IOReturn VeltoTouchHIDService::stop() {
     log(OS_LOG_TYPE_DEBUG, "stop");
-    _veltoDevice = nullptr;
+    setDevice(nullptr);
     return kIOReturnSuccess;
 }
 
 bool VeltoTouchHIDService::openWithOptions(IOOptionBits options) {
     log(OS_LOG_TYPE_DEBUG, "openWithOptions:{:x}", options);
-    return IOHIDDeviceOpen(_veltoDevice.get(), options) == kIOReturnSuccess;
+    return IOHIDDeviceOpen(device().get(), options) == kIOReturnSuccess;
 }
 
 void VeltoTouchHIDService::closeWithOptions(IOOptionBits options) {
     log(OS_LOG_TYPE_DEBUG, "closeWithOptions:{:x}", options);
-    IOHIDDeviceClose(_veltoDevice.get(), options);
+    IOHIDDeviceClose(device().get(), options);
+}
+
+Ref<HIDDevice> VeltoTouchHIDService::device() {
+    const MutexLock guard(_deviceLock);
+    return _veltoDevice;
+}
+
+void VeltoTouchHIDService::setDevice(Ref<HIDDevice> device) {
+    const MutexLock guard(_deviceLock);
+    std::swap(_veltoDevice, device); // the old one goes without the lock
 }
 
 void VeltoTouchHIDService::setEventCallbackTargetRefcon(IOHIDServiceEventCallback callback, void* target,

@@ -37,8 +37,8 @@ struct AccelSample {
 };
 
 // The touch service. Its host loads it through the factory and drives it in this order: probe, start, open, set the
-// event callback, schedule; unschedule, close, stop, release. Properties may be read and written from any thread
-// between start and stop.
+// event callback, schedule; unschedule, close, stop, release. Properties may be read and written from any thread at any
+// time.
 //
 // While it is scheduled it runs an input-report thread with a run loop of its own. Every report of the device goes
 // there, under `_pipelineLock`, through the recording into the pipeline; the events go from there to the host's
@@ -101,6 +101,11 @@ private:
     void handleInputReport(IOHIDReportType type, std::uint8_t reportID, const std::uint8_t* report, std::size_t length,
                            std::uint64_t timeStamp);
 
+    // The device at this moment, or null. Any thread; the copy is good for a request whatever start and stop do
+    // meanwhile.
+    [[nodiscard]] Ref<HIDDevice> device();
+    void setDevice(Ref<HIDDevice> device);
+
     // What the pipeline tells, on the input-report thread (PipelineHandlers.cpp).
     void installHandlers(const DispatchEventInfo& info) VELTO_REQUIRES(_pipelineLock);
     void clearHandlers() VELTO_REQUIRES(_pipelineLock);
@@ -134,7 +139,8 @@ private:
     }
 
     const os_log_t _log;
-    Ref<HIDDevice> _veltoDevice;
+    Mutex _deviceLock; // held while the reference is copied or replaced, never during a request
+    Ref<HIDDevice> _veltoDevice VELTO_GUARDED_BY(_deviceLock);
     Ref<RunLoop> _inputReportRunLoop;                // while the thread runs
     Ref<DispatchSemaphore> _inputReportThreadSignal; // signalled twice a thread: it has its loop, it has finished
     DispatchEventInfo _dispatchEventInfo;

@@ -9,3 +9,12 @@ velto_add_tests(service_tests
         Service/StressTest.cpp
     LIBRARIES VeltoTouchService VeltoTouchSurface fmt::fmt
 )
+
+# The module as a foreign host sees it. Nothing else of the project is C.
+enable_language(C)
+add_executable(plain_host Service/PlainHost.c Service/PlainHostDevice.cpp)
+set_target_properties(plain_host PROPERTIES C_STANDARD 11 C_STANDARD_REQUIRED ON C_EXTENSIONS OFF)
+target_link_libraries(plain_host PRIVATE VeltoFlags VeltoPlatform)
+add_dependencies(plain_host VeltoTouchHIDService)
+add_test(NAME PlainHostTest COMMAND plain_host $<TARGET_FILE:VeltoTouchHIDService>)
+set_tests_properties(PlainHostTest PROPERTIES ENVIRONMENT VELTO_LOG=off TIMEOUT 120)

@@ -1,7 +1,5 @@
 #include "Platform/UUID.h"
-#include "Platform/PlugIn.h"
-
-#include <cstddef>
+#include "Platform/Value.h"
 
 #include <gtest/gtest.h>
 
@@ -41,26 +39,6 @@ TEST(UUIDTest, EqualityIsOfBytesAndAConstantIsOneObject) {
     EXPECT_NE(constant, made.get());
     EXPECT_FALSE(CFEqual(constant, other));
     EXPECT_FALSE(CFEqual(constant, makeRef<String>("01234567-89AB-CDEF-FEDC-BA9876543210").get()));
-}
-
-// Hosts and plug-ins are built apart: they meet in these identifiers and places.
-TEST(PlugInTest, IdentifiersAndTheLayoutOfTheTablesStayAsTheyAre) {
-    const std::pair<CFUUIDRef, const char*> identifiers[]{
-        {kIOHIDServicePlugInTypeID, "0516B563-B15B-11DA-96EB-0014519758EF"},
-        {kIOCFPlugInInterfaceID, "C244E858-109C-11D4-91D4-0050E4C6426F"},
-        {kIOHIDServiceInterface2ID, "6FE22ABF-68B9-11DB-A71F-0016CBC110F7"},
-    };
-    for (const auto& [identifier, text] : identifiers)
-        EXPECT_TRUE(CFEqual(identifier, CFUUIDCreateFromString(nullptr, text).get())) << text;
-
-    constexpr std::size_t kSlot = sizeof(void*);
-    EXPECT_EQ(offsetof(IOCFPlugInInterfaceStruct, Release), 3 * kSlot);
-    EXPECT_EQ(offsetof(IOCFPlugInInterfaceStruct, revision), 4 * kSlot + 2);
-    EXPECT_EQ(offsetof(IOCFPlugInInterfaceStruct, Probe), 5 * kSlot);
-    EXPECT_EQ(offsetof(IOCFPlugInInterfaceStruct, Stop), 7 * kSlot);
-    EXPECT_EQ(offsetof(IOHIDServiceInterface2, open), 4 * kSlot);
-    EXPECT_EQ(offsetof(IOHIDServiceInterface2, scheduleWithDispatchQueue), 9 * kSlot);
-    EXPECT_EQ(offsetof(IOHIDServiceInterface2, setOutputEvent), 12 * kSlot);
 }
 
 } // namespace

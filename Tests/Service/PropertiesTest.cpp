@@ -2,6 +2,8 @@
 #include "Tests/Support/Frames.h"
 #include "Tests/Support/TestHost.h"
 
+#include <thread>
+
 #include <gmock/gmock.h>
 
 namespace VeltoTouch::Tests {
@@ -38,8 +40,6 @@ TEST_F(PropertiesTest, TheServicesOwnKeysAreExactAndReadOnly) {
     EXPECT_EQ(read("version"), "1") << "another key: the device's";
     for (const char* key : {"Version", "Recording", "ServicePluginDebug"})
         EXPECT_FALSE(write(key, "1")) << key << " is passed to the device, which does not have it";
-    EXPECT_EQ((*host.service)->copyProperty(host.service, nullptr), nullptr);
-    EXPECT_FALSE((*host.service)->setProperty(host.service, nullptr, json("1").get()));
 }
 
 TEST_F(PropertiesTest, WhatIsNotTheServicesOwnIsTheDevices) {
@@ -114,6 +114,33 @@ TEST_F(PropertiesTest, ADeviceThatHasGoneOrNeverWasReadsNil) {
     EXPECT_EQ(read("FactoryResetHoldDuration"), "(nil)");
     EXPECT_THAT(read("FirmwareDebugReports"), testing::HasSubstr("Failed to get report ID 0x4: 0xe00002c0"));
     EXPECT_EQ(read("Version"), "[19,0,0]");
+}
+
+TEST_F(PropertiesTest, ARequestKeepsItsDeviceWhenTheHostStopsMeanwhile) {
+    device->setFeatureReport(0x3F, {.bytes = {0x3F}});
+    const CFIndex references = CFGetRetainCount(device.get());
+    device->whenAsked = [&] {
+        (*host.plugIn)->Stop(host.plugIn);
+        EXPECT_EQ(CFGetRetainCount(device.get()), references);
+    };
+    EXPECT_THAT(read("FirmwareDebugReports"), testing::HasSubstr(R"("0x3f":"3f ")"));
+    EXPECT_EQ(CFGetRetainCount(device.get()), references - 1);
+}
+
+TEST_F(PropertiesTest, ThreadsMayReadAndWriteWhileTheHostStartsAndStops) {
+    std::atomic<bool> isOver{false};
+    std::thread other([&] {
+        while (!isOver) {
+            (void)read("FactoryResetHoldDuration");
+            write("Gain", "1");
+        }
+    });
+    for (int i = 0; i < 2000; ++i) {
+        (*host.plugIn)->Stop(host.plugIn);
+        host.start();
+    }
+    isOver = true;
+    other.join();
 }
 
 TEST_F(PropertiesTest, ReadsAndWritesAreLoggedWithKeyAndValue) {

@@ -43,7 +43,9 @@ public:
     std::atomic<std::int64_t> closedWith{kNever};
     std::atomic<bool> isRead{false}; // a source of a run loop waits for its reports
 
-    std::function<void()> whenRead = [] {}; // before it is, on the thread that will; set before it is scheduled
+
+    std::function<void()> whenRead = [] {};  // before it is, on the thread that will; set before it is scheduled
+    std::function<void()> whenAsked = [] {}; // during a request for a report, on its thread; set before there are any
 
     // The device's own stamp on every report. It is no time at all: nobody may take it for one.
     static constexpr std::uint64_t kStamp = 12'345;
@@ -106,6 +108,7 @@ public:
 
     [[nodiscard]] IOReturn getReport(IOHIDReportType type, std::uint32_t reportID, std::span<std::uint8_t> buffer,
                                      std::size_t& length) override {
+        whenAsked();
         const MutexLock guard(_lock);
         const auto known = _featureReports.find(reportID);
         if (type != kIOHIDReportTypeFeature || known == _featureReports.end()) {
