@@ -6,6 +6,7 @@ velto_add_tests(service_tests
         Service/LifeTest.cpp
         Service/PropertiesTest.cpp
         Service/ReportPathTest.cpp
+        Service/StopTest.cpp
         Service/StressTest.cpp
     LIBRARIES VeltoTouchService VeltoTouchSurface fmt::fmt
 )

@@ -83,12 +83,14 @@ TEST_F(PropertiesTest, FirmwareDebugReportsAreShownAsTheyCameOrWithTheReason) {
     EXPECT_EQ(entry("0x3f"), "Failed to get report ID 0x3f: 0xe00002bc");
     EXPECT_EQ(entry("0x1d"), Util::hexStringFromBytes(Report(128, 0xAB))) << "no more than the room that was given";
     EXPECT_EQ(entry("0x32"), "") << "a length that is none";
+    EXPECT_EQ(device->lastRoom, 128U);
 }
 
 TEST_F(PropertiesTest, TheFactoryResetHoldDurationIsReadFromItsReportOrNil) {
     EXPECT_EQ(read("FactoryResetHoldDuration"), "(nil)") << "refused";
     device->setFeatureReport(0x1F, {.bytes = {0x1F, 0x88, 0x13, 0x00, 0x00}});
     EXPECT_EQ(read("FactoryResetHoldDuration"), "5000");
+    EXPECT_EQ(device->lastRoom, 32U);
     device->setFeatureReport(0x1F, {.bytes = {0x1F, 0x88, 0x13, 0x00}});
     EXPECT_EQ(read("FactoryResetHoldDuration"), "(nil)") << "short";
     device->setFeatureReport(0x1F, {.bytes = {0x1F, 0x88, 0x13, 0x00, 0x00}, .status = kIOReturnError});

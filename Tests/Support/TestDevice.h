@@ -43,6 +43,7 @@ public:
     std::atomic<std::int64_t> closedWith{kNever};
     std::atomic<bool> isRead{false}; // a source of a run loop waits for its reports
 
+    std::atomic<std::size_t> lastRoom{0}; // that a request for a report gave
 
     std::function<void()> whenRead = [] {};  // before it is, on the thread that will; set before it is scheduled
     std::function<void()> whenAsked = [] {}; // during a request for a report, on its thread; set before there are any
@@ -108,6 +109,7 @@ public:
 
     [[nodiscard]] IOReturn getReport(IOHIDReportType type, std::uint32_t reportID, std::span<std::uint8_t> buffer,
                                      std::size_t& length) override {
+        lastRoom = buffer.size();
         whenAsked();
         const MutexLock guard(_lock);
         const auto known = _featureReports.find(reportID);
