@@ -21,6 +21,17 @@ if(NOT output MATCHES "event mask 0x20000.*DisjointImageCount")
     message(FATAL_ERROR "no tap was seen:\n${output}")
 endif()
 
+# The same host with a device that cannot be opened lets everything go.
+file(READ ${WORK}/source/main.cpp host)
+string(REGEX REPLACE "(IOReturn open[^\n]*)kIOReturnSuccess" "\\1kIOReturnNoDevice" host "${host}")
+file(WRITE ${WORK}/source/main.cpp "${host}")
+run(${CMAKE_COMMAND} --build ${WORK}/build)
+execute_process(COMMAND ${CMAKE_COMMAND} -E env VELTO_LOG=debug ${WORK}/build/example_host RESULT_VARIABLE status
+                ERROR_VARIABLE output)
+if(NOT status EQUAL 1 OR NOT output MATCHES "cannot be opened" OR NOT output MATCHES "stop\n.*dealloc\n")
+    message(FATAL_ERROR "a host that failed gave ${status} and left its service:\n${output}")
+endif()
+
 # The module exports its factory and nothing else.
 file(GLOB_RECURSE module ${WORK}/installed/*/VeltoTouchHIDService.so)
 run(${NM} -D --defined-only --format=posix ${module})

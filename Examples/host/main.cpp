@@ -1,5 +1,5 @@
 // A host in one file: puts a device of its own in front of the touch service, taps on it, and shows the events. It
-// calls the service through its two tables, in the order in which a host does.
+// calls the service through its two tables, in the order in which a host does; whatever fails, what was begun is ended.
 
 #include "Host/Bundle.h"
 #include "Pipeline/Reports/InputReport.h"
@@ -13,6 +13,7 @@
 #include <exception>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 using namespace VeltoTouch;
 
@@ -66,6 +67,19 @@ private:
     std::uint32_t _scan = 0;
 };
 
+// Takes a step when its scope is left, by an exception as well.
+template <class Step>
+class Finally {
+public:
+    explicit Finally(Step step) : _step(std::move(step)) {}
+    Finally(const Finally&) = delete;
+    Finally& operator=(const Finally&) = delete;
+    ~Finally() { _step(); }
+
+private:
+    Step _step;
+};
+
 // On the host's queue.
 void showEvent(void* target, void* /*refcon*/, void* /*sender*/, IOHIDEventRef event, IOOptionBits /*options*/) {
     std::printf("%s\n", IOHIDEventCopyDescription(event).c_str());
@@ -76,21 +90,30 @@ void showEvent(void* target, void* /*refcon*/, void* /*sender*/, IOHIDEventRef e
 void run(const char* plugIn) {
     const auto surface = makeRef<TappedSurface>();
     const io_service_t device = registerDevice(surface);
+    const Finally unregistered([&] { unregisterDevice(device); });
     const Bundle bundle(plugIn);
     if (!bundle.matches(*surface))
         throw std::runtime_error("the plug-in is not for this device");
 
     auto** const plug =
         static_cast<IOCFPlugInInterfaceStruct**>(bundle.loadFactory()(nullptr, kIOHIDServicePlugInTypeID));
-    void* handle = nullptr;
-    if (plug == nullptr || (*plug)->QueryInterface(plug, kIOHIDServiceInterface2ID->bytes(), &handle) != S_OK)
+    if (plug == nullptr)
         throw std::runtime_error("no HID service");
+    const Finally plugReleased([&] { (*plug)->Release(plug); });
+    void* handle = nullptr;
+    if ((*plug)->QueryInterface(plug, kIOHIDServiceInterface2ID->bytes(), &handle) != S_OK)
+        throw std::runtime_error("no HID service interface");
     auto** const service = static_cast<IOHIDServiceInterface2**>(handle);
+    const Finally serviceReleased([&] { (*service)->Release(service); });
 
     std::int32_t order = 0;
     if ((*plug)->Probe(plug, bundle.matching(), device, &order) != kIOReturnSuccess ||
-        (*plug)->Start(plug, bundle.matching(), device) != kIOReturnSuccess || !(*service)->open(service, 0))
+        (*plug)->Start(plug, bundle.matching(), device) != kIOReturnSuccess)
         throw std::runtime_error("the service does not start");
+    const Finally stopped([&] { (*plug)->Stop(plug); });
+    if (!(*service)->open(service, 0))
+        throw std::runtime_error("the device cannot be opened");
+    const Finally closed([&] { (*service)->close(service, 0); });
 
     const auto tapped = dispatch_semaphore_create(0);
     const auto queue = dispatch_queue_create("example host");
@@ -98,19 +121,15 @@ void run(const char* plugIn) {
     (*service)->setProperty(service, timeoutKey.get(), Number::withUnsignedInt(400).get());
     (*service)->setEventCallback(service, showEvent, tapped.get(), nullptr);
     (*service)->scheduleWithDispatchQueue(service, queue.get());
+    const Finally unscheduled([&] {
+        (*service)->unscheduleFromDispatchQueue(service, queue.get());
+        dispatch_sync(queue.get(), [] {}); // events that are still queued
+    });
     dispatch_semaphore_wait(tapped.get());
 
     const auto debugKey = makeRef<String>("Pipeline.DebugInfo");
     const auto debugInfo = Ref<Value>::adopt((*service)->copyProperty(service, debugKey.get()));
     std::printf("%s\n", JSON::text(debugInfo.get()).c_str());
-
-    (*service)->unscheduleFromDispatchQueue(service, queue.get());
-    dispatch_sync(queue.get(), [] {}); // events that are still queued
-    (*service)->close(service, 0);
-    (*plug)->Stop(plug);
-    (*service)->Release(service);
-    (*plug)->Release(plug);
-    unregisterDevice(device);
 }
 
 } // namespace
