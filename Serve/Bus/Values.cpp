@@ -2,6 +2,8 @@
 
 #include "Platform/JSON.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -31,6 +33,7 @@ public:
             refuseAsTooMuch("the value is too large");
         _bytes -= bytes;
     }
+    [[nodiscard]] std::size_t left() const noexcept { return _bytes; }
 
 private:
     std::size_t _bytes;
@@ -162,24 +165,21 @@ private:
     std::size_t _depth = 0;
 };
 
-// As the bus takes it.
-std::string cleanText(const std::string& text) {
-    std::string quoted;
-    JSON::appendString(quoted, text); // with every malformed sequence replaced
-    const Ref<Value> clean = JSON::parse(quoted);
-    std::string result;
-    for (const char c : as<String>(clean)->text()) {
-        if (c == '\0')
-            result += "\xEF\xBF\xBD"; // U+FFFD
-        else
-            result += c;
-    }
-    return result;
+// The length of the noncharacter that a text begins with: U+FDD0 to U+FDEF, and the last two of each plane. 0 for any
+// other beginning.
+std::size_t noncharacterLength(std::string_view text) {
+    const auto at = [text](std::size_t i) { return i < text.size() ? static_cast<std::uint8_t>(text[i]) : 0; };
+    const auto endsPlane = [](int byte, int last) { return byte == 0xBF && (last == 0xBE || last == 0xBF); };
+    if (at(0) == 0xEF)
+        return (at(1) == 0xB7 && at(2) >= 0x90 && at(2) <= 0xAF) || endsPlane(at(1), at(2)) ? 3 : 0;
+    return at(0) >= 0xF0 && (at(1) & 0xF) == 0xF && endsPlane(at(2), at(3)) ? 4 : 0;
 }
 
 class Writer {
 public:
     explicit Writer(sd_bus_message* message) : _message(message) {}
+
+    [[nodiscard]] std::size_t bytes() const noexcept { return kLargestSent - _room.left(); }
 
     void append(const Value& value) {
         _room.take(kOverhead);
@@ -274,10 +274,29 @@ Ref<Value> readVariant(sd_bus_message* message, std::size_t room) {
     return value;
 }
 
-void appendVariant(sd_bus_message* message, const Value& value) {
+std::string cleanText(std::string_view text) {
+    std::string quoted;
+    JSON::appendString(quoted, text); // with every malformed sequence replaced
+    const Ref<Value> wellFormed = JSON::parse(quoted);
+    std::string_view rest = as<String>(wellFormed)->text();
+    std::string result;
+    while (!rest.empty()) {
+        const std::size_t refused = rest.front() == '\0' ? 1 : noncharacterLength(rest);
+        if (refused > 0)
+            result += "\xEF\xBF\xBD"; // U+FFFD
+        else
+            result += rest.front();
+        rest.remove_prefix(std::max<std::size_t>(refused, 1));
+    }
+    return result;
+}
+
+std::size_t appendVariant(sd_bus_message* message, const Value& value) {
     if (value.depth() > kDeepestValue)
         refuseAsTooMuch("the value is nested too deep for the bus");
-    Writer(message).append(value);
+    Writer writer(message);
+    writer.append(value);
+    return writer.bytes();
 }
 
 } // namespace VeltoTouch::Bus

@@ -7,6 +7,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 // Values as the bus carries them, each in a variant:
 //
@@ -40,8 +41,11 @@ constexpr std::size_t kDeepestValue = 16;
 // The bus cuts off who sends a message of 32 MiB.
 constexpr std::size_t kLargestSent = 24 << 20;
 
-// Appends a value, which is not nil. What is no UTF-8 in texts, and the character 0, becomes U+FFFD. Throws CallError
-// for what is too deep or larger than `kLargestSent`, std::system_error where there is no memory.
-void appendVariant(sd_bus_message* message, const Value& value);
+// What the bus takes for this text: what is no UTF-8, the character 0 and noncharacters become U+FFFD.
+[[nodiscard]] std::string cleanText(std::string_view text);
+
+// Appends a value, which is not nil, with clean texts. Returns how many bytes it takes at most. Throws CallError for
+// what is too deep or larger than `kLargestSent`, std::system_error where there is no memory.
+std::size_t appendVariant(sd_bus_message* message, const Value& value);
 
 } // namespace VeltoTouch::Bus
