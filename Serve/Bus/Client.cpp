@@ -1,6 +1,7 @@
 #include "Serve/Bus/Client.h"
 
 #include "Serve/Bus/Connection.h"
+#include "Serve/Bus/PropertyRequests.h"
 #include "Serve/Bus/Values.h"
 
 #include <algorithm>
@@ -67,7 +68,8 @@ std::string choose(sd_bus* bus, const std::string& device) {
 
 [[noreturn]] void failWith(const sd_bus_error& error) {
     if (sd_bus_error_has_name(&error, SD_BUS_ERROR_ACCESS_DENIED) != 0)
-        fail("not allowed (whoever sits at the machine may read, root and the group velto may write)");
+        fail("not allowed (whoever sits at the machine may read settings, statistics and the version; all else takes "
+             "root or the group velto)");
     fail(error.message != nullptr ? error.message : error.name);
 }
 
@@ -130,7 +132,7 @@ BusMessage Client::send(const BusMessage& call) {
 }
 
 Ref<Value> Client::getProperty(const std::string& key) {
-    return readVariant(send(callFor("GetProperty", key)).get(), kAnySize);
+    return readVariant(send(callFor(isPublic(key) ? "GetPublicProperty" : "GetProperty", key)).get(), kAnySize);
 }
 
 void Client::setProperty(const std::string& key, const Value& value) {

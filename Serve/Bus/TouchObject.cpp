@@ -2,6 +2,7 @@
 
 #include "Platform/Log.h"
 #include "Serve/Bus/Connection.h"
+#include "Serve/Bus/Replies.h"
 
 #include <array>
 #include <cerrno>
@@ -12,6 +13,7 @@
 #include <utility>
 
 #include <fmt/format.h>
+#include <sys/socket.h>
 #include <systemd/sd-bus-vtable.h>
 
 namespace VeltoTouch::Bus {
@@ -20,10 +22,11 @@ namespace {
 constexpr const char* kReports = "reports";
 constexpr const char* kEvents = "events";
 constexpr std::chrono::seconds kBeat{1};
-// Messages that the bus has not taken from us. With more, it is not well, or answers are asked for faster than they are
-// passed on. An answer may be a whole recording; gestures are small, and everybody's.
-constexpr std::uint64_t kMostUnsentAnswers = 16;
+// Messages that the bus has not taken from us. With more, it is not well.
 constexpr std::uint64_t kMostUnsentSignals = 1024;
+// Bytes that are on their way to the bus, as the kernel counts them: what is sent next is not far behind. The bus reads
+// little at a time, where it is busy.
+constexpr int kSocketRoom = 4096;
 
 void complain(std::string_view what, std::string_view why) noexcept {
     std::array<char, 256> message{};
@@ -48,57 +51,10 @@ void addNumbers(std::map<std::string, std::uint64_t>& counters, const Value* val
 using Call = std::shared_ptr<sd_bus_message>;
 Call retained(sd_bus_message* message) { return {sd_bus_message_ref(message), sd_bus_message_unref}; }
 
-void sendError(sd_bus_message* call, const CallError& error) {
-    BusError converted;
-    sd_bus_error_set(converted.get(), error.name, error.what());
-    sd_bus_reply_method_error(call, converted.get()); // fails where the bus has gone, and the caller with it
-}
-
-bool hasRoom(sd_bus* bus, std::uint64_t mostUnsent) {
-    std::uint64_t unsent = 0;
-    return sd_bus_get_n_queued_write(bus, &unsent) >= 0 && unsent < mostUnsent;
-}
-
-void sendReply(sd_bus_message* call, const Value* value) {
-    if (!hasRoom(sd_bus_message_get_bus(call), kMostUnsentAnswers))
-        throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many answers are on their way");
-    const auto make = [call](sd_bus_message** message) { return sd_bus_message_new_method_return(call, message); };
-    const auto reply = madeBy<BusMessage>(make, "reply");
-    if (value != nullptr)
-        appendVariant(reply.get(), *value);
-    checked(sd_bus_send(nullptr, reply.get(), nullptr), "reply");
-}
-
-// Does a step of a call; what fails is the caller's to know.
-template <class Step>
-void answering(sd_bus_message* call, const Step& step) noexcept {
-    try {
-        step();
-    } catch (const CallError& error) {
-        sendError(call, error);
-    } catch (const std::exception& error) {
-        sendError(call, CallError(SD_BUS_ERROR_FAILED, error.what()));
-    }
-}
-
-void answer(const Call& call, const PropertyRequests::Outcome& outcome) {
-    answering(call.get(), [&] {
-        if (const auto* error = std::get_if<CallError>(&outcome))
-            throw *error;
-        sendReply(call.get(), std::get<Ref<Value>>(outcome).get());
-    });
-}
-
 std::string readKey(sd_bus_message* call) {
     const char* key = nullptr;
     checked(sd_bus_message_read(call, "s", &key), "key");
     return key;
-}
-
-// A caller's name on the bus, which nobody else has.
-std::string callerOf(sd_bus_message* call) {
-    const char* name = sd_bus_message_get_sender(call);
-    return name == nullptr ? "" : name;
 }
 
 // What the library calls and expects a number from: nothing is thrown through it.
@@ -118,23 +74,47 @@ struct TouchObject::Table {
     static TouchObject& of(void* object) { return *static_cast<TouchObject*>(object); }
 
     static int getProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        answering(call, [&] {
-            of(object)._requests.get(callerOf(call), readKey(call),
-                                     [kept = retained(call)](const auto& outcome) { answer(kept, outcome); });
+        return answering(call, object, [&] { get(call, of(object), readKey(call)); });
+    }
+    static int getPublicProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
+        return answering(call, object, [&] {
+            const std::string key = readKey(call);
+            if (!isPublic(key))
+                throw CallError(SD_BUS_ERROR_ACCESS_DENIED, "only root and the group velto may read this key");
+            get(call, of(object), key);
         });
-        return 1;
     }
     static int setProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        answering(call, [&] {
+        return answering(call, object, [&] {
             const std::string key = readKey(call);
-            of(object)._requests.set(callerOf(call), key, readVariant(call, PropertyRequests::kLargestValue),
-                                     [kept = retained(call)](const auto& outcome) { answer(kept, outcome); });
+            of(object)._requests.set(key, readVariant(call, CallQueue::kLargestValue), answerTo(call, of(object)));
+        });
+    }
+    static void get(sd_bus_message* call, TouchObject& object, const std::string& key) {
+        object._requests.get(key, answerTo(call, object));
+    }
+    static PropertyRequests::Answer answerTo(sd_bus_message* call, TouchObject& object) {
+        return [kept = retained(call), &object](const PropertyRequests::Outcome& outcome) {
+            answering(kept.get(), &object, [&] {
+                if (const auto* error = std::get_if<CallError>(&outcome))
+                    throw *error;
+                object.sendReply(kept.get(), std::get<Ref<Value>>(outcome).get());
+            });
+        };
+    }
+    // Does a step of a call; what fails is the caller's to know.
+    template <class Step>
+    static int answering(sd_bus_message* call, void* object, const Step& step) noexcept {
+        attempt(step, [&](const CallError& error) {
+            of(object).countAnswer(call, 0);
+            sendError(call, error);
         });
         return 1;
     }
     static int device(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                       sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return sd_bus_message_append(reply, "s", of(object)._surface.device.c_str());
+        return appending(
+            [&] { return sd_bus_message_append(reply, "s", cleanText(of(object)._surface.device).c_str()); });
     }
     static int version(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                        sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
@@ -166,6 +146,8 @@ const sd_bus_vtable TouchObject::Table::rows[] = {
     SD_BUS_VTABLE_START(0),
     SD_BUS_METHOD_WITH_NAMES("GetProperty", "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value), getProperty,
                              SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_NAMES("GetPublicProperty", "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value), getPublicProperty,
+                             SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_NAMES("SetProperty", "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), "", "", setProperty,
                              SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_PROPERTY("Device", "s", device, 0, SD_BUS_VTABLE_PROPERTY_CONST),
@@ -193,11 +175,12 @@ void TouchObject::beat() {
     const bool haveChanged = now != _lastCounters;
     _lastCounters = std::move(now);
     if (_bus && sd_bus_is_open(_bus.get()) > 0) {
-        if (haveChanged && hasRoom(_bus.get(), kMostUnsentSignals))
+        if (haveChanged && unsentOn(_bus.get()) < kMostUnsentSignals)
             sd_bus_emit_properties_changed(_bus.get(), _path.c_str(), kInterface, "Counters", nullptr);
         return;
     }
     _bus.reset();
+    _calls.reset();
     try {
         connect();
         _hasComplained = false;
@@ -210,9 +193,12 @@ void TouchObject::beat() {
 void TouchObject::connect() {
     BusHandle bus = connectTo(_which);
     checked(sd_bus_set_close_on_exit(bus.get(), 0), "connection"); // it would wait for a bus that does not read
+    checked(::setsockopt(sd_bus_get_fd(bus.get()), SOL_SOCKET, SO_SNDBUF, &kSocketRoom, sizeof kSocketRoom),
+            "connection");
     checked(sd_bus_attach_event(bus.get(), _loop.handle(), SD_EVENT_PRIORITY_NORMAL), "connection");
     checked(sd_bus_add_object_manager(bus.get(), nullptr, kObjects), "object manager");
     checked(sd_bus_add_object_vtable(bus.get(), nullptr, _path.c_str(), kInterface, Table::rows, this), "object");
+    _calls.emplace(_loop, bus.get(), [this] { return _requests.isBusy(); });
     _bus = std::move(bus);
     requestName(kName);
     requestName(nameOf(elementOf(_surface.device)));
@@ -224,9 +210,22 @@ void TouchObject::requestName(const std::string& name) {
             "name");
 }
 
+// A call may be of a connection that has gone.
+void TouchObject::countAnswer(sd_bus_message* call, std::size_t bytes) {
+    if (_calls)
+        _calls->countAnswer(call, bytes);
+}
+
+void TouchObject::sendReply(sd_bus_message* call, const Value* value) {
+    const auto make = [call](sd_bus_message** message) { return sd_bus_message_new_method_return(call, message); };
+    const auto reply = madeBy<BusMessage>(make, "reply");
+    countAnswer(call, value == nullptr ? 0 : appendVariant(reply.get(), *value));
+    checked(sd_bus_send(nullptr, reply.get(), nullptr), "reply");
+}
+
 void TouchObject::tellGesture(const GestureEvent& event, std::uint64_t timeNs) {
     ++_events;
-    if (!_bus || !hasRoom(_bus.get(), kMostUnsentSignals))
+    if (!_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
         return;
     const std::string gesture(nameOf(event.gesture));
     const std::string region(event.region.value_or(""));

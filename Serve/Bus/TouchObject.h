@@ -1,12 +1,14 @@
 #pragma once
 
 #include "Host/Gesture.h"
+#include "Serve/Bus/CallQueue.h"
 #include "Serve/Bus/Names.h"
 #include "Serve/Bus/PropertyRequests.h"
 
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace VeltoTouch::Bus {
@@ -21,6 +23,7 @@ struct ServedSurface {
 // A surface as an object on the message bus, with the interface org.velto.Touch1:
 //
 //   GetProperty(s key) -> v               a property of the service
+//   GetPublicProperty(s key) -> v         one that shows what the surface does: isPublic
 //   SetProperty(s key, v value)           writes one, from the next report on
 //   Device      s                         such as /dev/hidraw0
 //   Version     s                         the service's, such as 19.0.0
@@ -31,7 +34,7 @@ struct ServedSurface {
 //
 // Who may call what is for the bus's policy to say. Without a bus the object is there all the same: it tries again
 // every second, and while it has none nothing is told to anybody. What a bus that does not read has not taken is
-// bounded.
+// bounded, as is what clients do not read: see CallQueue.
 //
 // On the loop's thread.
 class TouchObject {
@@ -52,6 +55,8 @@ private:
     void beat();
     void connect();
     void requestName(const std::string& name);
+    void countAnswer(sd_bus_message* call, std::size_t bytes);
+    void sendReply(sd_bus_message* call, const Value* value);
     [[nodiscard]] Counters counters() const;
     [[nodiscard]] std::string version() const;
 
@@ -63,7 +68,8 @@ private:
     Counters _lastCounters; // but for the reports
     bool _hasComplained = false;
     EventLoop& _loop;
-    BusHandle _bus; // null where there is none
+    std::optional<CallQueue> _calls; // of the bus
+    BusHandle _bus;                  // null where there is none
 };
 
 } // namespace VeltoTouch::Bus

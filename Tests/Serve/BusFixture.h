@@ -18,6 +18,8 @@
 #include <thread>
 
 #include <gmock/gmock.h>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
 
 // A surface on a message bus of a test's own, and callers of it.
 
@@ -49,18 +51,18 @@ public:
 
     void waitForASlowRead() {
         std::unique_lock guard(_lock);
-        _changed.wait_for(guard, kPatience, [&] { return _slowReads > 0; });
+        _changed.wait_for(guard, kPatience, [&] { return _reads["Slow"] > 0; });
     }
-    [[nodiscard]] int slowReads() {
+    [[nodiscard]] int readsOf(const std::string& key) {
         const std::lock_guard guard(_lock);
-        return _slowReads;
+        return _reads[key];
     }
 
 private:
     Ref<Value> get(const std::string& key) {
         std::unique_lock guard(_lock);
+        ++_reads[key];
         if (key == "Slow") {
-            ++_slowReads;
             _changed.notify_all();
             _changed.wait(guard, [&] { return !_isSlow; });
         }
@@ -77,7 +79,7 @@ private:
     std::mutex _lock;
     std::condition_variable _changed;
     bool _isSlow = true;
-    int _slowReads = 0;
+    std::map<std::string, int> _reads;
     std::map<std::string, Ref<Value>> _values{{"Slow", makeRef<Null>()}};
 };
 
@@ -144,13 +146,18 @@ protected:
     template <class... Arguments>
     static void callSlowly(const BusHandle& connection, const char* method, Replies& replies, const char* types,
                            Arguments... arguments) {
+        callSlowly(connection, Bus::kInterface, method, replies, types, arguments...);
+    }
+    template <class... Arguments>
+    static void callSlowly(const BusHandle& connection, const char* interface, const char* method, Replies& replies,
+                           const char* types, Arguments... arguments) {
         const auto count = [](sd_bus_message* reply, void* data, sd_bus_error*) {
             auto& counted = *static_cast<Replies*>(data);
             ++(sd_bus_message_is_method_error(reply, SD_BUS_ERROR_LIMITS_EXCEEDED) > 0 ? counted.refused
                                                                                        : counted.answered);
             return 0;
         };
-        sd_bus_call_method_async(connection.get(), nullptr, "org.velto.Touch1", kPath, Bus::kInterface, method, count,
+        sd_bus_call_method_async(connection.get(), nullptr, "org.velto.Touch1", kPath, interface, method, count,
                                  &replies, types, arguments...);
     }
     // Lets the connections' handlers be called; whether something comes true before long.
@@ -166,6 +173,12 @@ protected:
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         return true;
+    }
+
+    // Whether the bus has taken all that was written to it.
+    [[nodiscard]] static bool isTaken(const BusHandle& connection) {
+        int bytes = 0;
+        return ::ioctl(sd_bus_get_fd(connection.get()), SIOCOUTQ, &bytes) == 0 && bytes == 0;
     }
 
     // Calls a method of an object; gives the name of the error, or of the types of the reply.

@@ -18,25 +18,27 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::Pair;
 
-// The loop goes on, and so does whoever does not ask for what takes long. One caller takes little room from the others,
-// and who reads takes none from who writes.
+// The loop goes on, and so does whoever does not ask for what takes long. So much waits of one caller and no more, and
+// of all callers so many values.
 TEST_F(BusTest, ADeviceThatDoesNotAnswerHoldsUpNothingElse) {
-    constexpr std::size_t kCallers = 70;
-    constexpr std::size_t kCallsEach = Bus::PropertyRequests::kMostOfOneCaller + 1;
-    constexpr std::size_t kAnswered = Bus::PropertyRequests::kMostWaiting;
-    constexpr std::size_t kRefused = kCallers * kCallsEach - kAnswered;
+    constexpr std::size_t kCallers = 3;
+    constexpr std::size_t kMostOfOne = Bus::CallQueue::kMostOfOneCaller;
+    constexpr std::size_t kAnswered = kCallers * kMostOfOne + 1; // one is being done
+    constexpr std::size_t kRefused = kCallers * (kMostOfOne + 2) - kAnswered;
     Bus::Client watcher = this->client();
-    std::vector<BusHandle> callers(kCallers);
+    std::vector<BusHandle> callers(kCallers), writers(Bus::CallQueue::kMostWithValues + 4);
     std::ranges::generate(callers, connection);
-    Replies replies;
-    for (std::size_t i = 0; i < kCallsEach; ++i) {
+    std::ranges::generate(writers, connection);
+    Replies replies, written;
+    for (std::size_t i = 0; i < kMostOfOne + 2; ++i) {
         for (const BusHandle& caller : callers)
             callSlowly(caller, "GetProperty", replies, "s", "Slow");
     }
     EXPECT_TRUE(happens(callers, [&] { return replies.refused == kRefused; }));
-    const BusHandle writer = connection();
-    Replies written;
-    callSlowly(writer, "SetProperty", written, "sv", "Key", "u", 1);
+    for (const BusHandle& writer : writers)
+        callSlowly(writer, "SetProperty", written, "sv", "Key", "u", 1);
+    EXPECT_TRUE(happens(writers, [&] { return written.refused == 4; }));
+    EXPECT_EQ(textOf(connection().get(), "Device"), kDevice);
 
     EventLoop loop;
     std::string seen;
@@ -52,13 +54,126 @@ TEST_F(BusTest, ADeviceThatDoesNotAnswerHoldsUpNothingElse) {
     server->tell({.gesture = Gesture::HoldStart, .region = "VolumeUp", .phase = 1, .frame = 17}, 12'345'678'901);
     loop.run();
     EXPECT_EQ(seen, "holdStart VolumeUp 1 17 12345678901");
-    EXPECT_EQ(replies.answered, 0U);
+    EXPECT_EQ(replies.answered + written.answered, 0U);
 
     properties.letSlowGo();
     EXPECT_TRUE(happens(callers, [&] { return replies.answered == kAnswered; }));
-    EXPECT_EQ(replies.refused, kRefused);
-    EXPECT_TRUE(happens(std::span(&writer, 1), [&] { return written.answered == 1; }));
+    EXPECT_TRUE(happens(writers, [&] { return written.answered == Bus::CallQueue::kMostWithValues; }));
     EXPECT_NO_THROW(std::ignore = client().getProperty("Slow")) << "there is room again";
+}
+
+// Whatever it is answered, errors and the library's own answers too. When it reads after all, it is answered again.
+TEST_F(BusTest, ACallerThatDoesNotReadIsNotAnsweredForLong) {
+    constexpr std::size_t kCalls = 3000;
+    constexpr std::size_t kMost = 1200; // the kernel keeps some hundreds for it
+    constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
+    properties.put("Version", JSON::parse("[19,0,1]"));
+    Bus::Client other = client();
+    const std::function<void(const BusHandle&, Replies&)> calls[]{
+        [](const BusHandle& silent, Replies& replies) { callSlowly(silent, "GetProperty", replies, "s", "Nothing"); },
+        [](const BusHandle& silent, Replies& replies) { callSlowly(silent, "GetProperty", replies, "u", 1); },
+        [](const BusHandle& silent, Replies& replies) { callSlowly(silent, "Nothing", replies, ""); },
+        [](const BusHandle& silent, Replies& replies) {
+            callSlowly(silent, kProperties, "GetAll", replies, "s", Bus::kInterface);
+        },
+        [](const BusHandle& silent, Replies& replies) {
+            callSlowly(silent, "org.freedesktop.DBus.Peer", "Ping", replies, "");
+        },
+    };
+    for (const auto& call : calls) {
+        SCOPED_TRACE(&call - calls);
+        const BusHandle silent = connection();
+        Replies replies;
+        for (std::size_t i = 0; i < kCalls; ++i) {
+            if (i % 10 == 0)
+                std::ignore = other.getProperty("Version");
+            call(silent, replies);
+        }
+        sd_bus_flush(silent.get());
+        EXPECT_TRUE(eventually([&] { return isTaken(silent); }));
+        std::ignore = other.getProperty("Version"); // which comes last
+        std::ignore = happens(
+            std::span(&silent, 1), [] { return false; }, 100ms);
+        EXPECT_LT(replies.answered + replies.refused, kMost);
+        const auto isAnswered = [&, before = replies.answered] {
+            call(silent, replies);
+            return replies.answered > before;
+        };
+        EXPECT_TRUE(happens(std::span(&silent, 1), isAnswered));
+    }
+}
+
+TEST_F(BusTest, LargeAnswersThatNobodyReadsLeaveRoomForOthers) {
+    constexpr std::size_t kLarge = 10'000'000;
+    constexpr std::size_t kMost = Bus::CallQueue::kMostUnreadOfAll / kLarge;
+    properties.put("Large", makeRef<String>(std::string(kLarge, 'x')));
+    properties.put("Key", makeRef<Null>());
+    Bus::Client other = client();
+    std::vector<BusHandle> silent(kMost + 3);
+    std::ranges::generate(silent, connection);
+    Replies replies;
+    for (const BusHandle& caller : silent) {
+        callSlowly(caller, "GetProperty", replies, "s", "Large");
+        sd_bus_flush(caller.get());
+    }
+    std::ignore = other.getProperty("Key"); // which comes last
+    EXPECT_TRUE(happens(silent, [&] { return replies.answered == kMost; }));
+    EXPECT_EQ(replies.refused, 3U);
+}
+
+// While it takes nothing, one answer is made and so many gestures are kept.
+TEST_F(BusTest, ABusThatTakesNothingFillsNoMemory) {
+    constexpr std::uint32_t kTold = 4000;
+    properties.put("Large", makeRef<String>(std::string(100'000, 'x')));
+    std::ignore = client();
+    const BusHandle listener = connection(), asking = connection();
+    std::size_t heard = 0;
+    const auto hear = [](sd_bus_message*, void* count, sd_bus_error*) {
+        ++*static_cast<std::size_t*>(count);
+        return 0;
+    };
+    sd_bus_match_signal(listener.get(), nullptr, nullptr, kPath, Bus::kInterface, "Gesture", hear, &heard);
+    Replies replies;
+    for (const char* key : {"Slow", "Large", "Large", "Large", "Large", "Large"})
+        callSlowly(asking, "GetProperty", replies, "s", key);
+    sd_bus_flush(asking.get());
+    properties.waitForASlowRead();
+    EXPECT_EQ(textOf(listener.get(), "Device"), kDevice) << "the others wait now";
+    bus.pause();
+    properties.letSlowGo();
+    EXPECT_TRUE(eventually([&] { return properties.readsOf("Large") > 0; }));
+    for (std::uint32_t frame = 0; frame < kTold; ++frame)
+        server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = frame}, frame);
+    std::this_thread::sleep_for(300ms);
+    EXPECT_EQ(properties.readsOf("Large"), 1);
+    bus.goOn();
+    EXPECT_TRUE(happens(std::span(&asking, 1), [&] { return replies.answered == 6; }));
+    EXPECT_TRUE(happens(std::span(&listener, 1), [&] { return heard > 1000; }));
+    EXPECT_FALSE(happens(
+        std::span(&listener, 1), [&] { return heard > kTold / 2; }, 300ms));
+}
+
+TEST_F(BusTest, WhoMayOnlySeeWhatTheSurfaceDoesReadsNothingElse) {
+    for (const auto& [key, isPublic] : {std::pair("Version", true),
+                                        {"Pipeline.DebugInfo", true},
+                                        {"Pipeline.Algs.EventStats", true},
+                                        {"Pipeline.Algs.HoldTimeoutMilliseconds", true},
+                                        {"Pipeline.Algs.DebugInfo", false},
+                                        {"Pipeline.Algs.Nothing", false},
+                                        {"Recording", false},
+                                        {"FirmwareDebugReports", false},
+                                        {"ServicePluginDebug", false},
+                                        {"Product", false},
+                                        {"Pipeline", false},
+                                        {"", false}}) {
+        properties.put(key, makeRef<Null>());
+        std::ignore = client();
+        const BusHandle raw = connection();
+        EXPECT_EQ(call(raw.get(), Bus::kInterface, "GetPublicProperty", "s", key),
+                  isPublic ? "v" : SD_BUS_ERROR_ACCESS_DENIED)
+            << key;
+        EXPECT_EQ(properties.readsOf(key) > 0, isPublic) << key;
+    }
 }
 
 TEST_F(BusTest, AnEndDoesNotWaitForWhatIsQueued) {
@@ -78,7 +193,7 @@ TEST_F(BusTest, AnEndDoesNotWaitForWhatIsQueued) {
     server.reset();
     EXPECT_TRUE(isLetGo) << "it waits for what is being done";
     later.join();
-    EXPECT_EQ(properties.slowReads(), 1);
+    EXPECT_EQ(properties.readsOf("Slow"), 1);
 }
 
 TEST_F(BusTest, CountersTellOfChanges) {

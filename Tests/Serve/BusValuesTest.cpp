@@ -32,6 +32,11 @@ TEST_F(BusTest, ValuesPassBothWays) {
                                              "c",
                                              5)),
          .received = makeRef<String>("a\uFFFDb\uFFFDc")},
+        {.sent =
+             makeRef<String>("\uFFFD\uFDCF\uFDD0\uFDEF\uFDF0\uFFFE\uFFFF\U0001FFFD\U0001FFFE\U0010FFFF\xED\xA0\x80"),
+         .received =
+             makeRef<String>("\uFFFD\uFDCF\uFFFD\uFFFD\uFDF0\uFFFD\uFFFD\U0001FFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD")},
+        {.sent = parsed(R"({"a\uFFFFb":"\uFDD0"})"), .received = parsed(R"({"a\uFFFDb":"\uFFFD"})")},
         same(makeRef<Null>()),
         same(makeRef<Data>(std::string("\0\xFF", 2))),
         same(parsed("[]")),
@@ -72,7 +77,7 @@ TEST_F(BusTest, ValuesOfOtherTypesAreRead) {
 }
 
 TEST_F(BusTest, ValuesAreTakenUpToTheirBound) {
-    constexpr std::size_t kMost = Bus::PropertyRequests::kLargestValue;
+    constexpr std::size_t kMost = Bus::CallQueue::kLargestValue;
     Bus::Client client = this->client();
     const auto listOf = [](std::size_t count, const char* element) {
         return makeRef<Array>(std::vector<Ref<Value>>(count, JSON::parse(element)));
@@ -104,8 +109,8 @@ TEST_F(BusTest, WhatCannotBeDoneIsRefused) {
     EXPECT_EQ(get("Deep"), "v");
     EXPECT_EQ(get("Nothing"), kUnknown);
     EXPECT_EQ(get(megabyte.c_str()), kInvalid);
-    EXPECT_EQ(get(std::string(Bus::PropertyRequests::kLongestKey, 'x').c_str()), kUnknown);
-    EXPECT_EQ(get(std::string(Bus::PropertyRequests::kLongestKey + 1, 'x').c_str()), kInvalid);
+    EXPECT_EQ(get(std::string(Bus::CallQueue::kLongestText, 'x').c_str()), kUnknown);
+    EXPECT_EQ(get(std::string(Bus::CallQueue::kLongestText + 1, 'x').c_str()), kInvalid);
     EXPECT_EQ(get("Deeper"), kTooMuch);
     properties.put("Huge", makeRef<String>(std::string(Bus::kLargestSent + 1, 'x')));
     EXPECT_EQ(get("Huge"), kTooMuch);

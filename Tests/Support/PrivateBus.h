@@ -58,6 +58,10 @@ public:
         ::unlink(_folder.path("bus").c_str());
     }
 
+    // Until then it takes nothing from anybody.
+    void pause() const { ::kill(_daemon, SIGSTOP); }
+    void goOn() const { ::kill(_daemon, SIGCONT); }
+
 private:
     const TemporaryFolder _folder;
     const std::string _configuration = _folder.write("bus.conf", R"(<busconfig>
