@@ -18,7 +18,8 @@ constexpr const char* kDescription =
     "Example:\n"
     "  velto record -o gestures.json && velto replay gestures.json\n\n"
     "Saves the recording so far of a surface that velto serve serves; recording goes on.\n"
-    "It holds the newest {} reports and accelerometer samples.";
+    "It holds the newest {} reports and accelerometer samples. Only root and the group velto may\n"
+    "read it.";
 
 struct Options {
     ServedChoice served;

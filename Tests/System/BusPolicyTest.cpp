@@ -55,8 +55,10 @@ TEST_F(BusPolicyTest, WhoMayCallWhat) {
         std::string call;
         bool isForSitters;
     } calls[]{
-        {shared, "GetProperty s Pipeline.Algs.HoldTimeoutMilliseconds", true},
-        {own, "GetProperty s Pipeline.Algs.HoldTimeoutMilliseconds", true},
+        {shared, "GetPublicProperty s Pipeline.Algs.HoldTimeoutMilliseconds", true},
+        {own, "GetPublicProperty s Pipeline.Algs.HoldTimeoutMilliseconds", true},
+        {shared, "GetProperty s Recording", false},
+        {own, "GetProperty s Pipeline.Algs.HoldTimeoutMilliseconds", false},
         {shared, "SetProperty sv Pipeline.Algs.HoldTimeoutMilliseconds u 400", false},
         {own, "SetProperty sv Pipeline.Algs.HoldTimeoutMilliseconds u 400", false},
         {shared, "Properties.Get ss org.velto.Touch1 Device", true},
@@ -90,6 +92,8 @@ TEST_F(BusPolicyTest, TheProgramGetsAlongWithIt) {
     EXPECT_EQ(list.status, 0) << list.output;
     const Outcome refused = as("sitter", "velto set " + key + "=300");
     EXPECT_EQ(refused.status, 1) << refused.output;
+    EXPECT_EQ(as("sitter", "velto record -o /tmp/sitter.json").status, 1);
+    EXPECT_EQ(as("member", "velto record -o /tmp/member.json").status, 0);
 }
 
 // The process of a user who waits for a gesture. Its exit status is kSawIt when one came.
