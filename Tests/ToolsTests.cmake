@@ -9,7 +9,8 @@ velto_add_tests(tools_tests LIBRARIES VeltoTouchHost PkgConfig::SYSTEMD SOURCES
     Tools/RunCommandTest.cpp
     Tools/UsageTest.cpp
 )
-add_dependencies(tools_tests velto)
+target_compile_definitions(tools_tests PRIVATE VELTO_CHECK_DEVICE="$<TARGET_FILE:velto-check-device>")
+add_dependencies(tools_tests velto velto-check-device)
 
 # A recording that is added is found as a test by the next build.
 file(GLOB VELTO_KNOWN_RECORDINGS CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/Recordings/*)

@@ -18,8 +18,7 @@ namespace {
 
 constexpr const char* kDescription = "Example:\n"
                                      "  velto devices --watch\n"
-                                     "  velto devices --jsonl | jq -r .node\n"
-                                     "  velto devices --check /dev/hidraw0 && echo \"a surface\"\n\n"
+                                     "  velto devices --jsonl | jq -r .node\n\n"
                                      "Shows the touch surfaces that are plugged into this machine: node, name, serial\n"
                                      "number and bus. Needs no rights. The exit status is 1 where there is none.";
 
@@ -27,7 +26,6 @@ struct Options {
     bool watches = false;
     double durationSeconds = kForever;
     bool jsonl = false;
-    std::string checked; // a node to be checked; empty: none
 };
 
 std::string inQuotes(std::string_view text) {
@@ -78,21 +76,7 @@ int watch(const Options& options) {
     return 0;
 }
 
-// Of a node by the kernel's name for it: whether it is there at this moment under /dev is no matter.
-std::string sysfsFolder(const std::string& node) {
-    return node.starts_with("/dev/") ? fmt::format("/sys/class/hidraw/{}", fileNameOf(node)) : node;
-}
-
-int check(const std::string& node) {
-    const auto descriptor = readReportDescriptor(sysfsFolder(node));
-    return descriptor && Surface::isSurface(*descriptor) ? 0 : 1;
-}
-
-int run(const Options& options) {
-    if (!options.checked.empty())
-        return check(options.checked);
-    return options.watches ? watch(options) : list(options.jsonl);
-}
+int run(const Options& options) { return options.watches ? watch(options) : list(options.jsonl); }
 
 } // namespace
 
@@ -100,17 +84,8 @@ Command makeDevicesCommand(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     CLI::App* app = program.add_subcommand("devices", kDescription);
     CLI::Option* watches = app->add_flag("--watch", options->watches, "Go on with what comes and goes, until Ctrl-C");
-    CLI::Option* duration = addDuration(*app, options->durationSeconds)->needs(watches);
-    CLI::Option* jsonl = app->add_flag("--jsonl", options->jsonl, "JSON Lines");
-    app->add_option("--check", options->checked,
-                    "Say nothing; the exit status is 0 where NODE is a surface, 1 where it is not.\n"
-                    "NODE is /dev/hidrawN or its folder below /sys. Reads the latter alone, so that\n"
-                    "rules of udev may ask")
-        ->type_name("NODE")
-        ->check([](const std::string& node) { return node.empty() ? "a node is wanted" : ""; })
-        ->excludes(watches)
-        ->excludes(duration)
-        ->excludes(jsonl);
+    addDuration(*app, options->durationSeconds)->needs(watches);
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines");
     return {app, [options] { return run(*options); }};
 }
 

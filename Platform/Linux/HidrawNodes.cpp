@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -75,14 +73,6 @@ std::vector<HidrawNode> findHidrawNodes(const HidrawMatch& match) {
     // Equally long paths differ in the digits of their numbers alone.
     std::ranges::sort(nodes, {}, [](const HidrawNode& node) { return std::pair(node.path.size(), node.path); });
     return nodes;
-}
-
-std::optional<ReportDescriptor> readReportDescriptor(const std::string& folder) {
-    std::ifstream file(folder + "/device/report_descriptor", std::ios::binary);
-    if (!file)
-        return std::nullopt;
-    const std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(file), {}};
-    return ReportDescriptor(bytes);
 }
 
 bool udevdIsRunning() noexcept { return ::access("/run/udev/control", F_OK) == 0; }

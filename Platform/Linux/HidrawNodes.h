@@ -3,7 +3,6 @@
 #include "Platform/Linux/ReportDescriptor.h"
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,10 +26,6 @@ using HidrawMatch = std::function<bool(const ReportDescriptor& descriptor)>;
 // The nodes of all devices that are wanted, by number. Where a udevd runs, a device is there once its rules have run:
 // before, its node may not have its owner and rights yet.
 [[nodiscard]] std::vector<HidrawNode> findHidrawNodes(const HidrawMatch& match);
-
-// The report descriptor of a node with this folder below /sys (or a link to it, such as /sys/class/hidraw/hidraw0);
-// nothing where there is none. Does not wait for a udevd, so that its rules may ask.
-[[nodiscard]] std::optional<ReportDescriptor> readReportDescriptor(const std::string& folder);
 
 // Whether a udevd looks after the devices of this machine; there is none in containers, for example.
 [[nodiscard]] bool udevdIsRunning() noexcept;

@@ -1,6 +1,8 @@
 #include "Platform/Linux/ReportDescriptor.h"
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <vector>
 
 namespace VeltoTouch {
@@ -170,6 +172,14 @@ std::size_t ReportDescriptor::longestReport(IOHIDReportType type) const noexcept
     for (const auto& [reportID, bits] : _bits[type])
         longest = std::max(longest, lengthInBytes(bits));
     return longest;
+}
+
+std::optional<ReportDescriptor> readReportDescriptor(const std::string& folder) {
+    std::ifstream file(folder + "/device/report_descriptor", std::ios::binary);
+    if (!file)
+        return std::nullopt;
+    const std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(file), {}};
+    return ReportDescriptor(bytes);
 }
 
 } // namespace VeltoTouch

@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <span>
+#include <string>
 
 namespace VeltoTouch {
 
@@ -52,5 +53,9 @@ private:
     bool _hasReportIDs = false;
     std::array<ReportBits, 3> _bits; // by IOHIDReportType
 };
+
+// The report descriptor of a hidraw node with this folder below /sys (or a link to it, such as
+// /sys/class/hidraw/hidraw0); nothing if there is none. Does not wait for a udevd, so that its rules may ask.
+[[nodiscard]] std::optional<ReportDescriptor> readReportDescriptor(const std::string& folder);
 
 } // namespace VeltoTouch
