@@ -41,13 +41,17 @@ void abuse(std::chrono::milliseconds duration) {
     sd_bus* bus = nullptr;
     ASSERT_GE(sd_bus_open_system(&bus), 0);
     const std::string megabyte(1'000'000, 'x');
-    const auto call = [bus](const char* method, const char* types, auto... arguments) {
+    const auto end = std::chrono::steady_clock::now() + duration;
+    const auto isOver = [end] { return std::chrono::steady_clock::now() >= end; };
+    const auto call = [&](const char* method, const char* types, auto... arguments) {
+        if (isOver())
+            return;
         sd_bus_message* reply = nullptr;
         sd_bus_call_method(bus, "org.velto.Touch1", "/org/velto/Touch1/sim", "org.velto.Touch1", method, nullptr,
                            &reply, types, arguments...);
         sd_bus_message_unref(reply);
     };
-    for (const auto end = std::chrono::steady_clock::now() + duration; std::chrono::steady_clock::now() < end;) {
+    while (!isOver()) {
         call("GetProperty", "s", "Recording");
         call("GetProperty", "s", "ServicePluginDebug");
         call("GetProperty", "s", megabyte.c_str());
