@@ -1,0 +1,228 @@
+#include "Tests/Stories/Comparison.h"
+
+#include "Recording/PipelineRecording.h"
+#include "Tests/Stories/Observed.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+constexpr std::uint64_t kStepNs = 10'000'000;
+
+// What a call throws: the kind and the message, or nothing.
+template <class Call>
+std::string thrownBy(const Call& call) {
+    try {
+        call();
+        return {};
+    } catch (const std::invalid_argument& error) {
+        return std::string("invalid argument: ") + error.what();
+    } catch (const std::runtime_error& error) {
+        return std::string("runtime error: ") + error.what();
+    }
+}
+
+// The system and the reference, side by side.
+class Both {
+public:
+    explicit Both(bool isLogged) : _seen(_ours, *_theirs.pipeline, isLogged) {
+        _recording.pipeline = std::shared_ptr<PipelineInput>(&_ours, [](PipelineInput* /*owned by this*/) {});
+        _theirs.numerator = storyClock().timebase.numer;
+        _theirs.denominator = storyClock().timebase.denom;
+    }
+
+    // The first difference after the step, or nothing.
+    std::string tell(const Step& step) {
+        std::visit([this](const auto& one) { take(one); }, step);
+        if (_difference.empty())
+            _difference = _seen.differenceAfterStep();
+        if (_difference.empty() && _recording.frames().size() != _theirs.frames.size())
+            _difference = "number of frames recorded";
+        return std::move(_difference);
+    }
+
+    std::string end() {
+        std::string difference = differenceOfFrames(_recording.frames(), _theirs.frames);
+        return difference.empty() ? _seen.differenceOfLog() : difference;
+    }
+
+    // Goes on with these frames, as read from a container.
+    void takeOver(PipelineRecording recording, std::list<Reference::Frame> frames) {
+        recording.pipeline = _recording.pipeline;
+        _recording = std::move(recording);
+        _theirs.frames = std::move(frames);
+        _theirs.play = {};
+        _recording.setMaxFrameCount(_theirs.maxFrameCount);
+        _theirs.setMaxFrameCount(_theirs.maxFrameCount);
+    }
+
+    [[nodiscard]] std::uint64_t frames() const { return _frames; }
+
+private:
+    void take(const Steps::Images& images) {
+        InputReport::Image image{};
+        image.frameNumber = images.frame;
+        image.timestampMs = images.timeMs;
+        image.padSignal = images.signals;
+        for (std::uint32_t i = 0; i < images.count && _difference.empty(); ++i) {
+            send(imageReport(image));
+            _difference = _seen.differenceAfterFrame();
+            image.frameNumber += images.frameStep;
+            image.timestampMs += images.timeStepMs;
+            ++_frames;
+        }
+    }
+    void take(const Steps::Report& report) { send(report.bytes); }
+    void take(const Steps::Setting& setting) {
+        const std::uint64_t time = nextTime();
+        _recording.setState(time, setting.key, valueOf(setting.value));
+        _theirs.setState(time, setting.key, setting.value);
+    }
+    void take(const Steps::Metadata& metadata) {
+        const std::uint64_t time = nextTime();
+        _recording.handleMetadata(time, metadata.key, valueOf(metadata.value));
+        _theirs.handleMetadata(time, metadata.key, metadata.value);
+    }
+    void take(const Steps::Read& read) {
+        const Ref<Value> ours = _ours.getState(read.key);
+        if (!areSame(ours.get(), _theirs.pipeline->getState(read.key)))
+            _difference = "value of " + read.key;
+    }
+    void take(const Steps::Clock& clock) { storyClock().ticks = _theirs.hostTime = clock.ticks; }
+    void take(const Steps::Callbacks& callbacks) { _seen.install(callbacks.installed); }
+    void take(const Steps::Bound& bound) {
+        _recording.setMaxFrameCount(bound.count);
+        _theirs.setMaxFrameCount(bound.count);
+    }
+    void take(const Steps::Sort& /*sort*/) {
+        _recording.sortFrames();
+        Reference::Recording::sortFrames(_theirs.frames);
+    }
+    void take(const Steps::Copy& /*copy*/) {
+        PipelineRecording copy = _recording;
+        _recording = std::move(copy);
+        _theirs.play = {};
+    }
+    void take(const Steps::WriteAndRead& /*write*/) {
+        const Ref<Data> ours = _recording.json();
+        const std::string theirs = Reference::writeContainer(_theirs);
+        if (ours->bytes().find("Unrepresentable") != std::string_view::npos)
+            return; // what stands for a value without a form in JSON is each one's own
+        if (nlohmann::json::parse(ours->bytes()) != nlohmann::json::parse(theirs))
+            _difference = "text of the container";
+        takeOver(PipelineRecording(ours.get()), Reference::readContainer(theirs));
+    }
+    void take(const Steps::PlayReset& /*reset*/) {
+        _recording.playReset();
+        _theirs.playReset();
+    }
+    void take(const Steps::Play& play) {
+        for (std::uint32_t i = 0; i < play.count && _difference.empty(); ++i) {
+            const std::string ours = thrownBy([&] { _recording.playNextFrame(play.speed); });
+            const std::string theirs = thrownBy([&] { _theirs.playNextFrame(play.speed); });
+            if (ours != theirs || _recording.playCanContinue() != _theirs.playCanContinue())
+                _difference = "end of playback";
+            else if (storyClock().pausesUs != _theirs.sleeps)
+                _difference = "pauses of playback";
+            else
+                _difference = _seen.differenceAfterFrame();
+            storyClock().pausesUs.clear();
+            _theirs.sleeps.clear();
+            ++_frames;
+            if (!ours.empty())
+                return;
+        }
+    }
+
+    std::uint64_t nextTime() {
+        _theirs.hostTime = storyClock().ticks += kStepNs;
+        return storyClock().ticks;
+    }
+    void send(const std::vector<std::uint8_t>& report) {
+        const std::uint64_t time = nextTime();
+        _recording.handleInputReport(time, report.data(), report.size());
+        _theirs.handleInputReport(time, report);
+    }
+
+    static Reference::Recording makeTheirs() {
+        Reference::Recording recording;
+        recording.pipeline = std::make_shared<Reference::Pipeline>();
+        return recording;
+    }
+
+    Pipeline _ours;
+    PipelineRecording _recording;
+    Reference::Recording _theirs = makeTheirs();
+    Observed _seen;
+    std::string _difference;
+    std::uint64_t _frames = 0;
+};
+
+} // namespace
+
+Comparison compare(const Story& story) {
+    storyClock().ticks = 0;
+    Both both(story.isLogged);
+    Comparison comparison;
+    for (std::size_t i = 0; i < story.steps.size() && comparison.difference.empty(); ++i) {
+        comparison.difference = both.tell(story.steps[i]);
+        if (!comparison.difference.empty())
+            comparison.difference += " in step " + std::to_string(i);
+    }
+    if (comparison.difference.empty())
+        comparison.difference = both.end();
+    comparison.frames = both.frames();
+    return comparison;
+}
+
+Comparison compareContainer(std::string_view text) {
+    std::optional<PipelineRecording> ours;
+    std::list<Reference::Frame> theirs;
+    const std::string ourRefusal = thrownBy([&] { ours.emplace(makeRef<Data>(std::string(text)).get()); });
+    const std::string theirRefusal = thrownBy([&] { theirs = Reference::readContainer(text); });
+    if (ourRefusal != theirRefusal)
+        return {"refusal: '" + ourRefusal + "' and '" + theirRefusal + "'"};
+    if (!ours)
+        return {};
+    std::string difference = differenceOfFrames(ours->frames(), theirs);
+    if (!difference.empty())
+        return {difference};
+    Both both(false);
+    const auto count = static_cast<std::uint32_t>(theirs.size());
+    both.takeOver(std::move(*ours), std::move(theirs));
+    for (const Step& step : {Step(Steps::Callbacks{0x1FF}), Step(Steps::PlayReset{}), Step(Steps::Play{1, count})}) {
+        if (difference.empty())
+            difference = both.tell(step);
+    }
+    return {difference, both.frames()};
+}
+
+// Leaves out ever smaller stretches of steps, then shortens runs of images.
+Story shortened(Story story) {
+    const auto fails = [](const Story& shorter) { return !compare(shorter).difference.empty(); };
+    for (std::size_t length = story.steps.size(); length > 0; length /= 2) {
+        for (std::size_t at = 0; at < story.steps.size();) {
+            Story shorter = story;
+            const auto from = shorter.steps.begin() + static_cast<std::ptrdiff_t>(at);
+            shorter.steps.erase(from, from + static_cast<std::ptrdiff_t>(std::min(length, story.steps.size() - at)));
+            if (fails(shorter))
+                story = std::move(shorter);
+            else
+                at += length;
+        }
+    }
+    for (std::size_t i = 0; i < story.steps.size(); ++i) {
+        for (auto* images = std::get_if<Steps::Images>(&story.steps[i]); images != nullptr && images->count > 1;) {
+            --images->count;
+            if (fails(story))
+                continue;
+            ++images->count;
+            break;
+        }
+    }
+    return story;
+}
+
+} // namespace VeltoTouch::Tests

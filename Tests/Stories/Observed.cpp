@@ -1,0 +1,305 @@
+#include "Tests/Stories/Observed.h"
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <regex>
+#include <type_traits>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+// Equal to the bit, but for the sign of NaN.
+template <class A, class B>
+bool same(const A& a, const B& b) {
+    if constexpr (std::is_same_v<A, float> && std::is_same_v<B, float>)
+        return (std::isnan(a) && std::isnan(b)) || std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
+    else if constexpr (std::is_enum_v<A> && std::is_enum_v<B>)
+        return static_cast<std::int32_t>(a) == static_cast<std::int32_t>(b);
+    else
+        return a == b;
+}
+
+// Fields have the same names on both sides.
+#define VELTO_SAME(field)                                                                                              \
+    if (!same(ours.field, theirs.field))                                                                               \
+    return #field
+
+template <class Ours, class Theirs>
+const char* differenceOfPixel(const Ours& ours, const Theirs& theirs) {
+    VELTO_SAME(value);
+    VELTO_SAME(gain);
+    VELTO_SAME(normalized);
+    VELTO_SAME(onPeak);
+    VELTO_SAME(offTrough);
+    VELTO_SAME(on);
+    VELTO_SAME(aboveNoise);
+    VELTO_SAME(everAboveNoise);
+    VELTO_SAME(everOn);
+    VELTO_SAME(peakAboveNoise);
+    VELTO_SAME(index);
+    return nullptr;
+}
+
+const char* differenceOfHand(const HandStats& ours, const Reference::HandStats& theirs) {
+    VELTO_SAME(svm.score);
+    VELTO_SAME(touchScore);
+    VELTO_SAME(activationThreshold);
+    VELTO_SAME(holdTimeoutMs);
+    VELTO_SAME(peakSignal);
+    VELTO_SAME(enableHoldSuppression);
+    VELTO_SAME(enableTapSuppression);
+    VELTO_SAME(touching);
+    VELTO_SAME(wasTouching);
+    VELTO_SAME(aboveNoise);
+    VELTO_SAME(wasAboveNoise);
+    VELTO_SAME(holding);
+    VELTO_SAME(wasHolding);
+    VELTO_SAME(suppressingHold);
+    VELTO_SAME(wasSuppressingHold);
+    VELTO_SAME(tapCandidate);
+    VELTO_SAME(tapDetected);
+    VELTO_SAME(tapRejected);
+    VELTO_SAME(holdTimedOut);
+    VELTO_SAME(wasHoldTimedOut);
+    VELTO_SAME(touchStartTime);
+    VELTO_SAME(touchEndTime);
+    VELTO_SAME(aboveNoiseTime);
+    VELTO_SAME(belowNoiseTime);
+    VELTO_SAME(lastEventTime);
+    VELTO_SAME(signalPerDuration);
+    VELTO_SAME(signalPerTouchDuration);
+    VELTO_SAME(timeDurationRatio);
+    VELTO_SAME(nonActivePixels);
+    VELTO_SAME(tapSVMScore);
+    VELTO_SAME(activeRegion);
+    VELTO_SAME(previousRegion);
+    VELTO_SAME(eventRegion);
+    VELTO_SAME(peakValue);
+    VELTO_SAME(peakPixel);
+    for (std::size_t region = 0; region < kRegionCount; ++region)
+        VELTO_SAME(regionMax[region]);
+    return nullptr;
+}
+
+Reference::Event eventOf(const HIDEvent& event) {
+    Reference::Event seen{.timestamp = event.timeStamp, .options = event.options, .phase = event.phase};
+    if (const auto* vendor = std::get_if<VendorDefined>(&event.payload)) {
+        seen.kind = Reference::Event::Kind::Vendor;
+        seen.usagePage = vendor->usagePage;
+        seen.usage = vendor->usage;
+        seen.version = vendor->version;
+        return seen;
+    }
+    const auto& finger = std::get<Digitizer>(event.payload);
+    seen.transducerType = finger.transducerType;
+    seen.index = finger.index;
+    seen.identity = finger.identity;
+    seen.eventMask = finger.eventMask;
+    seen.buttonMask = finger.buttonMask;
+    seen.generationCount = static_cast<std::uint32_t>(finger.generationCount);
+    seen.x = finger.x;
+    seen.y = finger.y;
+    seen.z = finger.z;
+    seen.tipPressure = finger.tipPressure;
+    seen.barrelPressure = finger.barrelPressure;
+    seen.range = finger.range;
+    seen.touch = finger.touch;
+    return seen;
+}
+
+const char* differenceOfEvent(const Reference::Event& ours, const Reference::Event& theirs) {
+    VELTO_SAME(kind);
+    VELTO_SAME(timestamp);
+    VELTO_SAME(options);
+    VELTO_SAME(phase);
+    VELTO_SAME(transducerType);
+    VELTO_SAME(index);
+    VELTO_SAME(identity);
+    VELTO_SAME(eventMask);
+    VELTO_SAME(buttonMask);
+    VELTO_SAME(generationCount);
+    VELTO_SAME(x);
+    VELTO_SAME(y);
+    VELTO_SAME(z);
+    VELTO_SAME(tipPressure);
+    VELTO_SAME(barrelPressure);
+    VELTO_SAME(range);
+    VELTO_SAME(touch);
+    VELTO_SAME(usagePage);
+    VELTO_SAME(usage);
+    VELTO_SAME(version);
+    return nullptr;
+}
+
+const char* differenceOfImage(const Reference::Image& ours, const Reference::Image& theirs) {
+    VELTO_SAME(frameNumber);
+    VELTO_SAME(timestampMs);
+    VELTO_SAME(reserved0);
+    VELTO_SAME(reserved1);
+    VELTO_SAME(reserved2);
+    VELTO_SAME(reserved3);
+    VELTO_SAME(padRaw);
+    VELTO_SAME(padSignal);
+    return nullptr;
+}
+
+const char* differenceOfCall(const Reference::Call& ours, const Ref<Value>& value, const Reference::Call& theirs) {
+    VELTO_SAME(name);
+    VELTO_SAME(timestamp);
+    VELTO_SAME(key);
+    VELTO_SAME(report);
+    VELTO_SAME(firmwareEvent.event);
+    VELTO_SAME(firmwareEvent.context);
+    VELTO_SAME(previousFrame);
+    VELTO_SAME(events.size());
+    if (!areSame(value.get(), theirs.value))
+        return "value";
+    for (std::size_t i = 0; i < ours.events.size(); ++i) {
+        if (const char* field = differenceOfEvent(ours.events[i], theirs.events[i]))
+            return field;
+    }
+    return differenceOfImage(ours.image, theirs.image);
+}
+
+#undef VELTO_SAME
+
+Reference::Image imageOf(const InputReport::Image& image) {
+    return {image.frameNumber, image.timestampMs, image.reserved0, image.reserved1,
+            image.reserved2,   image.reserved3,   image.padRaw,    image.padSignal};
+}
+
+constexpr std::array<const char*, 9> kCallbackNames{"setStateObserver",     "inputReportObserver",  "metadataHandler",
+                                                    "invalidReportHandler", "firmwareEventHandler", "imageHandler",
+                                                    "disjointImageHandler", "hidEventsHandler",     "getStateObserver"};
+
+// "-nan" is "nan"; the counters' text is each one's own.
+std::string withoutChoices(const std::string& line) {
+    static const std::regex& sign = *new std::regex("-nan");
+    return std::regex_replace(line.substr(0, line.find("Event Stats ***\n")), sign, "nan");
+}
+
+} // namespace
+
+Observed::Observed(Pipeline& ours, Reference::Pipeline& theirs, bool isLogged) : _ours(ours), _theirs(theirs) {
+    if (isLogged)
+        _log.emplace(OS_LOG_TYPE_DEBUG);
+    theirs.algs.debugLog = isLogged;
+}
+
+void Observed::add(Reference::Call call, const Ref<Value>& value) {
+    _calls.push_back({std::move(call), value, _ours.resetCount, _ours.lastFrameNumber});
+}
+
+void Observed::install(std::uint32_t callbacks) {
+    const auto isWanted = [callbacks](std::uint32_t bit) { return (callbacks >> bit & 1U) != 0; };
+    _theirs.callbacks.clear();
+    for (std::uint32_t bit = 0; bit < kCallbackNames.size(); ++bit) {
+        if (isWanted(bit))
+            _theirs.callbacks.insert(kCallbackNames[bit]);
+    }
+    const auto stateCall = [this](const char* name) {
+        return [this, name](std::uint64_t time, const std::string& key, const Ref<Value>& value) {
+            add({.name = name, .timestamp = time, .key = key}, value);
+        };
+    };
+    const auto reportCall = [this](const char* name) {
+        return [this, name](std::uint64_t time, const std::uint8_t* report, std::size_t length) {
+            add({.name = name, .timestamp = time, .report = {report, report + length}});
+        };
+    };
+    const auto choose = [&](std::uint32_t bit, auto& callback, auto function) {
+        callback = nullptr;
+        if (isWanted(bit))
+            callback = function;
+    };
+    choose(0, _ours.setStateObserver, stateCall(kCallbackNames[0]));
+    choose(1, _ours.inputReportObserver, reportCall(kCallbackNames[1]));
+    choose(2, _ours.metadataHandler, stateCall(kCallbackNames[2]));
+    choose(3, _ours.invalidReportHandler, reportCall(kCallbackNames[3]));
+    choose(4, _ours.firmwareEventHandler, [this](std::uint64_t time, const InputReport::FirmwareEvent& event) {
+        add({.name = kCallbackNames[4], .timestamp = time, .firmwareEvent = {event.event, event.context}});
+    });
+    choose(5, _ours.imageHandler, [this](std::uint64_t time, const InputReport::Image& image) {
+        add({.name = kCallbackNames[5], .timestamp = time, .image = imageOf(image)});
+    });
+    choose(6, _ours.disjointImageHandler,
+           [this](std::uint64_t time, std::uint32_t previous, const InputReport::Image& image) {
+               add({.name = kCallbackNames[6], .timestamp = time, .previousFrame = previous, .image = imageOf(image)});
+           });
+    choose(7, _ours.hidEventsHandler, [this](std::uint64_t time, const HIDEvents& events) {
+        Reference::Call call{.name = kCallbackNames[7], .timestamp = time};
+        for (const Ref<HIDEvent>& event : events)
+            call.events.push_back(eventOf(*event));
+        add(std::move(call));
+    });
+    choose(8, _ours.getStateObserver, [this](const std::string& key) { add({.name = kCallbackNames[8], .key = key}); });
+}
+
+std::string Observed::differenceAfterFrame() const {
+    const Algs& ours = _ours.algs;
+    const Reference::Recognizer& theirs = _theirs.algs;
+    for (std::size_t i = 0; i < kPadCount; ++i) {
+        if (const char* field = differenceOfPixel(ours.pixels[i], theirs.pixels[i]))
+            return "pad " + std::to_string(i) + ": " + field;
+    }
+    for (std::size_t i = 0; i < kGroupCount; ++i) {
+        if (const char* field = differenceOfPixel(ours.virtualPixels[i], theirs.virtualPixels[i]))
+            return theirs.virtualPixels[i].name + ": " + field;
+        if (ours.virtualImage.values[i] != theirs.virtualImage.values[i] ||
+            ours.virtualImage.maxPixelIndex[i] != theirs.virtualImage.maxPixelIndex[i] ||
+            !same(ours.virtualImage.normalizationFactors[i], theirs.virtualImage.normalizationFactors[i]))
+            return theirs.virtualPixels[i].name + " of the virtual image";
+    }
+    if (const char* field = differenceOfHand(ours.handStats, theirs.handStats))
+        return std::string("hand: ") + field;
+    const bool isSame = ours.lastEventPhase == theirs.lastEventPhase &&
+                        _ours.lastFrameNumber == _theirs.lastFrameNumber &&
+                        _ours.hasLastFrame == _theirs.hasLastFrame && _ours.resetCount == _theirs.resetCount &&
+                        _ours.disjointImageCount == _theirs.disjointImageCount;
+    return isSame ? "" : "counters of the pipeline, or the last phase";
+}
+
+std::string Observed::differenceAfterStep() {
+    if (std::string difference = differenceAfterFrame(); !difference.empty())
+        return difference;
+    const std::vector<Call> ours = std::exchange(_calls, {});
+    const std::vector<Reference::Call> theirs = std::exchange(_theirs.calls, {});
+    for (std::size_t i = 0; i < std::min(ours.size(), theirs.size()); ++i) {
+        if (const char* field = differenceOfCall(ours[i].call, ours[i].value, theirs[i]))
+            return theirs[i].name + ": " + field;
+    }
+    if (ours.size() != theirs.size())
+        return "number of calls";
+    if (!areSame(_ours.algs.eventStats.statsDictionary().get(), _theirs.algs.eventStats.statsDictionary()))
+        return "counters of gestures";
+    return {};
+}
+
+std::string Observed::differenceOfLog() const {
+    if (!_log)
+        return {};
+    const std::vector<LogCapture::Line> ours = _log->lines();
+    const std::vector<Reference::LogLine>& theirs = _theirs.algs.log;
+    for (std::size_t i = 0; i < std::min(ours.size(), theirs.size()); ++i) {
+        if (ours[i].category != "Algs" || ours[i].type != OS_LOG_TYPE_DEBUG ||
+            withoutChoices(ours[i].message) != withoutChoices(theirs[i].text))
+            return "log: " + ours[i].message + "\nand: " + theirs[i].text;
+    }
+    return ours.size() == theirs.size() ? "" : "number of log lines";
+}
+
+std::string differenceOfFrames(const std::list<Frame>& ours, const std::list<Reference::Frame>& theirs) {
+    if (ours.size() != theirs.size())
+        return "number of frames recorded";
+    auto other = theirs.begin();
+    for (const Frame& frame : ours) {
+        if (static_cast<int>(frame.type) != static_cast<int>(other->type) || frame.timestampNs != other->timestampNs ||
+            frame.key != other->key || frame.report != other->report || !areSame(frame.value.get(), other->value))
+            return "frame " + std::to_string(std::distance(theirs.begin(), other)) + " of the recording";
+        ++other;
+    }
+    return {};
+}
+
+} // namespace VeltoTouch::Tests

@@ -1,0 +1,241 @@
+#include "Tests/Stories/Teller.h"
+
+#include "Tests/Support/Reports.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using nlohmann::json;
+using Steps::Signals;
+
+// Contacts as the surface sees them; the rest of the pads is silent.
+const std::array<std::vector<std::pair<char, int>>, 16> kContacts{{
+    {{'E', 150}, {'F', 60}, {'K', 40}},  // a finger in each region
+    {{'G', 250}, {'H', 100}, {'I', 60}}, //
+    {{'L', 200}, {'M', 60}},             //
+    {{'A', 140}, {'B', 80}, {'E', 60}},  //
+    {{'N', 240}, {'O', 180}, {'M', 90}}, //
+    {{'C', 120}, {'D', 110}},            //
+    {{'K', 110}, {'M', 100}, {'L', 60}}, // between regions
+    {{'K', 110}, {'I', 105}, {'J', 70}}, //
+    {{'E', 110}, {'L', 130}, {'K', 50}}, //
+    {{'G', 210}, {'O', 205}},            //
+    {{'J', 90}, {'E', 100}, {'G', 150}}, //
+    {{'H', 203}},                        // weak ones
+    {{'O', 194}},                        //
+    {{'E', 106}},                        //
+    {{'A', 70}, {'B', 72}, {'C', 70}, {'D', 71}, {'E', 70}, {'F', 72}, {'J', 60}, {'K', 50}, {'L', 60}}, // a palm
+    {{'I', 51}, {'J', 50}, {'L', 49}, {'M', 49}}, // just above the noise
+}};
+
+const std::array<std::string, 6> kSettingKeys{"Algs.EnableHoldSuppression",   "Algs.EnableTapSuppression",
+                                              "Algs.HoldTimeoutMilliseconds", "Algs.ActivationThreshold",
+                                              "Algs.ResetEventStats",         "Algs.VirtualNormalizationFactors."};
+const std::array<std::string, 11> kIndexTexts{
+    "0", "7", "22", "23", "-1", "", "x", " 5", "+3", "4.9", "99999999999999999999999"};
+const std::array<std::string, 9> kOtherKeys{"Algs.EventStats", "Algs.DebugInfo", "DebugInfo",
+                                            "debuginfo",       "Algs.",          "Algs",
+                                            "algs.EventStats", "Other",          "Algs.Algs.EventStats"};
+const std::array<double, 16> kNumbers{0,    1,     200,  150.5, 500,  0.5,   -1,           -0.0,
+                                      1e-3, 1e-40, 3e38, 1e39,  1e19, -1e19, 4294967296.5, 2e19};
+
+class Teller {
+public:
+    explicit Teller(Choices& choices) : _choices(choices) {}
+
+    Story tell(std::size_t stepCount) {
+        _isHostile = _choices.oneIn(4);
+        _story.isLogged = _choices.oneIn(16);
+        _frame = _choices.oneIn(4) ? 0x80000000U + static_cast<std::uint32_t>(_choices.below(1000)) : 0;
+        _timeMs = static_cast<std::uint32_t>(_choices.oneIn(3) ? _choices.bits() : 1000);
+        add(Steps::Clock{_choices.oneIn(8) ? _choices.bits() : 1'000'000'000});
+        if (!_choices.oneIn(4))
+            add(Steps::Callbacks{0x1FF});
+        add(Steps::Bound{_choices.oneIn(3) ? 0 : _choices.below(60)});
+        while (_story.steps.size() < stepCount && _choices.canContinue())
+            tellNext();
+        return std::move(_story);
+    }
+
+private:
+    void add(Step step) { _story.steps.push_back(std::move(step)); }
+
+    void tellNext() {
+        switch (_choices.below(24)) {
+        case 0:
+            return add(Steps::Setting{settingKey(), value()});
+        case 1:
+            return add(Steps::Setting{_choices.oneOf(kSettingKeys), usualValue()});
+        case 2:
+            return add(Steps::Metadata{_choices.oneIn(2) ? "Accel" : anyKey(), value()});
+        case 3:
+            return add(Steps::Read{anyKey()});
+        case 4:
+            return add(Steps::Report{report()});
+        case 5:
+            return add(Steps::Report{firmwareEventReport(static_cast<std::uint8_t>(_choices.below(3)))});
+        case 6:
+            return tellOfRecording();
+        case 7:
+            return jump();
+        case 8:
+        case 9:
+            return idle(1 + static_cast<std::uint32_t>(_choices.below(120)));
+        default:
+            return touch();
+        }
+    }
+
+    // A contact that changes a few times while it lasts, and may go over to another one.
+    void touch() {
+        const auto* contact = &_choices.oneOf(kContacts);
+        double strength = 0.4 + 0.1 * static_cast<double>(_choices.below(16));
+        for (std::uint64_t part = 1 + _choices.below(5); part != 0; --part) {
+            images(signalsOf(*contact, strength),
+                   1 + static_cast<std::uint32_t>(_choices.below(_choices.oneIn(3) ? 60 : 8)));
+            strength *= 0.5 + 0.1 * static_cast<double>(_choices.below(10));
+            if (_choices.oneIn(5))
+                contact = &_choices.oneOf(kContacts);
+            if (_choices.oneIn(16))
+                add(Steps::Setting{settingKey(), usualValue()});
+        }
+        if (!_choices.oneIn(8))
+            idle(1 + static_cast<std::uint32_t>(_choices.below(_choices.oneIn(3) ? 100 : 4)));
+    }
+
+    Signals signalsOf(const std::vector<std::pair<char, int>>& contact, double strength) {
+        Signals signals{};
+        if (_isHostile && _choices.oneIn(4)) {
+            for (std::int16_t& signal : signals)
+                signal = static_cast<std::int16_t>(_choices.bits());
+            return signals;
+        }
+        for (const auto& [pad, signal] : contact)
+            signals.at(static_cast<std::size_t>(pad - 'A')) = static_cast<std::int16_t>(signal * strength);
+        if (_choices.oneIn(2))
+            signals.at(_choices.below(kPadCount)) =
+                static_cast<std::int16_t>(static_cast<int>(_choices.below(120)) - 40); // noise, or a second finger
+        return signals;
+    }
+
+    void idle(std::uint32_t count) { images(_choices.oneIn(6) ? signalsOf(kContacts.back(), 1) : Signals{}, count); }
+
+    void images(const Signals& signals, std::uint32_t count) {
+        const std::array<std::uint32_t, 8> timeSteps{10, 10, 10, 10, 10, 1, 0, _isHostile ? 0U - 10 : 33};
+        const Steps::Images step{
+            _frame, _timeMs, signals, count, _choices.oneIn(64) ? 0U : 1U, _choices.oneOf(timeSteps)};
+        _frame += count * step.frameStep;
+        _timeMs += count * step.timeStepMs;
+        add(step);
+    }
+
+    // The device's or the host's clock, or the frame numbers, go elsewhere.
+    void jump() {
+        const std::array<std::uint32_t, 8> byMs{1, 3, 280, 650, 1000, 100'000, 0U - 500, 0x80000000U};
+        switch (_choices.below(4)) {
+        case 0:
+            _frame += static_cast<std::uint32_t>(_choices.below(5)) - 2;
+            return;
+        case 1:
+            _timeMs += _choices.oneOf(byMs);
+            return;
+        case 2:
+            _frame = static_cast<std::uint32_t>(_choices.bits());
+            return;
+        default:
+            return add(Steps::Clock{_choices.oneIn(2) ? _choices.bits() : _choices.below(10'000'000'000)});
+        }
+    }
+
+    void tellOfRecording() {
+        const std::array<float, 8> speeds{
+            1, 2, 0.5F, 0, -1, std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), 1e-30F};
+        switch (_choices.below(8)) {
+        case 0:
+            return add(Steps::Bound{_choices.below(40)});
+        case 1:
+            return add(Steps::Sort{});
+        case 2:
+            return add(Steps::Copy{});
+        case 3:
+            return add(Steps::WriteAndRead{});
+        case 4:
+            return add(Steps::Callbacks{static_cast<std::uint32_t>(_choices.bits()) & 0x1FF});
+        case 5:
+            return add(Steps::Play{_choices.oneOf(speeds), 1});
+        default:
+            add(Steps::PlayReset{});
+            add(Steps::Play{_choices.oneOf(speeds), static_cast<std::uint32_t>(1 + _choices.below(100))});
+        }
+    }
+
+    std::string settingKey() {
+        const std::string& key = _choices.oneOf(kSettingKeys);
+        return key.back() == '.' ? key + _choices.oneOf(kIndexTexts) : key;
+    }
+    std::string anyKey() { return _choices.oneIn(2) ? _choices.oneOf(kOtherKeys) : settingKey(); }
+
+    // What a host means to write.
+    StoryValue usualValue() {
+        const std::array<json, 8> usual{true, false, 250, 500, 120.0, 200.0, 90, 0};
+        return _choices.oneOf(usual);
+    }
+
+    // Any value, of every kind.
+    StoryValue value() {
+        switch (_choices.below(14)) {
+        case 0:
+            return std::nullopt;
+        case 1:
+            return json(nullptr);
+        case 2:
+            return json(_choices.oneIn(2));
+        case 3:
+            return json(_choices.bits());
+        case 4:
+            return json(static_cast<std::int64_t>(_choices.bits()));
+        case 5:
+            return json("text");
+        case 6:
+            return json::array({1, 2.5, "x", nullptr});
+        case 7:
+            return json{{"X", 0.5}, {"Y", json::array()}, {"Z", -1}};
+        case 8:
+            return json::binary({1, 2});
+        case 9:
+            return json(_choices.oneIn(2) ? std::numeric_limits<double>::infinity()
+                                          : std::numeric_limits<double>::quiet_NaN());
+        case 10:
+            return usualValue();
+        default:
+            return json(_choices.oneOf(kNumbers));
+        }
+    }
+
+    // Bytes that may be no report, or one that is longer than it has to be.
+    std::vector<std::uint8_t> report() {
+        const std::array<std::size_t, 9> lengths{0, 1, 9, 10, 11, 72, 73, 74, 100};
+        std::vector<std::uint8_t> bytes(_choices.oneOf(lengths));
+        for (std::uint8_t& byte : bytes)
+            byte = static_cast<std::uint8_t>(_choices.oneIn(3) ? _choices.below(256) : 0);
+        if (!bytes.empty())
+            bytes.front() = static_cast<std::uint8_t>(_choices.below(4));
+        return bytes;
+    }
+
+    Choices& _choices;
+    Story _story;
+    bool _isHostile = false;
+    std::uint32_t _frame = 0;
+    std::uint32_t _timeMs = 0;
+};
+
+} // namespace
+
+Story tellStory(Choices& choices, std::size_t stepCount) { return Teller(choices).tell(stepCount); }
+
+} // namespace VeltoTouch::Tests
