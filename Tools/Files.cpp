@@ -58,9 +58,14 @@ mode_t modeOfNewFiles() noexcept {
 // group are no rights: whoever put such a file there is not handed ours.
 void takeOver(int file, const Place& place) {
     const auto& old = *place.status;
-    if (::fchown(file, old.st_uid, old.st_gid) != 0 && statusOf(file).st_uid != old.st_uid && place.isShared())
-        throw std::runtime_error("it belongs to another user, in a folder where others may write");
-    check(::fchmod(file, old.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)));
+    bool isGroupKept = ::fchown(file, old.st_uid, old.st_gid) == 0;
+    if (!isGroupKept) {
+        if (statusOf(file).st_uid != old.st_uid && place.isShared())
+            throw std::runtime_error("it belongs to another user, in a folder where others may write");
+        isGroupKept = ::fchown(file, static_cast<uid_t>(-1), old.st_gid) == 0;
+    }
+    const mode_t kept = S_IRWXU | S_IRWXO | (isGroupKept ? S_IRWXG : 0U); // no other group gets the old one's rights
+    check(::fchmod(file, old.st_mode & kept));
 }
 
 void prepare(int file, const Place& place) {

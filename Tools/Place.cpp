@@ -37,10 +37,13 @@ bool isBelowProc(const Place& place) {
     return fileSystem.f_type == PROC_SUPER_MAGIC;
 }
 
-// As the kernel may do where it protects links: a link is trusted that is the user's own or the folder's owner's.
+// As the kernel may do where it protects links, and in folders of a group too: a link is trusted that is the user's own
+// or the folder's owner's.
 void requireTrustedLink(const Place& place) {
     const uid_t owner = place.status->st_uid;
-    if (place.isShared() && owner != ::geteuid() && owner != statusOf(place.folder.get()).st_uid)
+    const struct stat folder = statusOf(place.folder.get());
+    const bool isShared = (folder.st_mode & (S_IWGRP | S_IWOTH | S_ISVTX)) != 0;
+    if (isShared && owner != ::geteuid() && owner != folder.st_uid)
         throw std::runtime_error("a link of another user, in a folder where others may write");
 }
 
