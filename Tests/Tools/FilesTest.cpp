@@ -192,7 +192,7 @@ TEST_F(FilesTest, AnOldFileKeepsItsLinksItsOwnerAndItsRightsButNothingThatRunsAs
     EXPECT_THAT(folder.names(), ElementsAre("below", "in.json", "old.json"));
 }
 
-TEST_F(FilesTest, AFileOfAnotherIsNotReplacedInASharedFolderWhereItsOwnerCannotBeKept) {
+TEST_F(FilesTest, WhereOwnerOrGroupCannotBeKeptNobodyGetsTheirRights) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "needs root to make files of two users";
     fs::permissions(folder.path(""), fs::perms::all);
@@ -201,6 +201,12 @@ TEST_F(FilesTest, AFileOfAnotherIsNotReplacedInASharedFolderWhereItsOwnerCannotB
     EXPECT_THAT(velto().asAnotherUser().run({"convert", file, "-o", old}),
                 Ends(1, "", "velto: " + old + ": it belongs to another user, in a folder where others may write\n"));
     EXPECT_EQ(contentOf(old), "as it was");
+
+    ASSERT_EQ(::chown(old.c_str(), 65534, 0), 0);
+    fs::permissions(old, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_all);
+    EXPECT_THAT(velto().asAnotherUser().run({"convert", file, "-o", old}), Ends(0, ""));
+    EXPECT_EQ(fs::status(old).permissions(), fs::perms::owner_read | fs::perms::owner_write)
+        << "another group has no right to it";
 }
 
 TEST_F(FilesTest, ASignalLeavesNoTemporaryFileAndSIGKILLNoneOfANewFile) {
