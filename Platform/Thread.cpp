@@ -1,5 +1,7 @@
 #include "Platform/Thread.h"
 
+#include "Platform/SignalMask.h"
+
 #include <csignal>
 #include <string>
 #include <thread>
@@ -12,26 +14,18 @@ namespace {
 
 constexpr std::size_t kLongestName = 15; // characters
 
-// A new thread takes over the signals that its maker blocks.
-class AllSignalsBlocked {
-public:
-    AllSignalsBlocked() noexcept {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &_before);
-    }
-    AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-    AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-    ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
-
-private:
-    sigset_t _before{};
-};
+// A thread's own faults reach the handler that the host has for them: blocked, they end the process without it.
+sigset_t allButFaults() noexcept {
+    sigset_t signals = SignalMask::all();
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS})
+        sigdelset(&signals, fault);
+    return signals;
+}
 
 } // namespace
 
 void detachNewThreadWithBlock(const char* name, std::function<void()> block) {
-    const AllSignalsBlocked blocked;
+    const SignalMask blocked(allButFaults()); // which the new thread takes over
     std::thread thread([name = std::string(name).substr(0, kLongestName), block = std::move(block)] {
         pthread_setname_np(pthread_self(), name.c_str());
         block();

@@ -36,7 +36,7 @@ std::string makeTemporaryName(const Make& make) {
 NewFile::NewFile(const FileDescriptor& folder) : _folder(folder.get()), _file(unnamedFile(_folder)) {
     if (_file.isOpen())
         return;
-    _heldSignals.emplace();
+    _heldSignals.emplace(SignalMask::all());
     _temporaryName = makeTemporaryName([this](const char* name) {
         _file = FileDescriptor(::openat(_folder, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kForItsOwner));
         return _file.get();
@@ -58,7 +58,7 @@ void NewFile::moveTo(const std::string& name) {
             return;
         if (errno != EEXIST)
             throwSystemError();
-        _heldSignals.emplace();
+        _heldSignals.emplace(SignalMask::all());
         _temporaryName = makeTemporaryName(link);
     }
     check(::renameat(_folder, _temporaryName.c_str(), _folder, name.c_str()));

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Linux/FileDescriptor.h"
-#include "Tools/Signals.h"
+#include "Platform/SignalMask.h"
 
 #include <optional>
 #include <string>
@@ -9,8 +9,8 @@
 namespace VeltoTouch::Tools {
 
 // A file in the making, for its owner alone. Where the file system can, it has no name before it is whole; elsewhere
-// it has a temporary one. Signals wait while there is a temporary name, and none stays behind. `folder` must outlive
-// the file.
+// it has a temporary one. Signals wait while there is a temporary name, and none stays behind: no other thread of the
+// program takes any. `folder` must outlive the file.
 class NewFile {
 public:
     // Throws std::system_error.
@@ -26,8 +26,8 @@ public:
 
 private:
     const int _folder;
-    std::optional<HeldSignals> _heldSignals; // let go last
-    std::string _temporaryName;              // empty: none
+    std::optional<SignalMask> _heldSignals; // let go last
+    std::string _temporaryName;             // empty: none
     FileDescriptor _file;
 };
 

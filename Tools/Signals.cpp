@@ -54,12 +54,4 @@ void StopSignals::beginEnd() noexcept {
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
-HeldSignals::HeldSignals() noexcept {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &_before);
-}
-
-HeldSignals::~HeldSignals() { pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
-
 } // namespace VeltoTouch::Tools

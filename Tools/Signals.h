@@ -1,7 +1,5 @@
 #pragma once
 
-#include <csignal>
-
 namespace VeltoTouch::Tools {
 
 // SIGINT and SIGTERM as a descriptor to wait for. Made before the program has other threads, which take over that
@@ -23,19 +21,6 @@ public:
 
 private:
     int _descriptor;
-};
-
-// No signal but SIGKILL reaches the calling thread while this lives; what comes waits. Other threads of the program
-// take none.
-class HeldSignals {
-public:
-    HeldSignals() noexcept;
-    HeldSignals(const HeldSignals&) = delete;
-    HeldSignals& operator=(const HeldSignals&) = delete;
-    ~HeldSignals();
-
-private:
-    sigset_t _before{};
 };
 
 } // namespace VeltoTouch::Tools
