@@ -1,9 +1,11 @@
 #include "Platform/Linux/ReportDescriptor.h"
 
 #include <algorithm>
+#include <array>
 #include <fstream>
-#include <iterator>
 #include <vector>
+
+#include <linux/hid.h>
 
 namespace VeltoTouch {
 namespace {
@@ -176,10 +178,12 @@ std::size_t ReportDescriptor::longestReport(IOHIDReportType type) const noexcept
 
 std::optional<ReportDescriptor> readReportDescriptor(const std::string& folder) {
     std::ifstream file(folder + "/device/report_descriptor", std::ios::binary);
-    if (!file)
+    std::array<char, HID_MAX_DESCRIPTOR_SIZE> bytes{};
+    file.read(bytes.data(), bytes.size());
+    if (!file.is_open() || file.bad()) // it may go between the two
         return std::nullopt;
-    const std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(file), {}};
-    return ReportDescriptor(bytes);
+    const auto count = static_cast<std::size_t>(file.gcount());
+    return ReportDescriptor({reinterpret_cast<const std::uint8_t*>(bytes.data()), count});
 }
 
 } // namespace VeltoTouch

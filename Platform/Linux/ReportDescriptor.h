@@ -55,7 +55,7 @@ private:
 };
 
 // The report descriptor of a hidraw node with this folder below /sys (or a link to it, such as
-// /sys/class/hidraw/hidraw0); nothing if there is none. Does not wait for a udevd, so that its rules may ask.
+// /sys/class/hidraw/hidraw0); nothing if it cannot be read. Does not wait for a udevd, so that its rules may ask.
 [[nodiscard]] std::optional<ReportDescriptor> readReportDescriptor(const std::string& folder);
 
 } // namespace VeltoTouch

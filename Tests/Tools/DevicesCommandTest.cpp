@@ -29,6 +29,9 @@ TEST(CheckDeviceTest, TheExitStatusAloneSaysWhetherAFolderIsASurfaces) {
         folder.write("device/report_descriptor", descriptor);
         EXPECT_EQ(check(folder.path(".")), status) << descriptor.size();
     }
+    std::filesystem::remove(folder.path("device/report_descriptor"));
+    std::filesystem::create_directory(folder.path("device/report_descriptor"));
+    EXPECT_EQ(check(folder.path(".")), 1) << "opened, but not read";
     for (const char* nothing : {"/sys/class/hidraw/hidraw9999", "/dev/null", "/dev/", "hidraw"})
         EXPECT_EQ(check(nothing), 1) << nothing;
 }
