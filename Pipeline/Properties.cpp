@@ -65,6 +65,13 @@ Judgement unknown(std::string key) {
     return {.verdict = Verdict::Unknown, .reason = {}};
 }
 
+std::optional<FoundSetting> spelledSetting(const std::string& key) {
+    const auto setting = settingUnder(key);
+    const bool isSpelled = setting && (!setting->row.is<SettingRow::Factors>() ||
+                                       key == fmt::format("{}.{}", fullKeyOf(setting->row), setting->factor));
+    return isSpelled ? setting : std::nullopt;
+}
+
 bool isOnlyRead(const std::string& key) { return std::ranges::count(kPropertyRows, key, &PropertyRow::key) > 0; }
 
 } // namespace
@@ -90,19 +97,25 @@ const ValueKind& kindOf(const SettingRow& row) noexcept {
                       row.place);
 }
 
+bool isPublic(const std::string& key) {
+    if (const auto setting = settingUnder(key))
+        return !setting->row.is<SettingRow::Action>();
+    return std::ranges::any_of(kPropertyRows, [&](const PropertyRow& row) { return row.isPublic && row.key == key; });
+}
+
 Judgement judgeWrite(const std::string& key, const Value* value) {
     if (!isPipelineKey(key))
         return {};
     if (isOnlyRead(key))
         return {.verdict = Verdict::ReadOnly, .reason = "it is read only"};
-    const auto setting = settingUnder(key);
+    const auto setting = spelledSetting(key);
     return setting ? judgeValue(setting->row, value) : unknown(key);
 }
 
 Judgement judgeRead(const std::string& key) {
     if (!isPipelineKey(key) || isOnlyRead(key))
         return {};
-    const auto setting = settingUnder(key);
+    const auto setting = spelledSetting(key);
     if (!setting)
         return unknown(key);
     return setting->row.is<SettingRow::Action>()

@@ -18,7 +18,8 @@ constexpr std::string_view kPipelineDomain = "Pipeline";
 
 [[nodiscard]] bool isPipelineKey(std::string key);
 
-// The setting under a full property key, such as "Pipeline.Algs.HoldTimeoutMilliseconds".
+// The setting under a full property key, such as "Pipeline.Algs.HoldTimeoutMilliseconds", in any spelling that the
+// service reads.
 [[nodiscard]] std::optional<FoundSetting> settingUnder(std::string key);
 
 // A row's full key; for factors, what stands before the dot and N.
@@ -29,7 +30,8 @@ struct PropertyRow {
     std::string_view key;
     std::string_view type;
     std::string_view meaning;
-    bool isForLists; // it is small, does not ask the device, and says nothing that another one says
+    bool
+        isPublic; // for whoever may only see what the surface does: it asks no device and gives no touch away. In lists
 };
 inline constexpr std::array kPropertyRows{
     PropertyRow{"Pipeline.Algs.EventStats", "dictionary", "gestures dispatched and rejected, by kind and region", true},
@@ -65,8 +67,11 @@ struct Judgement {
     std::string reason; // what is wanted, or doubtful; empty where there is nothing to add
 };
 
+// Whether a property is for those who may only see what the surface does: settings and public rows.
+[[nodiscard]] bool isPublic(const std::string& key);
+
 // Whether a key that is not the pipeline's may be read or written, and with what, is for the device to say: here it is
-// sensible.
+// sensible. A factor's number must be spelled as it is: what the service reads as one besides is not meant.
 [[nodiscard]] Judgement judgeWrite(const std::string& key, const Value* value);
 [[nodiscard]] Judgement judgeRead(const std::string& key);
 

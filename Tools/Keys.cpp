@@ -85,7 +85,7 @@ std::vector<ListedProperty> listedProperties() {
             addListed(properties, {.row = row, .factor = n}, fmt::format("{}.{}", fullKeyOf(row), n));
     }
     for (const PropertyRow& row : kPropertyRows) {
-        if (row.isForLists)
+        if (row.isPublic)
             properties.push_back({.key = std::string(row.key),
                                   .type = row.type,
                                   .range = "",
@@ -99,7 +99,7 @@ std::vector<ListedProperty> listedProperties() {
 std::vector<std::string> unlistedKeys() {
     std::vector<std::string> keys;
     for (const PropertyRow& row : kPropertyRows) {
-        if (!row.isForLists)
+        if (!row.isPublic)
             keys.emplace_back(row.key);
     }
     return keys;

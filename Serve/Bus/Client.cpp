@@ -1,7 +1,7 @@
 #include "Serve/Bus/Client.h"
 
+#include "Pipeline/Properties.h"
 #include "Serve/Bus/Connection.h"
-#include "Serve/Bus/PropertyRequests.h"
 #include "Serve/Bus/Values.h"
 
 #include <algorithm>

@@ -2,7 +2,6 @@
 
 #include "Pipeline/Properties.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace VeltoTouch::Bus {
@@ -55,12 +54,6 @@ void PropertyRequests::begin(std::function<Outcome()> work, Answer answer) {
     dispatch_async(_queue.get(), [this, work = std::move(work)] {
         _loop.post([this, outcome = work()] { std::exchange(_answer, nullptr)(outcome); });
     });
-}
-
-bool isPublic(const std::string& key) {
-    if (const auto setting = settingUnder(key))
-        return !setting->row.is<SettingRow::Action>();
-    return std::ranges::any_of(kPropertyRows, [&](const PropertyRow& row) { return row.isForLists && row.key == key; });
 }
 
 } // namespace VeltoTouch::Bus

@@ -57,8 +57,4 @@ private:
     Answer _answer; // to the request that is being done
 };
 
-// Whether those may read a property who may only see what the surface does: settings, statistics and the version. All
-// other keys ask the device, or give away what was touched.
-[[nodiscard]] bool isPublic(const std::string& key);
-
 } // namespace VeltoTouch::Bus

@@ -1,5 +1,6 @@
 #include "Serve/Bus/TouchObject.h"
 
+#include "Pipeline/Properties.h"
 #include "Platform/Log.h"
 #include "Serve/Bus/Connection.h"
 #include "Serve/Bus/Replies.h"

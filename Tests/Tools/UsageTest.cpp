@@ -59,6 +59,8 @@ TEST(UsageTest, WhatThePipelineHasNoUseForIsToldWithWhatIsWanted) {
              {kAlgs + "ActivationThreshold=3.5e38", kNumber},
              {kAlgs + "VirtualNormalizationFactors.0=null", kNumber},
              {kAlgs + "VirtualNormalizationFactors.23=1", "factors are numbered 0 to 22"},
+             {kAlgs + "VirtualNormalizationFactors.N=1", "factors are numbered 0 to 22"},
+             {kAlgs + "VirtualNormalizationFactors.03=1", "factors are numbered 0 to 22"},
              {kAlgs + "EnableTapSuppression=2", kSwitch},
              {kAlgs + "EnableHoldSuppression=yes", kSwitch},
              {kAlgs + "EventStats=1", "it is read only"},
