@@ -42,8 +42,8 @@ bool isBelowProc(const Place& place) {
 void requireTrustedLink(const Place& place) {
     const uid_t owner = place.status->st_uid;
     const struct stat folder = statusOf(place.folder.get());
-    const bool isShared = (folder.st_mode & (S_IWGRP | S_IWOTH | S_ISVTX)) != 0;
-    if (isShared && owner != ::geteuid() && owner != folder.st_uid)
+    const bool othersMayWrite = (folder.st_mode & (S_IWGRP | S_IWOTH | S_ISVTX)) != 0;
+    if (othersMayWrite && owner != ::geteuid() && owner != folder.st_uid)
         throw std::runtime_error("a link of another user, in a folder where others may write");
 }
 

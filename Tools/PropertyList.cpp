@@ -1,6 +1,7 @@
 #include "Tools/PropertyList.h"
 
 #include "Platform/JSON.h"
+#include "Tools/Terminal.h"
 
 #include <algorithm>
 #include <array>
@@ -63,7 +64,7 @@ std::string propertyTable(const std::vector<ReadProperty>& properties) {
         std::string line;
         for (std::size_t column = 0; column < kColumns; ++column)
             line += fmt::format("{:<{}}", row.at(column), widths.at(column) + 2);
-        table += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+        table += printable(line.substr(0, line.find_last_not_of(' ') + 1)) + "\n";
     }
     return table + fmt::format("By name only: {}\n", fmt::join(unlistedKeys(), ", "));
 }

@@ -113,11 +113,6 @@ std::string printable(std::string_view text) {
     return shown;
 }
 
-std::string_view fileNameOf(std::string_view path) {
-    const auto slash = path.rfind('/');
-    return slash == std::string_view::npos ? path : path.substr(slash + 1);
-}
-
 bool standardOutputIsTerminal() noexcept { return ::isatty(STDOUT_FILENO) != 0; }
 
 std::string coloured(Colour colour, std::string_view text) {

@@ -28,9 +28,6 @@ void complain(std::string_view subject, std::string_view message);
 // no UTF-8 are shown as escapes. JSON stays the same JSON.
 [[nodiscard]] std::string printable(std::string_view text);
 
-// The last part of a path.
-[[nodiscard]] std::string_view fileNameOf(std::string_view path);
-
 // Whether a person looks at the standard output.
 [[nodiscard]] bool standardOutputIsTerminal() noexcept;
 

@@ -3,7 +3,6 @@
 #include "Tools/Terminal.h"
 
 #include <csignal>
-#include <iostream>
 #include <iterator>
 #include <sstream>
 #include <string>
@@ -27,6 +26,19 @@ std::vector<std::string> argumentsOf(int argc, char** argv) {
     return arguments;
 }
 
+// The exit status that work returns, or that of its failure, which is reported.
+template <class Work>
+int statusOf(const Work& work) {
+    try {
+        return work();
+    } catch (const ClosedPipe&) {
+        return kFailed;
+    } catch (const std::exception& error) {
+        writeErrorLine("velto: " + messageOf(error));
+        return kFailed;
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -35,23 +47,22 @@ int main(int argc, char** argv) {
     try {
         program.app->parse(argumentsOf(argc, argv));
     } catch (const CLI::ParseError& error) {
+        std::ostringstream shown;
         std::ostringstream complaint;
-        if (program.app->exit(error, std::cout, complaint) == 0)
-            return 0;
+        if (program.app->exit(error, shown, complaint) == 0)
+            return statusOf([&] {
+                writeStandardOutput(shown.str());
+                return 0;
+            });
         const std::string text = complaint.str();
         writeErrorLine(text.substr(0, text.find_last_not_of('\n') + 1));
         return kWrongUsage;
     }
-    try {
+    return statusOf([&] {
         for (const Command& command : program.commands) {
             if (command.app->parsed())
                 return command.run();
         }
-    } catch (const ClosedPipe&) {
-        return kFailed;
-    } catch (const std::exception& error) {
-        writeErrorLine("velto: " + messageOf(error));
-        return kFailed;
-    }
-    return kWrongUsage;
+        return kWrongUsage;
+    });
 }

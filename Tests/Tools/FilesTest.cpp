@@ -123,7 +123,8 @@ TEST_F(FilesTest, NoNameSteersTheTerminal) {
 TEST_F(FilesTest, AFullOrClosedStandardOutputEndsTheWorkWithAFailure) {
     // So long that some of it is written before the end.
     const std::string longFile = folder.write("long.json", SmallRecording().images(300, {}).touchForMs(900).text());
-    for (const Arguments& command : {Arguments{"replay", file},
+    for (const Arguments& command : {Arguments{"--help"},
+                                     {"replay", file},
                                      {"replay", "--jsonl", "--describe", file},
                                      {"convert", file},
                                      {"trim", "--max", "1000", file},

@@ -99,7 +99,9 @@ TEST_F(RunCommandTest, SettingsReachTheServiceOrTheDeviceAndTheRecording) {
     const Outcome outcome = runLines({"--set", kTimeout + "=30", "Product=Mine", "--record", saved});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(membersOf(outcome.output, "gesture"), ElementsAre(R"("mayBegin")", R"("holdStart")", R"("holdEnd")"));
-    EXPECT_THAT(complaintsOf(outcome), testing::EndsWith("\nvelto: Product: the device does not take this value\n"));
+    EXPECT_EQ(complaintsOf(outcome), "velto: " + saved +
+                                         ": at --speed max reports come without pauses, and the recording has none "
+                                         "either\nvelto: Product: the device does not take this value\n");
     EXPECT_EQ(findingsIn(velto().run({"replay", "--jsonl", saved}).output), findingsIn(outcome.output));
 }
 
