@@ -13,6 +13,7 @@ struct Call {
     std::uint32_t previousFrame = 0;
     Image image = {};
     std::vector<Event> events = {};
+    std::uint32_t resetCount = 0, lastFrameNumber = 0; // the pipeline's at that moment
 };
 
 struct Pipeline {
@@ -24,8 +25,11 @@ struct Pipeline {
     std::uint32_t resetCount = 0, disjointImageCount = 0;
     Recognizer algs;
     void call(const Call& made) {
-        if (callbacks.count(made.name) != 0)
-            calls.push_back(made);
+        if (callbacks.count(made.name) == 0)
+            return;
+        calls.push_back(made);
+        calls.back().resetCount = resetCount;
+        calls.back().lastFrameNumber = lastFrameNumber;
     }
     void setState(std::uint64_t timestamp, const std::string& key, const Value& value) {
         call({.name = "setStateObserver", .timestamp = timestamp, .key = key, .value = value});

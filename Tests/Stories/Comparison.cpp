@@ -1,7 +1,12 @@
 #include "Tests/Stories/Comparison.h"
 
 #include "Recording/PipelineRecording.h"
+#include "Tests/Reference/Container.h"
+#include "Tests/Stories/Clock.h"
+#include "Tests/Stories/Differences.h"
 #include "Tests/Stories/Observed.h"
+#include "Tests/Stories/Values.h"
+#include "Tests/Support/Reports.h"
 
 #include <algorithm>
 #include <stdexcept>

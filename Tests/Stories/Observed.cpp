@@ -1,86 +1,14 @@
 #include "Tests/Stories/Observed.h"
 
+#include "Tests/Stories/Differences.h"
+#include "Tests/Stories/Values.h"
+#include "Tests/Support/Reports.h"
+
 #include <array>
-#include <bit>
-#include <cmath>
 #include <regex>
-#include <type_traits>
 
 namespace VeltoTouch::Tests {
 namespace {
-
-// Equal to the bit, but for the sign of NaN.
-template <class A, class B>
-bool same(const A& a, const B& b) {
-    if constexpr (std::is_same_v<A, float> && std::is_same_v<B, float>)
-        return (std::isnan(a) && std::isnan(b)) || std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
-    else if constexpr (std::is_enum_v<A> && std::is_enum_v<B>)
-        return static_cast<std::int32_t>(a) == static_cast<std::int32_t>(b);
-    else
-        return a == b;
-}
-
-// Fields have the same names on both sides.
-#define VELTO_SAME(field)                                                                                              \
-    if (!same(ours.field, theirs.field))                                                                               \
-    return #field
-
-template <class Ours, class Theirs>
-const char* differenceOfPixel(const Ours& ours, const Theirs& theirs) {
-    VELTO_SAME(value);
-    VELTO_SAME(gain);
-    VELTO_SAME(normalized);
-    VELTO_SAME(onPeak);
-    VELTO_SAME(offTrough);
-    VELTO_SAME(on);
-    VELTO_SAME(aboveNoise);
-    VELTO_SAME(everAboveNoise);
-    VELTO_SAME(everOn);
-    VELTO_SAME(peakAboveNoise);
-    VELTO_SAME(index);
-    return nullptr;
-}
-
-const char* differenceOfHand(const HandStats& ours, const Reference::HandStats& theirs) {
-    VELTO_SAME(svm.score);
-    VELTO_SAME(touchScore);
-    VELTO_SAME(activationThreshold);
-    VELTO_SAME(holdTimeoutMs);
-    VELTO_SAME(peakSignal);
-    VELTO_SAME(enableHoldSuppression);
-    VELTO_SAME(enableTapSuppression);
-    VELTO_SAME(touching);
-    VELTO_SAME(wasTouching);
-    VELTO_SAME(aboveNoise);
-    VELTO_SAME(wasAboveNoise);
-    VELTO_SAME(holding);
-    VELTO_SAME(wasHolding);
-    VELTO_SAME(suppressingHold);
-    VELTO_SAME(wasSuppressingHold);
-    VELTO_SAME(tapCandidate);
-    VELTO_SAME(tapDetected);
-    VELTO_SAME(tapRejected);
-    VELTO_SAME(holdTimedOut);
-    VELTO_SAME(wasHoldTimedOut);
-    VELTO_SAME(touchStartTime);
-    VELTO_SAME(touchEndTime);
-    VELTO_SAME(aboveNoiseTime);
-    VELTO_SAME(belowNoiseTime);
-    VELTO_SAME(lastEventTime);
-    VELTO_SAME(signalPerDuration);
-    VELTO_SAME(signalPerTouchDuration);
-    VELTO_SAME(timeDurationRatio);
-    VELTO_SAME(nonActivePixels);
-    VELTO_SAME(tapSVMScore);
-    VELTO_SAME(activeRegion);
-    VELTO_SAME(previousRegion);
-    VELTO_SAME(eventRegion);
-    VELTO_SAME(peakValue);
-    VELTO_SAME(peakPixel);
-    for (std::size_t region = 0; region < kRegionCount; ++region)
-        VELTO_SAME(regionMax[region]);
-    return nullptr;
-}
 
 Reference::Event eventOf(const HIDEvent& event) {
     Reference::Event seen{.timestamp = event.timeStamp, .options = event.options, .phase = event.phase};
@@ -108,62 +36,6 @@ Reference::Event eventOf(const HIDEvent& event) {
     return seen;
 }
 
-const char* differenceOfEvent(const Reference::Event& ours, const Reference::Event& theirs) {
-    VELTO_SAME(kind);
-    VELTO_SAME(timestamp);
-    VELTO_SAME(options);
-    VELTO_SAME(phase);
-    VELTO_SAME(transducerType);
-    VELTO_SAME(index);
-    VELTO_SAME(identity);
-    VELTO_SAME(eventMask);
-    VELTO_SAME(buttonMask);
-    VELTO_SAME(generationCount);
-    VELTO_SAME(x);
-    VELTO_SAME(y);
-    VELTO_SAME(z);
-    VELTO_SAME(tipPressure);
-    VELTO_SAME(barrelPressure);
-    VELTO_SAME(range);
-    VELTO_SAME(touch);
-    VELTO_SAME(usagePage);
-    VELTO_SAME(usage);
-    VELTO_SAME(version);
-    return nullptr;
-}
-
-const char* differenceOfImage(const Reference::Image& ours, const Reference::Image& theirs) {
-    VELTO_SAME(frameNumber);
-    VELTO_SAME(timestampMs);
-    VELTO_SAME(reserved0);
-    VELTO_SAME(reserved1);
-    VELTO_SAME(reserved2);
-    VELTO_SAME(reserved3);
-    VELTO_SAME(padRaw);
-    VELTO_SAME(padSignal);
-    return nullptr;
-}
-
-const char* differenceOfCall(const Reference::Call& ours, const Ref<Value>& value, const Reference::Call& theirs) {
-    VELTO_SAME(name);
-    VELTO_SAME(timestamp);
-    VELTO_SAME(key);
-    VELTO_SAME(report);
-    VELTO_SAME(firmwareEvent.event);
-    VELTO_SAME(firmwareEvent.context);
-    VELTO_SAME(previousFrame);
-    VELTO_SAME(events.size());
-    if (!areSame(value.get(), theirs.value))
-        return "value";
-    for (std::size_t i = 0; i < ours.events.size(); ++i) {
-        if (const char* field = differenceOfEvent(ours.events[i], theirs.events[i]))
-            return field;
-    }
-    return differenceOfImage(ours.image, theirs.image);
-}
-
-#undef VELTO_SAME
-
 Reference::Image imageOf(const InputReport::Image& image) {
     return {image.frameNumber, image.timestampMs, image.reserved0, image.reserved1,
             image.reserved2,   image.reserved3,   image.padRaw,    image.padSignal};
@@ -188,7 +60,9 @@ Observed::Observed(Pipeline& ours, Reference::Pipeline& theirs, bool isLogged) :
 }
 
 void Observed::add(Reference::Call call, const Ref<Value>& value) {
-    _calls.push_back({std::move(call), value, _ours.resetCount, _ours.lastFrameNumber});
+    call.resetCount = _ours.resetCount;
+    call.lastFrameNumber = _ours.lastFrameNumber;
+    _calls.push_back({std::move(call), value});
 }
 
 void Observed::install(std::uint32_t callbacks) {
@@ -246,10 +120,8 @@ std::string Observed::differenceAfterFrame() const {
     for (std::size_t i = 0; i < kGroupCount; ++i) {
         if (const char* field = differenceOfPixel(ours.virtualPixels[i], theirs.virtualPixels[i]))
             return theirs.virtualPixels[i].name + ": " + field;
-        if (ours.virtualImage.values[i] != theirs.virtualImage.values[i] ||
-            ours.virtualImage.maxPixelIndex[i] != theirs.virtualImage.maxPixelIndex[i] ||
-            !same(ours.virtualImage.normalizationFactors[i], theirs.virtualImage.normalizationFactors[i]))
-            return theirs.virtualPixels[i].name + " of the virtual image";
+        if (const char* field = differenceOfGroup(ours.virtualImage, theirs.virtualImage, i))
+            return theirs.virtualPixels[i].name + " of the virtual image: " + field;
     }
     if (const char* field = differenceOfHand(ours.handStats, theirs.handStats))
         return std::string("hand: ") + field;
@@ -287,19 +159,6 @@ std::string Observed::differenceOfLog() const {
             return "log: " + ours[i].message + "\nand: " + theirs[i].text;
     }
     return ours.size() == theirs.size() ? "" : "number of log lines";
-}
-
-std::string differenceOfFrames(const std::list<Frame>& ours, const std::list<Reference::Frame>& theirs) {
-    if (ours.size() != theirs.size())
-        return "number of frames recorded";
-    auto other = theirs.begin();
-    for (const Frame& frame : ours) {
-        if (static_cast<int>(frame.type) != static_cast<int>(other->type) || frame.timestampNs != other->timestampNs ||
-            frame.key != other->key || frame.report != other->report || !areSame(frame.value.get(), other->value))
-            return "frame " + std::to_string(std::distance(theirs.begin(), other)) + " of the recording";
-        ++other;
-    }
-    return {};
 }
 
 } // namespace VeltoTouch::Tests

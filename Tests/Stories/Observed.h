@@ -2,13 +2,8 @@
 
 #include "Pipeline/Pipeline.h"
 #include "Platform/Log.h"
-#include "Recording/Frame.h"
-#include "Tests/Reference/Container.h"
-#include "Tests/Stories/Clock.h"
-#include "Tests/Stories/Values.h"
-#include "Tests/Support/Reports.h"
+#include "Tests/Reference/Pipeline.h"
 
-#include <list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,8 +28,6 @@ private:
     struct Call {
         Reference::Call call;
         Ref<Value> value;
-        std::uint32_t resetCount = 0; // the pipeline's at that moment
-        std::uint32_t lastFrameNumber = 0;
     };
     void add(Reference::Call call, const Ref<Value>& value = nullptr);
 
@@ -43,7 +36,5 @@ private:
     std::optional<LogCapture> _log;
     std::vector<Call> _calls;
 };
-
-[[nodiscard]] std::string differenceOfFrames(const std::list<Frame>& ours, const std::list<Reference::Frame>& theirs);
 
 } // namespace VeltoTouch::Tests

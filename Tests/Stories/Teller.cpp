@@ -13,35 +13,40 @@ using nlohmann::json;
 using Steps::Signals;
 
 // Contacts as the surface sees them; the rest of the pads is silent.
-const std::array<std::vector<std::pair<char, int>>, 16> kContacts{{
-    {{'E', 150}, {'F', 60}, {'K', 40}},  // a finger in each region
-    {{'G', 250}, {'H', 100}, {'I', 60}}, //
-    {{'L', 200}, {'M', 60}},             //
-    {{'A', 140}, {'B', 80}, {'E', 60}},  //
-    {{'N', 240}, {'O', 180}, {'M', 90}}, //
-    {{'C', 120}, {'D', 110}},            //
-    {{'K', 110}, {'M', 100}, {'L', 60}}, // between regions
-    {{'K', 110}, {'I', 105}, {'J', 70}}, //
-    {{'E', 110}, {'L', 130}, {'K', 50}}, //
-    {{'G', 210}, {'O', 205}},            //
-    {{'J', 90}, {'E', 100}, {'G', 150}}, //
-    {{'H', 203}},                        // weak ones
-    {{'O', 194}},                        //
-    {{'E', 106}},                        //
-    {{'A', 70}, {'B', 72}, {'C', 70}, {'D', 71}, {'E', 70}, {'F', 72}, {'J', 60}, {'K', 50}, {'L', 60}}, // a palm
-    {{'I', 51}, {'J', 50}, {'L', 49}, {'M', 49}}, // just above the noise
+struct PadSignal {
+    char pad; // 0: none
+    int signal;
+};
+using Contact = std::array<PadSignal, 9>;
+constexpr std::array<Contact, 16> kContacts{{
+    {{{'E', 150}, {'F', 60}, {'K', 40}}},  // a finger in each region
+    {{{'G', 250}, {'H', 100}, {'I', 60}}}, //
+    {{{'L', 200}, {'M', 60}}},             //
+    {{{'A', 140}, {'B', 80}, {'E', 60}}},  //
+    {{{'N', 240}, {'O', 180}, {'M', 90}}}, //
+    {{{'C', 120}, {'D', 110}}},            //
+    {{{'K', 110}, {'M', 100}, {'L', 60}}}, // between regions
+    {{{'K', 110}, {'I', 105}, {'J', 70}}}, //
+    {{{'E', 110}, {'L', 130}, {'K', 50}}}, //
+    {{{'G', 210}, {'O', 205}}},            //
+    {{{'J', 90}, {'E', 100}, {'G', 150}}}, //
+    {{{'H', 203}}},                        // weak ones
+    {{{'O', 194}}},                        //
+    {{{'E', 106}}},                        //
+    {{{'A', 70}, {'B', 72}, {'C', 70}, {'D', 71}, {'E', 70}, {'F', 72}, {'J', 60}, {'K', 50}, {'L', 60}}}, // a palm
+    {{{'I', 51}, {'J', 50}, {'L', 49}, {'M', 49}}}, // just above the noise
 }};
 
-const std::array<std::string, 6> kSettingKeys{"Algs.EnableHoldSuppression",   "Algs.EnableTapSuppression",
-                                              "Algs.HoldTimeoutMilliseconds", "Algs.ActivationThreshold",
-                                              "Algs.ResetEventStats",         "Algs.VirtualNormalizationFactors."};
-const std::array<std::string, 11> kIndexTexts{
+constexpr std::array<std::string_view, 6> kSettingKeys{
+    "Algs.EnableHoldSuppression", "Algs.EnableTapSuppression", "Algs.HoldTimeoutMilliseconds",
+    "Algs.ActivationThreshold",   "Algs.ResetEventStats",      "Algs.VirtualNormalizationFactors."};
+constexpr std::array<std::string_view, 11> kIndexTexts{
     "0", "7", "22", "23", "-1", "", "x", " 5", "+3", "4.9", "99999999999999999999999"};
-const std::array<std::string, 9> kOtherKeys{"Algs.EventStats", "Algs.DebugInfo", "DebugInfo",
-                                            "debuginfo",       "Algs.",          "Algs",
-                                            "algs.EventStats", "Other",          "Algs.Algs.EventStats"};
-const std::array<double, 16> kNumbers{0,    1,     200,  150.5, 500,  0.5,   -1,           -0.0,
-                                      1e-3, 1e-40, 3e38, 1e39,  1e19, -1e19, 4294967296.5, 2e19};
+constexpr std::array<std::string_view, 9> kOtherKeys{"Algs.EventStats", "Algs.DebugInfo", "DebugInfo",
+                                                     "debuginfo",       "Algs.",          "Algs",
+                                                     "algs.EventStats", "Other",          "Algs.Algs.EventStats"};
+constexpr std::array<double, 16> kNumbers{0,    1,     200,  150.5, 500,  0.5,   -1,           -0.0,
+                                          1e-3, 1e-40, 3e38, 1e39,  1e19, -1e19, 4294967296.5, 2e19};
 
 class Teller {
 public:
@@ -69,7 +74,7 @@ private:
         case 0:
             return add(Steps::Setting{settingKey(), value()});
         case 1:
-            return add(Steps::Setting{_choices.oneOf(kSettingKeys), usualValue()});
+            return add(Steps::Setting{std::string(_choices.oneOf(kSettingKeys)), usualValue()});
         case 2:
             return add(Steps::Metadata{_choices.oneIn(2) ? "Accel" : anyKey(), value()});
         case 3:
@@ -107,15 +112,18 @@ private:
             idle(1 + static_cast<std::uint32_t>(_choices.below(_choices.oneIn(3) ? 100 : 4)));
     }
 
-    Signals signalsOf(const std::vector<std::pair<char, int>>& contact, double strength) {
+    Signals signalsOf(const Contact& contact, double strength) {
         Signals signals{};
         if (_isHostile && _choices.oneIn(4)) {
             for (std::int16_t& signal : signals)
                 signal = static_cast<std::int16_t>(_choices.bits());
             return signals;
         }
-        for (const auto& [pad, signal] : contact)
+        for (const auto& [pad, signal] : contact) {
+            if (pad == 0)
+                break;
             signals.at(static_cast<std::size_t>(pad - 'A')) = static_cast<std::int16_t>(signal * strength);
+        }
         if (_choices.oneIn(2))
             signals.at(_choices.below(kPadCount)) =
                 static_cast<std::int16_t>(static_cast<int>(_choices.below(120)) - 40); // noise, or a second finger
@@ -174,10 +182,12 @@ private:
     }
 
     std::string settingKey() {
-        const std::string& key = _choices.oneOf(kSettingKeys);
-        return key.back() == '.' ? key + _choices.oneOf(kIndexTexts) : key;
+        std::string key(_choices.oneOf(kSettingKeys));
+        if (key.back() == '.')
+            key += _choices.oneOf(kIndexTexts);
+        return key;
     }
-    std::string anyKey() { return _choices.oneIn(2) ? _choices.oneOf(kOtherKeys) : settingKey(); }
+    std::string anyKey() { return _choices.oneIn(2) ? std::string(_choices.oneOf(kOtherKeys)) : settingKey(); }
 
     // What a host means to write.
     StoryValue usualValue() {
