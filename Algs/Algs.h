@@ -49,16 +49,9 @@ public:
     [[nodiscard]] static Ref<HIDEvent> createTapEvent(PixelRegion region);
     [[nodiscard]] static Ref<HIDEvent> createCancelEvent();
 
-    // Settings (Algs/Settings.h) and diagnostics by key (without the domain). A value that is no number counts as 0;
-    // unknown keys are ignored.
-    //
-    //   EnableHoldSuppression          boolean           read, write
-    //   EnableTapSuppression           boolean           read, write
-    //   HoldTimeoutMilliseconds        unsigned 32-bit   read, write (an unsigned 64-bit number's low 32 bits)
-    //   ActivationThreshold            float             read, write
-    //   VirtualNormalizationFactors.N  float             read, write (stored alone: gains are fixed at construction)
-    //   ResetEventStats                any               write
-    //   EventStats, DebugInfo          dictionary        read
+    // Settings and diagnostics by key (without the domain). A setting's row (Algs/Settings.h) says where it stands, and
+    // so its type; "EventStats" and "DebugInfo" are dictionaries and only read. A value that is no number counts as 0,
+    // the time-out takes an unsigned 64-bit number's low 32 bits, unknown keys are ignored.
     void setState(const std::string& key, const Ref<Value>& value);
     // Nil for an unknown key.
     [[nodiscard]] Ref<Value> getState(const std::string& key) const;

@@ -8,9 +8,9 @@
 #include <vector>
 
 // The platform log. A component creates one log per category and, before it builds a message, asks whether the level is
-// enabled. Logging never blocks its caller, which may be a real-time thread: lines go through a bounded queue to a
-// writer thread (`LogOutput.h`), and when the queue is full the oldest line is overrun and counted. A text above 65,536
-// bytes is cut and ends in "...". At its end the process gives the writer a second for what it has.
+// enabled. Logging never blocks its caller, which may be a real-time thread: lines go through a bounded queue (8192
+// lines, 1 MiB) to a writer thread (`LogOutput.h`), and when the queue is full the oldest line is overrun and counted.
+// A text above 65,536 bytes is cut and ends in "...". At its end the process gives the writer a second for what it has.
 //
 // The environment variable VELTO_LOG chooses what is written and where: LEVEL or LEVEL:FILE, LEVEL being
 // debug, default, error (where it is not set) or off; without a FILE lines go to standard error.

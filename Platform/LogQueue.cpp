@@ -22,7 +22,8 @@ void LogQueue::push(os_log_t log, os_log_type_t type, std::string_view text) noe
         if (_count == 0)
             _begin = _end = 0;
         write(&line, sizeof line);
-        write(kept.data(), kept.size());
+        if (!kept.empty()) // an empty text may have no place
+            write(kept.data(), kept.size());
         ++_count;
         _isDrained = false;
     }

@@ -21,7 +21,7 @@ namespace VeltoTouch {
 // touched by lines. An empty ring starts again at its beginning, so a writer that keeps up uses a few pages of it.
 class LogQueue {
 public:
-    static constexpr std::size_t kMostLines = 8192;
+    static constexpr std::size_t kMostLines = 8192; // fewer if their texts fill the ring: 1 MiB, 24 bytes a line in it
     static constexpr std::size_t kLongestText = 65'536; // bytes
 
     struct Line {

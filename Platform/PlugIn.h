@@ -34,9 +34,8 @@
 // device may wait for it. Stop does not wait for that: the request ends with the device that it began with.
 //
 // After unscheduling:
-// - Events that are still queued reach the callback with target, refcon and `sender`, a handle without a reference.
-// Drain
-//   the queue before the last Release, and before target or refcon go.
+// - Events that are still queued reach the callback with target, refcon and `sender`, a handle without a reference: the
+//   queue must be drained before the last Release, and before target or refcon go.
 // - The service's thread may be on its last instructions. It holds references of its own to the service and the queue:
 //   the last one may go on that thread, after the host's Release.
 // - The module stays loaded: closing it (dlclose) is allowed at any time and unloads nothing. Its thread and queued

@@ -93,12 +93,14 @@ TEST(LogQueueTest, AFullQueueDropsItsOldestLinesAndCountsThem) {
     for (int i = 0; i < 100; ++i) // more than once around its memory
         queue->push(nullptr, OS_LOG_TYPE_DEBUG, longest + 'y');
     queue->push(nullptr, OS_LOG_TYPE_DEBUG, "last");
-    std::size_t keptCount = 1;
+    queue->push(nullptr, OS_LOG_TYPE_DEBUG, {});
+    std::size_t keptCount = 2;
     for (; taken() == longest + " (cut)"; ++keptCount) {
     }
     EXPECT_EQ(std::string(text->data(), 4), "last");
+    EXPECT_EQ(taken(), "");
     EXPECT_EQ(taken(), "none");
-    EXPECT_EQ(queue->overrunCount() + 1 + keptCount, LogQueue::kMostLines + 3 + 101);
+    EXPECT_EQ(queue->overrunCount() + 1 + keptCount, LogQueue::kMostLines + 3 + 102);
 }
 
 #if !VELTO_IS_SANITIZED
