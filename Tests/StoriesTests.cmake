@@ -9,3 +9,4 @@ velto_add_tests(stories_tests LIBRARIES nlohmann_json::nlohmann_json fmt::fmt SO
     Stories/Teller.cpp
     Stories/Values.cpp
 )
+target_precompile_headers(stories_tests PRIVATE <nlohmann/json.hpp>) # most of their compile time
