@@ -1,5 +1,5 @@
-#include "Algs/Algs.h"
 #include "Benchmarks/SimulatedInput.h"
+#include "Plugin/Algs/Algs.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,9 +1,9 @@
 #include "Benchmarks/SimulatedInput.h"
-#include "Host/HostedService.h"
-#include "Pipeline/Reports/InputReport.h"
 #include "Platform/Clock.h"
 #include "Platform/HIDDevice.h"
-#include "Recording/RecordingCopy.h"
+#include "Plugin/Recording/RecordingCopy.h"
+#include "Plugin/Reports/InputReport.h"
+#include "Velto/Host/HostedService.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #include "Benchmarks/SimulatedInput.h"
 
-#include "Shared/Util.h"
-#include "Surface/Scripts.h"
-#include "Surface/Simulation.h"
+#include "Plugin/Shared/Util.h"
+#include "Velto/Surface/Scripts.h"
+#include "Velto/Surface/Simulation.h"
 
 namespace VeltoTouch::Benchmarks {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Recording/PipelineRecording.h"
+#include "Plugin/Recording/PipelineRecording.h"
 
 #include <cstddef>
 

@@ -1,5 +1,5 @@
 #include "Fuzz/Require.h"
-#include "Recording/Damage.h"
+#include "Plugin/Recording/Damage.h"
 #include "Tests/Support/Frames.h"
 
 #include <optional>

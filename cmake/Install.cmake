@@ -10,19 +10,18 @@ set(VELTO_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VeltoTouch)
 set_target_properties(velto PROPERTIES INSTALL_RPATH "$ORIGIN/${VELTO_BIN_TO_PRIVATE}")
 
 install(TARGETS velto RUNTIME)
+# The public headers keep their folders: #include "Platform/Value.h" reads the same outside as it does here.
+set(VELTO_HEADERS FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/VeltoTouch COMPONENT development)
 install(TARGETS VeltoPlatform EXPORT VeltoTouchTargets
-        LIBRARY DESTINATION ${VELTO_PRIVATE_DIR} NAMELINK_COMPONENT development)
-install(TARGETS VeltoTouchCore VeltoTouchHost EXPORT VeltoTouchTargets ARCHIVE COMPONENT development)
+        LIBRARY DESTINATION ${VELTO_PRIVATE_DIR} NAMELINK_COMPONENT development
+        ${VELTO_HEADERS})
+install(TARGETS VeltoTouchCore VeltoTouchHost EXPORT VeltoTouchTargets ARCHIVE COMPONENT development ${VELTO_HEADERS})
 
 # The plug-in is a folder: the module and its manifest.
 set(VELTO_PLUGIN_DIR ${VELTO_PRIVATE_DIR}/VeltoTouchHIDService.plugin)
 set_target_properties(VeltoTouchHIDService PROPERTIES INSTALL_RPATH "$ORIGIN/..")
 install(TARGETS VeltoTouchHIDService LIBRARY DESTINATION ${VELTO_PLUGIN_DIR})
-install(FILES Service/Info.json DESTINATION ${VELTO_PLUGIN_DIR})
-
-# The headers keep their folders: #include "Platform/Value.h" reads the same outside as it does here.
-install(DIRECTORY Platform Pipeline Shared Algs Recording Host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/VeltoTouch
-        COMPONENT development FILES_MATCHING PATTERN "*.h")
+install(FILES Plugin/Service/Info.json DESTINATION ${VELTO_PLUGIN_DIR})
 
 install(EXPORT VeltoTouchTargets NAMESPACE VeltoTouch:: DESTINATION ${VELTO_PACKAGE_DIR} COMPONENT development)
 configure_package_config_file(cmake/VeltoTouchConfig.cmake.in ${PROJECT_BINARY_DIR}/VeltoTouchConfig.cmake

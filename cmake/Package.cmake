@@ -3,7 +3,7 @@
 
 # What makes the program part of a system. Its files name the program by its path, so that only packages have them.
 function(velto_install_system file destination)
-    install(FILES System/${file} DESTINATION ${destination} COMPONENT runtime EXCLUDE_FROM_ALL ${ARGN})
+    install(FILES Packaging/${file} DESTINATION ${destination} COMPONENT runtime EXCLUDE_FROM_ALL ${ARGN})
 endfunction()
 velto_install_system(velto-touch@.service lib/systemd/system)
 velto_install_system(60-velto-touch.rules lib/udev/rules.d)
@@ -17,17 +17,17 @@ function(velto_install_package_documents component package)
     set(in DESTINATION share/doc/${package} COMPONENT ${component} EXCLUDE_FROM_ALL)
     install(FILES LICENSE ${in} RENAME copyright)
     install(FILES CHANGELOG.md ${in} RENAME changelog)
-    install(FILES System/Debian/changelog ${in} RENAME changelog.Debian)
-    install(FILES System/Debian/${package}.overrides DESTINATION share/lintian/overrides COMPONENT ${component}
+    install(FILES Packaging/Debian/changelog ${in} RENAME changelog.Debian)
+    install(FILES Packaging/Debian/${package}.overrides DESTINATION share/lintian/overrides COMPONENT ${component}
             EXCLUDE_FROM_ALL RENAME ${package})
 endfunction()
 velto_install_package_documents(runtime velto-touch)
 velto_install_package_documents(development velto-touch-dev)
 
 # The packages' release is that of the newest entry of their changelog, which must be one of this version.
-file(STRINGS System/Debian/changelog VELTO_PACKAGE_ENTRY LIMIT_COUNT 1)
+file(STRINGS Packaging/Debian/changelog VELTO_PACKAGE_ENTRY LIMIT_COUNT 1)
 if(NOT VELTO_PACKAGE_ENTRY MATCHES "^velto-touch \\(${PROJECT_VERSION}-([0-9]+)\\)")
-    message(FATAL_ERROR "System/Debian/changelog tells of no package of version ${PROJECT_VERSION}")
+    message(FATAL_ERROR "Packaging/Debian/changelog tells of no package of version ${PROJECT_VERSION}")
 endif()
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_1})
 
@@ -53,9 +53,9 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "systemd (>= 252), udev (>= 252), kmod")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "default-dbus-system-bus | dbus-system-bus")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/System/Debian/postinst
-                                               ${PROJECT_SOURCE_DIR}/System/Debian/prerm
-                                               ${PROJECT_SOURCE_DIR}/System/Debian/postrm)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/Packaging/Debian/postinst
+                                               ${PROJECT_SOURCE_DIR}/Packaging/Debian/prerm
+                                               ${PROJECT_SOURCE_DIR}/Packaging/Debian/postrm)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 "Taps and holds in the three regions of the surface become play-pause and volume
 keys of this machine as soon as it is plugged in. The velto command shows the

@@ -1,12 +1,12 @@
 // A host in one file: puts a device of its own in front of the touch service, taps on it, and shows the events. It
 // calls the service through its two tables, in the order in which a host does; whatever fails, what was begun is ended.
 
-#include "Host/Bundle.h"
-#include "Pipeline/Reports/InputReport.h"
 #include "Platform/Clock.h"
 #include "Platform/HIDDevice.h"
 #include "Platform/JSON.h"
 #include "Platform/PlugIn.h"
+#include "Plugin/Reports/InputReport.h"
+#include "Velto/Host/Bundle.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "Accel/AccelSystem.h"
+#include "Plugin/Accel/AccelSystem.h"
 #include "Tests/Support/TestAccelerometer.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "Algs/Algs.h"
+#include "Plugin/Algs/Algs.h"
 
 #include <tuple>
 

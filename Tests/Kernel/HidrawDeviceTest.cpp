@@ -2,9 +2,9 @@
 
 #include "Platform/Clock.h"
 #include "Platform/JSON.h"
-#include "Surface/ReportDescriptor.h"
 #include "Tests/Kernel/VirtualDevice.h"
 #include "Tests/Support/Reports.h"
+#include "Velto/Surface/ReportDescriptor.h"
 
 #include <cerrno>
 #include <ctime>

@@ -1,7 +1,7 @@
 #include "Platform/Linux/HidrawMonitor.h"
 
-#include "Surface/SurfaceMatch.h"
 #include "Tests/Kernel/VirtualDevice.h"
+#include "Velto/Surface/SurfaceMatch.h"
 
 #include <fstream>
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Surface/Scripts.h"
-#include "Surface/Simulation.h"
 #include "Tests/Kernel/VirtualDevice.h"
+#include "Velto/Surface/Scripts.h"
+#include "Velto/Surface/Simulation.h"
 
 #include <string>
 #include <vector>

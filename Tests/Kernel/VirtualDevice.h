@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/HIDDevice.h"
-#include "Surface/ReportDescriptor.h"
 #include "Tests/Kernel/UhidEnd.h"
+#include "Velto/Surface/ReportDescriptor.h"
 
 #include <condition_variable>
 #include <cstdint>

@@ -1,5 +1,5 @@
-#include "Pipeline/Reports/FeatureReport.h"
 #include "Platform/JSON.h"
+#include "Plugin/Reports/FeatureReport.h"
 #include "Tests/Support/TouchFixture.h"
 
 #include <numeric>

@@ -1,6 +1,6 @@
 #include "Platform/Linux/ReportDescriptor.h"
 
-#include "Surface/ReportDescriptor.h"
+#include "Velto/Surface/ReportDescriptor.h"
 
 #include <string>
 #include <tuple>

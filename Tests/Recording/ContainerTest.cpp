@@ -1,5 +1,5 @@
-#include "Recording/Damage.h"
-#include "Recording/PipelineRecording.h"
+#include "Plugin/Recording/Damage.h"
+#include "Plugin/Recording/PipelineRecording.h"
 #include "Tests/Support/Frames.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "Recording/RecordingCopy.h"
+#include "Plugin/Recording/RecordingCopy.h"
 #include "Tests/Support/Frames.h"
 
 #include <array>

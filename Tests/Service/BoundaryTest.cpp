@@ -1,6 +1,6 @@
 #include "Platform/JSON.h"
-#include "Service/VeltoHIDService.h"
-#include "Service/VeltoIUnknown.h"
+#include "Plugin/Service/VeltoHIDService.h"
+#include "Plugin/Service/VeltoIUnknown.h"
 #include "Tests/Support/TestHost.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "Shared/Util.h"
+#include "Plugin/Shared/Util.h"
 
 #include <limits>
 #include <locale>

@@ -1,6 +1,6 @@
 #include "Tests/Stories/Comparison.h"
 
-#include "Recording/PipelineRecording.h"
+#include "Plugin/Recording/PipelineRecording.h"
 #include "Tests/Reference/Container.h"
 #include "Tests/Stories/Clock.h"
 #include "Tests/Stories/Differences.h"

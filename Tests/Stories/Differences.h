@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Algs/HandStats.h"
-#include "Algs/VirtualImage.h"
-#include "Recording/Frame.h"
+#include "Plugin/Algs/HandStats.h"
+#include "Plugin/Algs/VirtualImage.h"
+#include "Plugin/Recording/Frame.h"
 #include "Tests/Reference/Container.h"
 
 #include <list>

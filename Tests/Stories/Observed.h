@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Pipeline/Pipeline.h"
 #include "Platform/Log.h"
+#include "Plugin/Pipeline/Pipeline.h"
 #include "Tests/Reference/Pipeline.h"
 
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Pipeline/Reports/InputReport.h"
+#include "Plugin/Reports/InputReport.h"
 #include "Tests/Reference/Value.h"
 
 #include <array>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Algs/PixelRegion.h"
-#include "Pipeline/Pipeline.h"
 #include "Platform/HIDEvent.h"
+#include "Plugin/Algs/PixelRegion.h"
+#include "Plugin/Pipeline/Pipeline.h"
 
 #include <array>
 #include <ostream>

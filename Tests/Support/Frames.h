@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/JSON.h"
-#include "Recording/PipelineRecording.h"
-#include "Shared/Util.h"
+#include "Plugin/Recording/PipelineRecording.h"
+#include "Plugin/Shared/Util.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/JSON.h"
-#include "Recording/PipelineRecording.h"
+#include "Plugin/Recording/PipelineRecording.h"
 #include "Tests/Support/Reports.h"
 
 #include <sstream>

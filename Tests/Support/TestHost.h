@@ -3,12 +3,12 @@
 #include "Platform/HIDDevice.h"
 #include "Platform/Log.h"
 #include "Platform/PlugIn.h"
-#include "Recording/PipelineRecording.h"
-#include "Surface/Scripts.h"
-#include "Surface/Simulation.h"
+#include "Plugin/Recording/PipelineRecording.h"
 #include "Tests/Support/EventMatchers.h"
 #include "Tests/Support/Reports.h"
 #include "Tests/Support/TestDevice.h"
+#include "Velto/Surface/Scripts.h"
+#include "Velto/Surface/Simulation.h"
 
 #include <functional>
 #include <string>

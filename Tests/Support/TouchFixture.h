@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Pipeline/Pipeline.h"
+#include "Plugin/Pipeline/Pipeline.h"
 #include "Tests/Support/EventMatchers.h"
 #include "Tests/Support/Reports.h"
 

@@ -1,0 +1,84 @@
+#include "Plugin/Pipeline/Pipeline.h"
+
+#include "Plugin/Shared/Util.h"
+
+#include <utility>
+
+namespace VeltoTouch {
+namespace {
+
+constexpr std::string_view kAlgsDomain = "Algs";
+constexpr std::string_view kDebugInfo = "DebugInfo";
+
+// Calls a callback if there is one.
+template <class... Parameters, class... Arguments>
+void tell(const std::function<void(Parameters...)>& callback, Arguments&&... arguments) {
+    if (callback)
+        callback(std::forward<Arguments>(arguments)...);
+}
+
+} // namespace
+
+void Pipeline::setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept {
+    tell(setStateObserver, timestamp, key, value);
+    std::string rest = key;
+    if (Util::stripDomainFromKey(rest, kAlgsDomain))
+        algs.setState(rest, value);
+}
+
+void Pipeline::handleInputReport(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length) noexcept {
+    tell(inputReportObserver, timestamp, report, length);
+    if (const auto event = InputReport::FirmwareEvent::parse(report, length))
+        handleFirmwareEvent(timestamp, *event);
+    else if (const auto image = InputReport::Image::parse(report, length))
+        handleImage(timestamp, *image);
+    else
+        tell(invalidReportHandler, timestamp, report, length);
+}
+
+void Pipeline::handleFirmwareEvent(std::uint64_t timestamp, const InputReport::FirmwareEvent& event) {
+    tell(firmwareEventHandler, timestamp, event);
+    if (event.event != InputReport::FirmwareEvent::kReset)
+        return;
+    ++resetCount;
+    HIDEvents events = algs.handleReset();
+    events.push_back(IOHIDEventCreateVendorDefinedEvent(nullptr, 0, kResetUsagePage, kResetUsage, 0, {}, 0));
+    handleHIDEvents(timestamp, events);
+}
+
+void Pipeline::handleImage(std::uint64_t timestamp, const InputReport::Image& image) {
+    tell(imageHandler, timestamp, image);
+    if (hasLastFrame && image.frameNumber != lastFrameNumber + 1) { // wraps with the device's counter
+        ++disjointImageCount;
+        tell(disjointImageHandler, timestamp, lastFrameNumber, image);
+    }
+    hasLastFrame = true;
+    lastFrameNumber = image.frameNumber;
+    handleHIDEvents(timestamp, algs.handleImage(image));
+}
+
+void Pipeline::handleMetadata(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept {
+    tell(metadataHandler, timestamp, key, value);
+}
+
+void Pipeline::handleHIDEvents(std::uint64_t timestamp, const HIDEvents& events) {
+    for (const Ref<HIDEvent>& event : events)
+        IOHIDEventSetTimeStamp(event.get(), timestamp);
+    if (!events.empty())
+        tell(hidEventsHandler, timestamp, events);
+}
+
+Ref<Value> Pipeline::getState(const std::string& key) noexcept {
+    tell(getStateObserver, key);
+    std::string rest = key;
+    if (Util::stripDomainFromKey(rest, kAlgsDomain))
+        return algs.getState(rest);
+    if (key != kDebugInfo)
+        return nullptr;
+    std::vector<Dictionary::Entry> entries;
+    entries.push_back({.key = "ResetCount", .value = Number::withUnsignedInt(resetCount)});
+    entries.push_back({.key = "DisjointImageCount", .value = Number::withUnsignedInt(disjointImageCount)});
+    return makeRef<Dictionary>(std::move(entries));
+}
+
+} // namespace VeltoTouch

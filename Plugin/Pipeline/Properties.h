@@ -1,0 +1,78 @@
+#pragma once
+
+#include "Platform/Value.h"
+#include "Plugin/Algs/Settings.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// The service's properties by their full keys: the recognizer's settings and what is only read. One place judges what
+// may be read and written. The service itself takes any value; who stands in front of it refuses what it will.
+
+namespace VeltoTouch {
+
+// The domain of the pipeline's keys among the service's; recordings leave it out with its dot.
+constexpr std::string_view kPipelineDomain = "Pipeline";
+
+[[nodiscard]] bool isPipelineKey(std::string key);
+
+// The setting under a full property key, such as "Pipeline.Algs.HoldTimeoutMilliseconds", in any spelling that the
+// service reads.
+[[nodiscard]] std::optional<FoundSetting> settingUnder(std::string key);
+
+// A row's full key; for factors, what stands before the dot and N.
+[[nodiscard]] std::string fullKeyOf(const SettingRow& row);
+
+// What is read and is no setting.
+struct PropertyRow {
+    std::string_view key;
+    std::string_view type;
+    std::string_view meaning;
+    bool
+        isPublic; // for whoever may only see what the surface does: it asks no device and gives no touch away. In lists
+};
+inline constexpr std::array kPropertyRows{
+    PropertyRow{"Pipeline.Algs.EventStats", "dictionary", "gestures dispatched and rejected, by kind and region", true},
+    PropertyRow{"Pipeline.DebugInfo", "dictionary", "firmware resets and gaps between frames", true},
+    PropertyRow{"Version", "array", "of the touch service", true},
+    PropertyRow{"Pipeline.Algs.DebugInfo", "dictionary", "Pipeline.Algs.EventStats within a dictionary", false},
+    PropertyRow{"Recording", "text", "what the service has seen, as velto record writes it", false},
+    PropertyRow{"FirmwareDebugReports", "dictionary", "the device's ten debug reports", false},
+    PropertyRow{"FactoryResetHoldDuration", "integer", "as the device gives it", false},
+    PropertyRow{"ServicePluginDebug", "dictionary", "versions, reports, recording and statistics in one", false},
+};
+
+// The values of a setting.
+struct ValueKind {
+    std::string_view name;
+    std::string_view range;
+    std::string_view bounds; // the range as JSON: an array of the least and the greatest
+    std::string_view wanted; // name and range in a sentence
+};
+[[nodiscard]] const ValueKind& kindOf(const SettingRow& row) noexcept;
+
+struct Judgement {
+    enum class Verdict {
+        Sensible,
+        Doubtful,   // surely not meant
+        OutOfRange, // a number that the setting has no use for
+        NoNumber,   // counts as 0
+        ReadOnly,
+        WriteOnly,
+        Unknown,
+    };
+    Verdict verdict = Verdict::Sensible;
+    std::string reason; // what is wanted, or doubtful; empty where there is nothing to add
+};
+
+// Whether a property is for those who may only see what the surface does: settings and public rows.
+[[nodiscard]] bool isPublic(const std::string& key);
+
+// Whether a key that is not the pipeline's may be read or written, and with what, is for the device to say: here it is
+// sensible. A factor's number must be spelled as it is: what the service reads as one besides is not meant.
+[[nodiscard]] Judgement judgeWrite(const std::string& key, const Value* value);
+[[nodiscard]] Judgement judgeRead(const std::string& key);
+
+} // namespace VeltoTouch

@@ -1,0 +1,78 @@
+#include "Plugin/Recording/ContainerFormat.h"
+#include "Plugin/Recording/PipelineRecording.h"
+#include "Plugin/Shared/Util.h"
+
+#include <array>
+#include <charconv>
+#include <string>
+
+namespace VeltoTouch {
+namespace {
+
+using namespace Container;
+
+// Enough for the text of an image report; a recording of longer frames grows while it is written.
+constexpr std::size_t kUsualFrameLength = 300;
+
+// Container, frames, frame. A value that would be nested too deep for the reader costs only itself.
+constexpr std::size_t kDepthAroundValue = 3;
+
+void appendNumber(std::string& text, std::uint64_t number) {
+    std::array<char, 20> digits{};
+    text.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
+}
+
+// Members stand in the order of their names, as in every dictionary that we write.
+void appendReport(std::string& text, const Frame& frame) {
+    text += R"({"Data":")";
+    Util::appendHexString(text, frame.report);
+    text += R"(","Timestamp":)";
+    appendNumber(text, frame.timestampNs);
+    text += R"(,"Type":"InputReport"},)";
+}
+
+void appendKeyed(std::string& text, const Frame& frame, std::string_view type) {
+    text += R"({"Key":)";
+    JSON::appendString(text, frame.key);
+    text += R"(,"Timestamp":)";
+    appendNumber(text, frame.timestampNs);
+    text.append(R"(,"Type":")").append(type).append("\"");
+    if (frame.value) {
+        text += R"(,"Value":)";
+        if (frame.value->depth() + kDepthAroundValue <= Value::kDeepest)
+            JSON::append(text, frame.value.get());
+        else
+            text += R"({"Unrepresentable":"depth"})";
+    }
+    text += "},";
+}
+
+// Each frame is followed by a comma; a frame of no known type is left out.
+void appendFrameText(std::string& text, const Frame& frame) {
+    switch (frame.type) {
+    case Frame::Type::State:
+        return appendKeyed(text, frame, kStateType);
+    case Frame::Type::InputReport:
+        return appendReport(text, frame);
+    case Frame::Type::Metadata:
+        return appendKeyed(text, frame, kMetadataType);
+    }
+}
+
+} // namespace
+
+Ref<Data> PipelineRecording::json() noexcept {
+    if (_maxFrameCount != 0)
+        trimFrames(_maxFrameCount);
+    sortFrames();
+    std::string text = Data::roomFor(kUsualFrameLength * (_frames.size() + 1));
+    text += R"({"Frames":[)";
+    for (const Frame& frame : _frames)
+        appendFrameText(text, frame);
+    if (text.back() == ',')
+        text.pop_back();
+    text += R"(],"Version":2})";
+    return makeRef<Data>(std::move(text));
+}
+
+} // namespace VeltoTouch

@@ -1,0 +1,180 @@
+#include "Velto/Daemon/MediaKeys.h"
+
+#include "Platform/HIDEvent.h"
+#include "Velto/Daemon/SurfaceKeys.h"
+#include "Velto/Host/Gesture.h"
+
+#include <limits>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+enum Region { None, PlayPause, VolumeDown, VolumeUp };
+
+// Keeps what is done with keys, as "+Up" and "-Up".
+class WrittenKeys final : public KeyOutput {
+public:
+    std::vector<std::string> presses;
+    bool isBroken = false;
+
+    void setKey(std::uint16_t key, bool isPressed) override {
+        if (isBroken)
+            throw std::runtime_error("no keyboard");
+        static const std::map<std::uint16_t, std::string> kNames{
+            {KEY_PLAYPAUSE, "Play"}, {KEY_ASSISTANT, "Assistant"}, {KEY_VOLUMEUP, "Up"}, {KEY_VOLUMEDOWN, "Down"}};
+        presses.push_back((isPressed ? "+" : "-") + kNames.at(key));
+    }
+};
+
+Ref<HIDEvent> touch(std::uint16_t phase, double region, std::uint32_t mask) {
+    const auto event = IOHIDEventCreateDigitizerEvent(nullptr, 1, kIOHIDDigitizerTransducerTypeFinger, 0, 0, mask, 0,
+                                                      0.0, region, 0.0, 0.0, 0.0, mask != 0, mask != 0, 0);
+    IOHIDEventSetPhase(event.get(), phase);
+    return event;
+}
+Ref<HIDEvent> mayBegin(Region region) { return touch(kIOHIDEventPhaseMayBegin, region, 0); }
+Ref<HIDEvent> tap(double region) { return touch(kIOHIDEventPhaseUndefined, region, kIOHIDDigitizerEventTap); }
+Ref<HIDEvent> holdStart(double region) { return touch(kIOHIDEventPhaseBegan, region, kIOHIDDigitizerEventTouch); }
+Ref<HIDEvent> holdChange(Region region) { return touch(kIOHIDEventPhaseChanged, region, kIOHIDDigitizerEventTouch); }
+Ref<HIDEvent> holdEnd(Region region) { return touch(kIOHIDEventPhaseEnded, region, kIOHIDDigitizerEventTouch); }
+Ref<HIDEvent> cancel() { return touch(kIOHIDEventPhaseCancelled, None, 0); }
+Ref<HIDEvent> firmwareReset() { return IOHIDEventCreateVendorDefinedEvent(nullptr, 1, 0xFF60, 2, 0, {}, 0); }
+
+TEST(MediaKeysTest, GesturesPressAndReleaseKeys) {
+    const double unknown = std::numeric_limits<double>::quiet_NaN();
+    struct Row {
+        const char* name;
+        std::vector<Ref<HIDEvent>> events;
+        std::vector<std::string> presses;
+    };
+    const Row rows[]{
+        {"tap play-pause", {mayBegin(PlayPause), tap(PlayPause)}, {"+Play", "-Play"}},
+        {"tap volume up", {mayBegin(VolumeUp), tap(VolumeUp)}, {"+Up", "-Up"}},
+        {"tap volume down", {mayBegin(VolumeDown), tap(VolumeDown)}, {"+Down", "-Down"}},
+        {"two taps", {tap(VolumeUp), tap(VolumeUp)}, {"+Up", "-Up", "+Up", "-Up"}},
+        {"taps of nothing", {tap(None), tap(4), tap(-1), tap(unknown)}, {}},
+        {"touch that comes to nothing", {mayBegin(VolumeUp), cancel()}, {}},
+
+        {"hold volume up", {mayBegin(VolumeUp), holdStart(VolumeUp), holdEnd(VolumeUp)}, {"+Up", "-Up"}},
+        {"hold play-pause", {holdStart(PlayPause), holdEnd(PlayPause)}, {"+Assistant", "-Assistant"}},
+        {"hold nothing", {holdStart(None), holdStart(unknown), holdEnd(None)}, {}},
+        {"moved over the volume",
+         {holdStart(VolumeUp), holdChange(VolumeDown), holdEnd(VolumeDown)},
+         {"+Up", "-Up", "+Down", "-Down"}},
+        {"moved over the volume by way of play-pause",
+         {holdStart(VolumeUp), holdChange(PlayPause), holdChange(VolumeDown), holdEnd(VolumeDown)},
+         {"+Up", "-Up", "+Down", "-Down"}},
+        {"moved from play-pause over the volume",
+         {holdStart(PlayPause), holdChange(VolumeUp), holdChange(PlayPause), holdEnd(PlayPause)},
+         {"+Assistant", "-Assistant"}},
+        {"moved within its region", {holdStart(VolumeUp), holdChange(VolumeUp), holdEnd(VolumeUp)}, {"+Up", "-Up"}},
+        {"moved off the regions and back",
+         {holdStart(VolumeUp), holdChange(None), holdChange(VolumeUp), holdEnd(VolumeUp)},
+         {"+Up", "-Up", "+Up", "-Up"}},
+        {"ended where nothing tells of the move", {holdStart(VolumeUp), holdEnd(PlayPause)}, {"+Up", "-Up"}},
+
+        {"cancelled hold", {holdStart(VolumeUp), cancel(), holdEnd(VolumeUp)}, {"+Up", "-Up"}},
+        {"reset during a hold", {holdStart(PlayPause), firmwareReset()}, {"+Assistant", "-Assistant"}},
+        {"reset at rest", {firmwareReset()}, {}},
+        {"hold without an end, then a touch",
+         {holdStart(VolumeUp), mayBegin(VolumeDown), holdStart(VolumeDown)},
+         {"+Up", "-Up", "+Down"}},
+        {"hold without an end, then a tap", {holdStart(VolumeUp), tap(VolumeUp)}, {"+Up", "-Up", "+Up", "-Up"}},
+    };
+    for (const Row& row : rows) {
+        WrittenKeys output;
+        MediaKeys keys(output);
+        for (const Ref<HIDEvent>& event : row.events)
+            keys.handle(*event);
+        EXPECT_EQ(output.presses, row.presses) << row.name;
+    }
+}
+
+TEST(MediaKeysTest, WhatIsPressedIsReleasedOnce) {
+    WrittenKeys output;
+    MediaKeys keys(output);
+    keys.releaseAll();
+    EXPECT_THAT(output.presses, IsEmpty());
+    keys.handle(*holdStart(VolumeDown));
+    keys.releaseAll();
+    keys.releaseAll();
+    EXPECT_THAT(output.presses, ElementsAre("+Down", "-Down"));
+    keys.handle(*holdChange(VolumeDown));
+    EXPECT_THAT(output.presses, ElementsAre("+Down", "-Down", "+Down")) << "a hold that goes on is one again";
+}
+
+TEST(MediaKeysTest, AKeyThatCouldNotBePressedIsNotReleased) {
+    WrittenKeys output;
+    MediaKeys keys(output);
+    output.isBroken = true;
+    EXPECT_THROW(keys.handle(*holdStart(VolumeUp)), std::runtime_error);
+    output.isBroken = false;
+    keys.handle(*holdEnd(VolumeUp));
+    EXPECT_THAT(output.presses, IsEmpty());
+}
+
+TEST(SurfaceKeysTest, ASurfaceThatFallsSilentKeepsNoKey) {
+    WrittenKeys output;
+    std::uint64_t reports = 7;
+    SurfaceKeys keys(
+        output, [&] { return reports; }, [] { FAIL() << "nothing is wrong"; });
+    keys.releaseIfSilent();
+    keys.handle(*holdStart(VolumeUp));
+    ++reports;
+    keys.releaseIfSilent();
+    EXPECT_THAT(output.presses, ElementsAre("+Up"));
+    keys.releaseIfSilent();
+    EXPECT_THAT(output.presses, ElementsAre("+Up", "-Up"));
+    keys.handle(*holdStart(VolumeDown));
+    keys.end();
+    EXPECT_THAT(output.presses, ElementsAre("+Up", "-Up", "+Down", "-Down"));
+}
+
+TEST(SurfaceKeysTest, TheFirstFailureIsToldAtOnceAndAgainAtTheEnd) {
+    WrittenKeys output;
+    int failures = 0;
+    SurfaceKeys keys(
+        output, [] { return 0; }, [&] { ++failures; });
+    output.isBroken = true;
+    keys.handle(*tap(VolumeUp));
+    EXPECT_EQ(failures, 1);
+    output.isBroken = false;
+    keys.handle(*tap(VolumeUp));
+    EXPECT_THAT(output.presses, IsEmpty());
+    EXPECT_THROW(keys.end(), std::runtime_error);
+    EXPECT_EQ(failures, 1);
+}
+
+TEST(GestureEventTest, OnlyTouchesOfARegionHaveOne) {
+    struct Row {
+        Ref<HIDEvent> event;
+        Gesture gesture;
+        std::optional<std::string_view> region;
+    };
+    const Row rows[]{
+        {mayBegin(None), Gesture::MayBegin, "None"},
+        {tap(VolumeUp), Gesture::Tap, "VolumeUp"},
+        {tap(4), Gesture::Tap, std::nullopt},
+        {touch(kIOHIDEventPhaseCancelled, VolumeUp, 0), Gesture::Cancel, std::nullopt},
+        {firmwareReset(), Gesture::FirmwareReset, std::nullopt},
+    };
+    for (const Row& row : rows) {
+        const GestureEvent event = gestureEventOf(*row.event);
+        EXPECT_EQ(event.gesture, row.gesture);
+        EXPECT_EQ(event.region, row.region) << nameOf(row.gesture);
+    }
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests

@@ -1,0 +1,234 @@
+#include "Platform/JSON.h"
+#include "Plugin/Pipeline/Pipeline.h"
+#include "Tests/Support/EventMatchers.h"
+#include "Velto/Surface/Scripts.h"
+#include "Velto/Surface/SimulatedRecording.h"
+#include "Velto/Surface/Simulation.h"
+#include "Velto/Surface/Step.h"
+
+#include <algorithm>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+// The simulated surface: its steps, its clocks, and that the recognizer takes its gestures as they are meant.
+
+namespace VeltoTouch::Surface {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using Words = std::vector<std::string>;
+
+TEST(StepTest, AreReadWithPlacesAndDurations) {
+    constexpr std::size_t kPadA = 0, kPadI = 8, kPadK = 10, kPadM = 12; // the last three are the regions' middles
+    const std::vector<std::pair<std::string, Step>> cases{
+        {"tap:A", {.action = Action::Tap, .durationMs = 100, .pad = kPadA, .endPad = kPadA}},
+        {"hold:volume-up:3600000", {.action = Action::Hold, .durationMs = 3'600'000, .pad = kPadI, .endPad = kPadI}},
+        {"slide:volume-up-volume-down", {.action = Action::Slide, .durationMs = 1200, .pad = kPadI, .endPad = kPadM}},
+        {"slide:play-pause-A:50", {.action = Action::Slide, .durationMs = 50, .pad = kPadK, .endPad = kPadA}},
+        {"palm", {.action = Action::Palm, .durationMs = 1000}},
+        {"idle:20", {.action = Action::Idle, .durationMs = 20}},
+        {"reset", {.action = Action::Reset}},
+    };
+    for (const auto& [text, step] : cases)
+        EXPECT_EQ(parseStep(text), step) << text;
+}
+
+TEST(StepTest, ThatCannotBeReadAreRefusedInWords) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"", "no such step"},
+        {"Tap:A", "no such step"},
+        {"tap", "needs a place"},
+        {"tap:P", "no place \"P\""},
+        {"slide:volume-up", "\"volume-up\" is not two places"},
+        {"slide:A-B-C", "\"A-B-C\" is not two places"},
+        {"tap:A:", "\"\" is no duration"},
+        {"tap:A:0", "\"0\" is no duration"},
+        {"idle:3600001", "\"3600001\" is no duration"},
+        {"idle:4294967297", "\"4294967297\" is no duration"},
+        {"palm:A", "\"A\" is no duration"},
+        {"tap:A:5:5", "\":5\" is too much"},
+    };
+    for (const auto& [text, reason] : cases) {
+        try {
+            (void)parseStep(text);
+            ADD_FAILURE() << text << " was read";
+        } catch (const std::invalid_argument& error) {
+            EXPECT_THAT(error.what(), HasSubstr(fmt::format("step \"{}\": {}", text, reason)));
+        }
+    }
+}
+
+Simulation simulate(const Words& texts, const Simulation::Options& options = {}) {
+    std::vector<Step> steps;
+    std::ranges::transform(texts, std::back_inserter(steps), parseStep);
+    return {options, scriptOf(steps)};
+}
+
+// The recognizer in front of a simulation: one list of events for each contact.
+struct Played {
+    Simulation::Label label;
+    Words events;
+};
+
+std::vector<Played> play(Simulation simulation) {
+    std::vector<Played> contacts;
+    Pipeline pipeline;
+    pipeline.hidEventsHandler = [&](std::uint64_t, const HIDEvents& batch) {
+        for (const Ref<HIDEvent>& event : batch)
+            contacts.back().events.push_back(Tests::gestureOf(*event));
+    };
+    while (const auto report = simulation.next()) {
+        if (report->label)
+            contacts.push_back({*report->label, {}});
+        pipeline.handleInputReport(report->timestampNs, report->bytes().data(), report->length);
+    }
+    return contacts;
+}
+
+// What the recognizer should say to a press.
+Words meant(const Simulation::Label& label) {
+    const std::string region = fmt::format("({})", label.region);
+    if (label.gesture == "tap")
+        return {"MayBegin" + region, "Tap" + region};
+    if (label.endRegion.empty() || label.endRegion == label.region)
+        return {"MayBegin" + region, "HoldStart" + region, "HoldEnd" + region};
+    const std::string endRegion = fmt::format("({})", label.endRegion);
+    return {"MayBegin" + region, "HoldStart" + region, "HoldChange" + endRegion, "HoldEnd" + endRegion};
+}
+
+void expectRecognized(const Played& contact) {
+    if (contact.label.region != "None" && contact.label.gesture != "brush") {
+        EXPECT_EQ(contact.events, meant(contact.label));
+    } else if (!contact.events.empty()) {
+        EXPECT_THAT(contact.events, ElementsAre(HasSubstr("MayBegin"), "Cancel()"));
+    }
+}
+
+TEST(SimulationTest, GesturesAreRecognizedAsMeant) {
+    std::istringstream ofRegions(R"(
+        tap:play-pause:40 tap:play-pause tap:volume-up tap:volume-down:250
+        hold:play-pause hold:volume-up hold:volume-down
+        slide:volume-up-volume-down slide:volume-down-volume-up slide:play-pause-volume-up slide:A-D
+        palm palm:80 palm:300 brush:play-pause brush:volume-down:60 brush:volume-up:900)");
+    Words steps{std::istream_iterator<std::string>(ofRegions), {}};
+    for (char pad = 'A'; pad <= 'O'; ++pad) {
+        for (const char* action : {"tap:", "hold:", "brush:"})
+            steps.push_back(std::string(action) + pad);
+    }
+    for (const std::string& step : steps) {
+        for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+            SCOPED_TRACE(step + ", seed " + std::to_string(seed));
+            const auto contacts = play(simulate({step}, {.seed = seed}));
+            ASSERT_EQ(contacts.size(), 1U);
+            expectRecognized(contacts.front());
+        }
+    }
+}
+
+TEST(SimulationTest, AMadeUpUserIsUnderstood) {
+    for (std::uint64_t seed = 1; seed <= 5; ++seed) {
+        MadeUpUser user(seed);
+        std::vector<Step> steps(100);
+        std::ranges::generate(steps, [&user] { return user.next(); });
+        const auto contacts = play(Simulation({.seed = seed}, scriptOf(steps)));
+        EXPECT_EQ(contacts.size(), 50U);
+        for (const Played& contact : contacts) {
+            SCOPED_TRACE("seed " + std::to_string(seed) + ", contact at " + std::to_string(contact.label.startMs));
+            expectRecognized(contact);
+        }
+    }
+}
+
+TEST(SimulationTest, ContactsFollowEachOtherWithTheFingerLiftedBetween) {
+    const auto contacts = play(simulate({"tap:A", "tap:A", "hold:A", "tap:A"}));
+    ASSERT_EQ(contacts.size(), 4U);
+    std::ranges::for_each(contacts, expectRecognized);
+}
+
+TEST(SimulationTest, AContactShorterThanAScanIsSeen) {
+    Simulation simulation = simulate({"tap:A:1"}, {.rateHz = 20});
+    int scansWithContact = 0;
+    while (const auto report = simulation.next()) {
+        const auto image = InputReport::Image::parse(report->bytes().data(), report->length);
+        scansWithContact += image && std::ranges::max(image->padSignal) > 20 ? 1 : 0;
+    }
+    EXPECT_EQ(scansWithContact, 1);
+}
+
+TEST(SimulationTest, ClocksDoNotDriftAtARateThatDividesNoSecond) {
+    Simulation simulation = simulate({"idle:3000"}, {.rateHz = 7});
+    std::uint32_t scan = 0;
+    for (; const auto report = simulation.next(); ++scan) {
+        const auto image = InputReport::Image::parse(report->bytes().data(), report->length);
+        ASSERT_TRUE(image);
+        EXPECT_EQ(image->frameNumber, Simulation::kStartFrame + scan);
+        EXPECT_EQ(image->timestampMs, Simulation::kStartTimeMs + scan * 1000 / 7);
+        EXPECT_EQ(report->timestampNs, Simulation::kStartTimeNs + scan * std::uint64_t{1'000'000'000} / 7);
+    }
+    EXPECT_EQ(scan, 21U);
+}
+
+TEST(SimulationTest, AResetRestartsTheDevicesClockAndCounterAlone) {
+    Simulation simulation = simulate({"idle:20", "reset", "idle:20"});
+    Words reports;
+    while (const auto report = simulation.next()) {
+        const auto image = InputReport::Image::parse(report->bytes().data(), report->length);
+        const auto event = InputReport::FirmwareEvent::parse(report->bytes().data(), report->length);
+        reports.push_back(fmt::format("at {} ms ", (report->timestampNs - Simulation::kStartTimeNs) / 1'000'000));
+        if (image)
+            reports.back() += fmt::format("frame {} of {} ms", image->frameNumber, image->timestampMs);
+        if (event)
+            reports.back() += fmt::format("event {}", event->event);
+    }
+    EXPECT_THAT(reports, ElementsAre("at 0 ms frame 1 of 10000 ms", "at 10 ms frame 2 of 10010 ms", //
+                                     "at 20 ms event 0",                                            //
+                                     "at 30 ms frame 0 of 0 ms", "at 40 ms frame 1 of 10 ms"));
+}
+
+TEST(SimulationTest, LabelsSayWhatWasMeantAndWhenAndFramesComeInOrder) {
+    Simulation simulation =
+        simulate({"idle:50", "tap:L", "idle:100", "slide:volume-up-volume-down", "reset", "palm:70"});
+    const PipelineRecording recording = recordingOf(simulation);
+    EXPECT_TRUE(std::ranges::is_sorted(recording.frames(), {}, &Frame::timestampNs));
+    Words labels;
+    for (const Frame& frame : recording.frames()) {
+        if (frame.type == Frame::Type::Metadata)
+            labels.push_back(fmt::format("{} {} @{}", frame.key, JSON::text(frame.value.get()), frame.timestampNs));
+    }
+    EXPECT_THAT(
+        labels,
+        ElementsAre(
+            R"(Label {"endMs":10150,"gesture":"tap","region":"VolumeDown","startMs":10050} @100050000000)",
+            R"(Label {"endMs":11510,"endRegion":"VolumeDown","gesture":"slide","region":"VolumeUp","startMs":10310} @100310000000)",
+            R"(Label {"endMs":70,"gesture":"palm","region":"None","startMs":0} @101580000000)"));
+}
+
+TEST(SimulationTest, TheSameSeedGivesTheSameBytesOnEveryBuild) {
+    const auto checksum = [](std::uint64_t seed) {
+        Simulation simulation = simulate({"tap:A", "slide:J-volume-down", "palm", "brush:O", "reset"}, {.seed = seed});
+        std::uint64_t hash = 14695981039346656037U;
+        const Ref<Data> recording = recordingOf(simulation).json();
+        for (const char byte : recording->bytes())
+            hash = (hash ^ static_cast<std::uint8_t>(byte)) * 1099511628211U;
+        return hash;
+    };
+    EXPECT_EQ(checksum(7), 1448992352273508259U); // changes with the simulation
+    EXPECT_NE(checksum(7), checksum(8));
+}
+
+TEST(SimulationTest, RefusesOptionsOutOfRange) {
+    EXPECT_THROW(simulate({}, {.rateHz = 0}), std::invalid_argument);
+    EXPECT_THROW(simulate({}, {.rateHz = 1001}), std::invalid_argument);
+    EXPECT_THROW(simulate({}, {.noise = 1001}), std::invalid_argument);
+}
+
+} // namespace
+} // namespace VeltoTouch::Surface

@@ -1,0 +1,68 @@
+#include "Velto/Commands/Command.h"
+#include "Velto/Commands/Replay.h"
+#include "Velto/Options/Numbers.h"
+#include "Velto/Options/RecordingFiles.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
+
+#include <memory>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+struct Options {
+    std::string file;
+    std::string output; // empty: standard output
+    std::uint64_t maxFrameCount = 0;
+};
+
+void addFileOptions(CLI::App& app, Options& options) {
+    app.add_option("FILE", options.file, "Recording of any version; - is the standard input")
+        ->type_name("")
+        ->required();
+    app.add_option("-o", options.output, "Where to write (default: standard output)")->type_name("OUT");
+}
+
+// Reads the recording, lets `change` act on it and writes it. Failures are told under the file they belong to.
+int rewrite(const Options& options, const std::function<void(PipelineRecording&)>& change) {
+    Ref<Data> container;
+    const int status = forEachFile({options.file}, [&](const std::string& file) {
+        PipelineRecording recording = loadRecording(file);
+        change(recording);
+        container = recording.json();
+    });
+    if (status != 0)
+        return status;
+    return forEachFile({options.output}, [&](const std::string& output) { writeFile(output, container->bytes()); });
+}
+
+} // namespace
+
+Command makeConvertCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app =
+        program.add_subcommand("convert", "Example:\n"
+                                          "  velto convert old.json -o new.json\n\n"
+                                          "Brings a recording of any version to the current one, sorted by\n"
+                                          "time, compact.");
+    addFileOptions(*app, *options);
+    return {app, [options] { return rewrite(*options, [](PipelineRecording&) {}); }};
+}
+
+Command makeTrimCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app = program.add_subcommand("trim", "Example:\n"
+                                                   "  velto trim --max 1000 long.json -o end.json\n\n"
+                                                   "Keeps the newest frames of a recording and the settings in force\n"
+                                                   "before them. The result is sorted, of the current version.");
+    addFileOptions(*app, *options);
+    addNumber(*app, "--max", options->maxFrameCount,
+              "How many frames that are no settings to keep; 0 keeps the settings alone")
+        ->required();
+    return {app, [options] {
+                return rewrite(*options,
+                               [&](PipelineRecording& recording) { recording.trimFrames(options->maxFrameCount); });
+            }};
+}
+
+} // namespace VeltoTouch::Velto

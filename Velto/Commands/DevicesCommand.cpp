@@ -1,0 +1,92 @@
+#include "Platform/JSON.h"
+#include "Platform/Linux/HidrawMonitor.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Commands/Hosting.h"
+#include "Velto/Options/Devices.h"
+#include "Velto/Options/PlayOptions.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Surface/SurfaceMatch.h"
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr const char* kDescription = "Example:\n"
+                                     "  velto devices --watch\n"
+                                     "  velto devices --jsonl | jq -r .node\n\n"
+                                     "Shows the touch surfaces that are plugged into this machine: node, name, serial\n"
+                                     "number and bus. Needs no rights. The exit status is 1 where there is none.";
+
+struct Options {
+    bool watches = false;
+    double durationSeconds = kForever;
+    bool jsonl = false;
+};
+
+std::string inQuotes(std::string_view text) {
+    std::string json;
+    JSON::appendString(json, text);
+    return json;
+}
+
+std::string asLine(const HidrawNode& node) {
+    const auto column = [](const std::string& text) { return text.empty() ? "-" : printable(text); };
+    return fmt::format("{:<14}  {:<32}  {:<16}  {}", column(node.path), column(node.product), column(node.serialNumber),
+                       column(node.bus));
+}
+
+std::string asMembers(const HidrawNode& node) {
+    return fmt::format(R"("node":{},"product":{},"serialNumber":{},"bus":{})", inQuotes(node.path),
+                       inQuotes(node.product), inQuotes(node.serialNumber), inQuotes(node.bus));
+}
+
+int list(bool asJSONL) {
+    std::string text;
+    for (const HidrawNode& node : findSurfaces())
+        text += asJSONL ? fmt::format("{{\"kind\":\"device\",{}}}\n", asMembers(node)) : asLine(node) + "\n";
+    writeStandardOutput(text);
+    return 0;
+}
+
+void showAdded(const HidrawNode& node, bool asJSONL) {
+    writeStandardOutput(asJSONL ? fmt::format("{{\"kind\":\"device\",\"action\":\"add\",{}}}\n", asMembers(node))
+                                : fmt::format("{} {}\n", coloured(Colour::Green, "+"), asLine(node)));
+}
+
+void showRemoved(const HidrawNode& node, bool asJSONL) {
+    writeStandardOutput(
+        asJSONL ? fmt::format("{{\"kind\":\"device\",\"action\":\"remove\",\"node\":{}}}\n", inQuotes(node.path))
+                : fmt::format("{} {}\n", coloured(Colour::Red, "-"), printable(node.path)));
+}
+
+int watch(const Options& options) {
+    const StopSignals signals;
+    HidrawMonitor monitor(Surface::isSurface);
+    for (const HidrawNode& node : monitor.nodes())
+        showAdded(node, options.jsonl);
+    const RunLoopSource news = monitor.start(
+        *CFRunLoopGetCurrent(), kRunLoopMode, [&](const HidrawNode& node) { showAdded(node, options.jsonl); },
+        [&](const HidrawNode& node) { showRemoved(node, options.jsonl); });
+    waitForTheEnd(signals, options.durationSeconds);
+    return 0;
+}
+
+int run(const Options& options) { return options.watches ? watch(options) : list(options.jsonl); }
+
+} // namespace
+
+Command makeDevicesCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app = program.add_subcommand("devices", kDescription);
+    CLI::Option* watches = app->add_flag("--watch", options->watches, "Go on with what comes and goes, until Ctrl-C");
+    addDuration(*app, options->durationSeconds)->needs(watches);
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines");
+    return {app, [options] { return run(*options); }};
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,61 @@
+#include "Velto/Commands/Disturbances.h"
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr double kNanosecondsPerSecond = 1e9;
+
+std::string place(const Replay::Disturbance& disturbance) {
+    return disturbance.lastFrame ? fmt::format("after frame {}", *disturbance.lastFrame) : "before the first frame";
+}
+
+std::string faultOf(std::span<const std::uint8_t> report) {
+    if (report.empty())
+        return "empty report";
+    const auto tooShort = [&report](std::string_view what, std::size_t least) {
+        return fmt::format("{} with {} of {} bytes", what, report.size(), least);
+    };
+    switch (report.front()) {
+    case InputReport::Image::kReportID:
+        return tooShort("image report", InputReport::kImageReportLength);
+    case InputReport::FirmwareEvent::kReportID:
+        return tooShort("firmware event report", InputReport::kFirmwareEventReportLength);
+    default:
+        return fmt::format("unknown report ID 0x{:02x} (length {})", report.front(), report.size());
+    }
+}
+
+std::string textOf(const Replay::Disturbance& disturbance) {
+    switch (disturbance.kind) {
+    case Replay::Disturbance::Kind::InvalidReport:
+        return fmt::format("{}: {}", place(disturbance), faultOf(disturbance.report));
+    case Replay::Disturbance::Kind::Gap:
+        return fmt::format("frame {} {}", disturbance.frame, place(disturbance));
+    case Replay::Disturbance::Kind::Reset:
+        return place(disturbance);
+    }
+    return {};
+}
+
+} // namespace
+
+void Disturbances::add(const Replay::Disturbance& disturbance) {
+    List& list = _lists[static_cast<std::size_t>(disturbance.kind)];
+    if (list.lines.size() == kMostListed)
+        ++list.unlisted;
+    else
+        list.lines.push_back(fmt::format(
+            "{:>9.3f} s  {}", static_cast<double>(disturbance.timeNs) / kNanosecondsPerSecond, textOf(disturbance)));
+}
+
+std::vector<std::string> Disturbances::lines(Replay::Disturbance::Kind kind) const {
+    const List& list = _lists[static_cast<std::size_t>(kind)];
+    std::vector<std::string> lines = list.lines;
+    if (list.unlisted > 0)
+        lines.push_back(fmt::format("... and {} more", list.unlisted));
+    return lines;
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Velto/Commands/Replay.h"
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace VeltoTouch::Velto {
+
+// The disturbances of a recording as lines for people, each with its time and frame number. Of each kind only the first
+// few are kept, so that memory and output are bounded.
+class Disturbances {
+public:
+    static constexpr std::size_t kMostListed = 10; // of each kind
+
+    void add(const Replay::Disturbance& disturbance);
+
+    // The lines of one kind, in order; the last one says how many more there were, if any.
+    [[nodiscard]] std::vector<std::string> lines(Replay::Disturbance::Kind kind) const;
+
+private:
+    struct List {
+        std::vector<std::string> lines;
+        std::uint64_t unlisted = 0;
+    };
+    std::array<List, 3> _lists; // in the order of the kinds
+};
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,66 @@
+#include "Velto/Commands/Hosting.h"
+
+#include "Velto/Host/Bundle.h"
+
+#include <filesystem>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr const char* kDevices = "Devices:\n"
+                                 "  sim             the simulated surface with a made-up user, without end\n"
+                                 "  sim:STEP,...    the simulated surface, steps as velto simulate --help tells them\n"
+                                 "  replay:FILE     a recording's reports; its settings are left out\n"
+                                 "  surface         the first surface on this machine\n"
+                                 "  /dev/hidrawN    a surface on this machine, as velto devices tells them\n";
+
+constexpr const char* kPlugInName = "VeltoTouchHIDService.plugin";
+
+DeviceChoice parseDeviceOption(const std::string& text) {
+    try {
+        return parseDevice(text);
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--device", error.what());
+    }
+}
+
+// Where an installation and the build folder have it, seen from the program.
+std::string ownPlugIn() {
+    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    return (folder / VELTO_BIN_TO_PRIVATE / kPlugInName).lexically_normal();
+}
+
+} // namespace
+
+CLI::Option* addDevice(CLI::App& app, DeviceChoice& target, const std::string& description) {
+    app.footer(kDevices);
+    return app
+        .add_option_function<std::string>(
+            "--device", [&target](const std::string& text) { target = parseDeviceOption(text); }, description)
+        ->type_name("DEVICE");
+}
+
+void addPlugIn(CLI::App& app, std::string& target) {
+    app.add_option("--plugin", target, "The plug-in's folder (default: the one that came with this program)")
+        ->type_name("PATH");
+}
+
+HostedService openService(const std::string& plugIn, const ConnectedDevice& device,
+                          const HostedService::EventHandler& eventHandler) {
+    const std::string folder = plugIn.empty() ? ownPlugIn() : plugIn;
+    return about(folder, [&] {
+        const Bundle bundle(folder);
+        if (!bundle.matches(device.backend()))
+            throw std::runtime_error("the plug-in is not for this device");
+        return HostedService(bundle.loadFactory(), device.service(), bundle.matching(), eventHandler);
+    });
+}
+
+void waitForTheEnd(const StopSignals& signals, double seconds) {
+    const auto mode = makeRef<String>(kRunLoopMode);
+    const RunLoopSource signal = CFRunLoopGetCurrent()->addDescriptor(
+        kRunLoopMode, signals.descriptor(), [] { CFRunLoopStop(CFRunLoopGetCurrent()); }, [] {});
+    CFRunLoopRunInMode(mode.get(), seconds, false);
+}
+
+} // namespace VeltoTouch::Velto

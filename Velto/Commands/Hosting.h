@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Velto/Commands/Signals.h"
+#include "Velto/Host/HostedService.h"
+#include "Velto/Options/Devices.h"
+#include "Velto/Output/Terminal.h"
+
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+// What the commands share that host the plug-in for a device.
+
+namespace VeltoTouch::Velto {
+
+// --device DEVICE, and the devices at the end of the help.
+CLI::Option* addDevice(CLI::App& app, DeviceChoice& target, const std::string& description);
+
+// --plugin PATH. Unset, the target is empty.
+void addPlugIn(CLI::App& app, std::string& target);
+
+// Does a part of the work; what fails is told under the subject's name.
+template <class Work>
+auto about(const std::string& subject, const Work& work) {
+    try {
+        return work();
+    } catch (const std::exception& error) {
+        throw std::runtime_error(subject + ": " + messageOf(error));
+    }
+}
+
+// A service from the plug-in in this folder that is open on the device; an empty path is the program's own plug-in.
+// Throws std::runtime_error under the plug-in's name.
+[[nodiscard]] HostedService openService(const std::string& plugIn, const ConnectedDevice& device,
+                                        const HostedService::EventHandler& eventHandler);
+
+// Waits on the calling thread's run loop, in this mode, for a signal or a stop of the loop, at most until the time is
+// over. Whatever else is in the mode is handled meanwhile.
+constexpr const char* kRunLoopMode = "velto";
+void waitForTheEnd(const StopSignals& signals, double seconds = std::numeric_limits<double>::infinity());
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,52 @@
+#include "Plugin/Recording/PipelineRecording.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Commands/ServiceRecording.h"
+#include "Velto/Daemon/Bus/Client.h"
+#include "Velto/Options/BusOptions.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
+
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr const char* kDescription =
+    "Example:\n"
+    "  velto record -o gestures.json && velto replay gestures.json\n\n"
+    "Saves the recording so far of a surface that velto serve serves; recording goes on.\n"
+    "It holds the newest {} reports and accelerometer samples. Only root and the group velto may\n"
+    "read it.";
+
+struct Options {
+    ServedChoice served;
+    std::string output; // empty: the standard output
+};
+
+int record(const Options& options) {
+    const Ref<Value> recording = Bus::Client(options.served.bus, options.served.device).getProperty("Recording");
+    return forEachFile({options.output}, [&](const std::string& file) {
+        const RecordedExtent kept = saveRecording(recording, file);
+        if (kept.isFull())
+            complain(
+                isStandardOutput(file) ? "standard output" : file,
+                fmt::format("the recording has reached its bound of {} reports and accelerometer samples and holds "
+                            "the newest {:.1f} s",
+                            kMaxRecordedFrames, kept.seconds()));
+    });
+}
+
+} // namespace
+
+Command makeRecordCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app = program.add_subcommand("record", fmt::format(kDescription, kMaxRecordedFrames));
+    addServed(*app, options->served);
+    app->add_option("-o", options->output, "Where to write (default: standard output)")->type_name("OUT");
+    return {app, [options] { return record(*options); }};
+}
+
+} // namespace VeltoTouch::Velto

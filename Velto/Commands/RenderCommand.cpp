@@ -1,0 +1,70 @@
+#include "Plugin/Shared/Util.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Commands/Replay.h"
+#include "Velto/Options/Numbers.h"
+#include "Velto/Options/RecordingFiles.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
+
+#include <memory>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;
+
+struct Options {
+    std::string file;
+    bool isFrameWanted = false; // otherwise every frame
+    std::uint32_t wantedFrame = 0;
+    bool raw = false;
+};
+
+void renderFile(const Options& options, const std::string& file) {
+    const PipelineRecording recording = loadRecording(file);
+    std::string text;
+    std::uint64_t images = 0;
+    bool isFrameFound = false;
+    for (const Frame& frame : recording.frames()) {
+        const auto image = InputReport::Image::parse(frame.report.data(), frame.report.size());
+        if (!image)
+            continue;
+        ++images;
+        if (options.isFrameWanted && image->frameNumber != options.wantedFrame)
+            continue;
+        isFrameFound = true;
+        text += Util::stringFromImage(*image, options.raw) + "\n";
+        if (text.size() >= kFlushedFrom) {
+            writeStandardOutput(text);
+            text.clear();
+        }
+    }
+    if (options.isFrameWanted && !isFrameFound)
+        throw std::runtime_error(fmt::format("none of the {} images has frame number {}", images, options.wantedFrame));
+    writeStandardOutput(text);
+}
+
+} // namespace
+
+Command makeRenderCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app =
+        program.add_subcommand("render", "Example:\n"
+                                         "  velto render --frame 42 gestures.json\n\n"
+                                         "Shows images as text pictures, each pad's value where the pad lies.");
+    app->add_option("FILE", options->file, "Recording of any version; - is the standard input")
+        ->type_name("")
+        ->required();
+    addNumber(*app, "--frame", options->wantedFrame, "Only the images with this frame number")
+        ->type_name("F")
+        ->each([options](const std::string&) { options->isFrameWanted = true; });
+    app->add_flag("--raw", options->raw, "Raw values in place of signals");
+    return {app, [options] {
+                return forEachFile({options->file}, [&](const std::string& file) { renderFile(*options, file); });
+            }};
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,121 @@
+#include "Velto/Commands/Replay.h"
+
+#include "Platform/Clock.h"
+#include "Plugin/Pipeline/Properties.h"
+#include "Plugin/Shared/Util.h"
+#include "Velto/Output/Progress.h"
+
+#include <algorithm>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+// Keys as recordings hold them, below the pipeline's domain.
+std::vector<std::string> recordedKeysOf(const std::vector<Setting>& settings) {
+    std::vector<std::string> keys;
+    for (const Setting& setting : settings) {
+        std::string key = setting.key;
+        if (Util::stripDomainFromKey(key, kPipelineDomain))
+            keys.push_back(std::move(key));
+    }
+    return keys;
+}
+
+// Stands between a recording and the pipeline and keeps back the recording's writes of some keys.
+class SettingsFilter final : public PipelineInput {
+public:
+    SettingsFilter(std::shared_ptr<Pipeline> target, std::vector<std::string> keys)
+        : _target(std::move(target)), _keys(std::move(keys)) {}
+
+    void setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) override {
+        if (std::ranges::find(_keys, key) == _keys.end())
+            _target->setState(timestamp, key, value);
+        else
+            ++leftOut;
+    }
+    void handleInputReport(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length) override {
+        _target->handleInputReport(timestamp, report, length);
+    }
+    void handleMetadata(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) override {
+        _target->handleMetadata(timestamp, key, value);
+    }
+
+    std::uint64_t leftOut = 0;
+
+private:
+    const std::shared_ptr<Pipeline> _target;
+    const std::vector<std::string> _keys;
+};
+
+} // namespace
+
+void Replay::installHandlers(std::uint64_t startTime) {
+    _pipeline->imageHandler = [this](std::uint64_t, const InputReport::Image& image) {
+        ++_counts.images;
+        if (frameHandler)
+            _image = image;
+    };
+    _pipeline->hidEventsHandler = [this, startTime](std::uint64_t, const HIDEvents& events) {
+        _counts.events += events.size();
+        showFrame();
+        for (const Ref<HIDEvent>& event : events)
+            eventHandler(*event, Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()) - startTime));
+    };
+}
+
+void Replay::installDisturbanceHandlers(std::uint64_t startTime) {
+    const auto disturb = [this, startTime](std::uint64_t timestamp, Disturbance disturbance) {
+        disturbance.timeNs = Util::nanosecondsFromMachTime(timestamp - startTime);
+        if (_pipeline->hasLastFrame)
+            disturbance.lastFrame = _pipeline->lastFrameNumber;
+        disturbanceHandler(disturbance);
+    };
+    using enum Disturbance::Kind;
+    _pipeline->invalidReportHandler = [=, this](std::uint64_t timestamp, const std::uint8_t* report,
+                                                std::size_t length) {
+        ++_counts.invalidReports;
+        disturb(timestamp, {.kind = InvalidReport, .report = {report, length}});
+    };
+    _pipeline->disjointImageHandler = [=](std::uint64_t timestamp, std::uint32_t, const InputReport::Image& image) {
+        disturb(timestamp, {.kind = Gap, .frame = image.frameNumber});
+    };
+    _pipeline->firmwareEventHandler = [=, this](std::uint64_t timestamp, const InputReport::FirmwareEvent& event) {
+        if (event.event != InputReport::FirmwareEvent::kReset)
+            return;
+        if (frameHandler)
+            _image = InputReport::Image{};
+        disturb(timestamp, {.kind = Reset});
+    };
+}
+
+// The recognizer has processed the image by the time its events come out, or without any.
+void Replay::showFrame() {
+    if (!_image)
+        return;
+    frameHandler(_pipeline->algs, *_image);
+    _image.reset();
+}
+
+void Replay::play(PipelineRecording& recording, const std::vector<Setting>& settings, float speed, std::string work) {
+    const auto filter = std::make_shared<SettingsFilter>(_pipeline, recordedKeysOf(settings));
+    recording.pipeline = filter;
+    recording.playReset();
+    installHandlers(recording.playStartTime());
+    installDisturbanceHandlers(recording.playStartTime());
+    for (const Setting& setting : settings) {
+        if (std::string key = setting.key; Util::stripDomainFromKey(key, kPipelineDomain))
+            _pipeline->setState(recording.playStartTime(), key, setting.value);
+    }
+    _counts.frames = recording.frames().size();
+    if (_counts.frames > 0)
+        _counts.durationNs = recording.frames().back().timestampNs - recording.frames().front().timestampNs;
+    Progress progress(std::move(work), _counts.frames);
+    for (std::uint64_t played = 0; recording.playCanContinue(); progress.update(++played)) {
+        recording.playNextFrame(speed);
+        showFrame();
+        frameDone();
+    }
+    _counts.settingsLeftOut = filter->leftOut;
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Plugin/Pipeline/Pipeline.h"
+#include "Plugin/Recording/PipelineRecording.h"
+#include "Velto/Options/Settings.h"
+
+#include <functional>
+#include <limits>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace VeltoTouch::Velto {
+
+// One play of a recording through a fresh pipeline.
+class Replay {
+public:
+    static constexpr float kMaxSpeed = std::numeric_limits<float>::infinity();
+
+    struct Counts {
+        std::uint64_t frames = 0; // of the recording, settings left out included
+        std::uint64_t images = 0;
+        std::uint64_t invalidReports = 0;
+        std::uint64_t events = 0;
+        std::uint64_t settingsLeftOut = 0;
+        std::uint64_t durationNs = 0; // from the first frame to the last
+    };
+
+    // What interrupts the images.
+    struct Disturbance {
+        enum class Kind { InvalidReport, Gap, Reset };
+        Kind kind;
+        std::uint64_t timeNs = 0;                    // since the start of playback
+        std::optional<std::uint32_t> lastFrame = {}; // number of the image before it, if there is one
+        std::uint32_t frame = 0;                     // of a gap: number of the image behind it
+        std::span<const std::uint8_t> report = {};   // the invalid one
+    };
+
+    // The handlers run within the pipeline and must not throw; what may is done in `frameDone`.
+
+    // Called for each HID event, in order; the time since the start of playback in nanoseconds.
+    std::function<void(const HIDEvent& event, std::uint64_t timeNs)> eventHandler;
+    // Called for each image that the recognizer has processed (a firmware reset is one without contacts, frame 0 and
+    // time 0), before its events.
+    std::function<void(const Algs& algs, const InputReport::Image& image)> frameHandler;
+    // Called for each invalid report, gap in the frame numbers and firmware reset, in order.
+    std::function<void(const Disturbance& disturbance)> disturbanceHandler = [](const Disturbance&) {};
+    // Called after each frame of the recording; may throw, which ends the play.
+    std::function<void()> frameDone = [] {};
+
+    // Plays a recording in time order. `settings` are written before its first frame, and its own writes of their
+    // keys are left out. `work` names the play for the progress line.
+    void play(PipelineRecording& recording, const std::vector<Setting>& settings, float speed, std::string work);
+
+    [[nodiscard]] const Counts& counts() const noexcept { return _counts; }
+    [[nodiscard]] Pipeline& pipeline() noexcept { return *_pipeline; }
+
+private:
+    void installHandlers(std::uint64_t startTime);
+    void installDisturbanceHandlers(std::uint64_t startTime);
+    void showFrame();
+
+    std::shared_ptr<Pipeline> _pipeline = std::make_shared<Pipeline>();
+    Counts _counts;
+    std::optional<InputReport::Image> _image; // of the report in progress, until it is shown
+};
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,150 @@
+#include "Platform/Clock.h"
+#include "Plugin/Recording/PipelineRecording.h"
+#include "Plugin/Shared/Util.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Commands/Hosting.h"
+#include "Velto/Commands/RunOutput.h"
+#include "Velto/Commands/ServiceRecording.h"
+#include "Velto/Options/KeyOptions.h"
+#include "Velto/Options/Keys.h"
+#include "Velto/Options/PlayOptions.h"
+#include "Velto/Options/Suggestion.h"
+#include "Velto/Output/Files.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr const char* kDescription = "Example:\n"
+                                     "  velto run --duration 10\n"
+                                     "  velto run --device sim:tap:play-pause,hold:volume-up --jsonl\n"
+                                     "  velto run --device replay:gestures.json --record again.json\n\n"
+                                     "Loads the touch service's plug-in, opens a device for it and shows the\n"
+                                     "gestures as they come. Ends at the device's end, after --duration or with\n"
+                                     "Ctrl-C.";
+
+struct Options {
+    DeviceChoice device;
+    std::string plugIn; // empty: the program's own
+    std::vector<Setting> settings;
+    std::vector<std::string> properties; // to be read at the end
+    float speed = 1;
+    double durationSeconds = kForever;
+    std::string recording; // where to save it; empty: nowhere
+    bool jsonl = false;
+};
+
+// These give the exit status; the other keys are still seen to.
+int writeSettings(const HostedService& service, const std::vector<Setting>& settings) {
+    int status = 0;
+    for (const Setting& setting : settings) {
+        if (service.setProperty(setting.key, setting.value))
+            continue;
+        complain(setting.key, "the device does not take this value" + didYouMean(setting.key, writableKeys()));
+        status = 1;
+    }
+    return status;
+}
+
+int readProperties(const HostedService& service, const std::vector<std::string>& keys,
+                   std::vector<RunOutput::Property>& properties) {
+    return forEachFile(keys, [&](const std::string& key) {
+        Ref<Value> value = service.copyProperty(key);
+        if (!value)
+            throw std::runtime_error("there is no value under this key" + didYouMean(key, readableKeys()));
+        properties.emplace_back(key, std::move(value));
+    });
+}
+
+void warnOfLostPauses(const Options& options) {
+    const bool isPlayed =
+        options.device.kind == DeviceChoice::Kind::Simulated || options.device.kind == DeviceChoice::Kind::Recorded;
+    if (isPlayed && std::isinf(options.speed))
+        complain(options.recording, "at --speed max reports come without pauses, and the recording has none either");
+}
+
+// Saves what the service has recorded of so many reports since the start. The exit status.
+int saveRun(const HostedService& service, const std::string& path, std::uint64_t reports, std::uint64_t startTime) {
+    return forEachFile({path}, [&](const std::string& file) {
+        const RecordedExtent kept = saveRecording(service.copyProperty("Recording"), file);
+        if (reports <= kept.reports)
+            return;
+        const std::uint64_t startNs = Util::nanosecondsFromMachTime(startTime);
+        const std::uint64_t lostNs = std::max(kept.firstReportNs, startNs) - startNs;
+        complain(file, fmt::format("the recording holds the newest {:.1f} s; the first {:.1f} s ({} reports) were "
+                                   "dropped",
+                                   kept.seconds(), static_cast<double>(lostNs) / 1e9, reports - kept.reports));
+    });
+}
+
+int run(const Options& options) {
+    warnOfDoubtfulSettings(options.settings);
+    if (!options.recording.empty()) {
+        about(options.recording, [&] { requireWritable(options.recording); });
+        warnOfLostPauses(options);
+    }
+
+    const auto loop = Ref<RunLoop>::retained(CFRunLoopGetCurrent());
+    const auto endRun = [loop] { CFRunLoopStop(loop.get()); };
+    const ConnectedDevice device = about(
+        options.device.subject(), [&] { return ConnectedDevice(options.device, static_cast<double>(options.speed)); });
+    StopSignals signals; // before any thread, and after the recording is read: until then a signal ends the program
+    device.backend().removalHandler = endRun;
+
+    const auto output = RunOutput::make(options.jsonl, options.device, endRun);
+    std::uint64_t startTime = 0;
+    const auto showEvent = [&](const Ref<HIDEvent>& event) {
+        output->add(*event, Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()) - startTime));
+    };
+    HostedService service = openService(options.plugIn, device, showEvent);
+    int status = writeSettings(service, options.settings);
+
+    output->begin();
+    startTime = mach_absolute_time();
+    service.schedule();
+    waitForTheEnd(signals, options.durationSeconds);
+    signals.beginEnd();
+
+    RunOutput::Ending ending;
+    status |= readProperties(service, options.properties, ending.properties);
+    service.unschedule();
+    ending.durationNs = Util::nanosecondsFromMachTime(mach_absolute_time() - startTime);
+    ending.reports = device.backend().deliveredReports();
+    ending.debugInfo = service.copyProperty("Pipeline.DebugInfo"); // with the last report and event
+    ending.eventStats = service.copyProperty("Pipeline.Algs.EventStats");
+    // With the last report, so that its replay gives all events that were shown.
+    if (!options.recording.empty())
+        status |= saveRun(service, options.recording, ending.reports, startTime);
+    service.stop();
+    output->end(ending);
+    return status;
+}
+
+} // namespace
+
+Command makeRunCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app = program.add_subcommand("run", kDescription);
+    addDevice(*app, options->device, "What to open; see below (default: sim)");
+    addPlugIn(*app, options->plugIn);
+    addSettings(*app, options->settings, KeyScope::Service, "Write properties of the service before the first report");
+    addKeys(*app, options->properties, "Read properties of the service at the end and show them");
+    addSpeed(*app, options->speed, "Pace: a factor on the device's own, or max (default: 1)");
+    addDuration(*app, options->durationSeconds);
+    app->add_option(
+           "--record", options->recording,
+           fmt::format("Save the service's recording at the end: the newest {} reports and accelerometer samples",
+                       kMaxRecordedFrames))
+        ->type_name("OUT")
+        ->check([](const std::string& path) { return path.empty() || path == "-" ? "a file is wanted" : ""; });
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then properties and a summary");
+    return {app, [options] { return run(*options); }};
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,103 @@
+#include "Plugin/Shared/Util.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Commands/Hosting.h"
+#include "Velto/Daemon/Bus/TouchObject.h"
+#include "Velto/Daemon/EventLoop.h"
+#include "Velto/Daemon/SurfaceKeys.h"
+#include "Velto/Daemon/UinputKeyboard.h"
+#include "Velto/Host/Gesture.h"
+#include "Velto/Options/BusOptions.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include <systemd/sd-daemon.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr const char* kDescription = "Example:\n"
+                                     "  velto serve --device surface\n\n"
+                                     "Makes the gestures on a surface key presses for everything on this machine:\n"
+                                     "a tap plays, pauses or steps the volume, a hold keeps the volume key or the\n"
+                                     "assistant's pressed. Ends when the device goes or with Ctrl-C; no key stays\n"
+                                     "pressed. Needs the right to write to /dev/uinput. While it runs, get, set,\n"
+                                     "watch and record reach it over the message bus.";
+
+constexpr const char* kKeyboardName = "Velto Touch Surface Keys";
+
+struct Options {
+    DeviceChoice device;
+    std::string plugIn; // empty: the program's own
+    Bus::Which bus = Bus::Which::System;
+    bool withoutKeys = false;
+};
+
+// A key of a surface that has fallen silent is released after one to two of them.
+constexpr std::chrono::seconds kLongestSilence{1};
+
+Bus::ServedSurface servedSurface(const ConnectedDevice& device, const HostedService& service) {
+    return {.device = device.name(),
+            .properties = {.get = [&service](const std::string& key) { return service.copyProperty(key); },
+                           .set = [&service](const std::string& key,
+                                             const Ref<Value>& value) { return service.setProperty(key, value); }},
+            .deliveredReports = [&device] { return device.backend().deliveredReports(); }};
+}
+
+int serve(const Options& options) {
+    EventLoop loop;
+    const auto endServing = [&loop] { loop.stop(); };
+    const ConnectedDevice device =
+        about(options.device.subject(), [&] { return ConnectedDevice(options.device, 1.0); });
+    StopSignals signals; // before any thread, and after a recording is read: until then a signal ends the program
+    device.backend().removalHandler = endServing;
+    loop.addDescriptor(signals.descriptor(), endServing);
+
+    std::optional<UinputKeyboard> keyboard;
+    std::optional<SurfaceKeys> keys;
+    if (!options.withoutKeys) {
+        keyboard.emplace(kKeyboardName, MediaKeys::kKeys);
+        keys.emplace(
+            *keyboard, [&device] { return device.backend().deliveredReports(); }, endServing);
+        loop.addTimer(kLongestSilence, [&keys] { keys->releaseIfSilent(); });
+    }
+    Bus::TouchObject* object = nullptr; // of the loop's thread
+    const auto handleEvent = [&](const Ref<HIDEvent>& event) {
+        if (keys)
+            keys->handle(*event);
+        loop.post([&object, gesture = gestureEventOf(*event),
+                   timeNs = Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()))] {
+            object->tellGesture(gesture, timeNs);
+        });
+    };
+    HostedService service = openService(options.plugIn, device, handleEvent);
+    Bus::TouchObject served(loop, options.bus, servedSurface(device, service));
+    object = &served;
+
+    service.schedule();
+    sd_notify(0, "READY=1");
+    loop.run();
+    sd_notify(0, "STOPPING=1");
+    signals.beginEnd();
+    service.unschedule();
+    if (keys)
+        keys->end();
+    return 0;
+}
+
+} // namespace
+
+Command makeServeCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app = program.add_subcommand("serve", kDescription);
+    addDevice(*app, options->device, "The surface; see below")->required();
+    addPlugIn(*app, options->plugIn);
+    addBus(*app, options->bus);
+    app->add_flag("--no-keys", options->withoutKeys, "Make no keyboard: gestures are told on the bus alone");
+    return {app, [options] { return serve(*options); }};
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Platform/Value.h"
+
+#include <cstdint>
+#include <string>
+
+// The recording that a service keeps, as `velto run` and `velto record` save it. It is bounded to the newest
+// kMaxRecordedFrames reports and metadata frames; whoever saves it says what that took away.
+
+namespace VeltoTouch::Velto {
+
+// What is in a recording. Times are of the host's clock.
+struct RecordedExtent {
+    std::uint64_t reports = 0;
+    std::uint64_t metadata = 0;
+    std::uint64_t firstReportNs = 0;
+    std::uint64_t lastReportNs = 0;
+
+    [[nodiscard]] bool isFull() const noexcept;
+    [[nodiscard]] double seconds() const noexcept; // from the first report to the last
+};
+
+// Writes the value of the service's property "Recording" to a file, as `writeFile` does, and returns what is in it.
+// Throws std::runtime_error if there is no recording, and what `writeFile` throws.
+RecordedExtent saveRecording(const Ref<Value>& recording, const std::string& file);
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,75 @@
+#include "Platform/Clock.h"
+#include "Plugin/Shared/Util.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Commands/Signals.h"
+#include "Velto/Daemon/Bus/Client.h"
+#include "Velto/Options/BusOptions.h"
+#include "Velto/Options/PlayOptions.h"
+#include "Velto/Output/EventLines.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/GestureTable.h"
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <string>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr const char* kDescription =
+    "Example:\n"
+    "  velto watch --duration 60\n"
+    "  velto watch --jsonl | jq -r .gesture\n\n"
+    "Shows the gestures on a surface that velto serve serves, as they come. Ends when\n"
+    "the surface goes, after --duration or with Ctrl-C.";
+
+struct Options {
+    ServedChoice served;
+    double durationSeconds = kForever;
+    bool jsonl = false;
+};
+
+// Whoever shows a gesture throws where the standard output fails; the loop passes it on.
+void showOn(EventLoop& loop, Bus::Client& client, const Options& options) {
+    const std::uint64_t startTimeNs = Util::nanosecondsFromMachTime(mach_absolute_time());
+    const auto table = std::make_shared<GestureTable>(
+        [](const GestureTable::Gesture& gesture) { writeStandardOutput(GestureTable::row(gesture)); });
+    if (!options.jsonl)
+        writeStandardOutput(GestureTable::heading());
+    const auto show = [=, asLines = options.jsonl](const GestureEvent& event, std::uint64_t timeNs) {
+        const std::uint64_t sinceStart = std::max(timeNs, startTimeNs) - startTimeNs;
+        if (asLines)
+            writeStandardOutput(gestureLine(event, sinceStart));
+        else
+            table->add(event, sinceStart);
+    };
+    client.watch(loop, show, [&loop] { loop.stop(); });
+}
+
+int watch(const Options& options) {
+    Bus::Client client(options.served.bus, options.served.device);
+    EventLoop loop;
+    StopSignals signals;
+    loop.addDescriptor(signals.descriptor(), [&loop] { loop.stop(); });
+    if (options.durationSeconds < kForever)
+        loop.addTimer(std::chrono::duration_cast<std::chrono::microseconds>(
+                          std::chrono::duration<double>(options.durationSeconds)),
+                      [&loop] { loop.stop(); });
+    showOn(loop, client, options);
+    loop.run();
+    return 0;
+}
+
+} // namespace
+
+Command makeWatchCommand(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* app = program.add_subcommand("watch", kDescription);
+    addServed(*app, options->served);
+    addDuration(*app, options->durationSeconds);
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines, one an event");
+    return {app, [options] { return watch(*options); }};
+}
+
+} // namespace VeltoTouch::Velto

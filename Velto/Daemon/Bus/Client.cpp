@@ -1,0 +1,166 @@
+#include "Velto/Daemon/Bus/Client.h"
+
+#include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/Bus/Connection.h"
+#include "Velto/Daemon/Bus/Values.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace VeltoTouch::Bus {
+namespace {
+
+constexpr std::uint64_t kDefaultTimeout = 0;
+
+[[noreturn]] void fail(const std::string& what) { throw std::runtime_error(what); }
+
+BusHandle connect(Which which) {
+    try {
+        return connectTo(which);
+    } catch (const std::system_error& error) {
+        fail("there is no bus: " + error.code().message());
+    }
+}
+
+struct FreeNames {
+    void operator()(char** names) const noexcept {
+        for (char** name = names; *name != nullptr; ++name)
+            std::free(*name); // NOLINT(cppcoreguidelines-no-malloc): the library's
+        std::free(names);     // NOLINT(cppcoreguidelines-no-malloc)
+    }
+};
+
+// What the surfaces are called that are served now.
+std::vector<std::string> elementsOn(sd_bus* bus) {
+    char** list = nullptr;
+    checked(sd_bus_list_names(bus, &list, nullptr), "names on the bus");
+    const std::unique_ptr<char*, FreeNames> names(list);
+    const std::string prefix = nameOf("");
+    std::vector<std::string> elements;
+    for (char** name = list; *name != nullptr; ++name) {
+        if (std::string_view(*name).starts_with(prefix))
+            elements.emplace_back(*name + prefix.size());
+    }
+    std::ranges::sort(elements);
+    return elements;
+}
+
+std::string choose(sd_bus* bus, const std::string& device) {
+    const std::vector<std::string> elements = elementsOn(bus);
+    std::string wanted = elementOf(device);
+    if (device.empty() && elements.size() == 1)
+        return elements.front();
+    if (elements.empty())
+        fail("no surface is served (velto serve does that)");
+    if (device.empty())
+        fail(fmt::format("several surfaces are served, say which: {}", fmt::join(elements, ", ")));
+    if (std::ranges::find(elements, wanted) == elements.end())
+        fail(fmt::format("{} is not served, but {}", device, fmt::join(elements, ", ")));
+    return wanted;
+}
+
+[[noreturn]] void failWith(const sd_bus_error& error) {
+    if (sd_bus_error_has_name(&error, SD_BUS_ERROR_ACCESS_DENIED) != 0)
+        fail("not allowed (whoever sits at the machine may read settings, statistics and the version; all else takes "
+             "root or the group velto)");
+    fail(error.message != nullptr ? error.message : error.name);
+}
+
+} // namespace
+
+// What is handed on goes by way of the loop, which takes what a handler throws; the library does not.
+struct Client::Signals {
+    static int gesture(sd_bus_message* signal, void* object, sd_bus_error* /*error*/) {
+        auto& client = *static_cast<Client*>(object);
+        const char* gestureName = nullptr;
+        const char* regionName = nullptr;
+        GestureEvent event{};
+        std::uint64_t timeNs = 0;
+        if (sd_bus_message_read(signal, "ssuut", &gestureName, &regionName, &event.phase, &event.frame, &timeNs) < 0)
+            return 0;
+        const auto gesture = gestureNamed(gestureName);
+        if (!gesture) // of a later version
+            return 0;
+        event.gesture = *gesture;
+        event.region = regionNamed(regionName);
+        client._watcher->post([&client, event, timeNs] { client._gestureHandler(event, timeNs); });
+        return 0;
+    }
+    static int ownerChanged(sd_bus_message* signal, void* object, sd_bus_error* /*error*/) {
+        const char* owner = nullptr;
+        if (sd_bus_message_skip(signal, "ss") >= 0 && sd_bus_message_read(signal, "s", &owner) >= 0 && *owner == '\0')
+            end(*static_cast<Client*>(object));
+        return 0;
+    }
+    static int disconnected(sd_bus_message* /*signal*/, void* object, sd_bus_error* /*error*/) {
+        static_cast<Client*>(object)->_watcher->post([] { fail("the bus has gone"); });
+        return 0;
+    }
+    static void end(Client& client) {
+        client._watcher->post([&client] { client._endHandler(); });
+    }
+};
+
+Client::Client(Which which, const std::string& device) : _bus(connect(which)), _element(choose(_bus.get(), device)) {}
+
+BusMessage Client::callFor(const char* method, const std::string& key) {
+    const auto make = [&](sd_bus_message** message) {
+        return sd_bus_message_new_method_call(_bus.get(), message, nameOf(_element).c_str(), pathOf(_element).c_str(),
+                                              kInterface, method);
+    };
+    auto call = madeBy<BusMessage>(make, "call");
+    if (sd_bus_message_append(call.get(), "s", key.c_str()) < 0)
+        fail("the key is no text");
+    return call;
+}
+
+BusMessage Client::send(const BusMessage& call) {
+    BusError error;
+    sd_bus_message* reply = nullptr;
+    const int result = sd_bus_call(_bus.get(), call.get(), kDefaultTimeout, error.get(), &reply);
+    if (error.isSet())
+        failWith(*error.get());
+    checked(result, "the bus");
+    return BusMessage(reply);
+}
+
+Ref<Value> Client::getProperty(const std::string& key) {
+    return readVariant(send(callFor(isPublic(key) ? "GetPublicProperty" : "GetProperty", key)).get(), kAnySize);
+}
+
+void Client::setProperty(const std::string& key, const Value& value) {
+    const BusMessage call = callFor("SetProperty", key);
+    appendVariant(call.get(), value);
+    std::ignore = send(call);
+}
+
+void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*)) {
+    checked(sd_bus_add_match(_bus.get(), nullptr, rule.c_str(), handler, this), "the bus");
+}
+
+void Client::watch(EventLoop& loop, std::function<void(const GestureEvent&, std::uint64_t)> gestureHandler,
+                   std::function<void()> endHandler) {
+    _watcher = &loop;
+    _gestureHandler = std::move(gestureHandler);
+    _endHandler = std::move(endHandler);
+    match(fmt::format("type='signal',sender='{}',path='{}',interface='{}',member='Gesture'", nameOf(_element),
+                      pathOf(_element), kInterface),
+          Signals::gesture);
+    match(fmt::format("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='{}'",
+                      nameOf(_element)),
+          Signals::ownerChanged);
+    match("type='signal',sender='org.freedesktop.DBus.Local',member='Disconnected'", Signals::disconnected);
+    const auto elements = elementsOn(_bus.get());
+    if (std::ranges::find(elements, _element) == elements.end()) // it has gone meanwhile
+        Signals::end(*this);
+    checked(sd_bus_attach_event(_bus.get(), loop.handle(), SD_EVENT_PRIORITY_NORMAL), "the bus");
+}
+
+} // namespace VeltoTouch::Bus

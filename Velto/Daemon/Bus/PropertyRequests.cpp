@@ -1,0 +1,59 @@
+#include "Velto/Daemon/Bus/PropertyRequests.h"
+
+#include "Plugin/Pipeline/Properties.h"
+
+#include <utility>
+
+namespace VeltoTouch::Bus {
+namespace {
+
+// The value that a setting is written with. A number out of its range is passed on: the service reads it in its way.
+Ref<Value> checkedSetting(const std::string& key, Ref<Value> value) {
+    switch (judgeWrite(key, value.get()).verdict) {
+    case Judgement::Verdict::ReadOnly:
+    case Judgement::Verdict::Unknown:
+        throw CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, "nothing knows this key");
+    case Judgement::Verdict::NoNumber:
+        throw CallError(SD_BUS_ERROR_INVALID_ARGS, "a number is wanted");
+    default:
+        break;
+    }
+    const auto setting = settingUnder(key);
+    return setting && setting->row.is<SettingRow::Action>() ? makeRef<Null>() : std::move(value);
+}
+
+} // namespace
+
+PropertyRequests::PropertyRequests(EventLoop& loop, ServiceProperties properties)
+    : _loop(loop), _properties(std::move(properties)) {}
+
+PropertyRequests::~PropertyRequests() {
+    dispatch_sync(_queue.get(), [] {});
+}
+
+void PropertyRequests::get(const std::string& key, Answer answer) {
+    const auto read = [this, key]() -> Outcome {
+        if (Ref<Value> value = _properties.get(key))
+            return value;
+        return CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, "there is no value under this key");
+    };
+    begin(read, std::move(answer));
+}
+
+void PropertyRequests::set(const std::string& key, Ref<Value> value, Answer answer) {
+    const auto write = [this, key, value = checkedSetting(key, std::move(value))]() -> Outcome {
+        if (_properties.set(key, value))
+            return nullptr;
+        return CallError(SD_BUS_ERROR_PROPERTY_READ_ONLY, "the device does not take this value");
+    };
+    begin(write, std::move(answer));
+}
+
+void PropertyRequests::begin(std::function<Outcome()> work, Answer answer) {
+    _answer = std::move(answer);
+    dispatch_async(_queue.get(), [this, work = std::move(work)] {
+        _loop.post([this, outcome = work()] { std::exchange(_answer, nullptr)(outcome); });
+    });
+}
+
+} // namespace VeltoTouch::Bus

@@ -1,0 +1,259 @@
+#include "Velto/Daemon/Bus/TouchObject.h"
+
+#include "Platform/Log.h"
+#include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/Bus/Connection.h"
+#include "Velto/Daemon/Bus/Replies.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <exception>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include <fmt/format.h>
+#include <sys/socket.h>
+#include <systemd/sd-bus-vtable.h>
+
+namespace VeltoTouch::Bus {
+namespace {
+
+constexpr const char* kReports = "reports";
+constexpr const char* kEvents = "events";
+constexpr std::chrono::seconds kBeat{1};
+// Messages that the bus has not taken from us. With more, it is not well.
+constexpr std::uint64_t kMostUnsentSignals = 1024;
+// Bytes that are on their way to the bus, as the kernel counts them: what is sent next is not far behind. The bus reads
+// little at a time, where it is busy.
+constexpr int kSocketRoom = 4096;
+
+void complain(std::string_view what, std::string_view why) noexcept {
+    std::array<char, 256> message{};
+    const auto end = fmt::format_to_n(message.data(), message.size(), "{}: {}", what, why).out;
+    os_log_with_type(os_log_create("org.velto.serve", "Bus"), OS_LOG_TYPE_ERROR, {message.data(), end});
+}
+
+// The numbers of a dictionary, those of dictionaries in it too.
+void addNumbers(std::map<std::string, std::uint64_t>& counters, const Value* value) {
+    const auto* dictionary = as<Dictionary>(value);
+    if (dictionary == nullptr)
+        return;
+    for (const auto& [key, member] : dictionary->entries()) {
+        if (const auto* number = as<Number>(member))
+            counters[key] = number->unsignedLongLongValue();
+        else
+            addNumbers(counters, member.get());
+    }
+}
+
+// A message that answers are made for, on the loop's thread alone.
+using Call = std::shared_ptr<sd_bus_message>;
+Call retained(sd_bus_message* message) { return {sd_bus_message_ref(message), sd_bus_message_unref}; }
+
+std::string readKey(sd_bus_message* call) {
+    const char* key = nullptr;
+    checked(sd_bus_message_read(call, "s", &key), "key");
+    return key;
+}
+
+// What the library calls and expects a number from: nothing is thrown through it.
+template <class Step>
+int appending(const Step& step) noexcept {
+    try {
+        return step();
+    } catch (const std::exception&) {
+        return -ENOMEM; // the only thing that can be wrong
+    }
+}
+
+} // namespace
+
+// The bus library's view of the object: functions and a table of them.
+struct TouchObject::Table {
+    static TouchObject& of(void* object) { return *static_cast<TouchObject*>(object); }
+
+    static int getProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
+        return answering(call, object, [&] { get(call, of(object), readKey(call)); });
+    }
+    static int getPublicProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
+        return answering(call, object, [&] {
+            const std::string key = readKey(call);
+            if (!isPublic(key))
+                throw CallError(SD_BUS_ERROR_ACCESS_DENIED, "only root and the group velto may read this key");
+            get(call, of(object), key);
+        });
+    }
+    static int setProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
+        return answering(call, object, [&] {
+            const std::string key = readKey(call);
+            of(object)._requests.set(key, readVariant(call, CallQueue::kLargestValue), answerTo(call, of(object)));
+        });
+    }
+    static void get(sd_bus_message* call, TouchObject& object, const std::string& key) {
+        object._requests.get(key, answerTo(call, object));
+    }
+    static PropertyRequests::Answer answerTo(sd_bus_message* call, TouchObject& object) {
+        return [kept = retained(call), &object](const PropertyRequests::Outcome& outcome) {
+            answering(kept.get(), &object, [&] {
+                if (const auto* error = std::get_if<CallError>(&outcome))
+                    throw *error;
+                object.sendReply(kept.get(), std::get<Ref<Value>>(outcome).get());
+            });
+        };
+    }
+    // Does a step of a call; what fails is the caller's to know.
+    template <class Step>
+    static int answering(sd_bus_message* call, void* object, const Step& step) noexcept {
+        attempt(step, [&](const CallError& error) {
+            of(object).countAnswer(call, 0);
+            sendError(call, error);
+        });
+        return 1;
+    }
+    static int device(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                      sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return appending(
+            [&] { return sd_bus_message_append(reply, "s", cleanText(of(object)._surface.device).c_str()); });
+    }
+    static int version(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                       sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return appending([&] { return sd_bus_message_append(reply, "s", of(object).version().c_str()); });
+    }
+    static int counters(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                        sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return appending([&] { return appendCounters(reply, of(object).counters()); });
+    }
+    static int appendCounters(sd_bus_message* reply, const Counters& counters) {
+        int result = sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, "{st}");
+        for (const auto& [name, count] : counters) {
+            if (result >= 0)
+                result = sd_bus_message_append(reply, "{st}", name.c_str(), count);
+        }
+        return result < 0 ? result : sd_bus_message_close_container(reply);
+    }
+    static int nameRequested(sd_bus_message* reply, void* /*object*/, sd_bus_error* /*error*/) {
+        if (const sd_bus_error* error = sd_bus_message_get_error(reply); error != nullptr)
+            complain("the bus gives no name", error->message);
+        return 1;
+    }
+
+    static const sd_bus_vtable rows[];
+};
+
+// Everybody may call everything here: the bus's policy says who reaches us.
+const sd_bus_vtable TouchObject::Table::rows[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD_WITH_NAMES("GetProperty", "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value), getProperty,
+                             SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_NAMES("GetPublicProperty", "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value), getPublicProperty,
+                             SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_NAMES("SetProperty", "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), "", "", setProperty,
+                             SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_PROPERTY("Device", "s", device, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Version", "s", version, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Counters", "a{st}", counters, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_SIGNAL_WITH_NAMES(
+        "Gesture", "ssuut",
+        SD_BUS_PARAM(gesture) SD_BUS_PARAM(region) SD_BUS_PARAM(phase) SD_BUS_PARAM(frame) SD_BUS_PARAM(timeNs), 0),
+    SD_BUS_VTABLE_END,
+};
+
+TouchObject::TouchObject(EventLoop& loop, Which which, ServedSurface surface)
+    : _which(which), _surface(std::move(surface)), _path(pathOf(elementOf(_surface.device))),
+      _requests(loop, _surface.properties), _loop(loop) {
+    beat();
+    loop.addTimer(kBeat, [this] { beat(); });
+}
+
+TouchObject::~TouchObject() = default;
+
+// What it reads of the service takes the service's lock: a service that hangs stops the loop, and the watchdog sees it.
+void TouchObject::beat() {
+    Counters now = counters();
+    now.erase(kReports);
+    const bool haveChanged = now != _lastCounters;
+    _lastCounters = std::move(now);
+    if (_bus && sd_bus_is_open(_bus.get()) > 0) {
+        if (haveChanged && unsentOn(_bus.get()) < kMostUnsentSignals)
+            sd_bus_emit_properties_changed(_bus.get(), _path.c_str(), kInterface, "Counters", nullptr);
+        return;
+    }
+    _bus.reset();
+    _calls.reset();
+    try {
+        connect();
+        _hasComplained = false;
+    } catch (const std::exception& error) {
+        if (!std::exchange(_hasComplained, true))
+            complain("there is no bus", error.what());
+    }
+}
+
+void TouchObject::connect() {
+    BusHandle bus = connectTo(_which);
+    checked(sd_bus_set_close_on_exit(bus.get(), 0), "connection"); // it would wait for a bus that does not read
+    checked(::setsockopt(sd_bus_get_fd(bus.get()), SOL_SOCKET, SO_SNDBUF, &kSocketRoom, sizeof kSocketRoom),
+            "connection");
+    checked(sd_bus_attach_event(bus.get(), _loop.handle(), SD_EVENT_PRIORITY_NORMAL), "connection");
+    checked(sd_bus_add_object_manager(bus.get(), nullptr, kObjects), "object manager");
+    checked(sd_bus_add_object_vtable(bus.get(), nullptr, _path.c_str(), kInterface, Table::rows, this), "object");
+    _calls.emplace(_loop, bus.get(), [this] { return _requests.isBusy(); });
+    _bus = std::move(bus);
+    requestName(kName);
+    requestName(nameOf(elementOf(_surface.device)));
+}
+
+// Stands in line for the name where somebody has it.
+void TouchObject::requestName(const std::string& name) {
+    checked(sd_bus_request_name_async(_bus.get(), nullptr, name.c_str(), SD_BUS_NAME_QUEUE, Table::nameRequested, this),
+            "name");
+}
+
+// A call may be of a connection that has gone.
+void TouchObject::countAnswer(sd_bus_message* call, std::size_t bytes) {
+    if (_calls)
+        _calls->countAnswer(call, bytes);
+}
+
+void TouchObject::sendReply(sd_bus_message* call, const Value* value) {
+    const auto make = [call](sd_bus_message** message) { return sd_bus_message_new_method_return(call, message); };
+    const auto reply = madeBy<BusMessage>(make, "reply");
+    countAnswer(call, value == nullptr ? 0 : appendVariant(reply.get(), *value));
+    checked(sd_bus_send(nullptr, reply.get(), nullptr), "reply");
+}
+
+void TouchObject::tellGesture(const GestureEvent& event, std::uint64_t timeNs) {
+    ++_events;
+    if (!_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
+        return;
+    const std::string gesture(nameOf(event.gesture));
+    const std::string region(event.region.value_or(""));
+    // Where the bus has gone, the next beat finds out.
+    sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, "Gesture", "ssuut", gesture.c_str(), region.c_str(),
+                       event.phase, event.frame, timeNs);
+}
+
+TouchObject::Counters TouchObject::counters() const {
+    Counters counters;
+    addNumbers(counters, _surface.properties.get("Pipeline.DebugInfo").get());
+    addNumbers(counters, _surface.properties.get("Pipeline.Algs.EventStats").get());
+    counters[kReports] = _surface.deliveredReports();
+    counters[kEvents] = _events;
+    return counters;
+}
+
+std::string TouchObject::version() const {
+    const Ref<Value> value = _surface.properties.get("Version");
+    std::string text;
+    if (const auto* numbers = as<Array>(value)) {
+        for (const Ref<Value>& element : numbers->elements()) {
+            if (const auto* number = as<Number>(element))
+                text += fmt::format("{}{}", text.empty() ? "" : ".", number->longLongValue());
+        }
+    }
+    return text;
+}
+
+} // namespace VeltoTouch::Bus

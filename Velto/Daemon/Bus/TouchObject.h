@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Velto/Daemon/Bus/CallQueue.h"
+#include "Velto/Daemon/Bus/Names.h"
+#include "Velto/Daemon/Bus/PropertyRequests.h"
+#include "Velto/Host/Gesture.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace VeltoTouch::Bus {
+
+// What the object shows of the surface that is served.
+struct ServedSurface {
+    std::string device; // as it was given on the command line
+    ServiceProperties properties;
+    std::function<std::uint64_t()> deliveredReports; // so far
+};
+
+// A surface as an object on the message bus, with the interface org.velto.Touch1:
+//
+//   GetProperty(s key) -> v               a property of the service
+//   GetPublicProperty(s key) -> v         one that shows what the surface does: isPublic
+//   SetProperty(s key, v value)           writes one, from the next report on
+//   Device      s                         such as /dev/hidraw0
+//   Version     s                         the service's, such as 19.0.0
+//   Counters    a{st}                     reports and events, and what the recognizer counts, under its names; a change
+//                                         is told at most once a second, and not for reports alone
+//   Gesture(s, s, u, u, t)                gesture, region (empty where it has none), phase, frame number, time of the
+//                                         report (monotonic clock, ns)
+//
+// Who may call what is for the bus's policy to say. Without a bus the object is there all the same: it tries again
+// every second, and while it has none nothing is told to anybody. What a bus that does not read has not taken is
+// bounded, as is what clients do not read: see CallQueue.
+//
+// On the loop's thread.
+class TouchObject {
+public:
+    // `loop` outlives this, and what `surface` has can be called as long as this is there.
+    TouchObject(EventLoop& loop, Which which, ServedSurface surface);
+    TouchObject(const TouchObject&) = delete;
+    TouchObject& operator=(const TouchObject&) = delete;
+    ~TouchObject();
+
+    void tellGesture(const GestureEvent& event, std::uint64_t timeNs);
+
+private:
+    using Counters = std::map<std::string, std::uint64_t>;
+
+    struct Table; // of the bus's functions
+
+    void beat();
+    void connect();
+    void requestName(const std::string& name);
+    void countAnswer(sd_bus_message* call, std::size_t bytes);
+    void sendReply(sd_bus_message* call, const Value* value);
+    [[nodiscard]] Counters counters() const;
+    [[nodiscard]] std::string version() const;
+
+    const Which _which;
+    const ServedSurface _surface;
+    const std::string _path;
+    PropertyRequests _requests;
+    std::uint64_t _events = 0;
+    Counters _lastCounters; // but for the reports
+    bool _hasComplained = false;
+    EventLoop& _loop;
+    std::optional<CallQueue> _calls; // of the bus
+    BusHandle _bus;                  // null where there is none
+};
+
+} // namespace VeltoTouch::Bus

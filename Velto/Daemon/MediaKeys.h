@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Platform/HIDEvent.h"
+#include "Velto/Daemon/KeyOutput.h"
+
+#include <array>
+#include <cstdint>
+
+#include <linux/input-event-codes.h>
+
+namespace VeltoTouch {
+
+// Turns the gestures of a surface into presses of keys.
+//
+//   region        tap               hold
+//   ----------    --------------    --------------
+//   play-pause    KEY_PLAYPAUSE     KEY_ASSISTANT
+//   volume up     KEY_VOLUMEUP      KEY_VOLUMEUP
+//   volume down   KEY_VOLUMEDOWN    KEY_VOLUMEDOWN
+//   none          -                 -
+//
+//   event                                  what it does, after one key at most was pressed
+//   -----------------------------------    -------------------------------------------------------------------
+//   tap                                    releases it; presses and releases the region's key for a tap
+//   hold start                             releases it and presses the region's key for a hold
+//   hold change between volume regions     releases it and presses the region's key; nothing where they are the same
+//   hold change to another region          releases a volume key
+//   may begin, hold end, cancel,           releases it
+//   firmware reset
+//
+// What a hold is for is decided where it starts. One that started on play-pause keeps the assistant's key wherever it
+// moves, and a slide over the volume that crosses play-pause does not call the assistant on its way.
+//
+// On one thread at a time. What the output throws is passed on; the key it was about counts as released then.
+class MediaKeys {
+public:
+    // All that are ever pressed.
+    static constexpr std::array<std::uint16_t, 4> kKeys{KEY_PLAYPAUSE, KEY_VOLUMEDOWN, KEY_VOLUMEUP, KEY_ASSISTANT};
+
+    // `output` outlives this, which releases nothing by itself when it goes.
+    explicit MediaKeys(KeyOutput& output) noexcept : _output(output) {}
+
+    void handle(const HIDEvent& event);
+    void releaseAll() { hold(kNoKey); }
+
+private:
+    static constexpr std::uint16_t kNoKey = KEY_RESERVED;
+
+    void click(std::uint16_t key);
+    void hold(std::uint16_t key);
+    void moveHold(std::uint16_t key);
+
+    KeyOutput& _output;
+    std::uint16_t _pressed = kNoKey;
+};
+
+} // namespace VeltoTouch

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+namespace VeltoTouch::Velto::Manual {
+
+// What a page tells of the release it belongs to.
+struct Release {
+    std::string version;
+    std::string date; // year-month-day
+};
+
+// Manual pages of section 1: the program's, and one of its subcommands'.
+[[nodiscard]] std::string programPage(const CLI::App& program, const Release& release);
+[[nodiscard]] std::string commandPage(const CLI::App& program, const CLI::App& command, const Release& release);
+
+} // namespace VeltoTouch::Velto::Manual

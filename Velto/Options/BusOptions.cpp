@@ -1,0 +1,16 @@
+#include "Velto/Options/BusOptions.h"
+
+namespace VeltoTouch::Velto {
+
+void addBus(CLI::App& app, Bus::Which& target) {
+    app.add_flag_callback(
+        "--user", [&target] { target = Bus::Which::Session; }, "Use the bus of your session, not the system's");
+}
+
+void addServed(CLI::App& app, ServedChoice& target) {
+    app.add_option("--device", target.device, "The surface, where several are served (such as /dev/hidraw0)")
+        ->type_name("DEVICE");
+    addBus(app, target.bus);
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Velto/Daemon/Bus/Names.h"
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+// Options of the commands that meet on the message bus.
+
+namespace VeltoTouch::Velto {
+
+// --user: the bus of the user's session in place of the system's.
+void addBus(CLI::App& app, Bus::Which& target);
+
+// Which of the surfaces that are served.
+struct ServedChoice {
+    Bus::Which bus = Bus::Which::System;
+    std::string device; // as it is served, such as /dev/hidraw0 or sim; empty: the only one
+};
+
+// --device DEVICE and --user.
+void addServed(CLI::App& app, ServedChoice& target);
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Velto/Options/Settings.h"
+
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+// Options and arguments for properties of the service. What the pipeline has no use for is wrong usage, before anything
+// is read or written.
+
+namespace VeltoTouch::Velto {
+
+// --set KEY=VALUE, any number of times; as an argument, KEY=VALUE... The help lists the settings.
+CLI::Option* addSettings(CLI::App& app, std::vector<Setting>& target, KeyScope scope, const std::string& description);
+CLI::Option* addSettingArguments(CLI::App& app, std::vector<Setting>& target, const std::string& description);
+
+// --get KEY, any number of times; as an argument, KEY... The help lists what is only read.
+CLI::Option* addKeys(CLI::App& app, std::vector<std::string>& target, const std::string& description);
+CLI::Option* addKeyArguments(CLI::App& app, std::vector<std::string>& target, const std::string& description);
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,42 @@
+#include "Velto/Options/PlayOptions.h"
+
+#include <limits>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr double kLongestDuration = 1e9; // 31 years
+
+float parseSpeed(const std::string& text) {
+    if (text == "max")
+        return std::numeric_limits<float>::infinity();
+    float speed = 0;
+    if (!CLI::detail::lexical_cast(text, speed) || !(speed > 0.0F))
+        throw CLI::ValidationError("--speed", "a number above 0 or max is wanted");
+    return speed;
+}
+
+double parseDuration(const std::string& text) {
+    double seconds = 0;
+    if (!CLI::detail::lexical_cast(text, seconds) || !(seconds > 0.0))
+        throw CLI::ValidationError("--duration", "a number of seconds above 0 is wanted");
+    return seconds < kLongestDuration ? seconds : kForever;
+}
+
+} // namespace
+
+void addSpeed(CLI::App& app, float& target, const std::string& description) {
+    app.add_option_function<std::string>(
+           "--speed", [&target](const std::string& text) { target = parseSpeed(text); }, description)
+        ->type_name("N|max");
+}
+
+CLI::Option* addDuration(CLI::App& app, double& target) {
+    return app
+        .add_option_function<std::string>(
+            "--duration", [&target](const std::string& text) { target = parseDuration(text); },
+            "End after so many seconds")
+        ->type_name("S");
+}
+
+} // namespace VeltoTouch::Velto

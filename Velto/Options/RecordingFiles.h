@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Plugin/Recording/PipelineRecording.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+// Recordings as the command line names them.
+
+namespace VeltoTouch::Velto {
+
+// Reads a recording and brings its frames into the order of time. Throws what readFile and the recording's reader
+// throw.
+[[nodiscard]] PipelineRecording loadRecording(const std::string& file);
+
+// PATH...: recordings and folders of recordings.
+void addRecordings(CLI::App& app, std::vector<std::string>& target);
+
+// Handles each recording as `forEachFile` does. A folder stands for its *.json files and those of its subfolders, in
+// byte order of their paths, which begin with the folder as it was given; links to folders are not followed. A folder
+// that cannot be read or holds no recording is reported like a failed file. `work` names the progress line.
+[[nodiscard]] int forEachRecording(const std::vector<std::string>& paths, const std::string& work,
+                                   const std::function<void(const std::string& file)>& handle);
+
+} // namespace VeltoTouch::Velto

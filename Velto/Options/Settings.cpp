@@ -1,0 +1,53 @@
+#include "Velto/Options/Settings.h"
+
+#include "Platform/JSON.h"
+#include "Plugin/Pipeline/Properties.h"
+#include "Velto/Options/Keys.h"
+#include "Velto/Options/Suggestion.h"
+#include "Velto/Output/Terminal.h"
+
+#include <stdexcept>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using Verdict = Judgement::Verdict;
+
+[[noreturn]] void refuse(const std::string& what) { throw std::invalid_argument(what); }
+
+void require(const Judgement& judgement, const std::string& key, const std::vector<std::string>& keys) {
+    if (judgement.verdict == Verdict::Unknown && judgement.reason.empty())
+        refuse("unknown key" + didYouMean(key, keys));
+    if (judgement.verdict != Verdict::Sensible && judgement.verdict != Verdict::Doubtful)
+        refuse(judgement.reason);
+}
+
+} // namespace
+
+Setting parseSetting(std::string_view text, KeyScope scope) {
+    const auto equals = text.find('=');
+    if (equals == std::string_view::npos || equals == 0)
+        refuse("KEY=VALUE is wanted");
+    const std::string_view value = text.substr(equals + 1);
+    Ref<Value> parsed = JSON::parse(value);
+    if (!parsed)
+        parsed = makeRef<String>(std::string(value));
+    Setting setting{.key = std::string(text.substr(0, equals)), .value = std::move(parsed)};
+    const bool isOutside = scope == KeyScope::Pipeline && !isPipelineKey(setting.key);
+    require(isOutside ? Judgement{.verdict = Verdict::Unknown, .reason = {}}
+                      : judgeWrite(setting.key, setting.value.get()),
+            setting.key, writableKeys());
+    return setting;
+}
+
+void requireReadable(const std::string& key) { require(judgeRead(key), key, readableKeys()); }
+
+void warnOfDoubtfulSettings(const std::vector<Setting>& settings) {
+    for (const Setting& setting : settings) {
+        const Judgement judgement = judgeWrite(setting.key, setting.value.get());
+        if (judgement.verdict == Verdict::Doubtful)
+            complain(setting.key, judgement.reason);
+    }
+}
+
+} // namespace VeltoTouch::Velto

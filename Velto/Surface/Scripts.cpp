@@ -1,0 +1,72 @@
+#include "Velto/Surface/Scripts.h"
+
+#include <array>
+#include <optional>
+#include <utility>
+
+namespace VeltoTouch::Surface {
+namespace {
+
+struct Habit {
+    Action action;
+    std::uint32_t share; // of a hundred gestures
+    std::int64_t shortestMs;
+    std::int64_t longestMs;
+};
+
+constexpr std::array<Habit, 5> kHabits{{
+    {Action::Tap, 50, 60, 220},
+    {Action::Hold, 30, 700, 2500},
+    {Action::Slide, 8, 1000, 2200},
+    {Action::Palm, 4, 300, 2000},
+    {Action::Brush, 8, 80, 800},
+}};
+constexpr std::int64_t kShortestPauseMs = 150;
+constexpr std::int64_t kLongestPauseMs = 1500;
+
+constexpr std::size_t kPadI = 'I' - 'A';
+constexpr std::size_t kPadK = 'K' - 'A';
+constexpr std::size_t kPadM = 'M' - 'A';
+
+} // namespace
+
+Simulation::StepSource scriptOf(std::vector<Step> steps) {
+    return [remaining = std::move(steps), next = std::size_t{0}]() mutable -> std::optional<Step> {
+        return next < remaining.size() ? std::optional(remaining[next++]) : std::nullopt;
+    };
+}
+
+Step MadeUpUser::next() {
+    if (std::exchange(_pausesNext, !_pausesNext)) {
+        const auto pauseMs = static_cast<std::uint32_t>(_random.between(kShortestPauseMs, kLongestPauseMs));
+        return {.action = Action::Idle, .durationMs = pauseMs};
+    }
+    return nextGesture();
+}
+
+Step MadeUpUser::nextGesture() {
+    std::uint32_t draw = _random.below(100);
+    const Habit* habit = kHabits.data();
+    while (draw >= habit->share)
+        draw -= habit++->share;
+
+    Step step{.action = habit->action};
+    step.durationMs = static_cast<std::uint32_t>(_random.between(habit->shortestMs, habit->longestMs));
+    if (step.action == Action::Slide) { // from one volume control to the other
+        const bool startsUp = _random.below(2) == 0;
+        step.pad = startsUp ? kPadI : kPadM;
+        step.endPad = startsUp ? kPadM : kPadI;
+    } else if (step.action != Action::Palm) {
+        step.pad = step.endPad = somePlace();
+    }
+    return step;
+}
+
+// Mostly the middle of a control, sometimes any pad.
+std::size_t MadeUpUser::somePlace() {
+    constexpr std::array<std::size_t, 3> kMiddles{kPadK, kPadI, kPadM};
+    const bool aims = _random.below(4) != 0;
+    return aims ? kMiddles[_random.below(3)] : _random.below(kPadCount);
+}
+
+} // namespace VeltoTouch::Surface
