@@ -21,7 +21,8 @@ using testing::StartsWith;
 const std::string kTimeout = "Pipeline.Algs.HoldTimeoutMilliseconds";
 
 std::filesystem::path builtPlugIn() {
-    return std::filesystem::path(VELTO_PROGRAM).parent_path().parent_path() / "lib/velto-touch/VeltoTouchHIDService.plugin";
+    return std::filesystem::path(VELTO_PROGRAM).parent_path().parent_path() /
+           "lib/velto-touch/VeltoTouchHIDService.plugin";
 }
 
 // What the command says on standard error; the service's log stands there too.
