@@ -27,12 +27,6 @@ bool isRecording(const fs::directory_entry& entry) {
 }
 
 // A folder below that cannot be read is added itself: who opens it reports why.
-PipelineRecording loadRecording(const std::string& file) {
-    PipelineRecording recording(readFile(file).get());
-    recording.sortFrames();
-    return recording;
-}
-
 void addRecordingsBelow(const fs::path& folder, std::vector<std::string>& files) {
     std::error_code failure;
     for (fs::directory_iterator entry(folder, failure); !failure && entry != fs::directory_iterator();
@@ -60,6 +54,12 @@ std::vector<std::string> recordingsAt(const std::string& path) {
 }
 
 } // namespace
+
+PipelineRecording loadRecording(const std::string& file) {
+    PipelineRecording recording(readFile(file).get());
+    recording.sortFrames();
+    return recording;
+}
 
 void addRecordings(CLI::App& app, std::vector<std::string>& target) {
     app.add_option("PATH", target, "Recordings, and folders for all *.json files below them; - is the standard input")
