@@ -1,6 +1,6 @@
 #include "Benchmarks/SimulatedInput.h"
+#include "Platform/Backend/HIDDeviceBackend.h"
 #include "Platform/Clock.h"
-#include "Platform/HIDDevice.h"
 #include "Plugin/Recording/RecordingCopy.h"
 #include "Plugin/Reports/InputReport.h"
 #include "Velto/Host/HostedService.h"

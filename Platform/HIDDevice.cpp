@@ -1,27 +1,12 @@
 #include "Platform/HIDDevice.h"
 
+#include "Platform/Backend/HIDDeviceBackend.h"
 #include "Platform/Log.h"
 
 #include <algorithm>
-#include <map>
 #include <system_error>
 
 namespace VeltoTouch {
-namespace {
-
-struct Registry {
-    Mutex lock;
-    std::map<io_service_t, Ref<HIDDeviceBackend>> devices VELTO_GUARDED_BY(lock);
-    io_service_t lastService VELTO_GUARDED_BY(lock) = 0;
-};
-
-Registry& registry() {
-    static auto* const theRegistry = new Registry; // never destroyed: threads may use it until the process ends
-    return *theRegistry;
-}
-
-} // namespace
-
 // What every HIDDevice is.
 class OpenableDevice final : public HIDDevice, public InputReportSink {
 public:
@@ -53,31 +38,8 @@ OpenableDevice& opened(IOHIDDeviceRef device) noexcept { return static_cast<Open
 
 } // namespace
 
-io_service_t registerDevice(Ref<HIDDeviceBackend> backend) {
-    const MutexLock guard(registry().lock);
-    const io_service_t service = ++registry().lastService;
-    registry().devices.emplace(service, std::move(backend));
-    return service;
-}
-
-void unregisterDevice(io_service_t service) {
-    Ref<HIDDeviceBackend> gone; // destroyed without the lock
-    const MutexLock guard(registry().lock);
-    const auto known = registry().devices.find(service);
-    if (known == registry().devices.end())
-        return;
-    gone = std::move(known->second);
-    registry().devices.erase(known);
-}
-
 Ref<HIDDevice> IOHIDDeviceCreate(CFTypeRef /*allocator*/, io_service_t service) {
-    Ref<HIDDeviceBackend> backend;
-    {
-        const MutexLock guard(registry().lock);
-        const auto known = registry().devices.find(service);
-        if (known != registry().devices.end())
-            backend = known->second;
-    }
+    Ref<HIDDeviceBackend> backend = registeredDevice(service);
     return backend ? makeRef<OpenableDevice>(std::move(backend)) : nullptr;
 }
 
@@ -107,7 +69,7 @@ void IOHIDDeviceScheduleWithRunLoop(IOHIDDeviceRef device, CFRunLoopRef loop, CF
         return;
     opened(device).source = {};
     try {
-        opened(device).source = opened(device).backend->startReports(*loop, mode->text(), opened(device));
+        opened(device).source = opened(device).backend->startReports(RunLoop::of(loop), mode->text(), opened(device));
     } catch (const std::system_error& error) {
         os_log_with_type(opened(device).log, OS_LOG_TYPE_ERROR, std::string("device cannot be read: ") + error.what());
     }

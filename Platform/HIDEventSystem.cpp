@@ -1,22 +1,15 @@
 #include "Platform/HIDEventSystem.h"
 
+#include "Platform/Backend/HIDEventService.h"
+#include "Platform/Testing/EventSystem.h"
+
 #include <algorithm>
 #include <atomic>
-#include <cmath>
 
 namespace VeltoTouch {
 namespace {
 
-struct Registry {
-    Mutex lock;
-    std::vector<Ref<HIDEventService>> services VELTO_GUARDED_BY(lock);
-    std::atomic<bool> allowsClients{true};
-};
-
-Registry& registry() {
-    static auto* const theRegistry = new Registry; // never destroyed: threads may use it until the process ends
-    return *theRegistry;
-}
+std::atomic<bool> allowsClients{true};
 
 // What every HIDEventSystemClient is.
 class Client final : public HIDEventSystemClient {
@@ -32,35 +25,23 @@ public:
             return CFEqual(service.getProperty(entry.key).get(), entry.value.get());
         });
     }
+
+    [[nodiscard]] std::vector<Ref<HIDEventService>> matchingServices() const {
+        auto services = registeredEventServices();
+        std::erase_if(services, [this](const Ref<HIDEventService>& service) { return !matches(*service); });
+        return services;
+    }
 };
 
 Client& clientOf(IOHIDEventSystemClientRef client) noexcept { return static_cast<Client&>(*client); }
 
 } // namespace
 
-std::optional<double> reportIntervalUs(const std::string& key, const Ref<Value>& value) noexcept {
-    const auto* number = as<Number>(value);
-    const double interval = key != "ReportInterval" || number == nullptr ? 0.0 : number->doubleValue();
-    if (!std::isfinite(interval) || interval <= 0.0)
-        return std::nullopt;
-    return std::clamp(interval, kShortestReportIntervalUs, kLongestReportIntervalUs);
-}
-
-void registerEventService(Ref<HIDEventService> service) {
-    const MutexLock guard(registry().lock);
-    registry().services.push_back(std::move(service));
-}
-
-void unregisterEventService(const Ref<HIDEventService>& service) {
-    const MutexLock guard(registry().lock);
-    std::erase(registry().services, service);
-}
-
-void allowEventSystemClients(bool allowed) { registry().allowsClients = allowed; }
+void allowEventSystemClients(bool allowed) { allowsClients = allowed; }
 
 Ref<HIDEventSystemClient> IOHIDEventSystemClientCreateWithType(CFTypeRef /*allocator*/, std::uint32_t /*type*/,
                                                                CFDictionaryRef /*properties*/) {
-    if (!registry().allowsClients)
+    if (!allowsClients)
         return nullptr;
     auto client = makeRef<Client>();
     client->matching = makeRef<Dictionary>(std::vector<Dictionary::Entry>());
@@ -71,15 +52,9 @@ void IOHIDEventSystemClientSetMatching(IOHIDEventSystemClientRef client, CFDicti
     clientOf(client).matching = Ref<const Dictionary>::retained(matching);
 }
 
-std::vector<Ref<HIDEventService>> IOHIDEventSystemClientCopyServices(IOHIDEventSystemClientRef client) {
-    std::vector<Ref<HIDEventService>> services;
-    {
-        const MutexLock guard(registry().lock);
-        services = registry().services;
-    }
-    std::erase_if(services,
-                  [client](const Ref<HIDEventService>& service) { return !clientOf(client).matches(*service); });
-    return services;
+std::vector<Ref<HIDServiceClient>> IOHIDEventSystemClientCopyServices(IOHIDEventSystemClientRef client) {
+    const auto matching = clientOf(client).matchingServices();
+    return {matching.begin(), matching.end()};
 }
 
 void IOHIDEventSystemClientRegisterEventBlock(IOHIDEventSystemClientRef client, IOHIDEventBlock block, void* target,
@@ -97,12 +72,12 @@ void IOHIDEventSystemClientUnregisterEventBlock(IOHIDEventSystemClientRef client
 
 void IOHIDEventSystemClientScheduleWithRunLoop(IOHIDEventSystemClientRef client, CFRunLoopRef loop, CFStringRef mode) {
     Client& listener = clientOf(client);
-    for (const Ref<HIDEventService>& service : IOHIDEventSystemClientCopyServices(client)) {
+    for (const Ref<HIDEventService>& service : listener.matchingServices()) {
         const auto handler = [&listener, sender = service](const Ref<HIDEvent>& event) {
             if (const IOHIDEventBlock block = listener.block) // it may unregister itself
                 block(listener.target, listener.refcon, sender.get(), event.get());
         };
-        listener.sources.push_back(service->startEvents(*loop, mode->text(), handler));
+        listener.sources.push_back(service->startEvents(RunLoop::of(loop), mode->text(), handler));
     }
 }
 
@@ -112,7 +87,7 @@ void IOHIDEventSystemClientUnscheduleWithRunLoop(IOHIDEventSystemClientRef clien
 }
 
 bool IOHIDServiceClientSetProperty(IOHIDServiceClientRef service, CFStringRef key, CFPropertyListRef value) {
-    return service->setProperty(key->text(), Ref<Value>::retained(value));
+    return static_cast<HIDEventService*>(service)->setProperty(key->text(), Ref<Value>::retained(value));
 }
 
 } // namespace VeltoTouch

@@ -1,13 +1,15 @@
 #include "Platform/Log.h"
 
-#include "Platform/LogOutput.h"
+#include "Platform/Backend/LogDiversion.h"
+#include "Platform/Backend/LogOutput.h"
 
 #include <atomic>
 #include <cstdlib>
-#include <list>
+#include <memory>
 #include <mutex>
-#include <optional>
+#include <string>
 #include <tuple>
+#include <vector>
 
 namespace VeltoTouch {
 namespace {
@@ -75,31 +77,7 @@ void openOutput() {
     std::ignore = theOutput;
 }
 
-// What a capture collects.
-struct Captured {
-    Mutex lock;
-    std::optional<std::list<LogCapture::Line>> lines VELTO_GUARDED_BY(lock);
-};
-
-Captured& captured() {
-    static auto* const theLines = new Captured;
-    return *theLines;
-}
-
-std::atomic<bool> isCaptured{false};
-
-// Keeps the line if a capture is on.
-bool capture(const OSLog& log, os_log_type_t type, std::string_view message) {
-    if (!isCaptured.load(std::memory_order_relaxed))
-        return false;
-    std::list<LogCapture::Line> line; // allocated without the lock
-    line.push_back({.category = log.category, .type = type, .message = std::string(message)});
-    const MutexLock guard(captured().lock);
-    auto& lines = captured().lines;
-    if (lines)
-        lines->splice(lines->end(), line);
-    return lines.has_value();
-}
+std::atomic<LogReceiver> divertedTo{nullptr};
 
 } // namespace
 
@@ -124,13 +102,9 @@ bool os_log_type_enabled(os_log_t /*log*/, os_log_type_t type) noexcept {
 void os_log_with_type(os_log_t log, os_log_type_t type, std::string_view message) noexcept {
     if (!os_log_type_enabled(log, type))
         return;
-    try {
-        if (capture(*log, type, message))
-            return;
-    } catch (...) {
-        return; // a line that there is no memory for is lost; its caller goes on
-    }
-    if (LogOutput* const opened = openedOutput.load(std::memory_order_acquire))
+    if (const LogReceiver receiver = divertedTo.load(std::memory_order_relaxed); receiver != nullptr)
+        receiver(*log, type, message);
+    else if (LogOutput* const opened = openedOutput.load(std::memory_order_acquire))
         opened->queue.push(log, type, message);
 }
 
@@ -139,23 +113,14 @@ std::uint64_t os_log_overrun_count() noexcept {
     return opened != nullptr ? opened->queue.overrunCount() : 0;
 }
 
-LogCapture::LogCapture(os_log_type_t level) {
-    const MutexLock guard(captured().lock);
-    captured().lines.emplace();
-    isCaptured = true;
+void divertLog(os_log_type_t level, LogReceiver receiver) {
+    divertedTo = receiver;
     leastWeight().store(weight(level), std::memory_order_relaxed);
 }
 
-LogCapture::~LogCapture() {
-    const MutexLock guard(captured().lock);
-    captured().lines.reset();
-    isCaptured = false;
+void restoreLog() {
+    divertedTo = nullptr;
     leastWeight().store(settings().leastWeight, std::memory_order_relaxed);
-}
-
-std::vector<LogCapture::Line> LogCapture::lines() const {
-    const MutexLock guard(captured().lock);
-    return {captured().lines->begin(), captured().lines->end()};
 }
 
 } // namespace VeltoTouch

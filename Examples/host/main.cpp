@@ -1,8 +1,8 @@
 // A host in one file: puts a device of its own in front of the touch service, taps on it, and shows the events. It
 // calls the service through its two tables, in the order in which a host does; whatever fails, what was begun is ended.
 
+#include "Platform/Backend/HIDDeviceBackend.h"
 #include "Platform/Clock.h"
-#include "Platform/HIDDevice.h"
 #include "Platform/JSON.h"
 #include "Platform/PlugIn.h"
 #include "Plugin/Reports/InputReport.h"

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Platform/HIDDevice.h"
+#include "Platform/Backend/HIDDeviceBackend.h"
 #include "Platform/Linux/FileDescriptor.h"
+#include "Platform/Linux/RunLoop.h"
 #include "Platform/Mutex.h"
 
 #include <atomic>

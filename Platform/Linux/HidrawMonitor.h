@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Linux/HidrawNodes.h"
-#include "Platform/RunLoop.h"
+#include "Platform/Linux/RunLoop.h"
 
 #include <functional>
 #include <memory>

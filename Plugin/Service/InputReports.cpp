@@ -24,7 +24,7 @@ constexpr std::uint32_t kAccelEventsPerSecond = 100;
 void VeltoTouchHIDService::runInputReportThread(const DispatchEventInfo& info, DispatchSemaphore& signal) {
     log(OS_LOG_TYPE_DEBUG, "input report thread start");
     try {
-        _inputReportRunLoop = Ref<RunLoop>::retained(CFRunLoopGetCurrent());
+        _inputReportRunLoop = Ref<CFRunLoop>::retained(CFRunLoopGetCurrent());
     } catch (const std::system_error& error) {
         log(OS_LOG_TYPE_ERROR, "no run loop: {}", error.what());
         signal.signal();

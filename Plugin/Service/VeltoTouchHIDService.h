@@ -141,7 +141,7 @@ private:
     const os_log_t _log;
     Mutex _deviceLock; // held while the reference is copied or replaced, never during a request
     Ref<HIDDevice> _veltoDevice VELTO_GUARDED_BY(_deviceLock);
-    Ref<RunLoop> _inputReportRunLoop;                // while the thread runs
+    Ref<CFRunLoop> _inputReportRunLoop;              // while the thread runs
     Ref<DispatchSemaphore> _inputReportThreadSignal; // signalled twice a thread: it has its loop, it has finished
     DispatchEventInfo _dispatchEventInfo;
 

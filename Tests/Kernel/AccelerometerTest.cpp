@@ -50,7 +50,7 @@ protected:
     }
     void start() {
         const auto keep = [this](const Ref<HIDEvent>& event) { events.push_back(event); };
-        source = found.front()->startEvents(*CFRunLoopGetCurrent(), mode->text(), keep);
+        source = found.front()->startEvents(RunLoop::current(), mode->text(), keep);
     }
     // Runs until the next event.
     [[nodiscard]] bool run() {
@@ -140,7 +140,7 @@ TEST_F(AccelerometerTest, ASensorThatAnswersLateDoesNotHoldUpTheLoop) {
     std::uint64_t lastTick = mach_absolute_time();
     ASSERT_TRUE(setInterval(Number::withDouble(10'000)));
     std::uint64_t longestGap = 0;
-    const RunLoopSource timer = CFRunLoopGetCurrent()->addTimer(mode->text(), 0, [&] {
+    const RunLoopSource timer = RunLoop::current().addTimer(mode->text(), 0, [&] {
         const std::uint64_t now = mach_absolute_time();
         longestGap = std::max(longestGap, now - std::exchange(lastTick, now));
         return std::optional(now + 10'000'000);
@@ -167,8 +167,8 @@ TEST(EventReaderPriorityTest, ItsThreadHasNone) {
         policy = ::sched_getscheduler(0);
         return nullptr;
     };
-    const RunLoopSource source = startReading(*CFRunLoopGetCurrent(), mode->text(),
-                                              {.read = read, .interval = [] { return std::uint64_t{0}; }}, {});
+    const RunLoopSource source =
+        startReading(RunLoop::current(), mode->text(), {.read = read, .interval = [] { return std::uint64_t{0}; }}, {});
     EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
     ASSERT_EQ(pthread_setschedparam(pthread_self(), SCHED_OTHER, &none), 0);
     EXPECT_EQ(policy, SCHED_OTHER);

@@ -74,7 +74,7 @@ protected:
     void SetUp() override {
         device->removalHandler = [this] { ++removals; };
     }
-    void start() { source = device->startReports(*CFRunLoopGetCurrent(), mode->text(), received); }
+    void start() { source = device->startReports(RunLoop::current(), mode->text(), received); }
     void openAndStart() {
         ASSERT_EQ(device->open(1), kIOReturnSuccess);
         start();
@@ -302,8 +302,8 @@ TEST_F(HidrawDeviceTest, UnpluggedWhileTheLoopWaitsItTakesNoTimeAfterwards) {
     puller.join();
     EXPECT_EQ(removals, 1);
     // Something else keeps the loop waiting.
-    const RunLoopSource timer = CFRunLoopGetCurrent()->addTimer(mode->text(), mach_absolute_time() + 500'000'000'000,
-                                                                [] { return std::nullopt; });
+    const RunLoopSource timer =
+        RunLoop::current().addTimer(mode->text(), mach_absolute_time() + 500'000'000'000, [] { return std::nullopt; });
     const std::uint64_t before = cpuTimeNs();
     EXPECT_EQ(run(1), kCFRunLoopRunTimedOut);
     EXPECT_LT(cpuTimeNs() - before, 100'000'000U) << "of a second";
@@ -319,7 +319,7 @@ TEST_F(HidrawDeviceTest, PluggedInAgainItIsAnotherDevice) {
     const auto next = makeRef<HidrawDevice>(again.path());
     ASSERT_EQ(next->open(0), kIOReturnSuccess);
     Reports ofNext;
-    const RunLoopSource nextSource = next->startReports(*CFRunLoopGetCurrent(), mode->text(), ofNext);
+    const RunLoopSource nextSource = next->startReports(RunLoop::current(), mode->text(), ofNext);
     again.send(imageNumber(7));
     while (ofNext.reports.empty() && run() == kCFRunLoopRunHandledSource) {
     }

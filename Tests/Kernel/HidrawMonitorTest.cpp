@@ -39,7 +39,7 @@ protected:
         const auto note = [this](const char* sign) {
             return [this, sign](const HidrawNode& node) { told.push_back(sign + node.path); };
         };
-        return monitor.start(*CFRunLoopGetCurrent(), mode->text(), note("+"), note("-"));
+        return monitor.start(RunLoop::current(), mode->text(), note("+"), note("-"));
     }
     // Runs until there is no news left, at first until so many were told in all.
     void hear(std::size_t count) {

@@ -39,7 +39,7 @@ protected:
             given.push_back(IOHIDEventGetFloatValue(taken.get(), kIOHIDEventFieldAccelerometerX));
         };
         EventReader reader{.read = std::move(read), .interval = [this, held = held] { return interval.load(); }};
-        source = startReading(*CFRunLoopGetCurrent(), mode->text(), std::move(reader), give);
+        source = startReading(RunLoop::current(), mode->text(), std::move(reader), give);
     }
     CFRunLoopRunResult run(double seconds = kLong) const { return CFRunLoopRunInMode(mode.get(), seconds, true); }
     // Whether so many hold it, or do soon.
@@ -98,7 +98,7 @@ TEST_F(EventReaderTest, WhileAReadTakesItsTimeTheLoopGoesOn) {
         return event(1);
     });
     int ticks = 0;
-    const RunLoopSource timer = CFRunLoopGetCurrent()->addTimer(mode->text(), 0, [&] {
+    const RunLoopSource timer = RunLoop::current().addTimer(mode->text(), 0, [&] {
         if (++ticks == 20)
             mayEnd->signal();
         return std::optional(mach_absolute_time() + kMillisecond);

@@ -1,4 +1,4 @@
-#include "Platform/RunLoop.h"
+#include "Platform/Linux/RunLoop.h"
 #include "Platform/Clock.h"
 #include "Platform/Dispatch.h"
 #include "Platform/Linux/FileDescriptor.h"
@@ -49,7 +49,7 @@ class RunLoopTest : public testing::Test {
 protected:
     const Ref<String> mode = makeRef<String>("Reports");
     const Ref<String> otherMode = makeRef<String>("Other");
-    RunLoop& loop = *CFRunLoopGetCurrent();
+    RunLoop& loop = RunLoop::current();
     Pipe pipe;
     std::string happened; // a letter for each call, in order
 
@@ -271,7 +271,7 @@ TEST_F(RunLoopTest, ALoopOutlivesItsThreadAndWhatOthersQueueThenIsDroppedWithIt)
     Ref<RunLoop> orphan;
     RunLoopSource source;
     std::thread([&] {
-        orphan = Ref<RunLoop>::retained(CFRunLoopGetCurrent());
+        orphan = Ref<RunLoop>::retained(&RunLoop::current());
         source = orphan->addDescriptor(mode->text(), pipe.readEnd(), note('a'), note('H'));
     }).join();
     auto held = std::make_shared<int>();

@@ -1,5 +1,5 @@
-#include "Platform/HIDEventSystem.h"
-#include "Platform/Log.h"
+#include "Platform/Backend/HIDEventService.h"
+#include "Platform/Testing/LogCapture.h"
 #include "Tests/Support/Eventually.h"
 #include "Tests/Support/TestAccelerometer.h"
 #include "Tests/Support/TestHost.h"

@@ -1,4 +1,4 @@
-#include "Platform/Log.h"
+#include "Platform/Testing/LogCapture.h"
 #include "Tests/Support/Frames.h"
 #include "Tests/Support/TestHost.h"
 

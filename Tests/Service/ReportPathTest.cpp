@@ -1,5 +1,5 @@
-#include "Platform/Log.h"
-#include "Platform/Trace.h"
+#include "Platform/Testing/LogCapture.h"
+#include "Platform/Testing/TraceCapture.h"
 #include "Tests/Support/TestHost.h"
 
 #include <thread>

@@ -1,4 +1,4 @@
-#include "Platform/HIDEventSystem.h"
+#include "Platform/Backend/HIDEventService.h"
 #include "Tests/Support/Eventually.h"
 #include "Tests/Support/TestAccelerometer.h"
 #include "Tests/Support/TestHost.h"

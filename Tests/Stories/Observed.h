@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Log.h"
+#include "Platform/Testing/LogCapture.h"
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Tests/Reference/Pipeline.h"
 

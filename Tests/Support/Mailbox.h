@@ -2,8 +2,8 @@
 
 #include "Platform/Dispatch.h"
 #include "Platform/Linux/FileDescriptor.h"
+#include "Platform/Linux/RunLoop.h"
 #include "Platform/Mutex.h"
-#include "Platform/RunLoop.h"
 
 #include <cerrno>
 #include <deque>

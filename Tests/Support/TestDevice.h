@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Platform/Backend/HIDDeviceBackend.h"
 #include "Platform/Clock.h"
-#include "Platform/HIDDevice.h"
+#include "Platform/Linux/RunLoop.h"
 #include "Tests/Support/Mailbox.h"
 
 #include <algorithm>

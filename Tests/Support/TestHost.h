@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Platform/HIDDevice.h"
-#include "Platform/Log.h"
+#include "Platform/Backend/HIDDeviceBackend.h"
 #include "Platform/PlugIn.h"
+#include "Platform/Testing/LogCapture.h"
 #include "Plugin/Recording/PipelineRecording.h"
 #include "Tests/Support/EventMatchers.h"
 #include "Tests/Support/Reports.h"

@@ -72,7 +72,7 @@ protected:
         device = recordingPlayer(recordingAt(timesMs), speed);
         device->removalHandler = [this] { ++removals; };
     }
-    void start() { source = device->startReports(*CFRunLoopGetCurrent(), "mode", reports); }
+    void start() { source = device->startReports(RunLoop::current(), "mode", reports); }
 
     Reports reports;
     Ref<PlayedDevice> device;
@@ -161,7 +161,7 @@ TEST(SimulatedDeviceTest, GivesWhatTheSimulationGivesToItsEnd) {
     const auto simulation = [] { return Simulation({}, scriptOf({{.action = Action::Idle, .durationMs = 30}})); };
     Reports reports;
     const auto device = simulatedDevice(simulation(), kAtOnce);
-    const RunLoopSource source = device->startReports(*CFRunLoopGetCurrent(), "mode", reports);
+    const RunLoopSource source = device->startReports(RunLoop::current(), "mode", reports);
     runToTheEnd();
     Simulation same = simulation();
     std::vector<std::size_t> lengths;
@@ -207,7 +207,7 @@ TEST(SimulatedAccelerometerTest, GivesEveryClientTheSameGravityAtItsInterval) {
             EXPECT_EQ(IOHIDEventGetType(event.get()), kIOHIDEventTypeAccelerometer);
             values.push_back(IOHIDEventGetFloatValue(event.get(), kIOHIDEventFieldAccelerometerZ));
         };
-        sources.push_back(accelerometer->startEvents(*CFRunLoopGetCurrent(), "mode", handler));
+        sources.push_back(accelerometer->startEvents(RunLoop::current(), "mode", handler));
     }
     while (heights[0].size() < 10 || heights[1].size() < 10)
         ASSERT_EQ(runLoop(), kCFRunLoopRunHandledSource);

@@ -70,7 +70,7 @@ int watch(const Options& options) {
     for (const HidrawNode& node : monitor.nodes())
         showAdded(node, options.jsonl);
     const RunLoopSource news = monitor.start(
-        *CFRunLoopGetCurrent(), kRunLoopMode, [&](const HidrawNode& node) { showAdded(node, options.jsonl); },
+        RunLoop::current(), kRunLoopMode, [&](const HidrawNode& node) { showAdded(node, options.jsonl); },
         [&](const HidrawNode& node) { showRemoved(node, options.jsonl); });
     waitForTheEnd(signals, options.durationSeconds);
     return 0;

@@ -58,7 +58,7 @@ HostedService openService(const std::string& plugIn, const ConnectedDevice& devi
 
 void waitForTheEnd(const StopSignals& signals, double seconds) {
     const auto mode = makeRef<String>(kRunLoopMode);
-    const RunLoopSource signal = CFRunLoopGetCurrent()->addDescriptor(
+    const RunLoopSource signal = RunLoop::current().addDescriptor(
         kRunLoopMode, signals.descriptor(), [] { CFRunLoopStop(CFRunLoopGetCurrent()); }, [] {});
     CFRunLoopRunInMode(mode.get(), seconds, false);
 }

@@ -90,7 +90,7 @@ int run(const Options& options) {
         warnOfLostPauses(options);
     }
 
-    const auto loop = Ref<RunLoop>::retained(CFRunLoopGetCurrent());
+    const auto loop = Ref<CFRunLoop>::retained(CFRunLoopGetCurrent());
     const auto endRun = [loop] { CFRunLoopStop(loop.get()); };
     const ConnectedDevice device = about(
         options.device.subject(), [&] { return ConnectedDevice(options.device, static_cast<double>(options.speed)); });

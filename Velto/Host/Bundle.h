@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/HIDDevice.h"
+#include "Platform/Backend/HIDDeviceBackend.h"
 #include "Platform/PlugIn.h"
 
 #include <string>

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Platform/HIDDevice.h"
+#include "Platform/Backend/HIDDeviceBackend.h"
+#include "Platform/Linux/RunLoop.h"
 
 #include <cstdint>
 #include <functional>

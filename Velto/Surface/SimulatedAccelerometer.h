@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Platform/HIDEventSystem.h"
+#include "Platform/Backend/HIDEventService.h"
+#include "Platform/Linux/RunLoop.h"
 
 #include <atomic>
 

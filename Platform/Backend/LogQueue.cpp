@@ -1,4 +1,4 @@
-#include "Platform/LogQueue.h"
+#include "Platform/Backend/LogQueue.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/LogQueue.h"
+#include "Platform/Backend/LogQueue.h"
 
 #include <memory>
 #include <string>

@@ -1,4 +1,4 @@
-#include "Platform/LogOutput.h"
+#include "Platform/Backend/LogOutput.h"
 
 #include "Platform/Thread.h"
 

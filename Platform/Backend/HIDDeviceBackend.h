@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Platform/HIDDevice.h"
+#include "Platform/Linux/RunLoop.h"
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+// What stands beneath an IOHIDDevice: a simulated device, a recording's player, a real one. The registry gives a
+// backend its service handle.
+
+namespace VeltoTouch {
+
+// Where a backend puts its input reports.
+class InputReportSink {
+public:
+    // Room for one report, the report ID first.
+    [[nodiscard]] virtual std::span<std::uint8_t> buffer() noexcept = 0;
+    // Hands on the first `length` bytes of the buffer (what is beyond it is cut off). `timeStamp`: host ticks.
+    virtual void deliver(std::size_t length, std::uint64_t timeStamp) = 0;
+
+protected:
+    ~InputReportSink() = default;
+};
+
+// A device. Reports come on the run loop's thread; everything else may be called from any thread, at any time.
+class HIDDeviceBackend : public Object {
+public:
+    [[nodiscard]] virtual IOReturn open(IOOptionBits options) = 0;
+    virtual void close(IOOptionBits options) = 0;
+
+    // Adds a source to a mode of the calling thread's run loop that puts every input report into `sink`, one call of
+    // the source a report. A device that goes takes its source out of the mode; one that has gone gives an empty
+    // source. `sink` outlives the source. One at a time. May throw std::system_error.
+    [[nodiscard]] virtual RunLoopSource startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) = 0;
+
+    // Fills `buffer` with the report (ID first) and sets `length` to its length.
+    [[nodiscard]] virtual IOReturn getReport(IOHIDReportType type, std::uint32_t reportID,
+                                             std::span<std::uint8_t> buffer, std::size_t& length) = 0;
+
+    // The value under a key, or nil.
+    [[nodiscard]] virtual Ref<Value> getProperty(const std::string& key) = 0;
+    // Whether the device has taken the value.
+    [[nodiscard]] virtual bool setProperty(const std::string& key, const Ref<Value>& value) = 0;
+
+    // Called once, when the device has gone, on whatever thread saw it go. Set before the device is used.
+    std::function<void()> removalHandler = [] {};
+
+    // The input reports that were delivered so far. Any thread.
+    [[nodiscard]] std::uint64_t deliveredReports() const noexcept { return _delivered; }
+
+private:
+    friend class OpenableDevice;
+    std::atomic<std::uint64_t> _delivered{0};
+};
+
+// Registers a device and returns its service handle, which is never 0 and never reused. Any thread.
+[[nodiscard]] io_service_t registerDevice(Ref<HIDDeviceBackend> backend);
+// Removes a device; an IOHIDDevice that was made for it stays. Any thread.
+void unregisterDevice(io_service_t service);
+// Returns the device that is registered under a handle, or null. Any thread.
+[[nodiscard]] Ref<HIDDeviceBackend> registeredDevice(io_service_t service);
+
+} // namespace VeltoTouch
