@@ -2,8 +2,7 @@
 
 #include <cstdint>
 
-// The host clock. Its ticks are nanoseconds here (timebase 1/1); nobody but the clock conversions of
-// `Util` may rely on that.
+// The host clock. Its ticks are nanoseconds here (timebase 1/1); only the clock conversions of `Util` may rely on that.
 
 namespace VeltoTouch {
 
@@ -12,12 +11,12 @@ struct mach_timebase_info_data_t {
     std::uint32_t denom;
 };
 
-// Monotonic host time in ticks. Any thread.
+// Returns the monotonic host time in ticks. Any thread.
 [[nodiscard]] std::uint64_t mach_absolute_time() noexcept;
 
 void mach_timebase_info(mach_timebase_info_data_t* info) noexcept;
 
-// Blocks the calling thread for at least so many microseconds, signals or not.
+// Blocks the calling thread for at least `microseconds`; signals do not shorten it.
 void usleep(std::uint64_t microseconds) noexcept;
 
 } // namespace VeltoTouch

@@ -27,11 +27,11 @@ struct SchedulingAttributes {
     std::uint64_t period;
 };
 
-constexpr int kInteractivePriority = 1;     // below every thread that has to do with a device
-constexpr std::uint64_t kSliceNs = 100'000; // the shortest that is given
+constexpr int kInteractivePriority = 1;     // below every thread that serves a device
+constexpr std::uint64_t kSliceNs = 100'000; // the shortest that the kernel accepts
 
-// A thread that runs little and seldom. With short slices it is given a processor as soon as threads that compute
-// without end can be interrupted (on kernels from 6.12 on; others ignore it).
+// Asks for short time slices: a thread that runs little and rarely then preempts computing threads sooner (kernel 6.12
+// and later; others ignore it).
 void askForShortSlices() noexcept {
     SchedulingAttributes attributes{};
     attributes.size = sizeof attributes;
@@ -41,8 +41,8 @@ void askForShortSlices() noexcept {
     syscall(SYS_sched_setattr, 0, &attributes, 0U);
 }
 
-// Kernels may let a computing thread go on to the end of its tick, some milliseconds, before an ordinary thread that
-// is woken runs; a real-time thread runs at once.
+// An ordinary thread that wakes may wait for the end of a computing thread's tick, some milliseconds; a real-time
+// thread does not.
 void beInteractive() noexcept {
     const sched_param parameters{.sched_priority = kInteractivePriority};
     if (pthread_setschedparam(pthread_self(), SCHED_RR, &parameters) != 0)
@@ -75,7 +75,7 @@ struct DispatchQueue::Line {
         signal->signal();
     }
 
-    // The next block; an empty one at the end.
+    // Returns the next block, or an empty one at the end.
     [[nodiscard]] Block next() {
         signal->wait();
         const MutexLock guard(lock);

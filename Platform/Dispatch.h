@@ -29,21 +29,21 @@ private:
 using dispatch_semaphore_t = DispatchSemaphore*;
 
 [[nodiscard]] Ref<DispatchSemaphore> dispatch_semaphore_create(unsigned count);
-// Waits without a time-out until the count is above 0, and takes one.
+// Waits without a time-out until the count is above 0, then decrements it.
 void dispatch_semaphore_wait(dispatch_semaphore_t semaphore) noexcept;
 void dispatch_semaphore_signal(dispatch_semaphore_t semaphore) noexcept;
 
 // How soon a queue's blocks run once they are queued.
 enum dispatch_qos_class_t : std::uint8_t {
-    QOS_CLASS_DEFAULT,          // as any thread
-    QOS_CLASS_USER_INTERACTIVE, // at once, where the process may have real-time threads: for short blocks
+    QOS_CLASS_DEFAULT,          // like any thread
+    QOS_CLASS_USER_INTERACTIVE, // immediately, if the process may have real-time threads: for short blocks
 };
 
-// Runs blocks one after the other, in the order queued, on a worker thread of its own. Its last reference may go
-// anywhere, on the worker too: nobody waits for it. Blocks that are queued then still run.
+// Runs blocks one after the other, in the order queued, on a worker thread of its own. The last reference may be
+// dropped on any thread, the worker included, and does not wait; blocks queued by then still run.
 class DispatchQueue final : public Object {
 public:
-    // Throws std::system_error where no thread can be had.
+    // Throws std::system_error if no thread can be created.
     DispatchQueue(const char* label, dispatch_qos_class_t quality);
     ~DispatchQueue() override;
 
@@ -61,9 +61,9 @@ using dispatch_queue_t = DispatchQueue*;
 // `label` names the worker for debuggers (its first 15 characters).
 [[nodiscard]] Ref<DispatchQueue> dispatch_queue_create(const char* label,
                                                        dispatch_qos_class_t quality = QOS_CLASS_DEFAULT);
-// Runs the block, which must not be empty, later. Any thread; never waits for a block to run.
+// Queues the block, which must not be empty, and returns without waiting. Any thread.
 void dispatch_async(dispatch_queue_t queue, Block block);
-// Returns when the block, and all that was queued before it, has run. Not from the queue's own blocks.
+// Queues the block and waits until it, and all queued before it, has run. Any thread but the queue's worker.
 void dispatch_sync(dispatch_queue_t queue, const Block& block);
 
 } // namespace VeltoTouch

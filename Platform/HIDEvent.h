@@ -6,8 +6,8 @@
 #include <string>
 #include <variant>
 
-// HID events: what a service hands to its host. An event is one of the payloads below, a phase and a
-// time stamp. Events are filled by their maker on one thread and only read after they are handed on.
+// HID events: what a service sends to its host. An event is one of the payloads below, a phase and a time stamp. An
+// event is filled on one thread and not changed once it is sent.
 
 namespace VeltoTouch {
 
@@ -94,7 +94,7 @@ enum IOHIDEventField : std::uint32_t {
                                                            double tipPressure, double barrelPressure, bool range,
                                                            bool touch, std::uint32_t options);
 
-// The payload bytes are not kept: our events have none.
+// The payload bytes are ignored: our events have none.
 [[nodiscard]] Ref<HIDEvent> IOHIDEventCreateVendorDefinedEvent(CFTypeRef allocator, std::uint64_t timeStamp,
                                                                std::uint32_t usagePage, std::uint32_t usage,
                                                                std::uint32_t version,
@@ -107,16 +107,16 @@ enum IOHIDEventField : std::uint32_t {
 [[nodiscard]] std::uint32_t IOHIDEventGetType(const HIDEvent* event) noexcept;
 [[nodiscard]] std::uint64_t IOHIDEventGetTimeStamp(const HIDEvent* event) noexcept;
 void IOHIDEventSetTimeStamp(IOHIDEventRef event, std::uint64_t timeStamp) noexcept;
-// 0 for an event whose phase was never set.
+// Returns 0 if the phase was never set.
 [[nodiscard]] std::uint16_t IOHIDEventGetPhase(const HIDEvent* event) noexcept;
 void IOHIDEventSetPhase(IOHIDEventRef event, std::uint16_t phase) noexcept;
 
-// Fields that the event does not have read as 0 and ignore writes. Only the generation count is writable.
+// A field that the event does not have reads as 0 and ignores writes. Only the generation count is writable.
 [[nodiscard]] CFIndex IOHIDEventGetIntegerValue(const HIDEvent* event, std::uint32_t field) noexcept;
 void IOHIDEventSetIntegerValue(IOHIDEventRef event, std::uint32_t field, CFIndex value) noexcept;
 [[nodiscard]] double IOHIDEventGetFloatValue(const HIDEvent* event, std::uint32_t field) noexcept;
 
-// The event in one line for a log: its kind, time stamp, phase and fields.
+// Describes the event in one line for a log: kind, time stamp, phase and fields.
 [[nodiscard]] std::string IOHIDEventCopyDescription(const HIDEvent* event);
 
 } // namespace VeltoTouch

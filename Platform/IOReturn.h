@@ -9,7 +9,7 @@ namespace VeltoTouch {
 using IOReturn = std::int32_t;
 using IOOptionBits = std::uint32_t;
 
-// The handle under which the platform knows a service, such as a HID device; 0 is none.
+// The platform's handle of a service, such as a HID device; 0 is none.
 using io_service_t = std::uint32_t;
 
 constexpr IOReturn statusCode(std::uint32_t code) noexcept { return static_cast<IOReturn>(code); }

@@ -13,8 +13,8 @@
 
 namespace VeltoTouch {
 
-// A non-recursive mutex with priority inheritance: while a real-time thread waits for it, whoever holds it runs at
-// that thread's priority.
+// A non-recursive mutex with priority inheritance: while a real-time thread waits for it, its holder runs at that
+// thread's priority.
 class VELTO_THREAD_SAFETY(capability("mutex")) Mutex {
 public:
     Mutex();
@@ -25,7 +25,7 @@ public:
     void lock() noexcept VELTO_THREAD_SAFETY(acquire_capability()) { pthread_mutex_lock(&_mutex); }
     void unlock() noexcept VELTO_THREAD_SAFETY(release_capability()) { pthread_mutex_unlock(&_mutex); }
 
-    // Says to the checker that the caller's caller holds the lock; does nothing.
+    // Tells thread-safety analysis that the lock is held. No run-time check.
     void assertHeld() const noexcept VELTO_THREAD_SAFETY(assert_capability(this)) {}
 
 private:

@@ -16,21 +16,21 @@ class Object;
 using CFTypeRef = const Object*;
 using CFIndex = std::int64_t;
 
-// Adds one reference. Null is tolerated.
+// Adds a reference and returns the object. Null is tolerated.
 CFTypeRef CFRetain(CFTypeRef object) noexcept;
 
-// Drops one reference; the last one destroys the object on the calling thread. Null is tolerated.
+// Drops a reference; the last one destroys the object on the calling thread. Null is tolerated.
 void CFRelease(CFTypeRef object) noexcept;
 
-// The same two, giving the count after the call. It is read in the same step: a count read later may be that of an
-// object that has gone.
+// The same two, returning the count after the call. It is read in the same step: a count read later may belong to a
+// destroyed object.
 CFIndex CFRetainAndCount(CFTypeRef object) noexcept;
 CFIndex CFReleaseAndCount(CFTypeRef object) noexcept;
 
-// The number of references right now; for tests and diagnostics, since other threads may change it. Null has 0.
+// Returns the number of references, which other threads may change: for tests and diagnostics. Null has 0.
 [[nodiscard]] CFIndex CFGetRetainCount(CFTypeRef object) noexcept;
 
-// Equal content for values, identity for everything else. Two nulls are equal.
+// Compares values by content and all other objects by identity. Two nulls are equal.
 [[nodiscard]] bool CFEqual(CFTypeRef a, CFTypeRef b) noexcept;
 
 // Base of every reference-counted object. An object starts with one reference, which its maker owns.
@@ -43,7 +43,7 @@ protected:
     Object() noexcept = default;
     virtual ~Object() = default;
 
-    // Content equality with `other`, which may be of any class. Identity unless a class says more.
+    // Compares with an object of any class. Compares identity unless overridden.
     [[nodiscard]] virtual bool isEqual(const Object& other) const noexcept { return this == &other; }
 
 private:
@@ -73,20 +73,20 @@ public:
         return *this;
     }
 
-    // Takes over a reference that the caller owns.
+    // Takes ownership of a reference.
     [[nodiscard]] static Ref adopt(T* object) noexcept {
         Ref ref;
         ref._object = object;
         return ref;
     }
 
-    // Adds a reference of its own.
+    // Adds a reference.
     [[nodiscard]] static Ref retained(T* object) noexcept {
         CFRetain(object);
         return adopt(object);
     }
 
-    // Gives the reference up: the caller owns it now.
+    // Releases ownership of the reference to the caller.
     [[nodiscard]] T* leak() noexcept { return std::exchange(_object, nullptr); }
 
     [[nodiscard]] T* get() const noexcept { return _object; }

@@ -50,16 +50,16 @@ using REFIID = CFUUIDBytes; // by value
 constexpr HRESULT S_OK = 0;
 constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80000004U);
 
-// What a host asks a factory for, and the two interfaces that a service answers.
+// The type that a host asks a factory for, and the two interfaces of a service.
 extern const CFUUIDRef kIOHIDServicePlugInTypeID; // 0516B563-B15B-11DA-96EB-0014519758EF
 extern const CFUUIDRef kIOCFPlugInInterfaceID;    // C244E858-109C-11D4-91D4-0050E4C6426F: IOCFPlugInInterfaceStruct
 extern const CFUUIDRef kIOHIDServiceInterface2ID; // 6FE22ABF-68B9-11DB-A71F-0016CBC110F7: IOHIDServiceInterface2
 
-// The exported factory: a new service's plug-in interface handle with one reference, which the host releases; null for
-// a type that the plug-in does not make.
+// The exported factory: returns a new service's plug-in interface handle with one reference, which the host releases,
+// or null for a type that the plug-in does not make.
 using CFPlugInFactoryFunction = void* (*)(CFTypeRef allocator, CFUUIDRef type);
 
-// Told of each event, one after the other, on the queue that the service is scheduled with.
+// Called for each event, one after the other, on the queue that the service is scheduled with.
 using IOHIDServiceEventCallback = void (*)(void* target, void* refcon, void* sender, IOHIDEventRef event,
                                            IOOptionBits options);
 

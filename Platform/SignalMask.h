@@ -5,8 +5,8 @@
 
 namespace VeltoTouch {
 
-// The signals that the calling thread blocks while this lives, in place of those that it blocked before. A thread that
-// is made meanwhile blocks them for good.
+// Sets the calling thread's blocked signals and restores the previous set on destruction. A thread that is created
+// meanwhile inherits the set and keeps it.
 class SignalMask {
 public:
     explicit SignalMask(const sigset_t& blocked) noexcept { pthread_sigmask(SIG_SETMASK, &blocked, &_before); }

@@ -4,16 +4,16 @@
 
 namespace VeltoTouch::NSThread {
 
-// Runs the block on a new thread that nobody joins. The thread blocks all signals but those of its own
-// faults: they are the host's. `name` is for debuggers (its first 15 characters). Throws std::system_error if no thread
-// can be had. Makes every thread of the platform layer and the plug-in.
+// Runs the block on a new detached thread. The thread blocks all signals, which are the host's, except those of its own
+// faults. `name` is for debuggers (its first 15 characters). Creates every thread of the platform layer and the
+// plug-in. Throws std::system_error if no thread can be created.
 void detachNewThreadWithBlock(const char* name, std::function<void()> block);
 
 } // namespace VeltoTouch::NSThread
 
 namespace VeltoTouch {
 
-// Takes a real-time priority from the calling thread, which a thread has from the one that made it.
+// Drops the real-time priority that the calling thread has inherited from its creator.
 void beAnOrdinaryThread() noexcept;
 
 } // namespace VeltoTouch

@@ -5,7 +5,7 @@
 
 namespace VeltoTouch::UTF8 {
 
-// The length of the well-formed UTF-8 sequence at the front of `text`, 0 where there is none.
+// Returns the length of the well-formed UTF-8 sequence at the front of `text`, or 0.
 [[nodiscard]] constexpr std::size_t sequenceLength(std::string_view text) noexcept {
     const auto byte = [text](std::size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
     const auto isTail = [byte](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };

@@ -26,12 +26,12 @@ private:
 
 using CFUUIDRef = const UUID*;
 
-// The one UUID object of these bytes. Nobody releases it; it lives until the process ends. Any thread.
+// Returns the one UUID object of these bytes, which is never destroyed and not to be released. Any thread.
 [[nodiscard]] CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFTypeRef allocator, const CFUUIDBytes& bytes);
 
 [[nodiscard]] Ref<UUID> CFUUIDCreateFromUUIDBytes(CFTypeRef allocator, const CFUUIDBytes& bytes);
 
-// Reads the written form, in either case; null where the text has another.
+// Reads the written form in upper or lower case. Returns null for any other text.
 [[nodiscard]] Ref<UUID> CFUUIDCreateFromString(CFTypeRef allocator, std::string_view text);
 
 } // namespace VeltoTouch

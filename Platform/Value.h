@@ -18,12 +18,12 @@ class Value : public Object {
 public:
     enum class Kind : std::uint8_t { Null, Number, String, Array, Dictionary, Data };
 
-    // How deep values may be nested, so that whatever walks a tree may do so by recursion. Making a deeper one throws
-    // std::length_error. It is the depth to which JSON is read.
+    // The deepest nesting, which lets code walk a tree by recursion; JSON is read to this depth. Constructing a deeper
+    // value throws std::length_error.
     static constexpr std::size_t kDeepest = 1024;
 
     [[nodiscard]] Kind kind() const noexcept { return _kind; }
-    // Levels of the tree: 1 for an array or a dictionary with nothing in it and for every value that holds no others.
+    // Returns the levels of the tree: 1 for a value that holds no others.
     [[nodiscard]] std::size_t depth() const noexcept { return _depth; }
 
 protected:
@@ -37,7 +37,7 @@ private:
     const std::size_t _depth;
 };
 
-// `value` as a T, or null where it is nil or of another kind.
+// Returns `value` as a T, or null if it is nil or of another kind.
 template <class T>
 [[nodiscard]] const T* as(const Value* value) noexcept {
     return value != nullptr && value->kind() == T::kKind ? static_cast<const T*>(value) : nullptr;
@@ -53,12 +53,12 @@ public:
     Null() : Value(kKind) {}
 };
 
-// The unsigned 64-bit reading of a double: truncated toward zero; NaN is 0, 2^64 and above the largest
-// number, and a negative goes through the signed reading (saturated) and wraps.
+// Converts a double to an unsigned 64-bit integer: truncated toward zero; NaN is 0, 2^64 and above saturate, and a
+// negative is converted to signed (saturated) and wraps.
 [[nodiscard]] std::uint64_t unsignedReading(double number) noexcept;
 
-// A number remembers what it was made of, so that a boolean is written as one again, and can be read as
-// any of the types below whatever it was made of.
+// A number keeps the type it was made of, so that a boolean is written as one, and can be read as any of the types
+// below.
 class Number final : public Value {
 public:
     static constexpr Kind kKind = Kind::Number;
@@ -76,9 +76,9 @@ public:
     [[nodiscard]] const Content& content() const noexcept { return _content; }
     [[nodiscard]] bool isBool() const noexcept { return std::holds_alternative<bool>(_content); }
 
-    // Not equal to 0; NaN and 0.5 are true.
+    // Returns whether the number is not equal to 0; NaN and 0.5 are true.
     [[nodiscard]] bool boolValue() const noexcept;
-    // Rounded once; beyond the range of a float it is infinite.
+    // Rounded once; infinite beyond the range of a float.
     [[nodiscard]] float floatValue() const noexcept;
     [[nodiscard]] double doubleValue() const noexcept;
     // Truncated toward zero and saturated; NaN is 0; an unsigned above the signed range wraps.
@@ -93,7 +93,7 @@ private:
     const Content _content;
 };
 
-// Text, UTF-8 by convention; nothing enforces it.
+// Text, UTF-8 by convention; not checked.
 class String final : public Value {
 public:
     static constexpr Kind kKind = Kind::String;
@@ -108,7 +108,7 @@ private:
 class Array final : public Value {
 public:
     static constexpr Kind kKind = Kind::Array;
-    // The elements must not be nil.
+    // No element may be nil.
     explicit Array(std::vector<Ref<Value>> elements);
 
     [[nodiscard]] std::span<const Ref<Value>> elements() const noexcept { return _elements; }
@@ -126,23 +126,23 @@ public:
         Ref<Value> value;
     };
 
-    // The values must not be nil. Of entries with equal keys the last one stays.
+    // No value may be nil. Of entries with equal keys the last one is kept.
     explicit Dictionary(std::vector<Entry> entries);
 
     [[nodiscard]] std::span<const Entry> entries() const noexcept { return _entries; }
-    // The value under `key`, owned by the dictionary, or null.
+    // Returns the value under `key`, owned by the dictionary, or null.
     [[nodiscard]] const Value* find(std::string_view key) const noexcept;
-    // The same with a reference of its own.
+    // The same, with a reference.
     [[nodiscard]] Ref<Value> value(std::string_view key) const noexcept;
 
 private:
-    // Null where there is none.
+    // Returns null if there is none.
     [[nodiscard]] const Entry* entryUnder(std::string_view key) const noexcept;
 
     std::vector<Entry> _entries;
 };
 
-// Bytes. A few more bytes than its own may be read beyond the end (`kPadding`), so that JSON can be parsed in place.
+// Bytes. `kPadding` more bytes may be read beyond the end, so that JSON can be parsed in place.
 class Data final : public Value {
 public:
     static constexpr Kind kKind = Kind::Data;

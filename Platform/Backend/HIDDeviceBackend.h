@@ -15,42 +15,42 @@
 
 namespace VeltoTouch {
 
-// Where a backend puts its input reports.
+// Receives a backend's input reports.
 class InputReportSink {
 public:
-    // Room for one report, the report ID first.
+    // Returns the buffer for one report, the report ID first.
     [[nodiscard]] virtual std::span<std::uint8_t> buffer() noexcept = 0;
-    // Hands on the first `length` bytes of the buffer (what is beyond it is cut off). `timeStamp`: host ticks.
+    // Delivers the first `length` bytes of the buffer; a longer report is cut off. `timeStamp`: host ticks.
     virtual void deliver(std::size_t length, std::uint64_t timeStamp) = 0;
 
 protected:
     ~InputReportSink() = default;
 };
 
-// A device. Reports come on the run loop's thread; everything else may be called from any thread, at any time.
+// A device. Reports are delivered on the run loop's thread; all other operations may be called on any thread.
 class HIDDeviceBackend : public Object {
 public:
     [[nodiscard]] virtual IOReturn open(IOOptionBits options) = 0;
     virtual void close(IOOptionBits options) = 0;
 
-    // Adds a source to a mode of the calling thread's run loop that puts every input report into `sink`, one call of
-    // the source a report. A device that goes takes its source out of the mode; one that has gone gives an empty
-    // source. `sink` outlives the source. One at a time. May throw std::system_error.
+    // Adds a source to a mode of the calling thread's run loop that delivers every input report to `sink`, one report
+    // per call of the source. On removal the device takes its source out of the mode; a removed device returns an empty
+    // source. `sink` outlives the source. One source at a time. May throw std::system_error.
     [[nodiscard]] virtual RunLoopSource startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) = 0;
 
-    // Fills `buffer` with the report (ID first) and sets `length` to its length.
+    // Fills `buffer` with the report, ID first, and sets `length` to its length.
     [[nodiscard]] virtual IOReturn getReport(IOHIDReportType type, std::uint32_t reportID,
                                              std::span<std::uint8_t> buffer, std::size_t& length) = 0;
 
-    // The value under a key, or nil.
+    // Returns the value under a key, or nil.
     [[nodiscard]] virtual Ref<Value> getProperty(const std::string& key) = 0;
-    // Whether the device has taken the value.
+    // Returns whether the device has taken the value.
     [[nodiscard]] virtual bool setProperty(const std::string& key, const Ref<Value>& value) = 0;
 
-    // Called once, when the device has gone, on whatever thread saw it go. Set before the device is used.
+    // Called once when the device is removed, on the thread that noticed. Set before the device is used.
     std::function<void()> removalHandler = [] {};
 
-    // The input reports that were delivered so far. Any thread.
+    // Returns the number of input reports delivered so far. Any thread.
     [[nodiscard]] std::uint64_t deliveredReports() const noexcept { return _delivered; }
 
 private:

@@ -67,7 +67,7 @@ void LogOutput::write(const LogQueue::Line& line) noexcept {
             line.time, {}, spdlogLevel(line.type),
             fmt::format("[{}:{}] {}{}", line.log->subsystem, line.log->category, text, line.isCut ? "..." : ""));
     } catch (...) {
-        // A line that there is no memory for is lost.
+        // Out of memory: the line is lost.
     }
 }
 

@@ -29,7 +29,7 @@ public:
 
     LogQueue queue;
 
-    // Gives the writer a second for the lines it has; what it writes to may be stalled.
+    // Waits until all lines are written, at most a second: the file may be stalled.
     void drain();
 
 private:

@@ -22,7 +22,7 @@ void LogQueue::push(os_log_t log, os_log_type_t type, std::string_view text) noe
         if (_count == 0)
             _begin = _end = 0;
         write(&line, sizeof line);
-        if (!kept.empty()) // an empty text may have no place
+        if (!kept.empty()) // memcpy needs a valid pointer even for 0 bytes
             write(kept.data(), kept.size());
         ++_count;
         _isDrained = false;

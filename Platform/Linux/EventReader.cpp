@@ -16,9 +16,9 @@
 #include <poll.h>
 #include <unistd.h>
 
-// The thread and the loop share a place for one event and a pipe. A byte in the pipe says that there is an event where
-// there was none, so that there is never more than one. Each side owns its end, and sees by the pipe when the other has
-// gone: the loop's source hangs up, the thread's wait is over.
+// The thread and the loop share a slot for one event and a pipe. A byte in the pipe says that the slot was filled when
+// it was empty, so there is never more than one byte. Each side owns its end of the pipe and notices when the other
+// closes its own: the loop's source hangs up, the thread's wait ends.
 
 namespace VeltoTouch {
 namespace {
@@ -33,7 +33,7 @@ public:
     Slot& operator=(const Slot&) = delete;
     ~Slot() { std::ignore = exchange(nullptr); }
 
-    // Gives what was there before.
+    // Returns the previous event.
     [[nodiscard]] Ref<HIDEvent> exchange(Ref<HIDEvent> event) noexcept {
         return Ref<HIDEvent>::adopt(_event.exchange(event.leak()));
     }
@@ -48,7 +48,7 @@ public:
         : _pipe(std::move(pipe)), _slot(std::move(slot)), _reader(std::move(reader)) {}
 
     void run() const {
-        beAnOrdinaryThread(); // at the loop's priority, hardware that is slow to answer would hold that up after all
+        beAnOrdinaryThread(); // at the loop's priority a slow driver would delay the loop after all
         std::uint64_t due = mach_absolute_time() + _reader.interval();
         while (waitUntil(due)) {
             Ref<HIDEvent> event = _reader.read();
@@ -59,7 +59,7 @@ public:
     }
 
 private:
-    // False once nobody listens any more.
+    // Returns false when the loop's end of the pipe is closed.
     [[nodiscard]] bool waitUntil(std::uint64_t time) const noexcept {
         const std::uint64_t now = mach_absolute_time();
         const std::uint64_t wait = time > now ? time - now : 0;

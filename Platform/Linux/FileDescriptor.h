@@ -6,7 +6,7 @@
 
 namespace VeltoTouch {
 
-// Owns an open descriptor, or -1 where there is none.
+// Owns an open file descriptor, or none (-1).
 class FileDescriptor {
 public:
     FileDescriptor() noexcept = default;

@@ -49,7 +49,7 @@ Ref<Dictionary> propertiesOf(const std::string& path) {
     return readHidrawProperties(node.get());
 }
 
-// The request that asks for a report of a type with so many bytes of room.
+// Returns the ioctl that requests a report of a type into a buffer of this size.
 std::optional<unsigned long> requestFor(IOHIDReportType type, std::size_t bytes) noexcept {
     const std::size_t room = std::min(bytes, kMostRoom);
     if (type == kIOHIDReportTypeFeature)
@@ -83,7 +83,7 @@ IOReturn HidrawDevice::open(IOOptionBits /*options*/) {
         return statusOf(errno);
     try {
         if (!CFEqual(readHidrawProperties(opened.get()).get(), _properties.get()))
-            return kIOReturnNoDevice; // the name is another device's by now
+            return kIOReturnNoDevice; // the name belongs to another device now
     } catch (const std::system_error& error) {
         return statusOf(error.code().value());
     }
@@ -103,17 +103,17 @@ RunLoopSource HidrawDevice::startReports(RunLoop& loop, std::string_view mode, I
         mode, opened->get(), [this, opened, &sink] { readReport(opened->get(), sink); }, [this] { noteRemoval(); });
 }
 
-// A read gives one report, and cuts off what there is no room for.
+// A read returns one report, cut to the buffer.
 void HidrawDevice::readReport(int node, InputReportSink& sink) {
     std::span<std::uint8_t> buffer = sink.buffer();
-    std::uint8_t nobodysRoom = 0; // a read into nothing would leave the report there
+    std::uint8_t nobodysRoom = 0; // a read of length 0 would not consume the report
     if (buffer.empty())
         buffer = {&nobodysRoom, 1};
     const ssize_t length = ::read(node, buffer.data(), buffer.size());
     if (length >= 0)
         sink.deliver(static_cast<std::size_t>(length), mach_absolute_time());
     else if (errno != EAGAIN && errno != EINTR)
-        noteRemoval(); // reads fail for a node that has hung up; the loop takes the source out for that
+        noteRemoval(); // a removed node; the loop removes the source because it has hung up
 }
 
 void HidrawDevice::noteRemoval() {

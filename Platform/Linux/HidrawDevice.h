@@ -11,32 +11,32 @@
 
 namespace VeltoTouch {
 
-// A HID device of the Linux kernel, /dev/hidrawN. It is the device that the node was when this was made: once that has
-// gone, another one under the same name is no matter of this object.
+// A HID device of the Linux kernel, /dev/hidrawN. The object stands for the device behind the node at construction: a
+// device that later appears under the same name is a different one.
 //
-// Its properties are those of Platform/Linux/HidrawProperties.h, read once when this is made; none can be set.
+// Properties are those of HidrawProperties.h, read once at construction; none can be set.
 class HidrawDevice final : public HIDDeviceBackend {
 public:
-    // Throws std::system_error where the node cannot be opened for reading, and for a file that is no hidraw node. The
-    // message leaves it to the caller to name the path.
+    // Throws std::system_error if the node cannot be opened for reading or is no hidraw node. The message does not name
+    // the path.
     explicit HidrawDevice(std::string path);
 
-    // kIOReturnNoDevice where the device has gone, kIOReturnNotPermitted where it may not be read and written. A second
-    // call opens it anew. The kernel hands every report to everyone who reads the device and lets nobody have it
-    // alone, so that the option to seize it (bit 0) is taken, and changes nothing.
+    // Returns kIOReturnNoDevice if the device is removed, kIOReturnNotPermitted if it may not be read and written. A
+    // second call opens it again. The option to seize the device (bit 0) is accepted and has no effect: the kernel
+    // delivers every report to every reader.
     [[nodiscard]] IOReturn open(IOOptionBits options) override;
-    // Reports that have been started go on until their source goes.
+    // Reports continue until their source is destroyed.
     void close(IOOptionBits options) override;
 
-    // Throws std::system_error (ENOTCONN) while the device is not open. The kernel keeps 63 reports for who is late and
-    // drops what comes then. Those that came before the device went are handed on, then `removalHandler` is called on
-    // the loop's thread; a device whose reports nobody reads goes without a word.
+    // Throws std::system_error (ENOTCONN) if the device is not open. The kernel buffers 63 reports per reader and drops
+    // the rest. On removal the buffered reports are delivered first, then `removalHandler` is called on the loop's
+    // thread. `removalHandler` is called only while reports are being read.
     [[nodiscard]] RunLoopSource startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) override;
 
-    // Feature and input reports; the latter are asked for, which does not touch those that come by themselves. May take
-    // as long as the device does (the kernel gives it some seconds), without holding up anyone else. The kernel cuts a
-    // longer report to the buffer, which must have room for two bytes. kIOReturnNotOpen while the device is not open,
-    // kIOReturnError where it refuses the report, kIOReturnNoDevice once it has gone.
+    // Requests a feature or input report; the reports that the device sends by itself are not affected. Blocks until
+    // the device answers (the kernel gives up after some seconds) without blocking other calls. A longer report is cut
+    // to the buffer, which must have at least two bytes. Returns kIOReturnNotOpen if the device is not open,
+    // kIOReturnError if it refuses the report, kIOReturnNoDevice if it is removed.
     [[nodiscard]] IOReturn getReport(IOHIDReportType type, std::uint32_t reportID, std::span<std::uint8_t> buffer,
                                      std::size_t& length) override;
 
@@ -44,7 +44,7 @@ public:
     [[nodiscard]] bool setProperty(const std::string& /*key*/, const Ref<Value>& /*value*/) override { return false; }
 
 private:
-    // The open node stays open for whoever uses it while it is closed.
+    // Shared: a call in progress keeps the node open while another closes the device.
     using Node = std::shared_ptr<const FileDescriptor>;
 
     [[nodiscard]] Node node();

@@ -7,16 +7,15 @@
 
 #include <libudev.h>
 
-// News is only a reason to look: the nodes that are there are compared with those that were there before. So the first
-// look, an event, one that is told again (as `udevadm trigger` does) and events that were lost because too many came at
-// once are all the same, and a removal, which no longer tells what the device was, needs no more than that it is
-// missing.
+// A change event only causes a new look: the nodes present are compared with those known. The first look, an event, a
+// repeated event (as `udevadm trigger` sends) and lost events are therefore handled alike, and a removal, whose event
+// no longer says what the device was, is noticed by the node's absence.
 
 namespace VeltoTouch {
 namespace {
 
-// A udevd hears of a device from the kernel, runs its rules, which set the node's owner and rights, and then tells
-// everyone: that is the time to use it. Where none runs, nobody would ever tell, and the kernel's own word is taken.
+// A udevd receives the kernel's event, runs its rules, which set the node's owner and rights, and then sends its own
+// event: only then can the node be used. Without a udevd the kernel's events are used.
 const char* newsSource() noexcept { return udevdIsRunning() ? "udev" : "kernel"; }
 
 udev_monitor* listen() {

@@ -12,25 +12,25 @@ struct udev_monitor;
 
 namespace VeltoTouch {
 
-// The hidraw nodes of this machine whose devices are wanted, and those that come and go. Used on one thread.
+// Lists the hidraw nodes whose devices match, and reports those that are added and removed. Used on one thread.
 class HidrawMonitor {
 public:
     using Handler = std::function<void(const HidrawNode& node)>;
 
-    // Looks what is there. What comes and goes from here on is kept until `start`. Throws std::system_error where
-    // the kernel tells no news.
+    // Lists the nodes; changes from here on are kept until `start`. Throws std::system_error if the kernel does not
+    // report changes.
     explicit HidrawMonitor(HidrawMatch match);
     HidrawMonitor(const HidrawMonitor&) = delete;
     HidrawMonitor& operator=(const HidrawMonitor&) = delete;
     ~HidrawMonitor();
 
-    // Those that are there, as far as was told: what has been there from the beginning or was added, and not removed.
+    // Returns the nodes that are present, as far as changes have been reported.
     [[nodiscard]] const std::vector<HidrawNode>& nodes() const noexcept { return _nodes; }
 
-    // Adds a source to a mode of the calling thread's run loop that tells of every node once when it comes and once
-    // when it goes. A device that is plugged in again is another one, under whatever path, and the old one is told to
-    // have gone before. What comes and goes between two looks at it is not told. The monitor must outlive the source.
-    // Throws std::system_error.
+    // Adds a source to a mode of the calling thread's run loop that reports each node once when it is added and once
+    // when it is removed. A device that is plugged in again is a new node, whatever its path, and the removal of the
+    // old one is reported first. A node that is added and removed between two looks is not reported. The monitor must
+    // outlive the source. Throws std::system_error.
     [[nodiscard]] RunLoopSource start(RunLoop& loop, std::string_view mode, Handler added, Handler removed);
 
 private:

@@ -22,7 +22,7 @@ struct Unref {
 template <class T>
 using Udev = std::unique_ptr<T, Unref>;
 
-// Empty where there is none.
+// Empty if there is none.
 std::string property(udev_device* device, const char* key) {
     const char* value = udev_device_get_property_value(device, key);
     return value == nullptr ? "" : value;
@@ -35,7 +35,7 @@ std::string busOf(std::string_view hidID) {
     return nameOfBus(bus);
 }
 
-// Nothing for a device that has gone meanwhile.
+// Returns nothing if the device is removed meanwhile.
 std::optional<HidrawNode> nodeIn(udev* context, const char* folder) {
     const Udev<udev_device> node(udev_device_new_from_syspath(context, folder));
     const char* path = node ? udev_device_get_devnode(node.get()) : nullptr;

@@ -14,7 +14,7 @@ namespace {
 constexpr double kStandardGravity = 9.80665; // m/s^2
 constexpr double kMicrosecondsPerSecond = 1'000'000;
 
-// The kernel waits five seconds for a sensor on HID that does not answer, and then gives 0 as if it had.
+// For a HID sensor that does not answer the kernel waits five seconds and then returns 0 as a value.
 constexpr double kLongestReadUs = 4'500'000;
 
 std::uint64_t ticksOf(double microseconds) noexcept {
@@ -23,8 +23,7 @@ std::uint64_t ticksOf(double microseconds) noexcept {
     return static_cast<std::uint64_t>(microseconds * 1000.0 * timebase.denom / timebase.numer);
 }
 
-// An attribute in the kernel's text, by one of the two functions of the library that give it; empty where there is
-// none.
+// Reads an attribute as the kernel's text through one of the library's two functions; empty if there is none.
 template <class Object>
 std::string textOf(ssize_t (*read)(const Object*, const char*, char*, std::size_t), const Object* object,
                    const char* name) {
@@ -55,7 +54,7 @@ std::optional<IIOAccelerometer::Axis> IIOAccelerometer::axisOf(iio_device* devic
     if (axis.channel == nullptr || iio_channel_attr_read_double(axis.channel, "scale", &axis.scale) < 0)
         return std::nullopt;
     if (iio_channel_attr_read_double(axis.channel, "offset", &axis.offset) < 0)
-        axis.offset = 0; // it is said only where there is one
+        axis.offset = 0; // the attribute is absent if there is no offset
     return axis;
 }
 
@@ -106,7 +105,7 @@ void IIOAccelerometer::applyInterval() noexcept {
         setSamplingFrequency(kMicrosecondsPerSecond / intervalUs);
 }
 
-// The frequency may be the axes' or the whole device's. Every step may be refused, and is then left as it is.
+// The frequency may belong to the axes or to the device. A refused step is skipped.
 void IIOAccelerometer::setSamplingFrequency(double hz) const {
     constexpr const char* kFrequency = "sampling_frequency";
     constexpr const char* kOffered = "sampling_frequency_available";
@@ -121,7 +120,7 @@ void IIOAccelerometer::setSamplingFrequency(double hz) const {
         frequency = std::to_string(hz);
     std::ignore = isTheDevices ? iio_device_attr_write(_device, kFrequency, frequency.c_str())
                                : iio_channel_attr_write(channel, kFrequency, frequency.c_str());
-    // Sensors on HID keep changes to themselves that are smaller than that.
+    // HID sensors do not report smaller changes.
     if (iio_channel_find_attr(channel, "hysteresis") != nullptr)
         std::ignore = iio_channel_attr_write(channel, "hysteresis", "0");
 }

@@ -15,26 +15,26 @@ struct iio_device;
 
 namespace VeltoTouch {
 
-// A three-axis accelerometer of the Linux kernel (Industrial I/O). The axes are the chip's: how it is mounted is not
-// looked at.
+// A three-axis accelerometer of the Linux kernel (Industrial I/O). The axes are the chip's; its mounting matrix is
+// ignored.
 //
-// It is read value by value: the kernel's buffers need a trigger and a right to the device's node, which not every
-// accelerometer and not every user has, and a buffer has one reader. The price is that a read takes as long as the
-// hardware takes for three values, the first one also the time to wake it up. So each source has a thread that reads
-// for it, and the run loop waits for none (Platform/Linux/EventReader.h).
+// Values are read one by one, not from the kernel's buffer: a buffer needs a trigger and a right to the device's node,
+// which not every accelerometer and user has, and it has one reader. A read therefore takes as long as the hardware
+// takes for three values, the first also the time to wake it up, so each source reads on a thread of its own
+// (EventReader.h).
 class IIOAccelerometer final : public HIDEventService {
 public:
-    // An accelerometer that can be read right now; null for other devices, and for one that is busy. The device is the
-    // context's, which is shared by all that are found in it.
+    // Returns an accelerometer that can be read now; null for other devices and for a busy one. The device belongs to
+    // the context, which all accelerometers found in it share.
     [[nodiscard]] static Ref<IIOAccelerometer> make(std::shared_ptr<iio_context> context, iio_device* device);
 
-    // "PrimaryUsagePage" 0xFF00, "PrimaryUsage" 3, "ReportInterval", and "Product" where the driver gives a name.
+    // "PrimaryUsagePage" 0xFF00, "PrimaryUsage" 3, "ReportInterval", and "Product" if the driver gives a name.
     [[nodiscard]] Ref<Value> getProperty(const std::string& key) override;
-    // "ReportInterval" alone, as `reportIntervalUs` reads it. In force from the next event on; before that is read, the
-    // hardware is set to the nearest sampling frequency it has. One that takes none goes on with its own.
+    // Takes "ReportInterval" alone, as `reportIntervalUs` reads it. In force from the next event on; before that is
+    // read, the hardware is set to the nearest sampling frequency it offers. Hardware that takes none keeps its own.
     bool setProperty(const std::string& key, const Ref<Value>& value) override;
-    // Events that could not be read or taken in time are left out. A read that fails ends the events: the device has
-    // gone, somebody else has it, or it does not answer (which the kernel finds out in five seconds).
+    // Events that are not read or taken in time are left out. A read that fails ends the events: the device is removed,
+    // another reader holds it, or it does not answer (the kernel gives up after five seconds).
     [[nodiscard]] RunLoopSource startEvents(RunLoop& loop, std::string_view mode, EventHandler handler) override;
 
 private:
@@ -48,7 +48,7 @@ private:
     IIOAccelerometer(std::shared_ptr<iio_context> context, iio_device* device, const Axes& axes) noexcept;
 
     [[nodiscard]] static std::optional<Axis> axisOf(iio_device* device, const char* name);
-    // Along an axis in g; nothing where it cannot be read, or does not answer.
+    // Returns the acceleration along an axis in g, or nothing if it cannot be read.
     [[nodiscard]] static std::optional<double> read(const Axis& axis) noexcept;
     [[nodiscard]] Ref<HIDEvent> readEvent() const;
     void applyInterval() noexcept; // on a reader's thread, as the hardware may take its time
@@ -59,10 +59,10 @@ private:
     iio_device* const _device;
     const Axes _axes;
     std::atomic<double> _intervalUs{100'000};
-    std::atomic<double> _appliedIntervalUs{0}; // that the hardware was told
+    std::atomic<double> _appliedIntervalUs{0}; // as last set in the hardware
 };
 
-// The accelerometers of this machine, in the kernel's order; none where there are none, or they cannot be used.
+// Returns the usable accelerometers of this machine, in the kernel's order.
 [[nodiscard]] std::vector<Ref<HIDEventService>> findAccelerometers();
 
 } // namespace VeltoTouch

@@ -12,12 +12,12 @@
 
 namespace VeltoTouch {
 
-// What a HID report descriptor says of a device: what the device is, and how long its reports are.
+// Reads from a HID report descriptor what the device is and how long its reports are.
 //
 // The descriptor is a row of items, each a tag with up to four bytes. A main item that declares a field of a report
 // (`Input`, `Output`, `Feature`) adds "report size" times "report count" bits to the report with the current ID; the
 // sizes and the ID are global state, which stays until it is changed and can be put on a stack. Usages are local
-// state, which the next main item uses up.
+// state, which ends with the next main item.
 class ReportDescriptor {
 public:
     struct Usage {
@@ -27,20 +27,20 @@ public:
         friend bool operator==(const Usage&, const Usage&) = default;
     };
 
-    // Any bytes: what cannot be read ends the descriptor, and what came before it counts.
+    // Takes any bytes: the descriptor ends at the first item that cannot be read.
     explicit ReportDescriptor(std::span<const std::uint8_t> bytes);
 
-    // The first usage of the first collection; none where there is no collection or it has no usage.
+    // Returns the first usage of the first collection; none if there is no collection or it has no usage.
     [[nodiscard]] std::optional<Usage> primaryUsage() const noexcept { return _primaryUsage; }
 
-    // Whether reports begin with their ID.
+    // Returns whether reports begin with their ID.
     [[nodiscard]] bool hasReportIDs() const noexcept { return _hasReportIDs; }
 
-    // The length of a report in bytes, its ID included where it has one; 0 for one that is not declared. Reports of a
-    // device without IDs are found under 0.
+    // Returns the length of a report in bytes, the ID included if there is one; 0 if the report is not declared.
+    // Reports of a device without IDs are found under 0.
     [[nodiscard]] std::size_t reportLength(IOHIDReportType type, std::uint8_t reportID) const noexcept;
 
-    // The length of the longest report of a type; 0 where there is none.
+    // Returns the length of the longest report of a type; 0 if there is none.
     [[nodiscard]] std::size_t longestReport(IOHIDReportType type) const noexcept;
 
 private:
@@ -54,8 +54,8 @@ private:
     std::array<ReportBits, 3> _bits; // by IOHIDReportType
 };
 
-// The report descriptor of a hidraw node with this folder below /sys (or a link to it, such as
-// /sys/class/hidraw/hidraw0); nothing if it cannot be read. Does not wait for a udevd, so that its rules may ask.
+// Returns the report descriptor of the hidraw node with this folder below /sys (or a link to it, such as
+// /sys/class/hidraw/hidraw0); nothing if it cannot be read. Does not wait for a udevd: its rules may call this.
 [[nodiscard]] std::optional<ReportDescriptor> readReportDescriptor(const std::string& folder);
 
 } // namespace VeltoTouch
