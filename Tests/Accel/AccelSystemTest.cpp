@@ -1,4 +1,5 @@
 #include "Plugin/Accel/AccelSystem.h"
+#include "Platform/Testing/EventSystem.h"
 #include "Tests/Support/TestAccelerometer.h"
 
 #include <gmock/gmock.h>

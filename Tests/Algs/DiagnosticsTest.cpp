@@ -1,3 +1,4 @@
+#include "Platform/Testing/LogCapture.h"
 #include "Tests/Support/TouchFixture.h"
 
 namespace VeltoTouch::Tests {

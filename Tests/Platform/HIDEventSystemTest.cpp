@@ -38,9 +38,9 @@ protected:
     void match(std::vector<Dictionary::Entry> entries) const {
         IOHIDEventSystemClientSetMatching(client.get(), makeRef<Dictionary>(std::move(entries)).get());
     }
-    [[nodiscard]] std::vector<HIDEventService*> services() const {
-        std::vector<HIDEventService*> found;
-        for (const Ref<HIDEventService>& service : IOHIDEventSystemClientCopyServices(client.get()))
+    [[nodiscard]] std::vector<HIDServiceClient*> services() const {
+        std::vector<HIDServiceClient*> found;
+        for (const Ref<HIDServiceClient>& service : IOHIDEventSystemClientCopyServices(client.get()))
             found.push_back(service.get());
         return found;
     }

@@ -1,4 +1,5 @@
 #include "Platform/Backend/LogQueue.h"
+#include "Platform/Testing/LogCapture.h"
 #include "Tests/Support/TestDevice.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+#include "Platform/Trace.h"
 #include "Platform/Testing/TraceCapture.h"
 #include "Tests/Support/Program.h"
 

@@ -1,4 +1,5 @@
 #include "Platform/Backend/HIDEventService.h"
+#include "Platform/Testing/EventSystem.h"
 #include "Platform/Testing/LogCapture.h"
 #include "Tests/Support/Eventually.h"
 #include "Tests/Support/TestAccelerometer.h"
