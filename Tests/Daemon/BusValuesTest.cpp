@@ -111,6 +111,7 @@ TEST_F(BusTest, WhatCannotBeDoneIsRefused) {
     EXPECT_EQ(get(megabyte.c_str()), kInvalid);
     EXPECT_EQ(get(std::string(Bus::CallQueue::kLongestText, 'x').c_str()), kUnknown);
     EXPECT_EQ(get(std::string(Bus::CallQueue::kLongestText + 1, 'x').c_str()), kInvalid);
+    EXPECT_EQ(call(raw.get(), Bus::kInterface, "Explode", "sss", "", "", ""), kInvalid) << "texts have a bound";
     EXPECT_EQ(get("Deeper"), kTooMuch);
     properties.put("Huge", makeRef<String>(std::string(Bus::kLargestSent + 1, 'x')));
     EXPECT_EQ(get("Huge"), kTooMuch);

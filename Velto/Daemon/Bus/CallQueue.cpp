@@ -44,9 +44,12 @@ bool isNext(sd_bus_message* call, char type) {
 
 // Whether a call carries a value. Throws CallError for what may not wait: anything that has no bound.
 bool checkArguments(sd_bus_message* call) {
-    const auto check = [](const char* text) {
+    std::size_t texts = 0;
+    const auto check = [&](const char* text) {
         if (std::strlen(text) > CallQueue::kLongestText)
             throw CallError(SD_BUS_ERROR_INVALID_ARGS, "the key is too long");
+        if (++texts > CallQueue::kMostTexts)
+            throw CallError(SD_BUS_ERROR_INVALID_ARGS, "no such arguments are taken");
     };
     check(sd_bus_message_get_path(call));
     const char* text = nullptr;
@@ -156,7 +159,7 @@ void CallQueue::queue(sd_bus_message* call, Caller& caller) {
     caller.hasCalled = true;
     const auto wait = [&] {
         const bool hasValue = checkArguments(call);
-        if (caller.waiting.size() >= kMostOfOneCaller || (hasValue && _waitingWithValues >= kMostWithValues))
+        if (caller.waiting.size() >= kMostOfOneCaller || (hasValue && !makeRoomForValue()))
             throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many requests are waiting");
         caller.waiting.push_back({.call = BusMessage(sd_bus_message_ref(call)),
                                   .number = ++_lastNumber,
@@ -165,6 +168,15 @@ void CallQueue::queue(sd_bus_message* call, Caller& caller) {
         _waitingWithValues += hasValue ? 1 : 0;
     };
     attempt(wait, [&](const CallError& error) { refuse(call, caller, error); });
+}
+
+// Whether one more value may wait. Where there is no room, those of callers that do not read go without an answer.
+bool CallQueue::makeRoomForValue() {
+    for (auto it = _callers.begin(); _waitingWithValues >= kMostWithValues && it != _callers.end(); ++it) {
+        if (it->second.unread >= kMostUnread)
+            _waitingWithValues -= std::erase_if(it->second.waiting, std::mem_fn(&Waiting::hasValue));
+    }
+    return _waitingWithValues < kMostWithValues;
 }
 
 void CallQueue::refuse(sd_bus_message* call, Caller& caller, const CallError& error) {

@@ -20,8 +20,8 @@ namespace VeltoTouch::Bus {
 // anybody. So every answer, an error and the library's own included, counts against its caller until the bus says that
 // the caller has read it (or can't say). Among the callers with something waiting, the one with the fewest bytes unread
 // is next. One with `kMostUnread` has to wait, and what it asks for beyond `kMostOfOneCaller` is dropped without an
-// answer: after 128 such calls the bus takes no more of them. A call is let in when the bus has taken all that was sent
-// before: a gesture never stands behind a queue of answers.
+// answer: after 128 such calls the bus takes no more of them. Its values give way to others' as well. A call is let in
+// when the bus has taken all that was sent before: a gesture never stands behind a queue of answers.
 //
 // On the loop's thread.
 class CallQueue {
@@ -29,6 +29,7 @@ public:
     static constexpr std::size_t kMostOfOneCaller = 16; // waiting; the bus bounds how many callers there are
     static constexpr std::size_t kMostWithValues = 16;  // waiting, of all callers: those that carry a value
     static constexpr std::size_t kLongestText = 256;    // bytes, of a path or a key
+    static constexpr std::size_t kMostTexts = 3;        // a path, and two arguments
     static constexpr std::size_t kLargestValue = 65'536;
     static constexpr std::uint64_t kMostUnread = 32 << 10;      // bytes of one caller, before its last answer
     static constexpr std::uint64_t kMostUnreadOfAll = 64 << 20; // the bus keeps 127 MiB of ours
@@ -69,6 +70,7 @@ private:
     // What the library is to do with a call that has come.
     int take(sd_bus_message* call);
     void queue(sd_bus_message* call, Caller& caller);
+    [[nodiscard]] bool makeRoomForValue();
     void refuse(sd_bus_message* call, Caller& caller, const CallError& error);
     [[nodiscard]] Callers::iterator next();
     void letIn();
