@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <optional>
 #include <string_view>
+#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -65,8 +67,8 @@ bool checkArguments(sd_bus_message* call) {
     return hasValue;
 }
 
-// How many bytes the bus keeps for a client.
-std::uint64_t outgoingBytes(sd_bus_message* statistics) {
+// Reads how many bytes the bus keeps for a client. Throws std::system_error for a reply of another form.
+std::uint64_t readOutgoingBytes(sd_bus_message* statistics) {
     checked(sd_bus_message_enter_container(statistics, SD_BUS_TYPE_ARRAY, "{sv}"), "statistics");
     while (checked(sd_bus_message_enter_container(statistics, SD_BUS_TYPE_DICT_ENTRY, "sv"), "statistics") > 0) {
         const char* name = nullptr;
@@ -80,6 +82,17 @@ std::uint64_t outgoingBytes(sd_bus_message* statistics) {
         checked(sd_bus_message_exit_container(statistics), "statistics");
     }
     return 0;
+}
+
+// Returns how many bytes the bus keeps for a client, or nothing if it cannot say.
+std::optional<std::uint64_t> outgoingBytes(sd_bus_message* statistics) {
+    if (sd_bus_message_is_method_error(statistics, nullptr) > 0)
+        return std::nullopt;
+    try {
+        return readOutgoingBytes(statistics);
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
 }
 
 } // namespace
@@ -139,7 +152,7 @@ void CallQueue::countAnswer(sd_bus_message* call, std::uint64_t bytes) {
     if (bytes > kMostUnread && _unreadOfAll + bytes > kMostUnreadOfAll)
         throw CallError(SD_BUS_ERROR_LIMITS_EXCEEDED, "too many answers are on their way");
     if (const auto found = _callers.find(callerOf(call)); found != _callers.end())
-        add(found->second, kAnswerBytes + bytes);
+        add(found->second, bytes);
 }
 
 int CallQueue::take(sd_bus_message* call) {
@@ -148,8 +161,7 @@ int CallQueue::take(sd_bus_message* call) {
         return 1;
     }
     _letIn.reset();
-    if (!isRequest(call))
-        add(_callers[callerOf(call)], kLibrarysAnswerBytes);
+    add(_callers[callerOf(call)], isRequest(call) ? kAnswerBytes : kLibrarysAnswerBytes);
     return 0;
 }
 
@@ -242,12 +254,12 @@ void CallQueue::told(sd_bus_message* reply) {
     if (found == _callers.end())
         return;
     Caller& caller = found->second;
-    const bool isTold = sd_bus_message_is_method_error(reply, nullptr) == 0;
-    const std::uint64_t kept = std::min(isTold ? outgoingBytes(reply) : 0, _unreadThen);
+    const std::optional<std::uint64_t> outgoing = outgoingBytes(reply);
+    const std::uint64_t kept = std::min(outgoing.value_or(0), _unreadThen);
     _unreadOfAll -= _unreadThen - kept;
     caller.unread -= _unreadThen - kept;
     const bool reads = kept < kAskedAt;
-    caller.nextQuestion = isTold && reads ? Clock::time_point() : Clock::now() + caller.pause;
+    caller.nextQuestion = outgoing && reads ? Clock::time_point() : Clock::now() + caller.pause;
     caller.pause = reads ? kShortestPause : std::min<Clock::duration>(2 * caller.pause, kLongestPause);
 }
 

@@ -41,8 +41,8 @@ public:
     CallQueue& operator=(const CallQueue&) = delete;
     ~CallQueue();
 
-    // Counts an answer to a call that reads or writes a property; all others are counted here. Throws CallError if it
-    // is more than the bus has room for.
+    // Counts the value in an answer; all else was counted as the call was let in. Throws CallError if it is more than
+    // the bus has room for.
     void countAnswer(sd_bus_message* call, std::uint64_t bytes);
 
 private:

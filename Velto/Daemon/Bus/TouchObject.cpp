@@ -75,10 +75,10 @@ struct TouchObject::Table {
     static TouchObject& of(void* object) { return *static_cast<TouchObject*>(object); }
 
     static int getProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        return answering(call, object, [&] { get(call, of(object), readKey(call)); });
+        return answering(call, [&] { get(call, of(object), readKey(call)); });
     }
     static int getPublicProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        return answering(call, object, [&] {
+        return answering(call, [&] {
             const std::string key = readKey(call);
             if (!isPublic(key))
                 throw CallError(SD_BUS_ERROR_ACCESS_DENIED, "only root and the group velto may read this key");
@@ -86,7 +86,7 @@ struct TouchObject::Table {
         });
     }
     static int setProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        return answering(call, object, [&] {
+        return answering(call, [&] {
             const std::string key = readKey(call);
             of(object)._requests.set(key, readVariant(call, CallQueue::kLargestValue), answerTo(call, of(object)));
         });
@@ -96,7 +96,7 @@ struct TouchObject::Table {
     }
     static PropertyRequests::Answer answerTo(sd_bus_message* call, TouchObject& object) {
         return [kept = retained(call), &object](const PropertyRequests::Outcome& outcome) {
-            answering(kept.get(), &object, [&] {
+            answering(kept.get(), [&] {
                 if (const auto* error = std::get_if<CallError>(&outcome))
                     throw *error;
                 object.sendReply(kept.get(), std::get<Ref<Value>>(outcome).get());
@@ -105,11 +105,8 @@ struct TouchObject::Table {
     }
     // Does a step of a call; what fails is the caller's to know.
     template <class Step>
-    static int answering(sd_bus_message* call, void* object, const Step& step) noexcept {
-        attempt(step, [&](const CallError& error) {
-            of(object).countAnswer(call, 0);
-            sendError(call, error);
-        });
+    static int answering(sd_bus_message* call, const Step& step) noexcept {
+        attempt(step, [&](const CallError& error) { sendError(call, error); });
         return 1;
     }
     static int device(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
@@ -220,7 +217,8 @@ void TouchObject::countAnswer(sd_bus_message* call, std::size_t bytes) {
 void TouchObject::sendReply(sd_bus_message* call, const Value* value) {
     const auto make = [call](sd_bus_message** message) { return sd_bus_message_new_method_return(call, message); };
     const auto reply = madeBy<BusMessage>(make, "reply");
-    countAnswer(call, value == nullptr ? 0 : appendVariant(reply.get(), *value));
+    if (value != nullptr)
+        countAnswer(call, appendVariant(reply.get(), *value));
     checked(sd_bus_send(nullptr, reply.get(), nullptr), "reply");
 }
 
