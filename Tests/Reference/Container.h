@@ -6,30 +6,31 @@ inline void require(bool condition, const std::string& message) {
     if (!condition)
         throw std::invalid_argument(message);
 }
-// The array of objects under the key; an absent one is empty.
-inline json objectsIn(const json& container, const char* key) {
-    const json array = container.value(key, json::array());
-    require(array.is_array(), "invalid frames");
-    for (const json& element : array)
-        require(element.is_object(), "invalid frame");
-    return array;
+// A container with the elements of the old one's list, each changed; an absent list is empty, and what is no array is
+// kept for the reader.
+template <class Change>
+json containerOf(int version, const json& old, const char* listKey, Change change) {
+    json list = old.value(listKey, json::array());
+    if (list.is_array())
+        for (json& element : list) {
+            require(element.is_object(), "invalid frame");
+            element = change(element);
+        }
+    return {{"Version", version}, {"Frames", list}};
 }
 inline json migrateVersion0(const json& old) {
-    json container = {{"Version", 1}, {"Frames", json::array()}};
-    for (const json& report : objectsIn(old, "Reports")) {
+    return containerOf(1, old, "Reports", [](const json& report) {
         require(report.contains("Timestamp"), "frame lacks Timestamp");
         require(report.contains("ReportData"), "frame lacks ReportData");
         json frame;
         frame["Type"] = "InputReport";
         frame["Timestamp"] = report["Timestamp"];
         frame["Report"] = report["ReportData"];
-        container["Frames"].push_back(frame);
-    }
-    return container;
+        return frame;
+    });
 }
 inline json migrateVersion1(const json& old) {
-    json container = {{"Version", 2}, {"Frames", json::array()}};
-    for (json frame : objectsIn(old, "Frames")) {
+    return containerOf(2, old, "Frames", [](json frame) {
         require(frame.contains("Type"), "frame lacks Type");
         require(frame["Type"].is_string(), "frame Type isn't a string");
         if (frame["Type"] == "InputReport") {
@@ -37,9 +38,8 @@ inline json migrateVersion1(const json& old) {
             frame["Data"] = json(frame["Report"]);
             frame.erase("Report");
         }
-        container["Frames"].push_back(frame);
-    }
-    return container;
+        return frame;
+    });
 }
 // The container brought to version 2; throws std::invalid_argument.
 inline json migrate(const Value& container) {

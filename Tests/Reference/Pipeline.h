@@ -1,7 +1,24 @@
 #pragma once
 #include "Tests/Reference/Recognizer.h"
+#include <functional>
 #include <set>
 namespace VeltoTouch::Reference {
+// What a callback finds in its pipeline: the same template reads this one and the one under test.
+template <class AnyPipeline>
+std::vector<std::uint64_t> stateOf(const AnyPipeline& pipeline) {
+    const auto& hand = pipeline.algs.handStats;
+    return {pipeline.lastFrameNumber,
+            pipeline.hasLastFrame,
+            pipeline.resetCount,
+            pipeline.disjointImageCount,
+            pipeline.algs.lastEventPhase,
+            hand.touching,
+            hand.holding,
+            hand.holdTimeoutMs,
+            hand.activationThreshold == 200.0f,
+            hand.enableHoldSuppression,
+            hand.enableTapSuppression};
+}
 // One call of a callback: its name, and those of the arguments that it has.
 struct Call {
     std::string name = {};
@@ -13,13 +30,14 @@ struct Call {
     std::uint32_t previousFrame = 0;
     Image image = {};
     std::vector<Event> events = {};
-    std::uint32_t resetCount = 0, lastFrameNumber = 0; // the pipeline's at that moment
+    std::vector<std::uint64_t> state = {};
 };
 
 struct Pipeline {
     // Names of the installed callbacks: those of the calls made below.
     std::set<std::string> callbacks;
     std::vector<Call> calls;
+    std::function<void(const std::string& name)> whenCalled; // may change the pipeline
     std::uint32_t lastFrameNumber = 0;
     bool hasLastFrame = false;
     std::uint32_t resetCount = 0, disjointImageCount = 0;
@@ -28,8 +46,9 @@ struct Pipeline {
         if (callbacks.count(made.name) == 0)
             return;
         calls.push_back(made);
-        calls.back().resetCount = resetCount;
-        calls.back().lastFrameNumber = lastFrameNumber;
+        calls.back().state = stateOf(*this);
+        if (whenCalled)
+            whenCalled(made.name);
     }
     void setState(std::uint64_t timestamp, const std::string& key, const Value& value) {
         call({.name = "setStateObserver", .timestamp = timestamp, .key = key, .value = value});
@@ -66,7 +85,8 @@ struct Pipeline {
         }
         hasLastFrame = true;
         lastFrameNumber = image.frameNumber;
-        handleHIDEvents(timestamp, algs.handleImage(image));
+        std::vector<Event> events = algs.handleImage(image);
+        handleHIDEvents(timestamp, events);
     }
     void handleMetadata(std::uint64_t timestamp, const std::string& key, const Value& value) {
         call({.name = "metadataHandler", .timestamp = timestamp, .key = key, .value = value});
@@ -80,7 +100,7 @@ struct Pipeline {
             return json::object({{"ResetCount", resetCount}, {"DisjointImageCount", disjointImageCount}});
         return std::nullopt;
     }
-    void handleHIDEvents(std::uint64_t timestamp, std::vector<Event> events) {
+    void handleHIDEvents(std::uint64_t timestamp, std::vector<Event>& events) {
         for (Event& event : events)
             event.timestamp = timestamp;
         if (!events.empty())

@@ -9,7 +9,8 @@ struct Event {
     std::uint32_t options = 0;
     std::uint16_t phase = 0;
     // Of digitizer events. The region travels in y; the generation count is the integer field 0x000B001B.
-    std::uint32_t transducerType = 0, index = 0, identity = 0, eventMask = 0, buttonMask = 0, generationCount = 0;
+    std::uint32_t transducerType = 0, index = 0, identity = 0, eventMask = 0, buttonMask = 0;
+    std::int64_t generationCount = 0;
     double x = 0.0, y = 0.0, z = 0.0, tipPressure = 0.0, barrelPressure = 0.0;
     bool range = false, touch = false;
     // Of vendor-defined events.

@@ -1,6 +1,6 @@
 #include "Tests/Stories/Comparison.h"
 
-#include "Plugin/Recording/PipelineRecording.h"
+#include "Plugin/Recording/RecordingCopy.h"
 #include "Tests/Reference/Container.h"
 #include "Tests/Stories/Clock.h"
 #include "Tests/Stories/Differences.h"
@@ -34,6 +34,7 @@ class Both {
 public:
     explicit Both(bool isLogged) : _seen(_ours, *_theirs.pipeline, isLogged) {
         _recording.pipeline = std::shared_ptr<PipelineInput>(&_ours, [](PipelineInput* /*owned by this*/) {});
+        storyClock().ticks = 0;
         _theirs.numerator = storyClock().timebase.numer;
         _theirs.denominator = storyClock().timebase.denom;
     }
@@ -110,6 +111,18 @@ private:
         _recording = std::move(copy);
         _theirs.play = {};
     }
+    void take(const Steps::CopySome& some) {
+        if (!_copy)
+            _copy.emplace(some.count);
+        if (!_copy->copySome(_recording, some.count))
+            return;
+        _recording = std::move(_copy->recording());
+        _copy.reset();
+        _theirs.play = {};
+        _difference = differenceOfFrames(_recording.frames(), _theirs.frames);
+    }
+    void take(const Steps::Counters& counters) { _seen.setCounters(counters.count); }
+    void take(const Steps::Batch& batch) { _difference = _seen.differenceOfStamps(nextTime(), batch.count); }
     void take(const Steps::WriteAndRead& /*write*/) {
         const Ref<Data> ours = _recording.json();
         const std::string theirs = Reference::writeContainer(_theirs);
@@ -135,9 +148,9 @@ private:
                 _difference = _seen.differenceAfterFrame();
             storyClock().pausesUs.clear();
             _theirs.sleeps.clear();
-            ++_frames;
             if (!ours.empty())
                 return;
+            ++_frames;
         }
     }
 
@@ -159,6 +172,7 @@ private:
 
     Pipeline _ours;
     PipelineRecording _recording;
+    std::optional<RecordingCopy> _copy;
     Reference::Recording _theirs = makeTheirs();
     Observed _seen;
     std::string _difference;
@@ -168,7 +182,6 @@ private:
 } // namespace
 
 Comparison compare(const Story& story) {
-    storyClock().ticks = 0;
     Both both(story.isLogged);
     Comparison comparison;
     for (std::size_t i = 0; i < story.steps.size() && comparison.difference.empty(); ++i) {
@@ -197,37 +210,52 @@ Comparison compareContainer(std::string_view text) {
     Both both(false);
     const auto count = static_cast<std::uint32_t>(theirs.size());
     both.takeOver(std::move(*ours), std::move(theirs));
-    for (const Step& step : {Step(Steps::Callbacks{0x1FF}), Step(Steps::PlayReset{}), Step(Steps::Play{1, count})}) {
+    for (const Step& step : {Step(Steps::Callbacks{0x1FF}), Step(Steps::PlayReset{}), Step(Steps::Play{1, count}),
+                             Step(Steps::WriteAndRead{})}) {
         if (difference.empty())
             difference = both.tell(step);
     }
     return {difference, both.frames()};
 }
 
-// Leaves out ever smaller stretches of steps, then shortens runs of images.
-Story shortened(Story story) {
-    const auto fails = [](const Story& shorter) { return !compare(shorter).difference.empty(); };
-    for (std::size_t length = story.steps.size(); length > 0; length /= 2) {
-        for (std::size_t at = 0; at < story.steps.size();) {
-            Story shorter = story;
-            const auto from = shorter.steps.begin() + static_cast<std::ptrdiff_t>(at);
-            shorter.steps.erase(from, from + static_cast<std::ptrdiff_t>(std::min(length, story.steps.size() - at)));
-            if (fails(shorter))
-                story = std::move(shorter);
-            else
-                at += length;
+namespace {
+
+// Leaves out ever smaller stretches of `parts` as long as `fails` says yes of what is left.
+template <class Parts, class Fails>
+void leaveOut(Parts& parts, Fails fails) {
+    for (std::size_t length = parts.size(); length > 0; length /= 2) {
+        for (std::size_t at = 0; at < parts.size();) {
+            const Parts whole = parts;
+            const auto from = parts.begin() + static_cast<std::ptrdiff_t>(at);
+            parts.erase(from, from + static_cast<std::ptrdiff_t>(std::min(length, parts.size() - at)));
+            if (fails())
+                continue;
+            parts = whole;
+            at += length;
         }
     }
+}
+
+} // namespace
+
+Story shortened(Story story) {
+    const auto fails = [&story] { return !compare(story).difference.empty(); };
+    leaveOut(story.steps, fails);
     for (std::size_t i = 0; i < story.steps.size(); ++i) {
         for (auto* images = std::get_if<Steps::Images>(&story.steps[i]); images != nullptr && images->count > 1;) {
             --images->count;
-            if (fails(story))
+            if (fails())
                 continue;
             ++images->count;
             break;
         }
     }
     return story;
+}
+
+std::string shortened(std::string container) {
+    leaveOut(container, [&container] { return !compareContainer(container).difference.empty(); });
+    return container;
 }
 
 } // namespace VeltoTouch::Tests

@@ -5,7 +5,7 @@
 #include "Tests/Support/Reports.h"
 
 #include <array>
-#include <regex>
+#include <bit>
 
 namespace VeltoTouch::Tests {
 namespace {
@@ -25,7 +25,7 @@ Reference::Event eventOf(const HIDEvent& event) {
     seen.identity = finger.identity;
     seen.eventMask = finger.eventMask;
     seen.buttonMask = finger.buttonMask;
-    seen.generationCount = static_cast<std::uint32_t>(finger.generationCount);
+    seen.generationCount = finger.generationCount;
     seen.x = finger.x;
     seen.y = finger.y;
     seen.z = finger.z;
@@ -47,8 +47,16 @@ constexpr std::array<const char*, 9> kCallbackNames{"setStateObserver",     "inp
 
 // "-nan" is "nan"; the counters' text is each one's own.
 std::string withoutChoices(const std::string& line) {
-    static const std::regex& sign = *new std::regex("-nan");
-    return std::regex_replace(line.substr(0, line.find("Event Stats ***\n")), sign, "nan");
+    std::string text = line.substr(0, line.find("Event Stats ***\n"));
+    for (std::size_t at = 0; (at = text.find("-nan", at)) != std::string::npos;)
+        text.erase(at, 1);
+    return text;
+}
+
+// As if a callback had written to its pipeline while it was asked.
+void disturb(std::uint32_t& disjointImageCount, std::uint32_t& holdTimeoutMs) {
+    ++disjointImageCount;
+    ++holdTimeoutMs;
 }
 
 } // namespace
@@ -57,11 +65,14 @@ Observed::Observed(Pipeline& ours, Reference::Pipeline& theirs, bool isLogged) :
     if (isLogged)
         _log.emplace(OS_LOG_TYPE_DEBUG);
     theirs.algs.debugLog = isLogged;
+    theirs.whenCalled = [&theirs](const std::string& name) {
+        if (name == kCallbackNames[8])
+            disturb(theirs.disjointImageCount, theirs.algs.handStats.holdTimeoutMs);
+    };
 }
 
 void Observed::add(Reference::Call call, const Ref<Value>& value) {
-    call.resetCount = _ours.resetCount;
-    call.lastFrameNumber = _ours.lastFrameNumber;
+    call.state = Reference::stateOf(_ours);
     _calls.push_back({std::move(call), value});
 }
 
@@ -107,7 +118,34 @@ void Observed::install(std::uint32_t callbacks) {
             call.events.push_back(eventOf(*event));
         add(std::move(call));
     });
-    choose(8, _ours.getStateObserver, [this](const std::string& key) { add({.name = kCallbackNames[8], .key = key}); });
+    choose(8, _ours.getStateObserver, [this](const std::string& key) {
+        add({.name = kCallbackNames[8], .key = key});
+        disturb(_ours.disjointImageCount, _ours.algs.handStats.holdTimeoutMs);
+    });
+}
+
+void Observed::setCounters(std::uint64_t count) {
+    std::array<std::uint64_t, sizeof(EventStats) / sizeof count> counts;
+    counts.fill(count);
+    _ours.algs.eventStats = std::bit_cast<EventStats>(counts);
+    for (auto* counters : {&_theirs.algs.eventStats.dispatched, &_theirs.algs.eventStats.rejected}) {
+        for (auto& [name, counter] : *counters)
+            counter = count;
+    }
+}
+
+std::string Observed::differenceOfStamps(std::uint64_t time, std::size_t count) {
+    HIDEvents ours;
+    std::vector<Reference::Event> theirs(count, Reference::Event{.kind = Reference::Event::Kind::Vendor, .usage = 1});
+    for (std::size_t i = 0; i < count; ++i)
+        ours.push_back(IOHIDEventCreateVendorDefinedEvent(nullptr, 0, 0, 1, 0, {}, 0));
+    _ours.handleHIDEvents(time, ours);
+    _theirs.handleHIDEvents(time, theirs);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (ours[i]->timeStamp != theirs[i].timestamp)
+            return "stamps of a batch";
+    }
+    return {};
 }
 
 std::string Observed::differenceAfterFrame() const {

@@ -18,9 +18,13 @@ public:
     // Installs the callbacks whose bits are set, in the order of `Pipeline`, and clears the others.
     void install(std::uint32_t callbacks);
 
+    void setCounters(std::uint64_t count); // all of the gestures' counters, of both
+
     // Each gives the name of the first thing that differs, or nothing.
     [[nodiscard]] std::string differenceAfterFrame() const; // state of recognizer and pipeline
     [[nodiscard]] std::string differenceAfterStep();        // and what the callbacks were handed since the last step
+    [[nodiscard]] std::string differenceOfStamps(std::uint64_t time,
+                                                 std::size_t count); // of a batch of that many events
     [[nodiscard]] std::string differenceOfLog() const;
 
 private:

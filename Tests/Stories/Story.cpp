@@ -9,13 +9,6 @@
 namespace VeltoTouch::Tests {
 namespace {
 
-std::string quoted(const std::string& text) {
-    std::string out;
-    for (const char c : text)
-        out += c >= ' ' && c <= '~' && c != '"' && c != '\\' ? std::string(1, c) : fmt::format("\\{:03o}", c & 0xFF);
-    return '"' + out + '"';
-}
-
 std::string textOf(const StoryValue& value) {
     if (!value)
         return "{}";
@@ -49,6 +42,11 @@ struct Printer {
     std::string operator()(const Steps::Bound& bound) const { return fmt::format("Bound{{{}}}", bound.count); }
     std::string operator()(const Steps::Sort& /*sort*/) const { return "Sort{}"; }
     std::string operator()(const Steps::Copy& /*copy*/) const { return "Copy{}"; }
+    std::string operator()(const Steps::CopySome& some) const { return fmt::format("CopySome{{{}}}", some.count); }
+    std::string operator()(const Steps::Counters& counters) const {
+        return fmt::format("Counters{{{}u}}", counters.count);
+    }
+    std::string operator()(const Steps::Batch& batch) const { return fmt::format("Batch{{{}}}", batch.count); }
     std::string operator()(const Steps::WriteAndRead& /*write*/) const { return "WriteAndRead{}"; }
     std::string operator()(const Steps::PlayReset& /*reset*/) const { return "PlayReset{}"; }
     std::string operator()(const Steps::Play& play) const {
@@ -58,6 +56,16 @@ struct Printer {
 };
 
 } // namespace
+
+std::string quoted(const std::string& text) {
+    std::string out;
+    for (const char c : text) {
+        if (c == '"' || c == '\\')
+            out += '\\';
+        out += c >= ' ' && c <= '~' ? std::string(1, c) : fmt::format("\\{:03o}", c & 0xFF);
+    }
+    return '"' + out + '"';
+}
 
 std::string textOf(const Story& story) {
     std::string text = fmt::format("{{.isLogged = {}, .steps = {{\n", story.isLogged);

@@ -53,7 +53,10 @@ struct Bound {
     std::uint64_t count = 0;
 };
 struct Sort {};
-struct Copy {};         // the recording goes on as a copy of itself
+struct Copy {};   // the recording goes on as a copy of itself
+struct CopySome { // a copy in pieces goes on by so many frames; when it is complete, the recording goes on as the copy
+    std::size_t count = 1;
+};
 struct WriteAndRead {}; // and as what is read from its container
 struct PlayReset {};
 struct Play {
@@ -61,11 +64,18 @@ struct Play {
     std::uint32_t count = 1;
 };
 
+struct Counters { // all counters of gestures are set to it
+    std::uint64_t count = 0;
+};
+struct Batch { // so many events of another's are handed out by the pipeline
+    std::size_t count = 1;
+};
+
 } // namespace Steps
 
 using Step = std::variant<Steps::Images, Steps::Report, Steps::Setting, Steps::Metadata, Steps::Read, Steps::Clock,
                           Steps::Callbacks, Steps::Bound, Steps::Sort, Steps::Copy, Steps::WriteAndRead,
-                          Steps::PlayReset, Steps::Play>;
+                          Steps::PlayReset, Steps::Play, Steps::CopySome, Steps::Counters, Steps::Batch>;
 
 struct Story {
     bool isLogged = false; // whether the recognizer's debug lines are compared too
@@ -74,5 +84,8 @@ struct Story {
 
 // The story as the lines of a test.
 [[nodiscard]] std::string textOf(const Story& story);
+
+// A string as a literal.
+[[nodiscard]] std::string quoted(const std::string& text);
 
 } // namespace VeltoTouch::Tests

@@ -50,11 +50,11 @@ constexpr std::array<double, 16> kNumbers{0,    1,     200,  150.5, 500,  0.5,  
 
 class Teller {
 public:
-    explicit Teller(Choices& choices) : _choices(choices) {}
+    Teller(Choices& choices, std::uint32_t mostImages) : _choices(choices), _mostImages(mostImages) {}
 
     Story tell(std::size_t stepCount) {
         _isHostile = _choices.oneIn(4);
-        _story.isLogged = _choices.oneIn(16);
+        _story.isLogged = _choices.oneIn(8);
         _frame = _choices.oneIn(4) ? 0x80000000U + static_cast<std::uint32_t>(_choices.below(1000)) : 0;
         _timeMs = static_cast<std::uint32_t>(_choices.oneIn(3) ? _choices.bits() : 1000);
         add(Steps::Clock{_choices.oneIn(8) ? _choices.bits() : 1'000'000'000});
@@ -70,7 +70,7 @@ private:
     void add(Step step) { _story.steps.push_back(std::move(step)); }
 
     void tellNext() {
-        switch (_choices.below(24)) {
+        switch (_choices.below(25)) {
         case 0:
             return add(Steps::Setting{settingKey(), value()});
         case 1:
@@ -88,7 +88,9 @@ private:
         case 7:
             return jump();
         case 8:
+            return tellOfCounts();
         case 9:
+        case 10:
             return idle(1 + static_cast<std::uint32_t>(_choices.below(120)));
         default:
             return touch();
@@ -107,6 +109,11 @@ private:
                 contact = &_choices.oneOf(kContacts);
             if (_choices.oneIn(16))
                 add(Steps::Setting{settingKey(), usualValue()});
+            if (_choices.oneIn(8)) {
+                const std::size_t either = _choices.below(2);
+                _isSuppressing.at(either) = !_isSuppressing.at(either);
+                add(Steps::Setting{std::string(kSettingKeys.at(either)), json(_isSuppressing.at(either))});
+            }
         }
         if (!_choices.oneIn(8))
             idle(1 + static_cast<std::uint32_t>(_choices.below(_choices.oneIn(3) ? 100 : 4)));
@@ -132,10 +139,15 @@ private:
 
     void idle(std::uint32_t count) { images(_choices.oneIn(6) ? signalsOf(kContacts.back(), 1) : Signals{}, count); }
 
+    // A story of few images makes up for them by greater steps of time.
     void images(const Signals& signals, std::uint32_t count) {
-        const std::array<std::uint32_t, 8> timeSteps{10, 10, 10, 10, 10, 1, 0, _isHostile ? 0U - 10 : 33};
+        const bool isBrief = _mostImages < 16;
+        const std::uint32_t last = _isHostile ? 0U - 10 : 33;
+        const std::array<std::uint32_t, 8> usual{10, 10, 10, 10, 10, 1, 0, last};
+        const std::array<std::uint32_t, 8> great{10, 10, 60, 130, 280, 1, 0, last};
+        count = 1 + (count - 1) % _mostImages;
         const Steps::Images step{
-            _frame, _timeMs, signals, count, _choices.oneIn(64) ? 0U : 1U, _choices.oneOf(timeSteps)};
+            _frame, _timeMs, signals, count, _choices.oneIn(64) ? 0U : 1U, _choices.oneOf(isBrief ? great : usual)};
         _frame += count * step.frameStep;
         _timeMs += count * step.timeStepMs;
         add(step);
@@ -159,10 +171,17 @@ private:
         }
     }
 
+    void tellOfCounts() {
+        const std::array<std::uint64_t, 4> counts{0, UINT32_MAX, UINT64_C(1) << 40, UINT64_MAX};
+        if (_choices.oneIn(2))
+            return add(Steps::Counters{_choices.oneOf(counts)});
+        add(Steps::Batch{_choices.below(3)});
+    }
+
     void tellOfRecording() {
         const std::array<float, 8> speeds{
             1, 2, 0.5F, 0, -1, std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), 1e-30F};
-        switch (_choices.below(8)) {
+        switch (_choices.below(12)) {
         case 0:
             return add(Steps::Bound{_choices.below(40)});
         case 1:
@@ -175,6 +194,11 @@ private:
             return add(Steps::Callbacks{static_cast<std::uint32_t>(_choices.bits()) & 0x1FF});
         case 5:
             return add(Steps::Play{_choices.oneOf(speeds), 1});
+        case 6:
+        case 7:
+        case 8:
+        case 9:
+            return add(Steps::CopySome{1 + _choices.below(30)});
         default:
             add(Steps::PlayReset{});
             add(Steps::Play{_choices.oneOf(speeds), static_cast<std::uint32_t>(1 + _choices.below(100))});
@@ -238,7 +262,9 @@ private:
     }
 
     Choices& _choices;
+    const std::uint32_t _mostImages;
     Story _story;
+    std::array<bool, 2> _isSuppressing{true, true}; // holds, taps
     bool _isHostile = false;
     std::uint32_t _frame = 0;
     std::uint32_t _timeMs = 0;
@@ -246,6 +272,8 @@ private:
 
 } // namespace
 
-Story tellStory(Choices& choices, std::size_t stepCount) { return Teller(choices).tell(stepCount); }
+Story tellStory(Choices& choices, std::size_t stepCount, std::uint32_t mostImages) {
+    return Teller(choices, mostImages).tell(stepCount);
+}
 
 } // namespace VeltoTouch::Tests
