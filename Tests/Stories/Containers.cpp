@@ -91,7 +91,8 @@ private:
     }
 
     std::string object(std::vector<std::string> members) {
-        std::ranges::rotate(members, members.begin() + static_cast<std::ptrdiff_t>(_choices.below(members.size())));
+        const auto first = static_cast<std::ptrdiff_t>(_choices.below(members.size()));
+        std::rotate(members.begin(), members.begin() + first, members.end());
         if (rarely(24))
             members.erase(members.begin());
         if (rarely(24) && !members.empty())
