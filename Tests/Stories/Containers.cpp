@@ -75,9 +75,13 @@ private:
         const std::string time = member("Timestamp", std::to_string(_choices.oneIn(4) ? _choices.bits() : _time += 10));
         if (_version == 0)
             return object({time, member("ReportData", reportText())});
-        if (_choices.oneIn(2))
-            return object(
-                {member("Type", R"("InputReport")"), time, member(_version == 1 ? "Report" : "Data", reportText())});
+        if (_choices.oneIn(2)) {
+            std::vector<std::string> members{member("Type", R"("InputReport")"), time,
+                                             member(_version == 1 ? "Report" : "Data", reportText())};
+            if (rarely(8))
+                members.push_back(member(_version == 1 ? "Data" : "Report", reportText()));
+            return object(std::move(members));
+        }
         std::vector<std::string> members{
             member("Type", _choices.oneIn(2) ? R"("State")" : R"("Metadata")"), time,
             member("Key", _choices.oneIn(2) ? R"("Algs.HoldTimeoutMilliseconds")" : R"("k")")};

@@ -178,6 +178,30 @@ private:
         add(Steps::Batch{_choices.below(3)});
     }
 
+    // Between the pieces the recording is changed.
+    void copyInPieces() {
+        if (_choices.oneIn(2)) { // out of order
+            add(Steps::Clock{_choices.below(2'000'000'000)});
+            add(Steps::Metadata{"Accel", value()});
+        }
+        for (std::uint64_t pieces = 1 + _choices.below(4); pieces != 0; --pieces) {
+            add(Steps::CopySome{1 + _choices.below(_choices.oneIn(4) ? 2000 : 30)});
+            switch (_choices.below(6)) {
+            case 0:
+                add(Steps::Sort{});
+                break;
+            case 1:
+                add(Steps::Bound{1 + _choices.below(20)});
+                break;
+            case 2:
+                add(Steps::Copy{});
+                break;
+            default:
+                idle(1);
+            }
+        }
+    }
+
     void tellOfRecording() {
         const std::array<float, 8> speeds{
             1, 2, 0.5F, 0, -1, std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), 1e-30F};
@@ -198,7 +222,7 @@ private:
         case 7:
         case 8:
         case 9:
-            return add(Steps::CopySome{1 + _choices.below(30)});
+            return copyInPieces();
         default:
             add(Steps::PlayReset{});
             add(Steps::Play{_choices.oneOf(speeds), static_cast<std::uint32_t>(1 + _choices.below(100))});
