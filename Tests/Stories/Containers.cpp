@@ -55,22 +55,28 @@ public:
 
     std::string tell() {
         _version = _choices.below(3);
-        _isDamaged = !_choices.oneIn(4);
+        _damage = _choices.below(4);
         std::vector<std::string> frames(_choices.below(6));
         std::ranges::generate(frames, [this] { return frame(); });
-        std::string text = object({member("Version", rarely(8) ? any() : std::to_string(_version)),
+        std::string text = object({member("Version", isDamaged(4) ? any() : std::to_string(_version)),
                                    member(_version == 0 ? "Reports" : "Frames", '[' + joined(frames) + ']')});
-        for (std::uint64_t wounds = rarely(3) ? 1 + _choices.below(3) : 0; wounds != 0; --wounds)
+        for (std::uint64_t wounds = isDamaged(3) ? 1 + _choices.below(3) : 0; wounds != 0; --wounds)
             wound(text);
         return text;
     }
 
 private:
-    bool rarely(std::uint64_t count) { return _isDamaged && _choices.oneIn(count); }
+    // Few in a container: the first fault hides those behind it.
+    bool isDamaged(std::uint64_t oneIn) {
+        if (_damage == 0 || !_choices.oneIn(oneIn))
+            return false;
+        --_damage;
+        return true;
+    }
     std::string any() { return std::string(_choices.oneOf(kValues)); }
 
     std::string frame() {
-        if (rarely(24))
+        if (isDamaged(12))
             return any();
         const std::string time = member("Timestamp", std::to_string(_choices.oneIn(4) ? _choices.bits() : _time += 10));
         if (_version == 0)
@@ -78,7 +84,7 @@ private:
         if (_choices.oneIn(2)) {
             std::vector<std::string> members{member("Type", R"("InputReport")"), time,
                                              member(_version == 1 ? "Report" : "Data", reportText())};
-            if (rarely(8))
+            if (isDamaged(8))
                 members.push_back(member(_version == 1 ? "Data" : "Report", reportText()));
             return object(std::move(members));
         }
@@ -91,15 +97,15 @@ private:
     }
 
     std::string member(std::string_view name, const std::string& value) {
-        return fmt::format(R"("{}":{})", rarely(48) ? _choices.oneOf(kNames) : name, rarely(32) ? any() : value);
+        return fmt::format(R"("{}":{})", isDamaged(16) ? _choices.oneOf(kNames) : name, isDamaged(10) ? any() : value);
     }
 
     std::string object(std::vector<std::string> members) {
         const auto first = static_cast<std::ptrdiff_t>(_choices.below(members.size()));
         std::rotate(members.begin(), members.begin() + first, members.end());
-        if (rarely(24))
+        if (isDamaged(12))
             members.erase(members.begin());
-        if (rarely(24) && !members.empty())
+        if (isDamaged(12) && !members.empty())
             members.insert(members.end(), {member("Value", any()), members.front()});
         return '{' + joined(members) + '}';
     }
@@ -112,7 +118,7 @@ private:
         std::string text;
         for (std::uint64_t count = _choices.below(12); count != 0; --count)
             text +=
-                rarely(32) ? std::string(_choices.oneOf(kNumberTexts)) : fmt::format("{:02x} ", _choices.below(256));
+                isDamaged(24) ? std::string(_choices.oneOf(kNumberTexts)) : fmt::format("{:02x} ", _choices.below(256));
         return '"' + text + '"';
     }
 
@@ -143,7 +149,7 @@ private:
     Choices& _choices;
     std::uint64_t _version = 2;
     std::uint64_t _time = 0;
-    bool _isDamaged = false;
+    std::uint64_t _damage = 0; // how much more of it at most
 };
 
 } // namespace

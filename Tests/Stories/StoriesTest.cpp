@@ -22,7 +22,7 @@ std::uint64_t chosen(const char* variable, std::uint64_t usual) {
 }
 const std::uint64_t kSeed = chosen("VELTO_STORY_SEED", 1);
 const std::uint64_t kFrames = chosen("VELTO_STORY_FRAMES", 60'000);
-constexpr int kContainersPerStory = 10;
+constexpr int kContainersPerStory = 30;
 const std::uint64_t kSeconds = chosen("VELTO_STORY_SECONDS", 0);
 
 [[noreturn]] void fail(const std::string& text) {
