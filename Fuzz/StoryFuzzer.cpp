@@ -34,6 +34,9 @@ void requireSameContainer(Choices& choices) {
 
 } // namespace
 
+// Long stacks of every allocation take longer than a frame.
+extern "C" const char* __asan_default_options() { return "malloc_context_size=4"; }
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     Choices choices({bytes, size});
     if (choices.oneIn(4))

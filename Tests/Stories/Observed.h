@@ -4,6 +4,7 @@
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Tests/Reference/Pipeline.h"
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,12 +34,14 @@ private:
         Reference::Call call;
         Ref<Value> value;
     };
+    [[nodiscard]] std::string differenceOfCounters();
     void add(Reference::Call call, const Ref<Value>& value = nullptr);
 
     Pipeline& _ours;
     Reference::Pipeline& _theirs;
     std::optional<LogCapture> _log;
     std::vector<Call> _calls;
+    std::array<std::uint64_t, 2> _sumsOfCounters{}; // ours and theirs, when they were last compared
 };
 
 } // namespace VeltoTouch::Tests
