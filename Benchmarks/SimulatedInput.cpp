@@ -1,6 +1,6 @@
 #include "Benchmarks/SimulatedInput.h"
 
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Surface/Scripts.h"
 #include "Velto/Surface/Simulation.h"
 

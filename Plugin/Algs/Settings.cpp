@@ -1,8 +1,8 @@
 #include "Plugin/Algs/Settings.h"
 
 #include "Plugin/Algs/Algs.h"
+#include "Plugin/Shared/KeyDomain.h"
 #include "Plugin/Shared/Overloaded.h"
-#include "Plugin/Shared/Util.h"
 
 #include <sstream>
 

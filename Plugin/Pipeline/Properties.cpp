@@ -1,7 +1,7 @@
 #include "Plugin/Pipeline/Properties.h"
 
+#include "Plugin/Shared/KeyDomain.h"
 #include "Plugin/Shared/Overloaded.h"
-#include "Plugin/Shared/Util.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/HexText.h"
 
 #include <array>
 #include <cstring>

@@ -1,4 +1,7 @@
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
+#include "Plugin/Shared/HexText.h"
+#include "Plugin/Shared/ImageText.h"
+#include "Plugin/Shared/KeyDomain.h"
 
 #include <limits>
 #include <locale>

@@ -1,4 +1,4 @@
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ImageText.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Replay.h"
 #include "Velto/Options/Numbers.h"

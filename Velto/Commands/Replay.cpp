@@ -2,7 +2,8 @@
 
 #include "Platform/Clock.h"
 #include "Plugin/Pipeline/Properties.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
+#include "Plugin/Shared/KeyDomain.h"
 #include "Velto/Output/Progress.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "Platform/Clock.h"
 #include "Plugin/Recording/PipelineRecording.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Commands/RunOutput.h"

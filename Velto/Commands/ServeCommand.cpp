@@ -1,4 +1,4 @@
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Daemon/Bus/TouchObject.h"

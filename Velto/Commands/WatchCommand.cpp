@@ -1,5 +1,5 @@
 #include "Platform/Clock.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Signals.h"
 #include "Velto/Daemon/Bus/Client.h"

@@ -2,7 +2,7 @@
 
 #include "Platform/Clock.h"
 #include "Platform/Linux/ReportDescriptor.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Surface/ReportDescriptor.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "Velto/Surface/SimulatedAccelerometer.h"
 
 #include "Platform/Clock.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Surface/Random.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "Velto/Surface/SimulatedRecording.h"
 
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
 
 #include <stdexcept>
 #include <string>

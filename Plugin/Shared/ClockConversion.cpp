@@ -1,4 +1,4 @@
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/ClockConversion.h"
 
 #include "Platform/Clock.h"
 
@@ -22,14 +22,6 @@ std::uint64_t machTimeFromNanoseconds(std::uint64_t nanoseconds) noexcept {
 
 std::uint64_t nanosecondsFromMachTime(std::uint64_t ticks) noexcept {
     return scaledTime(ticks, timebase().numer, timebase().denom);
-}
-
-bool stripDomainFromKey(std::string& key, std::string_view domain) noexcept {
-    const std::size_t prefixLength = domain.size() + 1;
-    if (key.size() < prefixLength || key[domain.size()] != '.' || !key.starts_with(domain))
-        return false;
-    key.erase(0, prefixLength);
-    return true;
 }
 
 } // namespace VeltoTouch::Util
