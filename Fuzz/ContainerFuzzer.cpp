@@ -1,5 +1,6 @@
 #include "Fuzz/Require.h"
 #include "Plugin/Recording/Damage.h"
+#include "Plugin/Recording/JSONDocument.h"
 #include "Tests/Support/Frames.h"
 
 #include <optional>

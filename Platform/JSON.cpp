@@ -1,69 +1,14 @@
 #include "Platform/JSON.h"
 
-#include "Platform/JSONExaminer.h"
+#include "Platform/JSONParser.h"
 #include "Platform/UTF8.h"
 
-#include <bit>
+#include <array>
 #include <charconv>
 #include <cmath>
-#include <new>
-#include <stdexcept>
-
-#include <simdjson.h>
 
 namespace VeltoTouch::JSON {
 namespace {
-
-namespace dom = simdjson::dom;
-
-static_assert(Data::kPadding >= simdjson::SIMDJSON_PADDING, "the parser reads this far beyond the text");
-
-// The parser's element, object iterator and array iterator are each a document and a position in it;
-// our elements keep those two and become the parser's own again here.
-struct Place {
-    const void* document;
-    std::size_t position;
-};
-
-template <class T>
-T fromPlace(const void* document, std::size_t position) noexcept {
-    return std::bit_cast<T>(Place{.document = document, .position = position});
-}
-
-template <class T>
-Place toPlace(const T& handle) noexcept {
-    return std::bit_cast<Place>(handle);
-}
-
-Ref<Value> makeValue(dom::element element) {
-    switch (element.type()) {
-    case dom::element_type::ARRAY: {
-        std::vector<Ref<Value>> elements;
-        for (const dom::element item : dom::array(element))
-            elements.push_back(makeValue(item));
-        return makeRef<Array>(std::move(elements));
-    }
-    case dom::element_type::OBJECT: {
-        std::vector<Dictionary::Entry> entries;
-        for (const dom::key_value_pair member : dom::object(element))
-            entries.push_back({.key = std::string(member.key), .value = makeValue(member.value)});
-        return makeRef<Dictionary>(std::move(entries));
-    }
-    case dom::element_type::INT64:
-        return Number::withLongLong(std::int64_t(element));
-    case dom::element_type::UINT64:
-        return Number::withUnsignedLong(std::uint64_t(element));
-    case dom::element_type::DOUBLE:
-        return Number::withDouble(double(element));
-    case dom::element_type::STRING:
-        return makeRef<String>(std::string(std::string_view(element)));
-    case dom::element_type::BOOL:
-        return Number::withBool(bool(element));
-    case dom::element_type::NULL_VALUE:
-        return makeRef<Null>();
-    }
-    return nullptr;
-}
 
 void appendControl(std::string& text, char control) {
     static constexpr std::string_view kDigits = "0123456789abcdef";
@@ -191,114 +136,9 @@ private:
 
 } // namespace
 
-struct Document::Parsed {
-    // False for what the parser refuses.
-    bool parse(const Data& text) {
-        const std::string_view bytes = text.bytes();
-        const auto result = parser.parse(bytes.data(), bytes.size(), false).get(root);
-        if (result == simdjson::MEMALLOC)
-            throw std::bad_alloc();
-        if (result == simdjson::CAPACITY)
-            throw std::runtime_error("4 GiB or larger");
-        return isValid = result == simdjson::SUCCESS;
-    }
-
-    dom::parser parser;
-    dom::element root;
-    bool isValid = false;
-    std::optional<Fault> fault;
-};
-
-Document::Document(const Data& text) : _parsed(std::make_unique<Parsed>()) {
-    if (_parsed->parse(text))
-        return;
-    Examination examination = examine(text.bytes());
-    _parsed->fault = examination.fault;
-    if (!examination.fault)
-        _parsed->parse(*makeRef<Data>(std::move(examination.readableText)));
-}
-
-Document::~Document() = default;
-
-const std::optional<Fault>& Document::fault() const noexcept { return _parsed->fault; }
-
-Element Document::root() const noexcept {
-    if (!_parsed->isValid)
-        return {};
-    const Place place = toPlace(_parsed->root);
-    return {place.document, place.position};
-}
-
-bool Element::isDictionary() const noexcept {
-    return isPresent() && fromPlace<dom::element>(_document, _position).is_object();
-}
-
-bool Element::isArray() const noexcept {
-    return isPresent() && fromPlace<dom::element>(_document, _position).is_array();
-}
-
-std::optional<std::string_view> Element::string() const noexcept {
-    std::string_view text;
-    if (!isPresent() || fromPlace<dom::element>(_document, _position).get(text) != simdjson::SUCCESS)
-        return std::nullopt;
-    return text;
-}
-
-std::optional<std::uint64_t> Element::unsignedNumber() const noexcept {
-    if (!isPresent())
-        return std::nullopt;
-    const auto element = fromPlace<dom::element>(_document, _position);
-    switch (element.type()) {
-    case dom::element_type::INT64:
-        return static_cast<std::uint64_t>(element.get_int64().value_unsafe());
-    case dom::element_type::UINT64:
-        return element.get_uint64().value_unsafe();
-    case dom::element_type::DOUBLE:
-        return unsignedReading(element.get_double().value_unsafe());
-    default:
-        return std::nullopt;
-    }
-}
-
-Ref<Value> Element::value() const {
-    return isPresent() ? makeValue(fromPlace<dom::element>(_document, _position)) : nullptr;
-}
-
-void Element::findMembers(const std::string_view* names, Element* found, std::size_t count) const noexcept {
-    dom::object object;
-    if (!isPresent() || fromPlace<dom::element>(_document, _position).get(object) != simdjson::SUCCESS)
-        return;
-    for (auto member = object.begin(); member != object.end(); ++member) {
-        const std::string_view key = member.key();
-        for (std::size_t i = 0; i < count; ++i) {
-            if (names[i] != key)
-                continue;
-            const Place place = toPlace(member.value());
-            found[i] = Element(place.document, place.position);
-            break;
-        }
-    }
-}
-
-Element::Elements Element::elements() const noexcept {
-    dom::array array;
-    if (!isPresent() || fromPlace<dom::element>(_document, _position).get(array) != simdjson::SUCCESS)
-        return {Element(), Element()};
-    const Place first = toPlace(array.begin());
-    const Place last = toPlace(array.end());
-    return {Element(first.document, first.position), Element(last.document, last.position)};
-}
-
-Element::Elements::Iterator& Element::Elements::Iterator::operator++() noexcept {
-    auto iterator = fromPlace<dom::array::iterator>(_element._document, _element._position);
-    const Place next = toPlace(++iterator);
-    _element = Element(next.document, next.position);
-    return *this;
-}
-
 Ref<Value> parse(std::string_view text) {
-    const Document document(*makeRef<Data>(std::string(text)));
-    return document.root().value();
+    const ParsedText parsed(*makeRef<Data>(std::string(text)));
+    return parsed.isValid ? valueOf(parsed.root) : nullptr;
 }
 
 void append(std::string& text, const Value* value) { Writer(text, false).write(value); }

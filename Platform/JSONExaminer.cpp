@@ -1,6 +1,7 @@
 #include "Platform/JSONExaminer.h"
 
 #include "Platform/UTF8.h"
+#include "Platform/Value.h"
 
 #include <simdjson.h>
 

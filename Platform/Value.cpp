@@ -5,8 +5,6 @@
 #include <limits>
 #include <stdexcept>
 
-#include <sys/mman.h>
-
 namespace VeltoTouch {
 namespace {
 
@@ -120,18 +118,6 @@ Ref<Value> Dictionary::value(std::string_view key) const noexcept {
 }
 
 Data::Data(std::string bytes) : Value(kKind), _bytes(std::move(bytes)) { _bytes.reserve(_bytes.size() + kPadding); }
-
-std::string Data::roomFor(std::size_t size) {
-    static constexpr std::uintptr_t kLargePage = std::uintptr_t{2} << 20U;
-    std::string room;
-    room.reserve(size + kPadding);
-    const auto start = reinterpret_cast<std::uintptr_t>(room.data());
-    const std::uintptr_t end = start + room.capacity();
-    const std::uintptr_t firstPage = (start + kLargePage - 1) / kLargePage * kLargePage;
-    if (firstPage < end)
-        ::madvise(reinterpret_cast<void*>(firstPage), end - firstPage, MADV_HUGEPAGE); // a hint; it may be refused
-    return room;
-}
 
 bool Value::isEqual(const Object& other) const noexcept {
     const auto* value = dynamic_cast<const Value*>(&other);

@@ -149,10 +149,6 @@ public:
     static constexpr std::size_t kPadding = 64;
     explicit Data(std::string bytes);
 
-    // An empty string with room for so many bytes and the padding, to be filled and made a Data. The kernel may back a
-    // large one with large pages: to take small ones costs more than to write to them.
-    [[nodiscard]] static std::string roomFor(std::size_t size);
-
     [[nodiscard]] std::string_view bytes() const noexcept { return _bytes; }
 
 private:

@@ -1,6 +1,6 @@
 #include "Plugin/Pipeline/Pipeline.h"
 
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/KeyDomain.h"
 
 #include <utility>
 
@@ -12,7 +12,7 @@ constexpr std::string_view kDebugInfo = "DebugInfo";
 
 // Calls a callback if there is one.
 template <class... Parameters, class... Arguments>
-void tell(const std::function<void(Parameters...)>& callback, Arguments&&... arguments) {
+void notify(const std::function<void(Parameters...)>& callback, Arguments&&... arguments) {
     if (callback)
         callback(std::forward<Arguments>(arguments)...);
 }
@@ -20,24 +20,24 @@ void tell(const std::function<void(Parameters...)>& callback, Arguments&&... arg
 } // namespace
 
 void Pipeline::setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept {
-    tell(setStateObserver, timestamp, key, value);
+    notify(setStateObserver, timestamp, key, value);
     std::string rest = key;
     if (Util::stripDomainFromKey(rest, kAlgsDomain))
         algs.setState(rest, value);
 }
 
 void Pipeline::handleInputReport(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length) noexcept {
-    tell(inputReportObserver, timestamp, report, length);
+    notify(inputReportObserver, timestamp, report, length);
     if (const auto event = InputReport::FirmwareEvent::parse(report, length))
         handleFirmwareEvent(timestamp, *event);
     else if (const auto image = InputReport::Image::parse(report, length))
         handleImage(timestamp, *image);
     else
-        tell(invalidReportHandler, timestamp, report, length);
+        notify(invalidReportHandler, timestamp, report, length);
 }
 
 void Pipeline::handleFirmwareEvent(std::uint64_t timestamp, const InputReport::FirmwareEvent& event) {
-    tell(firmwareEventHandler, timestamp, event);
+    notify(firmwareEventHandler, timestamp, event);
     if (event.event != InputReport::FirmwareEvent::kReset)
         return;
     ++resetCount;
@@ -47,10 +47,10 @@ void Pipeline::handleFirmwareEvent(std::uint64_t timestamp, const InputReport::F
 }
 
 void Pipeline::handleImage(std::uint64_t timestamp, const InputReport::Image& image) {
-    tell(imageHandler, timestamp, image);
+    notify(imageHandler, timestamp, image);
     if (hasLastFrame && image.frameNumber != lastFrameNumber + 1) { // wraps with the device's counter
         ++disjointImageCount;
-        tell(disjointImageHandler, timestamp, lastFrameNumber, image);
+        notify(disjointImageHandler, timestamp, lastFrameNumber, image);
     }
     hasLastFrame = true;
     lastFrameNumber = image.frameNumber;
@@ -58,18 +58,18 @@ void Pipeline::handleImage(std::uint64_t timestamp, const InputReport::Image& im
 }
 
 void Pipeline::handleMetadata(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept {
-    tell(metadataHandler, timestamp, key, value);
+    notify(metadataHandler, timestamp, key, value);
 }
 
 void Pipeline::handleHIDEvents(std::uint64_t timestamp, const HIDEvents& events) {
     for (const Ref<HIDEvent>& event : events)
         IOHIDEventSetTimeStamp(event.get(), timestamp);
     if (!events.empty())
-        tell(hidEventsHandler, timestamp, events);
+        notify(hidEventsHandler, timestamp, events);
 }
 
 Ref<Value> Pipeline::getState(const std::string& key) noexcept {
-    tell(getStateObserver, key);
+    notify(getStateObserver, key);
     std::string rest = key;
     if (Util::stripDomainFromKey(rest, kAlgsDomain))
         return algs.getState(rest);

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "Platform/JSON.h"
 #include "Plugin/Recording/Damage.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <stdexcept>
 #include <string_view>
 
@@ -36,50 +35,7 @@ constexpr std::string_view kStateType = "State";
 constexpr std::string_view kInputReportType = "InputReport";
 constexpr std::string_view kMetadataType = "Metadata";
 
-// A value tree that answers the same questions as a JSON::Element, so that one reader serves both.
-class ValueNode {
-public:
-    ValueNode() noexcept = default;
-    explicit ValueNode(const Value* value) noexcept : _value(value) {}
-
-    [[nodiscard]] bool isPresent() const noexcept { return _value != nullptr; }
-    [[nodiscard]] bool isDictionary() const noexcept { return as<Dictionary>(_value) != nullptr; }
-    [[nodiscard]] bool isArray() const noexcept { return as<Array>(_value) != nullptr; }
-    [[nodiscard]] std::optional<std::string_view> string() const noexcept {
-        const auto* string = as<String>(_value);
-        return string != nullptr ? std::optional<std::string_view>(string->text()) : std::nullopt;
-    }
-    [[nodiscard]] std::optional<std::uint64_t> unsignedNumber() const noexcept {
-        const auto* number = as<Number>(_value);
-        return number != nullptr && !number->isBool() ? std::optional(number->unsignedLongLongValue()) : std::nullopt;
-    }
-    [[nodiscard]] Ref<Value> value() const noexcept { return Ref<Value>::retained(const_cast<Value*>(_value)); }
-
-    template <std::size_t Count>
-    [[nodiscard]] std::array<ValueNode, Count> members(const std::array<std::string_view, Count>& names) const {
-        std::array<ValueNode, Count> found;
-        if (const auto* dictionary = as<Dictionary>(_value)) {
-            for (std::size_t i = 0; i < Count; ++i)
-                found[i] = ValueNode(dictionary->find(names[i]));
-        }
-        return found;
-    }
-
-    // The elements of an array; none where it is no array.
-    [[nodiscard]] std::vector<ValueNode> elements() const {
-        std::vector<ValueNode> nodes;
-        if (const auto* array = as<Array>(_value)) {
-            for (const Ref<Value>& element : array->elements())
-                nodes.emplace_back(element.get());
-        }
-        return nodes;
-    }
-
-private:
-    const Value* _value = nullptr;
-};
-
-// The version of a container. Throws where there is none.
+// Returns the version of a container. Throws std::invalid_argument if it has none.
 template <class Node>
 [[nodiscard]] std::uint64_t versionOf(const Node& container) {
     if (!container.isDictionary())
@@ -90,8 +46,8 @@ template <class Node>
     throw std::invalid_argument("invalid version");
 }
 
-// Handles each element of the list called `name`. The elements must be objects, in every version; an exception gets the
-// number of the element as its place.
+// Calls `handle` for each element of the list called `name`. The elements must be objects, in every version. Adds the
+// number of the element, as the place, to a std::invalid_argument.
 template <class Nodes, class Handle>
 void forEachFrame(std::string_view name, const Nodes& nodes, Handle handle) {
     std::size_t number = 0;

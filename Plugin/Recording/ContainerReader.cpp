@@ -1,8 +1,15 @@
-#include "Plugin/Recording/ContainerFormat.h"
-#include "Plugin/Recording/ContainerScanner.h"
-#include "Plugin/Recording/FrameReader.h"
-#include "Plugin/Recording/PipelineRecording.h"
+#include "Plugin/Recording/ContainerReader.h"
 
+#include "Plugin/Recording/ContainerFormat.h"
+#include "Plugin/Recording/ContainerMigration.h"
+#include "Plugin/Recording/ContainerScanner.h"
+#include "Plugin/Recording/Damage.h"
+#include "Plugin/Recording/FrameReader.h"
+#include "Plugin/Recording/JSONDocument.h"
+#include "Plugin/Recording/ValueNode.h"
+
+#include <array>
+#include <stdexcept>
 #include <string>
 
 // A container in its usual form is scanned. Otherwise the parser decides: a container of the current version is read
@@ -46,25 +53,24 @@ void requireJSON(const JSON::Document& document) {
 
 } // namespace
 
-PipelineRecording::PipelineRecording(const Data* container) {
-    if (container == nullptr)
-        throw std::invalid_argument("json not supplied");
-    if (auto frames = scanContainer(container->bytes())) {
-        _frames = *std::move(frames);
-        return;
-    }
-    const JSON::Document document(*container);
+std::list<Frame> readContainer(const Data& container) {
+    if (auto frames = scanContainer(container.bytes()))
+        return *std::move(frames);
+    const JSON::Document document(container);
     const JSON::Element root = document.root();
     const std::uint64_t version = asMigration([&] {
         requireJSON(document);
         return versionOf(root);
     });
-    if (version == kCurrentVersion) {
-        _frames = readFrames(root, kFrames);
-    } else {
-        const Ref<Value> migrated = asMigration([&] { return migrateSerializedContainer(root.value()); });
-        _frames = readFrames(ValueNode(migrated.get()), version == 0 ? kReports : kFrames);
-    }
+    if (version == kCurrentVersion)
+        return readFrames(root, kFrames);
+    const Ref<Value> migrated = asMigration([&] { return migrateContainer(root.value()); });
+    return readFrames(ValueNode(migrated.get()), version == 0 ? kReports : kFrames);
+}
+
+std::uint64_t versionOfContainer(const Data& container) {
+    const JSON::Document document(container);
+    return versionOf(document.root());
 }
 
 } // namespace VeltoTouch

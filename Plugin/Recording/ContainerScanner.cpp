@@ -3,7 +3,8 @@
 #include "Platform/JSON.h"
 #include "Plugin/Recording/ContainerFormat.h"
 #include "Plugin/Recording/FrameReader.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Recording/ValueNode.h"
+#include "Plugin/Shared/HexText.h"
 
 #include <charconv>
 #include <exception>
@@ -16,8 +17,8 @@ using namespace Container;
 // Deeper values are left to the parser, which has its own bound.
 constexpr int kDeepestValue = 256;
 
-// A place in the text. Each `take...` moves behind what it takes, or says no; then nobody knows where it stands, and
-// whoever asked must say no as well.
+// A place in the text. Each `take...` moves behind what it takes, or fails; then the place is undefined, and the caller
+// fails too.
 class Cursor {
 public:
     explicit Cursor(std::string_view text) noexcept : _at(text.data()), _end(text.data() + text.size()) {}
@@ -181,7 +182,7 @@ std::optional<std::list<Frame>> scanContainer(std::string_view text) {
         if (takeContainer(cursor, frames))
             return frames;
     } catch (const std::exception&) {
-        // A frame that is not right: what is told of it may depend on what follows.
+        // A wrong frame: which fault is reported may depend on what follows.
     }
     return std::nullopt;
 }

@@ -1,10 +1,13 @@
+#include "Plugin/Recording/ContainerWriter.h"
+
+#include "Platform/JSON.h"
 #include "Plugin/Recording/ContainerFormat.h"
-#include "Plugin/Recording/PipelineRecording.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Recording/LargeText.h"
+#include "Plugin/Shared/HexText.h"
 
 #include <array>
 #include <charconv>
-#include <string>
+#include <string_view>
 
 namespace VeltoTouch {
 namespace {
@@ -61,18 +64,15 @@ void appendFrameText(std::string& text, const Frame& frame) {
 
 } // namespace
 
-Ref<Data> PipelineRecording::json() noexcept {
-    if (_maxFrameCount != 0)
-        trimFrames(_maxFrameCount);
-    sortFrames();
-    std::string text = Data::roomFor(kUsualFrameLength * (_frames.size() + 1));
+std::string writeContainer(const std::list<Frame>& frames) {
+    std::string text = roomForText(kUsualFrameLength * (frames.size() + 1));
     text += R"({"Frames":[)";
-    for (const Frame& frame : _frames)
+    for (const Frame& frame : frames)
         appendFrameText(text, frame);
     if (text.back() == ',')
         text.pop_back();
     text += R"(],"Version":2})";
-    return makeRef<Data>(std::move(text));
+    return text;
 }
 
 } // namespace VeltoTouch

@@ -6,8 +6,8 @@
 
 namespace VeltoTouch {
 
-// Where a container is damaged. Travels beside an exception's message: what readers and migration throw is an exception
-// of the standard library and, if the place is known, a Damage too.
+// Where a container is damaged. What reader and migration throw is an exception of the standard library and, if the
+// place is known, a Damage too.
 class Damage {
 public:
     // "Frames[2]", or for text that is no JSON "byte 7: expected a value".
@@ -28,7 +28,7 @@ public:
     PlacedError(const std::string& message, std::string place) : Error(message), Damage(std::move(place)) {}
 };
 
-// The place of what was thrown, null where none is known.
+// Returns the place of what was thrown, null if none is known.
 [[nodiscard]] inline const std::string* placeOf(const std::exception& error) noexcept {
     const auto* damage = dynamic_cast<const Damage*>(&error);
     return damage != nullptr ? &damage->place() : nullptr;

@@ -2,13 +2,13 @@
 
 #include "Plugin/Recording/ContainerFormat.h"
 #include "Plugin/Recording/Frame.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/HexText.h"
 
 #include <stdexcept>
 
 namespace VeltoTouch::Container {
 
-// What is wanted, or std::invalid_argument.
+// Returns the value. Throws std::invalid_argument if it is absent.
 template <class T>
 const T& require(const std::optional<T>& wanted, const char* messageWithoutIt) {
     if (!wanted)
@@ -16,8 +16,8 @@ const T& require(const std::optional<T>& wanted, const char* messageWithoutIt) {
     return *wanted;
 }
 
-// The frame that a frame object of the current version stands for. The checks run in this order; every JSON value is
-// one that a frame can hold.
+// Reads a frame object of the current version. Every JSON value is one that a frame can hold. The checks are made in
+// this order; what is wrong throws std::invalid_argument.
 template <class Node>
 Frame readFrame(const Node& node) {
     const auto [type, timestamp, key, value, data] = node.members(std::array{kType, kTimestamp, kKey, kValue, kData});

@@ -2,11 +2,12 @@
 
 #include "Plugin/Pipeline/PipelineInterfaces.h"
 #include "Plugin/Recording/Frame.h"
+#include "Plugin/Recording/FrameList.h"
+#include "Plugin/Recording/Player.h"
 
 #include <cstdint>
 #include <list>
 #include <memory>
-#include <optional>
 
 namespace VeltoTouch {
 
@@ -17,26 +18,25 @@ constexpr std::uint64_t kMaxRecordedFrames = 4350;
 // by trimming, which keeps the newest reports and the settings in force before them, so that a recording taken at
 // any moment can be replayed from a consistent state. The same object plays its frames into its target.
 //
-// No lock of its own: the service calls and copies it under its `_pipelineLock`. Recording, trimming and writing never
-// fail towards their caller: an allocation failure ends the process.
+// No lock of its own: the service calls and copies it under its `_pipelineLock`. Nothing throws but reading, copying
+// and `playNextFrame`: elsewhere, running out of memory ends the process.
 class PipelineRecording final : public PipelineInput {
 public:
+    // Has no frames, no target, no bound and no playback.
     PipelineRecording() = default;
 
-    // Reads a container of any known version (frames in file order, no target, no bound, playback invalid).
-    // Throws std::invalid_argument with what is wrong, std::runtime_error("migrateSerializedContainer failed: ...")
-    // for a container that cannot be brought to the current version (text that is no JSON included), and
-    // std::invalid_argument("json not supplied") for null. What is thrown carries the place of the damage if it is
-    // known; see placeOf.
+    // Reads a container of any known version, see readContainer; frames in file order. Throws what it throws, and
+    // std::invalid_argument("json not supplied") for null.
     explicit PipelineRecording(const Data* container);
 
-    // A copy has its own list, the same target and bound, and no playback.
-    PipelineRecording(const PipelineRecording& other);
-    PipelineRecording& operator=(const PipelineRecording& other);
-    PipelineRecording(PipelineRecording&& other) noexcept;
-    PipelineRecording& operator=(PipelineRecording&& other) noexcept;
+    // A copy has a list of its own, the same target and bound, and no playback. A move leaves no frames behind.
+    PipelineRecording(const PipelineRecording& other) = default;
+    PipelineRecording& operator=(const PipelineRecording& other) = default;
+    PipelineRecording(PipelineRecording&& other) noexcept = default;
+    PipelineRecording& operator=(PipelineRecording&& other) noexcept = default;
     ~PipelineRecording() = default;
 
+    // Store the call as a frame, then make the same call on `pipeline` if there is one. `timestamp` is in host ticks.
     void setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept override;
     void handleInputReport(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length) noexcept override;
     void handleMetadata(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept override;
@@ -46,71 +46,41 @@ public:
     // the bound is a pass over the whole list.
     void appendFrame(Frame frame) noexcept;
 
-    // Keeps the newest `maxFrameCount` frames that are no settings, between two of them (and after the newest) the
-    // newest setting of each key, and before the oldest of them the newest setting of each key of all that went
-    // before. Order stays. With 0, one setting per key stays.
+    // Trim and sort a list, see takeSurplus and sortByTime.
     static void trimFrames(std::list<Frame>& frames, std::uint64_t maxFrameCount) noexcept;
-
-    // Stable, by time.
     static void sortFrames(std::list<Frame>& frames) noexcept;
 
-    // The same two on the recording itself. A playback goes on unless the frame at its position is taken out.
+    // The same on the recording itself. A playback goes on unless the frame at its position is taken out.
     void trimFrames(std::uint64_t maxFrameCount) noexcept;
     void sortFrames() noexcept;
 
     // Bounds the frames that are no settings, at once and from now on; 0 removes the bound and trims nothing.
     void setMaxFrameCount(std::uint64_t count) noexcept;
 
-    // Playback. `playReset` goes to the first frame; `playNextFrame` waits as long as the record did, divided by
-    // `speed` (not greater than 0, NaN included, means 1), then hands one frame to the target on the calling thread,
-    // stamped by the record whatever the speed: host time of `playReset` plus the frame's distance from the
-    // first frame. Played frames are not recorded. Throws std::runtime_error("playback finished") at the end
-    // and where there is no valid position.
-    void playReset() noexcept;
-    [[nodiscard]] bool playCanContinue() const noexcept;
-    void playNextFrame(float speed);
-
+    // Play the frames into `pipeline`, see Player: `playReset` goes to the first, `playNextFrame` waits and plays one.
+    // Played frames are not recorded, and nothing may be recorded meanwhile.
+    void playReset() noexcept { _play.start(frames()); }
+    [[nodiscard]] bool playCanContinue() const noexcept { return _play.next() != nullptr; }
+    void playNextFrame(float speed) { _play.playNext(speed, pipeline.get()); }
     // The host time of the last `playReset`, in ticks.
-    [[nodiscard]] std::uint64_t playStartTime() const noexcept { return _play.startTimeMach; }
+    [[nodiscard]] std::uint64_t playStartTime() const noexcept { return _play.startTime(); }
 
-    // The microseconds to wait between two frames of these times: single precision, truncated.
-    [[nodiscard]] static std::uint64_t playbackPauseUs(std::uint64_t fromNs, std::uint64_t toNs, float speed) noexcept;
-
-    // The recording as a container of the current version: trimmed to the bound and sorted, which changes
-    // the recording itself, then written as compact JSON.
+    // Returns the recording as a container of the current version, compact JSON. Trims it to its bound and sorts it
+    // first, which changes the recording itself.
     [[nodiscard]] Ref<Data> json() noexcept;
 
-    // Brings a parsed container (nil for text that is no JSON) to the current version. Checks only what it renames;
-    // throws std::invalid_argument, for a frame with its place. A container of the current version is returned itself.
+    // Brings a parsed container to the current version, see migrateContainer.
     [[nodiscard]] static Ref<Value> migrateSerializedContainer(const Ref<Value>& container);
 
-    [[nodiscard]] const std::list<Frame>& frames() const noexcept { return _frames; }
+    [[nodiscard]] const std::list<Frame>& frames() const noexcept { return _frames.frames(); }
 
     std::shared_ptr<PipelineInput> pipeline; // target of forwarding and playback; may be empty
 
 private:
     friend class RecordingCopy;
 
-    struct Play {
-        bool valid = false;
-        std::list<Frame>::const_iterator iterator; // next frame to play
-        std::uint64_t startTimeMach = 0;           // host ticks of playReset
-        std::optional<std::uint64_t> lastFrameTimeNs;
-    };
-
-    // Takes out of the list what trimming removes, and returns it.
-    [[nodiscard]] static std::list<Frame> takeSurplus(std::list<Frame>& frames, std::uint64_t maxFrameCount);
-    // A list of one frame, whose memory is a spare frame's where there is one.
-    [[nodiscard]] std::list<Frame> takeNode();
-    void appendNode(std::list<Frame>& node) noexcept;
-    // The frame that would be played next, or null.
-    [[nodiscard]] const Frame* nextFrame() const noexcept;
-
-    std::list<Frame> _frames;         // oldest first
-    std::list<Frame> _spareFrames;    // reports without key and value; only their memory counts, for frames to come
-    std::uint64_t _maxFrameCount = 0; // 0: unbounded
-    std::uint64_t _generation = 0;    // changes when frames are taken out or put in another order
-    Play _play;
+    FrameList _frames;
+    Player _play; // of _frames
 };
 
 } // namespace VeltoTouch

@@ -8,33 +8,33 @@
 namespace VeltoTouch {
 
 RecordingCopy::RecordingCopy(std::size_t expectedReports) {
-    for (std::size_t i = 0; i < expectedReports; ++i)
-        _copy._spareFrames.emplace_back().report.reserve(InputReport::kImageReportLength);
+    _copy._frames.reserve(expectedReports, InputReport::kImageReportLength);
 }
 
-void RecordingCopy::begin(const PipelineRecording& source) {
-    _copy._spareFrames.splice(_copy._spareFrames.end(), _copy._frames);
-    _generation = source._generation;
+void RecordingCopy::begin(const FrameList& source) {
+    _copy._frames.recycle();
+    _generation = source.generation();
     ++_beginnings;
 }
 
-bool RecordingCopy::copySome(const PipelineRecording& source, std::size_t count) {
-    if (_generation != source._generation)
+bool RecordingCopy::copySome(const PipelineRecording& recording, std::size_t count) {
+    const FrameList& source = recording._frames;
+    FrameList& copied = _copy._frames;
+    if (_generation != source.generation())
         begin(source);
     if (_beginnings == kMostBeginnings)
         count = std::numeric_limits<std::size_t>::max();
-    auto frame = _copy._frames.empty() ? source._frames.begin() : std::next(_lastCopied);
-    for (; frame != source._frames.end() && count != 0; ++frame, --count) {
-        std::list<Frame> node = _copy.takeNode();
-        node.front() = *frame;
-        _copy._frames.splice(_copy._frames.end(), node);
+    const auto end = source.frames().end();
+    auto frame = copied.frames().empty() ? source.frames().begin() : std::next(_lastCopied);
+    for (; frame != end && count != 0; ++frame, --count) {
+        copied.appendCopy(*frame);
         _lastCopied = frame;
     }
-    if (frame != source._frames.end())
+    if (frame != end)
         return false;
-    _copy.pipeline = source.pipeline;
-    _copy._maxFrameCount = source._maxFrameCount;
-    _copy._spareFrames.clear();
+    copied.setBound(source.bound());
+    copied.releaseSpareMemory();
+    _copy.pipeline = recording.pipeline;
     return true;
 }
 

@@ -1,4 +1,5 @@
 #include "Platform/JSON.h"
+#include "Platform/JSONExaminer.h"
 
 #include <cmath>
 #include <limits>
@@ -11,7 +12,6 @@ namespace VeltoTouch::Tests {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
 
 TEST(JSONReadingTest, CompactTextReadsAndWritesBackTheSame) {
     std::istringstream texts(R"(
@@ -40,15 +40,6 @@ TEST(JSONReadingTest, AnIntegerBeyond64BitsIsTheNearestDouble) {
               "18446744073709559808.0,{\"18446744073709551616\":1.2345678901234568e+29},"
               R"("18446744073709551616\"18446744073709551616",18446744073709551616.0,18446744073709551615])");
 }
-
-// A document and the data that it was parsed from.
-struct Parsed {
-    explicit Parsed(std::string text) : document(*makeRef<Data>(std::move(text))) {}
-    [[nodiscard]] JSON::Element root() const { return document.root(); }
-    [[nodiscard]] JSON::Element member(std::string_view name) const { return root().members(std::array{name})[0]; }
-
-    JSON::Document document;
-};
 
 TEST(JSONReadingTest, WhatIsNoJSONIsNilWithItsFirstFaultAndNestingIsBounded) {
     const auto arrays = [](std::size_t levels) { return std::string(levels, '[').append(levels, ']'); };
@@ -102,7 +93,7 @@ TEST(JSONReadingTest, WhatIsNoJSONIsNilWithItsFirstFaultAndNestingIsBounded) {
     for (const auto& [text, byte, cause] : rows) {
         SCOPED_TRACE(text.substr(0, 100));
         EXPECT_EQ(JSON::parse(text), nullptr);
-        const std::optional<JSON::Fault> fault = Parsed(text).document.fault();
+        const std::optional<JSON::Fault> fault = JSON::examine(text).fault;
         ASSERT_TRUE(fault);
         EXPECT_EQ(fault->byte, byte);
         EXPECT_STREQ(fault->cause, cause);
@@ -114,43 +105,11 @@ TEST(JSONReadingTest, ATextThatIsCutOffIsFaultyAtItsEnd) {
         R"( {"a\\":[-1.5e+3,0,"\ud83d\ude00\n",123456789012345678901] ,"b":{"":null,"c":[]},"d":true})";
     ASSERT_TRUE(JSON::parse(whole));
     for (std::size_t size = 0; size < whole.size(); ++size) {
-        const std::optional<JSON::Fault> fault = Parsed(whole.substr(0, size)).document.fault();
+        const std::optional<JSON::Fault> fault = JSON::examine(whole.substr(0, size)).fault;
         ASSERT_TRUE(fault);
         EXPECT_EQ(fault->byte, size);
         EXPECT_THAT(fault->cause, testing::StartsWith("the text ends "));
     }
-}
-
-std::vector<std::string> textsOf(const JSON::Element& list) {
-    std::vector<std::string> texts;
-    for (const JSON::Element element : list.elements())
-        texts.push_back(JSON::text(element.value().get()));
-    return texts;
-}
-
-TEST(JSONElementTest, AnAbsentElementAnswersNoAndANullOneIsThere) {
-    const Parsed withNull(R"({"null":null})");
-    const Parsed noJSON("{");
-    EXPECT_TRUE(as<Null>(withNull.member("null").value()));
-    for (const JSON::Element& absent : {withNull.member("nul"), noJSON.root(), noJSON.member("a")}) {
-        EXPECT_FALSE(absent.isPresent() || absent.isDictionary() || absent.isArray());
-        EXPECT_FALSE(absent.string() || absent.unsignedNumber() || absent.value());
-        EXPECT_THAT(textsOf(absent), ElementsAre());
-    }
-}
-
-TEST(JSONElementTest, MembersComeInTheOrderAskedForAndTheLastOfEqualKeysCounts) {
-    const Parsed parsed(R"({"b":{"a":7},"a":1,"c":[8],"\u0061":18446744073709551615,"A":9})");
-    const auto [c, missing, a] = parsed.root().members<3>({"c", "d", "a"});
-    EXPECT_TRUE(c.isArray());
-    EXPECT_FALSE(missing.isPresent());
-    EXPECT_EQ(a.unsignedNumber(), 18446744073709551615U);
-}
-
-TEST(JSONElementTest, ElementsOfAnArrayComeWholeAndInOrder) {
-    EXPECT_THAT(textsOf(Parsed(R"([[1,[2]],{"a":[3]},"x\n",0.5,null,[]])").root()),
-                ElementsAre("[1,[2]]", R"({"a":[3]})", R"("x\n")", "0.5", "null", "[]"));
-    EXPECT_THAT(textsOf(Parsed(R"({"a":1})").root()), ElementsAre());
 }
 
 TEST(JSONWritingTest, EachByteOutsideWellFormedUTF8BecomesAReplacementCharacter) {

@@ -167,7 +167,7 @@ TEST(PlaybackPauseTest, IsTheGapInMicrosecondsDividedBySpeed) {
              Row{"longest gap", 0, kLargest, 1, 18'446'744'949'882'880U},
              Row{"beyond all numbers", 0, kLargest, std::numeric_limits<float>::denorm_min(), kLargest},
          })
-        EXPECT_EQ(PipelineRecording::playbackPauseUs(fromNs, toNs, speed), pauseUs) << name;
+        EXPECT_EQ(Player::pauseUs(fromNs, toNs, speed), pauseUs) << name;
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "Platform/JSON.h"
 #include "Plugin/Recording/PipelineRecording.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/HexText.h"
 
 #include <cstdint>
 #include <functional>

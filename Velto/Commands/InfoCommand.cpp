@@ -1,7 +1,6 @@
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
-#include "Plugin/Recording/ContainerFormat.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Recording/ContainerReader.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Disturbances.h"
 #include "Velto/Commands/Replay.h"
@@ -33,11 +32,6 @@ struct Info {
     std::vector<Setting> settings; // in force at the end
     std::map<std::string, std::map<std::string, std::uint64_t>> gestures;
 };
-
-std::uint64_t versionOfContainer(const Data& container) {
-    const JSON::Document document(container);
-    return Container::versionOf(document.root());
-}
 
 // A key that acts without a value is no setting. `recording` holds the newest write of each key alone.
 std::vector<Setting> settingsInForce(const PipelineRecording& recording) {

@@ -1,5 +1,6 @@
 #include "Velto/Output/Files.h"
 
+#include "Plugin/Recording/LargeText.h"
 #include "Velto/Output/NewFile.h"
 #include "Velto/Output/Place.h"
 #include "Velto/Output/Progress.h"
@@ -27,7 +28,7 @@ void writeAll(int descriptor, std::string_view content) {
 }
 
 std::string readAll(int descriptor, std::size_t expectedSize, const std::string& name) {
-    std::string content = Data::roomFor(std::min(expectedSize, kLargestFile) + 1);
+    std::string content = roomForText(std::min(expectedSize, kLargestFile) + 1);
     Progress progress("reading " + name, expectedSize);
     for (std::size_t size = 0;;) {
         const std::size_t room = content.capacity() - Data::kPadding;

@@ -1,8 +1,12 @@
-#include "Plugin/Recording/ContainerFormat.h"
-#include "Plugin/Recording/PipelineRecording.h"
+#include "Plugin/Recording/ContainerMigration.h"
 
+#include "Plugin/Recording/ContainerFormat.h"
+#include "Plugin/Recording/ValueNode.h"
+
+#include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace VeltoTouch {
 namespace {
@@ -75,7 +79,7 @@ Ref<Value> containerOf(std::uint64_t version, const Dictionary& old, std::string
 
 } // namespace
 
-Ref<Value> PipelineRecording::migrateSerializedContainer(const Ref<Value>& container) {
+Ref<Value> migrateContainer(const Ref<Value>& container) {
     const std::uint64_t version = versionOf(ValueNode(container.get()));
     const auto& members = *as<Dictionary>(container);
     switch (version) {
@@ -83,7 +87,7 @@ Ref<Value> PipelineRecording::migrateSerializedContainer(const Ref<Value>& conta
         return container;
     case 0: {
         const auto toFrame = [](const Dictionary& report, const Ref<Value>&) { return frameOfReport(report); };
-        return migrateSerializedContainer(containerOf(1, members, kReports, toFrame));
+        return migrateContainer(containerOf(1, members, kReports, toFrame));
     }
     case 1:
         return containerOf(kCurrentVersion, members, kFrames, currentFrame);
