@@ -3,6 +3,7 @@
 #include "Platform/Clock.h"
 #include "Plugin/Recording/RecordingCopy.h"
 #include "Plugin/Reports/InputReport.h"
+#include "Plugin/Service/Factory.h"
 #include "Velto/Host/HostedService.h"
 
 #include <algorithm>
@@ -26,8 +27,6 @@
 
 // The live service: how long a report takes from its arrival to the host's callback, beside what a bare hand-off from
 // one thread to another takes in the same run; what readers of properties do to that; and its memory.
-
-extern "C" void* VeltoTouchHIDServiceFactory(VeltoTouch::CFTypeRef allocator, VeltoTouch::CFUUIDRef type);
 
 namespace VeltoTouch::Benchmarks {
 namespace {

@@ -1,17 +1,13 @@
-#include "Platform/Clock.h"
-#include "Plugin/Service/VeltoTouchHIDService.h"
+#include "Plugin/Service/AccelCapture.h"
 
-// The accelerometer's history around digitizer events: the newest samples wait in a short list; after a digitizer
-// event they are recorded, and so are the next ones.
+#include <utility>
+#include <vector>
 
 namespace VeltoTouch {
 namespace {
 
 constexpr std::size_t kSamplesBeforeDigitizerEvent = 100;
-
-float axisOf(const HIDEvent& event, IOHIDEventField field) noexcept {
-    return static_cast<float>(IOHIDEventGetFloatValue(&event, field));
-}
+constexpr std::uint64_t kSamplesAfterDigitizerEvent = 100;
 
 Ref<Value> valueOf(const AccelSample& sample) {
     std::vector<Dictionary::Entry> axes;
@@ -21,30 +17,27 @@ Ref<Value> valueOf(const AccelSample& sample) {
     return makeRef<Dictionary>(std::move(axes));
 }
 
-} // namespace
-
-void VeltoTouchHIDService::handleAccelEvent(const HIDEvent& event) {
-    const AccelSample sample{.timestamp = mach_absolute_time(),
-                             .x = axisOf(event, kIOHIDEventFieldAccelerometerX),
-                             .y = axisOf(event, kIOHIDEventFieldAccelerometerY),
-                             .z = axisOf(event, kIOHIDEventFieldAccelerometerZ)};
-    const MutexLock guard(_pipelineLock);
-    if (_accel.samplesNeededCount == 0) {
-        _accel.samples.push_back(sample);
-        while (_accel.samples.size() > kSamplesBeforeDigitizerEvent)
-            _accel.samples.pop_front();
-        return;
-    }
-    while (!_accel.samples.empty()) {
-        recordSample(_accel.samples.front());
-        _accel.samples.pop_front();
-    }
-    recordSample(sample);
-    --_accel.samplesNeededCount;
+void record(const AccelSample& sample, PipelineInput& recording) {
+    recording.handleMetadata(sample.timestamp, "Accel", valueOf(sample));
 }
 
-void VeltoTouchHIDService::recordSample(const AccelSample& sample) {
-    _recording.handleMetadata(sample.timestamp, "Accel", valueOf(sample));
+} // namespace
+
+void AccelCapture::captureAround() noexcept { _samplesNeededCount = kSamplesAfterDigitizerEvent; }
+
+void AccelCapture::add(const AccelSample& sample, PipelineInput& recording) {
+    if (_samplesNeededCount == 0) {
+        _samples.push_back(sample);
+        while (_samples.size() > kSamplesBeforeDigitizerEvent)
+            _samples.pop_front();
+        return;
+    }
+    while (!_samples.empty()) {
+        record(_samples.front(), recording);
+        _samples.pop_front();
+    }
+    record(sample, recording);
+    --_samplesNeededCount;
 }
 
 } // namespace VeltoTouch

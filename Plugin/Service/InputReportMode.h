@@ -4,8 +4,8 @@
 
 namespace VeltoTouch {
 
-// The run loop's mode in which the input-report thread handles its reports and samples, and nothing else. Lives until
-// the process ends: a thread may use it that long.
+// Returns the run loop's mode in which the input-report thread handles its reports and samples, and nothing else. Never
+// destroyed: a thread may use it until the process ends.
 [[nodiscard]] inline CFStringRef inputReportMode() {
     static const auto* const mode = new String("kHandleInputReportsRunLoopMode");
     return mode;

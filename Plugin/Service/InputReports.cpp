@@ -19,6 +19,10 @@ constexpr int kThreadPriority = 63;
 constexpr std::size_t kReportBufferLength = 512;
 constexpr std::uint32_t kAccelEventsPerSecond = 100;
 
+float axisOf(const HIDEvent& event, IOHIDEventField field) noexcept {
+    return static_cast<float>(IOHIDEventGetFloatValue(&event, field));
+}
+
 } // namespace
 
 void VeltoTouchHIDService::runInputReportThread(const DispatchEventInfo& info, DispatchSemaphore& signal) {
@@ -85,6 +89,15 @@ void VeltoTouchHIDService::handleInputReport(IOHIDReportType type, std::uint8_t 
         static_cast<std::uint32_t>(type), reportID, length, timeStamp);
     const MutexLock guard(_pipelineLock);
     _recording.handleInputReport(mach_absolute_time(), report, length);
+}
+
+void VeltoTouchHIDService::handleAccelEvent(const HIDEvent& event) {
+    const AccelSample sample{.timestamp = mach_absolute_time(),
+                             .x = axisOf(event, kIOHIDEventFieldAccelerometerX),
+                             .y = axisOf(event, kIOHIDEventFieldAccelerometerY),
+                             .z = axisOf(event, kIOHIDEventFieldAccelerometerZ)};
+    const MutexLock guard(_pipelineLock);
+    _accel.add(sample, _recording);
 }
 
 } // namespace VeltoTouch

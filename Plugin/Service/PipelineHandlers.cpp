@@ -10,11 +10,9 @@ constexpr std::uint32_t kTraceBatchLands = 0x2B150184;    // count of events
 constexpr std::uint32_t kTraceEvent = 0x2B150188;         // type, phase
 constexpr std::uint32_t kTraceFirmwareEvent = 0x2B15018C; // event code, context
 
-constexpr std::uint64_t kSamplesAfterDigitizerEvent = 100;
-
 } // namespace
 
-// All of them run under the lock: they log, trace and queue, and wait for nothing.
+// All of them are called under the lock: they log, trace and queue, and wait for nothing.
 void VeltoTouchHIDService::installHandlers(const DispatchEventInfo& info) {
     _pipeline->inputReportObserver = [this](std::uint64_t, const std::uint8_t* report, std::size_t length) {
         const auto byte = [report, length](std::size_t index) -> std::uint64_t {
@@ -64,7 +62,7 @@ void VeltoTouchHIDService::handleHIDEvents(const DispatchEventInfo& info, const 
     }
     for (const Ref<HIDEvent>& event : events) {
         if (IOHIDEventGetType(event.get()) == kIOHIDEventTypeDigitizer)
-            _accel.samplesNeededCount = kSamplesAfterDigitizerEvent;
+            _accel.captureAround();
     }
 }
 

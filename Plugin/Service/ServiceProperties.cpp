@@ -3,7 +3,8 @@
 #include "Plugin/Recording/RecordingCopy.h"
 #include "Plugin/Reports/FeatureReport.h"
 #include "Plugin/Service/VeltoTouchHIDService.h"
-#include "Plugin/Shared/Util.h"
+#include "Plugin/Shared/HexText.h"
+#include "Plugin/Shared/KeyDomain.h"
 
 #include <algorithm>
 #include <array>

@@ -9,11 +9,11 @@ namespace VeltoTouch {
 // as it does.
 class VeltoHIDService : public Object {
 public:
-    // The interface handles.
+    // The interface handles, without a reference.
     [[nodiscard]] IOCFPlugInInterfaceStruct* const* getPluginInterface() const noexcept { return &_pluginInterface; }
     [[nodiscard]] IOHIDServiceInterface2* const* getServiceInterface() const noexcept { return &_serviceInterface; }
 
-    // The host's operations, on whatever thread it uses. They are called through the tables alone.
+    // The host's operations, on any of its threads. Called through the tables alone; PlugIn.h says in which order.
     virtual IOReturn probeWithServicePropertiesOutScore(io_service_t service, CFDictionaryRef properties,
                                                         std::int32_t* score);
     virtual IOReturn startWithServiceProperties(io_service_t service, CFDictionaryRef properties);

@@ -2,8 +2,8 @@
 
 #include "Platform/PlugIn.h"
 
-// What stands in a service's tables: functions that turn a call with an interface handle into one of the service
-// object's operations. They keep no state; any thread. An exception that reaches them ends the process.
+// The functions in a service's tables: each turns a call with an interface handle into one of the service object's
+// operations. Stateless; any thread. An exception that reaches them ends the process.
 
 namespace VeltoTouch::VeltoIUnknown {
 
@@ -25,7 +25,7 @@ void unscheduleFromDispatchQueue(void* self, dispatch_queue_t queue) noexcept;
 IOHIDEventRef copyEvent(void* self, std::uint32_t eventType, IOHIDEventRef matching, IOOptionBits options) noexcept;
 IOReturn setOutputEvent(void* self, IOHIDEventRef event) noexcept;
 
-// The untyped form in which a host holds a handle.
+// Returns a handle in the untyped form in which a host holds it.
 template <class Table>
 [[nodiscard]] void* handleOf(Table* const* interface) noexcept {
     return const_cast<Table**>(interface);

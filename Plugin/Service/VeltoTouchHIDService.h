@@ -7,10 +7,10 @@
 #include "Platform/RunLoop.h"
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Recording/PipelineRecording.h"
+#include "Plugin/Service/AccelCapture.h"
 #include "Plugin/Service/VeltoHIDService.h"
 
 #include <cstdint>
-#include <deque>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -28,14 +28,6 @@ struct DispatchEventInfo {
     void* sender = nullptr; // the service's interface handle, without a reference
 };
 
-// One sample of the accelerometer, in units of the standard gravity.
-struct AccelSample {
-    std::uint64_t timestamp; // host ticks at its arrival
-    float x;
-    float y;
-    float z;
-};
-
 // The touch service. Its host loads it through the factory and drives it in this order: probe, start, open, set the
 // event callback, schedule; unschedule, close, stop, release. Properties may be read and written from any thread at any
 // time.
@@ -51,13 +43,13 @@ public:
 
     IOReturn probeWithServicePropertiesOutScore(io_service_t service, CFDictionaryRef properties,
                                                 std::int32_t* score) override;
-    // Makes the device; kIOReturnNoResources where there is none.
+    // Makes the device. Returns kIOReturnNoResources if there is none.
     IOReturn startWithServiceProperties(io_service_t service, CFDictionaryRef properties) override;
     IOReturn stop() override;
     bool openWithOptions(IOOptionBits options) override;
     void closeWithOptions(IOOptionBits options) override;
 
-    // Keys:
+    // Read and write a property (ServiceProperties.cpp). Any thread; a key of the device may wait for it. Keys:
     //
     //   Pipeline.KEY              read and written below the pipeline; a write is recorded and always taken
     //   Version                   [19, 0, 0]
@@ -67,31 +59,26 @@ public:
     //   ServicePluginDebug        {KEY: value} of the readable diagnostics
     //   any other, and every other write: the device's
     //
-    // A nil key reads nil and writes false.
+    // For a nil key they return nil and false.
     [[nodiscard]] Ref<Value> getPropertyForKey(CFStringRef key) override;
     bool setPropertyForKey(CFPropertyListRef value, CFStringRef key) override;
 
-    // Does not reach a thread that runs.
+    // Counts from the next scheduling on: a thread that runs keeps the callback it began with.
     void setEventCallbackTargetRefcon(IOHIDServiceEventCallback callback, void* target, void* refcon) override;
-    // Returns when the input-report thread has its run loop. Scheduled already or without a queue, it changes nothing
-    // and logs an error.
+    // Starts the input-report thread and waits until it has its run loop. Logs an error and changes nothing if the
+    // service is scheduled already or `queue` is null.
     void scheduleWithDispatchQueue(dispatch_queue_t queue) override;
-    // Returns when the thread has let go of device and pipeline.
+    // Stops the thread and waits until it has let go of device and pipeline. Without a thread it only lets go of
+    // the queue.
     void unscheduleWithDispatchQueue(dispatch_queue_t queue) override;
 
-    // The service answers no queries and takes no output.
+    // Return null and kIOReturnUnsupported: the service answers no queries and takes no output.
     [[nodiscard]] Ref<HIDEvent> copyEventWithTypeMatchingOptions(std::uint32_t eventType, IOHIDEventRef matching,
                                                                  IOOptionBits options) override;
     IOReturn setOutputEvent(IOHIDEventRef event) override;
 
 private:
-    // The recent samples, and how many more are to be recorded.
-    struct AccelCapture {
-        std::uint64_t samplesNeededCount = 0;
-        std::deque<AccelSample> samples; // not recorded yet, oldest first
-    };
-
-    // The input-report thread (InputReports.cpp).
+    // The input-report thread (InputReports.cpp): its life, and what it takes in.
     void runInputReportThread(const DispatchEventInfo& info, DispatchSemaphore& signal);
     void handleInputReports(const DispatchEventInfo& info);
     void raiseThreadPriority() const;
@@ -100,21 +87,18 @@ private:
                                     std::uint64_t timeStamp);
     void handleInputReport(IOHIDReportType type, std::uint8_t reportID, const std::uint8_t* report, std::size_t length,
                            std::uint64_t timeStamp);
+    void handleAccelEvent(const HIDEvent& event);
 
-    // The device at this moment, or null. Any thread; the copy is good for a request whatever start and stop do
+    // The device at this moment, or null. Any thread; the reference keeps it for a request whatever start and stop do
     // meanwhile.
     [[nodiscard]] Ref<HIDDevice> device();
     void setDevice(Ref<HIDDevice> device);
 
-    // What the pipeline tells, on the input-report thread (PipelineHandlers.cpp).
+    // The pipeline's callbacks, on the input-report thread (PipelineHandlers.cpp).
     void installHandlers(const DispatchEventInfo& info) VELTO_REQUIRES(_pipelineLock);
     void clearHandlers() VELTO_REQUIRES(_pipelineLock);
     void handleHIDEvents(const DispatchEventInfo& info, const HIDEvents& events) VELTO_REQUIRES(_pipelineLock);
     static void landEvents(os_log_t log, const DispatchEventInfo& info, const HIDEvents& events);
-
-    // The accelerometer, on the same thread (AccelCapture.cpp).
-    void handleAccelEvent(const HIDEvent& event);
-    void recordSample(const AccelSample& sample) VELTO_REQUIRES(_pipelineLock);
 
     // Properties (ServiceProperties.cpp).
     [[nodiscard]] Ref<Value> pipelineState(const std::string& key);

@@ -4,6 +4,7 @@
 #include "Platform/PlugIn.h"
 #include "Platform/Testing/LogCapture.h"
 #include "Plugin/Recording/PipelineRecording.h"
+#include "Plugin/Service/Factory.h"
 #include "Tests/Support/EventMatchers.h"
 #include "Tests/Support/Reports.h"
 #include "Tests/Support/TestDevice.h"
@@ -16,8 +17,6 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-
-extern "C" void* VeltoTouchHIDServiceFactory(VeltoTouch::CFTypeRef allocator, VeltoTouch::CFUUIDRef type);
 
 namespace VeltoTouch::Tests {
 
