@@ -9,7 +9,7 @@
 namespace VeltoTouch {
 
 // Delivers the platform's accelerometer events to a callback, on a run loop and in a mode of its owner's choice, from
-// construction to `cleanup`. Made, used and destroyed on the thread of that run loop; no lock.
+// construction to `cleanup`. No lock: made, used and destroyed on the thread of that run loop.
 class AccelSystem {
 public:
     using Callback = std::function<void(HIDEvent* event)>;
@@ -17,14 +17,14 @@ public:
     // Finds the first accelerometer, asks it for `frequency` events a second and listens. The callback gets events of
     // the accelerometer type alone, from whichever accelerometer they come.
     //
-    // Throws std::invalid_argument("nil argument") where one is missing, std::runtime_error where the event system
-    // gives no client or knows no accelerometer; what the platform throws is passed on. Nothing is left behind then.
+    // Throws std::invalid_argument("nil argument") if one is null or empty, std::runtime_error if the event system has
+    // no client or no accelerometer for us, and what the platform throws. Whatever it throws, nothing stays registered.
     AccelSystem(CFRunLoopRef runLoopToUse, CFStringRef mode, std::uint32_t frequency, const Callback& callback);
     AccelSystem(const AccelSystem&) = delete;
     AccelSystem& operator=(const AccelSystem&) = delete;
     ~AccelSystem();
 
-    // Ends the delivery for good; may be called more than once.
+    // Ends the delivery for good. Idempotent.
     void cleanup();
 
     // Borrowed from `retainedObjects`.

@@ -41,7 +41,7 @@ struct EventStats {
 
     void Reset() noexcept { *this = {}; }
 
-    // A snapshot: {"Dispatched": {...}, "Rejected": {...}} with each counter as an unsigned 64-bit number
+    // Returns a snapshot: {"Dispatched": {...}, "Rejected": {...}} with each counter as an unsigned 64-bit number
     // under its name.
     [[nodiscard]] Ref<Dictionary> statsDictionary() const;
 

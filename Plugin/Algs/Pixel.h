@@ -60,7 +60,7 @@ struct Pixel {
         peakAboveNoise = aboveNoise ? highestAboveNoise : peakAboveNoise;
     }
 
-    // For callers outside the recognizer, which has indices and asks regionOfPad.
+    // The region of the pad. The recognizer itself, which has indices, calls regionOfPad.
     [[nodiscard]] PixelRegion getPixelRegion() const noexcept { return regionOfPad(index); }
 
     // Forgets the touch that has ended.
@@ -79,7 +79,7 @@ struct VirtualPixel : Pixel {
 
     std::string_view name; // of static lifetime
 
-    // For callers outside the recognizer, which updates all groups at once (see VirtualPixels).
+    // Takes in the sum of one frame. The recognizer itself updates all groups at once (see VirtualPixels).
     void updatePixelState(int sum, float threshold, std::int32_t dominantPad) noexcept {
         Pixel::updatePixelState(sum, threshold);
         index = dominantPad;

@@ -40,7 +40,7 @@ public:
         return pixel;
     }
 
-    // `Pixel::updatePixelState` for every pixel. Signals beyond the last pixel must be 0.
+    // Calls `Pixel::updatePixelState` for every pixel. Signals beyond the last pixel must be 0.
     void updatePixelStates(const Lanes<std::int32_t>& signals, float threshold) noexcept {
         for (std::size_t i = 0; i < kLanes; ++i) {
             Pixel pixel = (*this)[i];
@@ -57,6 +57,7 @@ public:
         }
     }
 
+    // Forgets the touch that has ended.
     void resetGlobalStats() noexcept {
         everAboveNoise.fill(0);
         everOn.fill(0);
@@ -91,7 +92,7 @@ public:
 
     [[nodiscard]] VirtualPixel operator[](std::size_t i) const noexcept { return {PixelBank::operator[](i), names[i]}; }
 
-    // `VirtualPixel::updatePixelState` for every group.
+    // Calls `VirtualPixel::updatePixelState` for every group.
     void updatePixelStates(const Lanes<std::int32_t>& sums, float threshold,
                            const std::array<std::int32_t, kGroupCount>& dominantPads) noexcept {
         PixelBank::updatePixelStates(sums, threshold);

@@ -10,11 +10,11 @@ namespace VeltoTouch {
 class SVM {
 public:
     // Scores the frame from its updated pixels. `threshold` is the activation threshold, below which a lone
-    // strongest value is nothing to judge; the frame time does not matter.
+    // strongest value is nothing to judge; the frame time is not used.
     void updateSVMScore(const Pixels& pixels, const VirtualPixels& virtualPixels, float threshold,
                         std::uint32_t timeMs) noexcept;
 
-    // 0 before the first frame.
+    // The score of the last frame; 0 before the first.
     [[nodiscard]] float getSVMScore() const noexcept { return score; }
 
     // By rank, 0 being the frame's largest value: each is (value - mean) / stdDev * weight in the sum.

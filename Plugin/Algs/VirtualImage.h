@@ -7,7 +7,7 @@ namespace VeltoTouch {
 // Sums of the pad values over fixed groups of neighbouring pads, so that a finger between pads is seen as
 // strongly as one on a pad.
 struct VirtualImage {
-    // Positions of two groups that the region rules ask for.
+    // Positions of the two groups that the region rules look at.
     static constexpr std::size_t kIJK = 18;
     static constexpr std::size_t kKLM = 19;
 

@@ -10,14 +10,14 @@ namespace VeltoTouch {
 
 // Turns the device's raw input reports into HID events, one report at a time, on the caller's thread.
 // Everything it produces leaves through the callbacks below, which its owner assigns and clears between calls.
-// For one image they run in this order:
+// For an image they are called in this order:
 //
 //   inputReportObserver, imageHandler, disjointImageHandler (on a gap), hidEventsHandler (if there are events)
 //
 // and for a firmware reset: inputReportObserver, firmwareEventHandler, hidEventsHandler.
 //
-// No lock of its own: one thread at a time, the service's `_pipelineLock` sees to that. Callbacks run under that
-// lock: they must not wait, take it again or throw (an exception ends the process).
+// No lock of its own: the service calls it under its `_pipelineLock`, one thread at a time. Callbacks are called under
+// that lock: they must not wait, take it again or throw (an exception ends the process).
 class Pipeline final : public PipelineInput, public PipelineOutput {
 public:
     // The vendor-defined event that a firmware reset emits.
@@ -27,15 +27,17 @@ public:
     using StateCallback = std::function<void(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value)>;
     using ReportCallback = std::function<void(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length)>;
 
-    // Keys of the domain "Algs" go to the recognizer; every other key is ignored.
+    // Writes a setting: keys of the domain "Algs" are the recognizer's; every other key is ignored.
     void setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept override;
+    // Processes a report whole, events included, before it returns.
     void handleInputReport(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length) noexcept override;
+    // Calls `metadataHandler`, nothing else.
     void handleMetadata(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept override;
-    // "DebugInfo": {"ResetCount", "DisjointImageCount"}, unsigned; keys of the domain "Algs" as the recognizer
-    // answers them; nil for any other.
+    // Returns for "DebugInfo" {"ResetCount", "DisjointImageCount"}, unsigned numbers; for keys of the domain "Algs"
+    // what the recognizer returns; nil for any other.
     [[nodiscard]] Ref<Value> getState(const std::string& key) noexcept override;
 
-    // Stamps the events with `timestamp` and hands the batch on if there is anything in it.
+    // Stamps the events with `timestamp` (host ticks) and calls `hidEventsHandler` unless there are none.
     void handleHIDEvents(std::uint64_t timestamp, const HIDEvents& events);
 
     StateCallback setStateObserver;      // every setState, before it acts
@@ -51,7 +53,7 @@ public:
     std::function<void(std::uint64_t timestamp, const HIDEvents& events)> hidEventsHandler; // non-empty, stamped
     std::function<void(const std::string& key)> getStateObserver; // every getState, before it is answered
 
-    // Frame tracking and counters, for diagnostics. Nothing resets them, a firmware reset neither.
+    // Frame tracking and counters, for diagnostics. Nothing resets them, not even a firmware reset.
     std::uint32_t lastFrameNumber = 0;
     bool hasLastFrame = false;
     std::uint32_t resetCount = 0;

@@ -6,13 +6,13 @@
 #include <cstdint>
 #include <string>
 
-// The two interfaces through which a pipeline is fed and asked. Objects are owned as their concrete type, never
-// through these.
+// The two interfaces of a pipeline: its input, and its readable state. Objects are owned as their concrete type,
+// never through these.
 
 namespace VeltoTouch {
 
-// Input on its way to a pipeline. `timestamp` is the host clock in ticks, read by the caller when it takes
-// the input in.
+// Input on its way to a pipeline. `timestamp` is the host clock in ticks, as the caller read it when it took the
+// input in.
 class PipelineInput {
 public:
     // Writes one keyed setting. `value` may be nil.
@@ -28,7 +28,7 @@ protected:
 
 class PipelineOutput {
 public:
-    // The state under `key`, or nil.
+    // Returns the state under `key`; nil for an unknown key.
     [[nodiscard]] virtual Ref<Value> getState(const std::string& key) = 0;
 
 protected:

@@ -11,7 +11,7 @@ namespace VeltoTouch::FeatureReport {
 struct FactoryResetHoldDuration {
     static constexpr std::uint8_t kReportID = 0x1F;
 
-    std::uint32_t holdDuration; // handed to the host unchanged; its unit is the device's business
+    std::uint32_t holdDuration; // in the device's own unit; handed to the host unchanged
 
     [[nodiscard]] static std::optional<FactoryResetHoldDuration> parse(const std::uint8_t* report,
                                                                        std::size_t length) noexcept;

@@ -6,10 +6,9 @@
 #include <optional>
 
 // The controller's input reports. A report is a buffer that starts with its one-byte report ID; a record is
-// the bytes that follow, one for one, all fields little-endian. The parsers are pure and may be called from
-// any thread; they take the report (ID first) and its length in bytes, ignore bytes beyond the record, and
-// give an empty result for a report that is too short or has another ID. With length 0 the pointer is not
-// touched.
+// the bytes that follow, one for one, all fields little-endian. The parsers take the report (ID first) and its
+// length in bytes; they ignore bytes beyond the record and return nothing for a report that is too short or has
+// another ID. With length 0 the pointer is not read. Any thread.
 
 namespace VeltoTouch {
 
@@ -34,7 +33,7 @@ struct Image {
     [[nodiscard]] static std::optional<Image> parse(const std::uint8_t* report, std::size_t length) noexcept;
 };
 
-// Something that the controller's firmware tells.
+// An event of the controller's firmware.
 struct FirmwareEvent {
     static constexpr std::uint8_t kReportID = 0x02;
     static constexpr std::uint8_t kReset = 0; // the firmware has restarted
