@@ -15,7 +15,6 @@ using testing::ThrowsMessage;
 
 constexpr float kAtOnce = std::numeric_limits<float>::infinity();
 constexpr std::uint64_t kMs = 1'000'000; // in nanoseconds
-constexpr std::uint64_t kYear = kMs * 1000 * 3600 * 24 * 365;
 
 class PlaybackTest : public testing::Test {
 protected:
@@ -45,57 +44,29 @@ protected:
     PipelineRecording recording;
 };
 
-TEST_F(PlaybackTest, FramesComeInOrderWithTheirRecordedSpacingWhateverTheSpeed) {
-    record({setting("k", json("[1]"), 700), reportFrame({1, 2}, 10 * kMs + 700), metadata("m", nullptr, 30 * kMs + 700),
-            reportFrame({}, kYear)});
+TEST_F(PlaybackTest, FramesKeepTheirSpacingAtAnySpeed) {
+    record({setting("k", json("[1]"), 700), reportFrame({1, 2}, 10 * kMs + 700), metadata("m", nullptr, 0),
+            reportFrame({}, 1'000'000'000 * kMs)});
     const std::uint64_t before = mach_absolute_time();
     recording.playReset();
     EXPECT_THAT(recording.playStartTime(), Ge(before));
-    playFrames(3, 1000);
+    playFrames(3, 2);
+    EXPECT_THAT(mach_absolute_time() - before, Ge(5 * kMs)) << "10 ms at twice the speed";
     playFrames(1, kAtOnce);
-    EXPECT_EQ(log->calls[0].value, recording.frames().front().value) << "the object itself, no copy of it";
-    EXPECT_THAT(played(),
-                ElementsAre("k=[1]@0", "[01 02]@10000000", "m:@30000000", "[]@" + std::to_string(kYear - 700)));
+    EXPECT_THAT(played(), ElementsAre("k=[1]@0", "[01 02]@10000000", "m:@18446744073709550916", "[]@999999999999300"))
+        << "a time before the first frame's wraps";
     EXPECT_THAT(recording.frames(), SizeIs(4)) << "played frames are not recorded";
     expectNothingToPlay();
 
     recording.playReset();
     playFrames(1);
     EXPECT_THAT(played(), ElementsAre("k=[1]@0")) << "from the first frame again, anchored anew";
-}
-
-TEST_F(PlaybackTest, WaitsForTheGapBehindTheFrameBeforeDividedBySpeedEvenWhenTimeWentBack) {
-    record({reportFrame({1}, 40 * kMs), reportFrame({2}, 0), reportFrame({3}, 10 * kMs), reportFrame({4}, 30 * kMs)});
-    recording.playReset();
-    std::vector<std::uint64_t> times;
-    log->whenCalled = [&] { times.push_back(mach_absolute_time()); };
-    playFrames(4, 2);
-    EXPECT_THAT(times[2] - times[1], Ge(5 * kMs));
-    EXPECT_THAT(times[3] - times[2], Ge(10 * kMs));
-    EXPECT_THAT(played(), ElementsAre("[01]@0", "[02]@18446744073669551616", "[03]@18446744073679551616",
-                                      "[04]@18446744073699551616"))
-        << "a time before the first frame's wraps";
-}
-
-TEST_F(PlaybackTest, AnAppendedFrameEndsThePlaybackUntilTheNextReset) {
-    recording.playReset();
-    expectNothingToPlay();
-    record({reportFrame({1}), reportFrame({2})});
-    expectNothingToPlay();
-
-    recording.playReset();
-    playFrames(1);
     recording.handleMetadata(1, "m", nullptr);
-    expectNothingToPlay();
-
-    recording.pipeline.reset();
-    recording.playReset();
-    playFrames(3);
-    expectNothingToPlay(); // without a target frames count as played
+    expectNothingToPlay(); // what is recorded ends the playback
 }
 
 // The list is a=1 [01] a=2 [02] a=3 [03]; what trimming leaves of it follows from the bound.
-TEST_F(PlaybackTest, ACutEndsThePlaybackOnlyWhenItTakesOutTheFrameAtThePosition) {
+TEST_F(PlaybackTest, EndsWhenACutTakesOutTheNextFrame) {
     struct Row {
         const char* name;
         int played; // frames before the cut
@@ -120,51 +91,29 @@ TEST_F(PlaybackTest, ACutEndsThePlaybackOnlyWhenItTakesOutTheFrameAtThePosition)
         playFrames(playedBefore);
         log->calls.clear();
         cut();
-        if (next.empty()) {
+        if (next.empty())
             expectNothingToPlay();
-        } else if (recording.playCanContinue()) {
+        else if (recording.playCanContinue())
             playFrames(1);
-        }
         EXPECT_EQ(played(), next);
     }
 }
 
-TEST_F(PlaybackTest, WritingTrimsToTheBoundAndEndsThePlaybackOfWhatItTakesOut) {
-    recording.setMaxFrameCount(2);
-    record({reportFrame({1}), reportFrame({2}), reportFrame({3})});
-    recording.playReset();
-    EXPECT_TRUE(recording.json());
-    expectNothingToPlay();
-
-    recording.appendFrame(reportFrame({4}));
-    recording.playReset();
-    playFrames(1);
-    EXPECT_TRUE(recording.json());
-    playFrames(1);
-    EXPECT_THAT(played(), ElementsAre("[02]@0", "[03]@0"));
-}
-
 TEST(PlaybackPauseTest, IsTheGapInMicrosecondsDividedBySpeed) {
-    constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
     constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
     struct Row {
         const char* name;
-        std::uint64_t fromNs;
-        std::uint64_t toNs;
+        std::uint64_t fromNs, toNs;
         float speed;
         std::uint64_t pauseUs;
     };
     for (const auto& [name, fromNs, toNs, speed, pauseUs] : {
              Row{"half as fast", 10 * kMs, 30 * kMs, 0.5, 40'000},
              Row{"speed zero is one", 0, 10 * kMs, 0, 10'000},
-             Row{"no number is one", 0, 10 * kMs, kNoNumber, 10'000},
              Row{"minus infinity is one", 0, 10 * kMs, -kAtOnce, 10'000},
-             Row{"infinite speed never waits", 0, kLargest, kAtOnce, 0},
              Row{"earlier time", 5 * kMs, 3 * kMs, 1, 0},
-             Row{"truncated toward zero", 0, 1999, 1, 1},
              // 100000001999 ns are 99999997952 in single precision, and 99999997.952 us are 100000000
              Row{"single precision", 0, 100'000'001'999, 1, 100'000'000},
-             Row{"longest gap", 0, kLargest, 1, 18'446'744'949'882'880U},
              Row{"beyond all numbers", 0, kLargest, std::numeric_limits<float>::denorm_min(), kLargest},
          })
         EXPECT_EQ(Player::pauseUs(fromNs, toNs, speed), pauseUs) << name;

@@ -63,7 +63,7 @@ private:
     int _nextSample = 0;
 };
 
-TEST_F(AccelCaptureTest, TheNewestHundredWaitUnrecordedAndAHundredFollowTheLastDigitizerEvent) {
+TEST_F(AccelCaptureTest, HundredWaitAndAHundredFollowTheLastDigitizerEvent) {
     sample(150);
     EXPECT_THAT(recorded(), testing::IsEmpty());
     touchAndReset();

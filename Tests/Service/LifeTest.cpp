@@ -61,7 +61,7 @@ TEST_F(LifeTest, OptionsReachTheDeviceAndStopLetsItGo) {
     EXPECT_EQ(CFGetRetainCount(device.get()), referencesWhenStarted - 1);
 }
 
-TEST_F(LifeTest, EventsComeBetweenScheduleAndUnscheduleWhichLetsDeviceAndQueueGoAndKeepsTheState) {
+TEST_F(LifeTest, EventsComeFromScheduleToUnscheduleWhichKeepsTheState) {
     TestHost host(device);
     host.schedule();
     device->deliverAll(tap);
@@ -108,7 +108,7 @@ TEST_F(LifeTest, WithoutACallbackBatchesStillLand) {
     EXPECT_THAT(messagesOf(log), Contains("Dispatch 1 event(s) land").Times(2));
 }
 
-TEST_F(LifeTest, ACallbackOrQueueSetWhileTheThreadRunsChangesNothingAndNoQueueIsAnError) {
+TEST_F(LifeTest, CallbackOrQueueSetWhileTheThreadRunsChangesNothing) {
     TestHost host(device);
     host.schedule();
     device->deliverAndWait({});
@@ -156,7 +156,7 @@ TEST_F(LifeTest, TheLogTellsTheLifeInItsOrder) {
                     "input report thread exited", "closeWithOptions:0", "stop", "dealloc"));
 }
 
-TEST_F(LifeTest, ADeviceThatGoesInTheMiddleOfATouchEndsTheThreadAndUnschedulingReturnsAtOnce) {
+TEST_F(LifeTest, DeviceThatGoesInATouchEndsTheThread) {
     TestHost host(device);
     host.schedule();
     device->deliverAll(std::vector<Report>(tap.begin(), tap.begin() + 5));
@@ -167,7 +167,7 @@ TEST_F(LifeTest, ADeviceThatGoesInTheMiddleOfATouchEndsTheThreadAndUnschedulingR
     host.schedule().unschedule(); // a device that has gone
 }
 
-TEST_F(LifeTest, ADeviceThatCannotBeReadIsAnErrorAndTheHostGoesOn) {
+TEST_F(LifeTest, DeviceThatCannotBeReadIsAnErrorAndTheHostGoesOn) {
     device->failsToStart = true;
     const LogCapture log(OS_LOG_TYPE_ERROR);
     TestHost host(device);
@@ -202,7 +202,7 @@ TEST_F(LifeTest, WithoutAnAccelerometerEverythingElseWorks) {
 }
 
 // In a process of its own, which gives up its rights.
-TEST_F(LifeTest, AnOrdinaryThreadDoesWhereTheRaisedPriorityIsRefused) {
+TEST_F(LifeTest, OrdinaryThreadDoesWhereTheRaisedPriorityIsRefused) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto runUnprivileged = [this] {
         const rlimit none{.rlim_cur = 0, .rlim_max = 0};
@@ -235,7 +235,7 @@ TEST_F(LifeTest, AThousandSchedulesWithReportsInFlightLoseNoReport) {
     EXPECT_EQ(host.events().size(), 400U);
 }
 
-TEST_F(LifeTest, ASlowCallbackDelaysNoReportAndWhatIsQueuedWhenTheServiceGoesStillReachesTheHost) {
+TEST_F(LifeTest, SlowCallbackDelaysNoReportAndGetsWhatIsQueuedAtTheEnd) {
     TestHost host(device);
     const auto mayGoOn = dispatch_semaphore_create(0);
     host.whenCalled = [mayGoOn] { mayGoOn->wait(); };

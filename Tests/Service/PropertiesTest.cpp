@@ -34,29 +34,27 @@ protected:
     TestHost host{device};
 };
 
-TEST_F(PropertiesTest, TheServicesOwnKeysAreExactAndReadOnly) {
-    EXPECT_EQ(read("Version"), "[19,0,0]");
-    device->giveProperty("version", json("1"));
-    EXPECT_EQ(read("version"), "1") << "another key: the device's";
-    for (const char* key : {"Version", "Recording", "ServicePluginDebug"})
-        EXPECT_FALSE(write(key, "1")) << key << " is passed to the device, which does not have it";
-}
-
-TEST_F(PropertiesTest, WhatIsNotTheServicesOwnIsTheDevices) {
-    device->giveProperty("Product", json(R"("pad")"));
+TEST_F(PropertiesTest, OwnKeysAreExactAndReadOnlyOthersTheDevices) {
+    const Ref<Value> product = json(R"("pad")");
+    device->giveProperty("Product", product);
     device->giveProperty("Gain", json("1"), true);
-    EXPECT_EQ(read("Product"), R"("pad")");
-    EXPECT_EQ(read("Unknown"), "(nil)");
-    EXPECT_FALSE(write("Product", R"("other")"));
-    EXPECT_TRUE(write("Gain", "2"));
-    EXPECT_EQ(read("Gain"), "2");
     device->giveProperty("Pipeline", json("3"), true); // the domain without its dot is no key of the pipeline
-    EXPECT_TRUE(write("Pipeline", "4"));
-    EXPECT_EQ(read("Pipeline"), "4");
+    device->giveProperty("version", json("1"));
+    for (const auto& [key, value] : {std::pair{"Version", "[19,0,0]"}, {"version", "1"}, {"Unknown", "(nil)"}})
+        EXPECT_EQ(read(key), value);
+    for (const char* key : {"Version", "Recording", "ServicePluginDebug", "Product"})
+        EXPECT_FALSE(write(key, "1")) << key << " is passed to the device, which does not take it";
+    for (const char* key : {"Gain", "Pipeline"}) {
+        EXPECT_TRUE(write(key, "4"));
+        EXPECT_EQ(read(key), "4");
+    }
+    const auto copied = host.property("Product");
+    EXPECT_EQ(copied, product);
+    EXPECT_EQ(CFGetRetainCount(copied.get()), 3) << "the test's, the device's, and the caller's";
     EXPECT_THAT(recordedFrames(), testing::IsEmpty());
 }
 
-TEST_F(PropertiesTest, WritesBelowThePipelineAreTakenAndRecordedWhateverTheKey) {
+TEST_F(PropertiesTest, WritesBelowThePipelineAreTakenAndRecorded) {
     EXPECT_TRUE(write("Pipeline.Algs.HoldTimeoutMilliseconds", "250"));
     EXPECT_TRUE(write("Pipeline.Nonsense", R"({"a":1})"));
     EXPECT_TRUE(host.set("Pipeline.", nullptr));
@@ -66,7 +64,7 @@ TEST_F(PropertiesTest, WritesBelowThePipelineAreTakenAndRecordedWhateverTheKey) 
     EXPECT_THAT(recordedFrames(), ElementsAre("Algs.HoldTimeoutMilliseconds=250", R"(Nonsense={"a":1})", "="));
 }
 
-TEST_F(PropertiesTest, FirmwareDebugReportsAreShownAsTheyCameOrWithTheReason) {
+TEST_F(PropertiesTest, FirmwareDebugReportsAreShownOrWithTheReason) {
     device->setFeatureReport(0x10, {.bytes = {0x10, 0x01, 0x02}});
     device->setFeatureReport(0x1D, {.bytes = Report(200, 0xAB), .claimedLength = 200});
     device->setFeatureReport(0x32, {.bytes = {0x32}, .claimedLength = SIZE_MAX});
@@ -86,7 +84,7 @@ TEST_F(PropertiesTest, FirmwareDebugReportsAreShownAsTheyCameOrWithTheReason) {
     EXPECT_EQ(device->lastRoom, 128U);
 }
 
-TEST_F(PropertiesTest, TheFactoryResetHoldDurationIsReadFromItsReportOrNil) {
+TEST_F(PropertiesTest, FactoryResetHoldDurationIsReadFromItsReportOrNil) {
     EXPECT_EQ(read("FactoryResetHoldDuration"), "(nil)") << "refused";
     device->setFeatureReport(0x1F, {.bytes = {0x1F, 0x88, 0x13, 0x00, 0x00}});
     EXPECT_EQ(read("FactoryResetHoldDuration"), "5000");
@@ -118,7 +116,7 @@ TEST_F(PropertiesTest, ADeviceThatHasGoneOrNeverWasReadsNil) {
     EXPECT_EQ(read("Version"), "[19,0,0]");
 }
 
-TEST_F(PropertiesTest, ARequestKeepsItsDeviceWhenTheHostStopsMeanwhile) {
+TEST_F(PropertiesTest, RequestKeepsItsDeviceWhenTheHostStopsMeanwhile) {
     device->setFeatureReport(0x3F, {.bytes = {0x3F}});
     const CFIndex references = CFGetRetainCount(device.get());
     device->whenAsked = [&] {

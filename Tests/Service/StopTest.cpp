@@ -90,7 +90,7 @@ std::ptrdiff_t linesOfHandlers(const LogCapture& log, std::uint32_t frame) {
     return count() - before;
 }
 
-TEST(StopTest, DeviceThenHandlersThenAccelerometerStopAndNothingIsKept) {
+TEST(StopTest, DeviceThenHandlersThenAccelerometerStop) {
     const auto device = makeRef<TestDevice>();
     const auto accelerometer = makeRef<TestAccelerometer>();
     registerEventService(accelerometer);
