@@ -1,3 +1,4 @@
+#include "Platform/JSON.h"
 #include "Tests/Support/TouchFixture.h"
 
 namespace VeltoTouch::Tests {
@@ -110,6 +111,14 @@ TEST_F(GestureTest, FrameLogsThreeTextsAtDebugLevel) {
     EXPECT_THAT(logOfFrame(OS_LOG_TYPE_DEFAULT), IsEmpty());
     surface.set("ActivationThreshold", 0.0).forFrames(1);
     EXPECT_THAT(logOfFrame(OS_LOG_TYPE_DEBUG).at(1), AllOf(HasSubstr("sd=nan, "), testing::Not(HasSubstr("-nan"))));
+}
+
+TEST_F(GestureTest, CountsSuppressionThatTakesOverAHold) {
+    // Switched off, hold suppression leaves its flags behind: they count before the hold does.
+    surface.at(1000).brush(VolumeUp).forMs(550).set("EnableHoldSuppression", false).set("ResetEventStats", true);
+    const Ref<Value> stats = surface.forFrames(2).get("EventStats");
+    EXPECT_THAT(JSON::text(stats.get()),
+                AllOf(HasSubstr(R"("numHolding2Suppressed":1)"), HasSubstr(R"("numRejectedVolumeIncrement":2)")));
 }
 
 TEST_F(GestureTest, OnlyWholeKeysNameSettings) {

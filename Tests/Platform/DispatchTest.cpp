@@ -43,7 +43,7 @@ TEST(DispatchTest, ABlockIsDestroyedBeforeTheNextOneRuns) {
     dispatch_sync(queue.get(), [&captured] { EXPECT_TRUE(captured.expired()); });
 }
 
-TEST(DispatchTest, TheLastReferenceWaitsForNobodyAndQueuedBlocksStillRun) {
+TEST(DispatchTest, TheLastReferenceWaitsForNobody) {
     const auto gate = dispatch_semaphore_create(0);
     const auto done = dispatch_semaphore_create(0);
     std::string order;
@@ -58,7 +58,7 @@ TEST(DispatchTest, TheLastReferenceWaitsForNobodyAndQueuedBlocksStillRun) {
     EXPECT_EQ(order, "abc");
 }
 
-TEST(DispatchTest, TheLastReferenceMayGoOnTheQueuesOwnThreadWhichThenEnds) {
+TEST(DispatchTest, TheLastReferenceMayGoOnTheQueuesOwnThread) {
     const auto done = dispatch_semaphore_create(0);
     // Destroyed when the thread ends.
     struct Farewell {
@@ -99,7 +99,7 @@ int kernelPriorityOf(pid_t thread) {
     return std::stoi(word);
 }
 
-TEST(MutexTest, WhoHoldsItRunsAtThePriorityOfTheRealTimeThreadThatWaits) {
+TEST(MutexTest, HolderRunsAtThePriorityOfTheThreadThatWaits) {
     constexpr int kPriority = 7;
     Mutex mutex;
     const auto isReady = dispatch_semaphore_create(0);

@@ -14,7 +14,7 @@ using testing::Ne;
 // What a service sees of a device (options, properties, feature reports, IDs and lengths of reports, a device that goes
 // or cannot be read) its own tests tell, which go through the same calls.
 
-TEST(HIDDeviceTest, AHandleIsNeverGivenAgainAndADeviceLivesUntilItsObjectGoes) {
+TEST(HIDDeviceTest, AHandleIsNeverGivenAgain) {
     const auto backend = makeRef<TestDevice>();
     const io_service_t still = registerDevice(makeRef<TestDevice>());
     const io_service_t handle = registerDevice(backend);
@@ -66,7 +66,7 @@ protected:
     [[nodiscard]] CFRunLoopRunResult run() const { return CFRunLoopRunInMode(mode.get(), 0, true); }
 };
 
-TEST_F(ScheduledDeviceTest, EachReportIsASourceAndIsCutToTheBufferAndKeptWhileTheDeviceIsUnscheduled) {
+TEST_F(ScheduledDeviceTest, ReportsAreCutToTheBufferAndKeptWhileUnscheduled) {
     schedule(keep, device.get());
     backend->deliver({0x20, 1});
     backend->deliver({0x21, 2, 3, 4, 5});
@@ -84,7 +84,7 @@ TEST_F(ScheduledDeviceTest, EachReportIsASourceAndIsCutToTheBufferAndKeptWhileTh
     unschedule(device.get());
 }
 
-TEST_F(ScheduledDeviceTest, WithoutACallbackReportsAreDroppedAndWithoutADeviceThereAreNone) {
+TEST_F(ScheduledDeviceTest, WithoutACallbackReportsAreDropped) {
     schedule(keep, nullptr);
     unschedule(nullptr);
     EXPECT_EQ(run(), kCFRunLoopRunFinished);

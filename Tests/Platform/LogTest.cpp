@@ -61,7 +61,7 @@ void logOneOfEachLevel(os_log_t log) {
     os_log_with_type(log, OS_LOG_TYPE_ERROR, "failure");
 }
 
-TEST(LogTest, ACaptureTakesLinesFromItsLevelUpAndPutsTheLevelBackAtItsEnd) {
+TEST(LogTest, ACaptureTakesLinesFromItsLevelUp) {
     const os_log_t log = os_log_create("test.velto", "Levels");
     const bool wasEnabled = os_log_type_enabled(log, OS_LOG_TYPE_DEBUG);
     const auto linesFrom = [log](os_log_type_t level) {

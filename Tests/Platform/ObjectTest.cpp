@@ -19,7 +19,7 @@ private:
     int& _sum;
 };
 
-TEST(ObjectTest, IsCountedAndEqualToItselfAloneAndNullIsTolerated) {
+TEST(ObjectTest, IsCountedAndEqualToItselfAlone) {
     int destroyed = 0;
     const CFTypeRef object = new Probe(destroyed);
     EXPECT_EQ(CFRetain(object), object);
@@ -37,7 +37,7 @@ TEST(ObjectTest, IsCountedAndEqualToItselfAloneAndNullIsTolerated) {
     EXPECT_TRUE(CFEqual(nullptr, nullptr));
 }
 
-TEST(RefTest, CopiesAddAReferenceMovesHandItOnAndAssignmentReleasesTheOldObject) {
+TEST(RefTest, CopiesAddAReferenceAndMovesHandItOn) {
     int destroyed = 0;
     auto original = makeRef<Probe>(destroyed);
     const CFTypeRef object = original.get();
@@ -54,7 +54,7 @@ TEST(RefTest, CopiesAddAReferenceMovesHandItOnAndAssignmentReleasesTheOldObject)
     EXPECT_EQ(destroyed, 1);
 }
 
-TEST(RefTest, ThreadsThatShareAnObjectDestroyItOnceAndAfterTheirLastWrites) {
+TEST(RefTest, LastOfManyThreadsDestroysTheObject) {
     int sum = 0;
     {
         auto shared = makeRef<Probe>(sum);

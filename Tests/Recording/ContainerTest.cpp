@@ -95,10 +95,9 @@ TEST(ContainerReaderTest, RefusesBadContainersWithWhatIsWrongAndWhere) {
         const bool isMigrations = heading.starts_with(kByMigration);
         expectRefused(container, heading.substr(isMigrations ? kByMigration.size() : 0), place, isMigrations);
     }
-    expectRefused(version2("{\"Type\":\"InputReport\",\"Timestamp\":5,\"Data\":\"01 \xFF\"}"), "invalid container",
-                  "  (byte 70: invalid UTF-8 in a string)", true);
-    expectRefused(version2("{\"Type\":\"InputReport\",\"Timestamp\":5,\"Data\":\"01\nff\"}"), "invalid container",
-                  "  (byte 69: control character in a string)", true);
+    const std::string beginning = R"({"Version":2,"Frames":[{"Type":"InputReport","Timestamp":5,"Data":"01)";
+    expectRefused(beginning + " \xFF", "invalid container", "  (byte 70: invalid UTF-8 in a string)", true);
+    expectRefused(beginning + "\nff", "invalid container", "  (byte 69: control character in a string)", true);
     EXPECT_EQ(refusalOf<std::invalid_argument>([] { return PipelineRecording(nullptr); }), "json not supplied");
 }
 

@@ -95,48 +95,28 @@ TEST_F(RecordingTest, NothingThrowsButPlayingAndReading) {
     EXPECT_TRUE(noexcept(recording.playReset())&& noexcept(recording.playCanContinue()));
 }
 
-// A recording that is copied piece by piece while the tests add to it; every third frame is a setting.
-class RecordingCopyTest : public testing::Test {
+// A recording that is copied piece by piece while it goes on. What pieces make up, the stories compare.
+class RecordingCopyTest : public RecordingTest {
 protected:
     void record(int count) {
-        for (; count != 0; --count) {
-            const auto time = ++_time;
-            const auto number = static_cast<std::uint8_t>(time);
-            if (time % 3 == 0)
-                recording.setState(time, "key", Number::withUnsignedLong(time));
-            else
-                recording.handleInputReport(time, &number, 1);
-        }
+        for (; count != 0; --count)
+            recording.handleInputReport(static_cast<std::uint64_t>(recording.frames().size()), nullptr, 0);
     }
-    void copyRest(std::size_t piece) {
-        while (!copy.copySome(recording, piece)) {
-        }
-        EXPECT_EQ(textsOf(copy.recording().frames()), textsOf(recording.frames()));
-    }
-
-    PipelineRecording recording;
     RecordingCopy copy{20};
-
-private:
-    std::uint64_t _time = 0;
 };
 
-TEST_F(RecordingCopyTest, PiecesMakeUpTheRecordingOfTheLastOne) {
-    record(10);
-    EXPECT_FALSE(copy.copySome(recording, 4));
-    EXPECT_FALSE(copy.copySome(recording, 4));
-    record(2);
-    EXPECT_TRUE(copy.copySome(recording, 4)) << "a piece that ends with the last frame is the last";
-    EXPECT_EQ(textsOf(copy.recording().frames()), textsOf(recording.frames()));
-    EXPECT_TRUE(RecordingCopy(0).copySome(PipelineRecording(), 4));
-}
-
-TEST_F(RecordingCopyTest, WhatIsTakenOutMeanwhileIsNotInTheCopy) {
-    record(10);
+TEST_F(RecordingCopyTest, BeginsAgainWhenWhatItCopiedIsTakenOut) {
+    recording.setMaxFrameCount(5);
+    record(9);
     EXPECT_FALSE(copy.copySome(recording, 4));
     recording.trimFrames(2); // the frames that were copied are gone
-    EXPECT_FALSE(copy.copySome(recording, 2));
-    copyRest(2);
+    EXPECT_FALSE(copy.copySome(recording, 1));
+    EXPECT_TRUE(copy.copySome(recording, 1)) << "a piece that ends with the last frame is the last";
+    EXPECT_EQ(textsOf(copy.recording().frames()), textsOf(recording.frames()));
+    EXPECT_EQ(copy.recording().pipeline, log);
+    for (int i = 0; i < 20; ++i)
+        copy.recording().handleInputReport(100, nullptr, 0);
+    EXPECT_LT(copy.recording().frames().size(), 10U) << "bounded like the recording";
 }
 
 TEST_F(RecordingCopyTest, ComesToAnEndThoughFramesAreAlwaysTakenOut) {
@@ -146,20 +126,6 @@ TEST_F(RecordingCopyTest, ComesToAnEndThoughFramesAreAlwaysTakenOut) {
         record(10); // trimmed at least once
     EXPECT_EQ(pieces, 3);
     EXPECT_EQ(textsOf(copy.recording().frames()), textsOf(recording.frames()));
-}
-
-TEST_F(RecordingCopyTest, HasTargetAndBoundOfTheLastPiece) {
-    record(9);
-    EXPECT_FALSE(copy.copySome(recording, 4));
-    recording.pipeline = std::make_shared<CallLog>();
-    recording.setMaxFrameCount(5);
-    copyRest(4);
-    EXPECT_EQ(copy.recording().pipeline, recording.pipeline);
-    EXPECT_FALSE(copy.recording().playCanContinue());
-    for (int i = 0; i < 20; ++i)
-        copy.recording().handleInputReport(100, nullptr, 0);
-    EXPECT_LT(copy.recording().frames().size(), 11U);
-    EXPECT_LT(recording.frames().size(), 10U);
 }
 
 } // namespace

@@ -50,11 +50,6 @@ std::vector<std::string> textsOf(const Frames& frames) {
     return texts;
 }
 
-// Containers of these frames, in the versions of the format.
-inline std::string version2(const std::string& frames) { return R"({"Version":2,"Frames":[)" + frames + "]}"; }
-inline std::string version1(const std::string& frames) { return R"({"Version":1,"Frames":[)" + frames + "]}"; }
-inline std::string version0(const std::string& reports) { return R"({"Version":0,"Reports":[)" + reports + "]}"; }
-
 // The same container with a further member, which sends it another way through the reader: what is usual is scanned,
 // all else is parsed.
 inline std::string withFurtherMember(std::string text) { return text.insert(1, R"("Further":0,)"); }
@@ -67,7 +62,6 @@ inline PipelineRecording recordingFrom(std::string_view text) {
 class CallLog final : public PipelineInput {
 public:
     std::vector<Frame> calls;
-    const std::uint8_t* lastReport = nullptr;          // as it was handed over
     std::function<void()> whenCalled = [] { return; }; // before the call is kept
 
     void setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) override {
@@ -76,7 +70,6 @@ public:
     }
     void handleInputReport(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length) override {
         whenCalled();
-        lastReport = report;
         calls.push_back(reportFrame({report, report + length}, timestamp));
     }
     void handleMetadata(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) override {

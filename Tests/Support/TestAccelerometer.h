@@ -28,12 +28,11 @@ public:
     void deliver(double x, double y, double z) { deliver(acceleration(x, y, z)); }
 
     // The same, but returns when all handlers have returned. Not from the thread of a listener's run loop.
-    void deliverAndWait(const Ref<HIDEvent>& event) {
+    void deliverAndWait(double x, double y, double z) {
         const auto handled = dispatch_semaphore_create(0);
-        for (std::size_t waiting = post(event, handled); waiting != 0; --waiting)
+        for (std::size_t waiting = post(acceleration(x, y, z), handled); waiting != 0; --waiting)
             handled->wait();
     }
-    void deliverAndWait(double x, double y, double z) { deliverAndWait(acceleration(x, y, z)); }
 
     [[nodiscard]] Ref<Value> getProperty(const std::string& key) override {
         const MutexLock guard(_lock);

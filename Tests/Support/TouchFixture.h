@@ -4,19 +4,9 @@
 #include "Tests/Support/EventMatchers.h"
 #include "Tests/Support/Reports.h"
 
-#include <algorithm>
-
 #include <gtest/gtest.h>
 
 namespace VeltoTouch::Tests {
-
-inline std::size_t padIndex(char pad) { return static_cast<std::size_t>(pad - 'A'); }
-
-// The position of a group of pads.
-inline std::size_t groupIndex(std::string_view name) {
-    const auto names = VirtualImage().names;
-    return static_cast<std::size_t>(std::ranges::find(names, name) - names.begin());
-}
 
 // A touch surface in front of a real pipeline, told what fingers do to it; a frame every 10 ms, numbered from 0.
 // surface.at(1000).idle().press({{'E', 150}, {'F', 60}}).forMs(80).lift() sends an idle frame at 1000 ms, eight
@@ -94,7 +84,6 @@ public:
     [[nodiscard]] const HIDEvents& events() const { return _events; }
 
     Pipeline pipeline;
-    Algs& algs = pipeline.algs;
     HandStats& hand = pipeline.algs.handStats;
 
 private:
