@@ -119,6 +119,17 @@ TEST_F(GestureTest, CountsSuppressionThatTakesOverAHold) {
     const Ref<Value> stats = surface.forFrames(2).get("EventStats");
     EXPECT_THAT(JSON::text(stats.get()),
                 AllOf(HasSubstr(R"("numHolding2Suppressed":1)"), HasSubstr(R"("numRejectedVolumeIncrement":2)")));
+
+    HandStats outlived; // the time-out that it came with
+    outlived.touching = outlived.wasTouching = outlived.suppressingHold = true;
+    EventStats counters;
+    counters.update(outlived);
+    EXPECT_EQ(counters.numRejectedBeginHold + counters.numRejectedIncrementHold, 0U);
+}
+
+TEST_F(GestureTest, TimeoutIsTheNumbersUnsignedReading) {
+    EXPECT_EQ(surface.set("HoldTimeoutMilliseconds", 1e19).hand.holdTimeoutMs, 2313682944U);
+    EXPECT_EQ(surface.set("HoldTimeoutMilliseconds", -1.5).hand.holdTimeoutMs, 4294967295U);
 }
 
 TEST_F(GestureTest, OnlyWholeKeysNameSettings) {

@@ -9,6 +9,7 @@ namespace {
 
 using testing::AllOf;
 using testing::ElementsAre;
+using testing::FieldsAre;
 using testing::Ne;
 
 // What a service sees of a device (options, properties, feature reports, IDs and lengths of reports, a device that goes
@@ -33,66 +34,46 @@ TEST(HIDDeviceTest, AHandleIsNeverGivenAgain) {
     EXPECT_EQ(CFGetRetainCount(backend.get()), 1);
 }
 
-// A device with a buffer for its reports, and the reports that its callback was given.
-class ScheduledDeviceTest : public testing::Test {
-protected:
-    const Ref<TestDevice> backend = makeRef<TestDevice>();
-    const io_service_t service = registerDevice(backend);
-    const Ref<HIDDevice> device = IOHIDDeviceCreate(nullptr, service);
-    const Ref<String> mode = makeRef<String>("Reports");
-    std::array<std::uint8_t, 4> buffer{};
-    std::vector<TestDevice::Report> received;
-
-    void TearDown() override { unregisterDevice(service); }
-
-    static void keep(void* context, IOReturn result, void* sender, IOHIDReportType type, std::uint32_t reportID,
-                     std::uint8_t* report, CFIndex length, std::uint64_t timeStamp) {
-        auto& test = *static_cast<ScheduledDeviceTest*>(context);
-        EXPECT_EQ(result, kIOReturnSuccess);
-        EXPECT_EQ(sender, test.device.get());
-        EXPECT_EQ(type, kIOHIDReportTypeInput);
-        EXPECT_EQ(reportID, length == 0 ? 0U : test.buffer[0]) << "of an empty one, not what the last one has left";
-        EXPECT_EQ(report, test.buffer.data());
-        EXPECT_EQ(timeStamp, TestDevice::kStamp);
-        test.received.emplace_back(report, report + length);
-    }
-    void schedule(IOHIDReportWithTimeStampCallback callback, IOHIDDeviceRef which) {
-        IOHIDDeviceRegisterInputReportWithTimeStampCallback(which, buffer.data(), 4, callback, this);
-        IOHIDDeviceScheduleWithRunLoop(which, CFRunLoopGetCurrent(), mode.get());
-    }
-    void unschedule(IOHIDDeviceRef which) const {
-        IOHIDDeviceUnscheduleFromRunLoop(which, CFRunLoopGetCurrent(), mode.get());
-    }
-    [[nodiscard]] CFRunLoopRunResult run() const { return CFRunLoopRunInMode(mode.get(), 0, true); }
+// What the callback of a device was given.
+struct Received {
+    IOReturn result;
+    void* sender;
+    std::uint32_t reportID;
+    TestDevice::Report report;
 };
 
-TEST_F(ScheduledDeviceTest, ReportsAreCutToTheBufferAndKeptWhileUnscheduled) {
-    schedule(keep, device.get());
-    backend->deliver({0x20, 1});
-    backend->deliver({0x21, 2, 3, 4, 5});
-    EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
-    EXPECT_THAT(received, ElementsAre(ElementsAre(0x20, 1)));
-    unschedule(device.get());
-    EXPECT_EQ(run(), kCFRunLoopRunFinished);
-    schedule(keep, device.get());
-    EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
-    backend->deliver({});
-    EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
-    EXPECT_EQ(run(), kCFRunLoopRunTimedOut);
-    EXPECT_THAT(received, ElementsAre(ElementsAre(0x20, 1), ElementsAre(0x21, 2, 3, 4), ElementsAre()));
-    EXPECT_EQ(backend->deliveredReports(), 3U);
-    unschedule(device.get());
+void keep(void* context, IOReturn result, void* sender, IOHIDReportType /*type*/, std::uint32_t reportID,
+          std::uint8_t* report, CFIndex length, std::uint64_t /*timeStamp*/) {
+    static_cast<std::vector<Received>*>(context)->push_back({result, sender, reportID, {report, report + length}});
 }
 
-TEST_F(ScheduledDeviceTest, WithoutACallbackReportsAreDropped) {
-    schedule(keep, nullptr);
-    unschedule(nullptr);
-    EXPECT_EQ(run(), kCFRunLoopRunFinished);
-    schedule(nullptr, device.get());
+TEST(HIDDeviceTest, EachReportIsASourceAndDroppedWithoutACallback) {
+    const auto backend = makeRef<TestDevice>();
+    const io_service_t service = registerDevice(backend);
+    const auto device = IOHIDDeviceCreate(nullptr, service);
+    const auto mode = makeRef<String>("Reports");
+    const auto run = [&mode] { return CFRunLoopRunInMode(mode.get(), 0, true); };
+    std::array<std::uint8_t, 4> buffer{};
+    std::vector<Received> received;
+    IOHIDDeviceRegisterInputReportWithTimeStampCallback(device.get(), buffer.data(), 4, keep, &received);
+    IOHIDDeviceScheduleWithRunLoop(device.get(), CFRunLoopGetCurrent(), mode.get());
+    for (const TestDevice::Report& report : {TestDevice::Report{0x20, 1}, {0x21, 2, 3, 4, 5}, {}})
+        backend->deliver(report);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
+    EXPECT_EQ(run(), kCFRunLoopRunTimedOut);
+    const auto is = [&device](std::uint32_t reportID, const TestDevice::Report& report) {
+        return FieldsAre(kIOReturnSuccess, device.get(), reportID, report);
+    };
+    EXPECT_THAT(received, ElementsAre(is(0x20, {0x20, 1}), is(0x21, {0x21, 2, 3, 4}), is(0, {})));
+
+    IOHIDDeviceRegisterInputReportWithTimeStampCallback(device.get(), buffer.data(), 4, nullptr, nullptr);
     backend->deliver({1});
     EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
-    EXPECT_EQ(backend->deliveredReports(), 0U);
-    unschedule(device.get());
+    EXPECT_EQ(backend->deliveredReports(), 3U);
+    IOHIDDeviceUnscheduleFromRunLoop(device.get(), CFRunLoopGetCurrent(), mode.get());
+    EXPECT_EQ(run(), kCFRunLoopRunFinished);
+    unregisterDevice(service);
 }
 
 } // namespace

@@ -109,6 +109,7 @@ TEST(PlaybackPauseTest, IsTheGapInMicrosecondsDividedBySpeed) {
     };
     for (const auto& [name, fromNs, toNs, speed, pauseUs] : {
              Row{"half as fast", 10 * kMs, 30 * kMs, 0.5, 40'000},
+             Row{"divides by the speed first", 0, 6900 * kMs, 3, 2'300'000},
              Row{"speed zero is one", 0, 10 * kMs, 0, 10'000},
              Row{"minus infinity is one", 0, 10 * kMs, -kAtOnce, 10'000},
              Row{"earlier time", 5 * kMs, 3 * kMs, 1, 0},
