@@ -1,5 +1,6 @@
 #include "Tests/Stories/Comparison.h"
 
+#include "Plugin/Recording/ContainerScanner.h"
 #include "Plugin/Recording/RecordingCopy.h"
 #include "Tests/Reference/Container.h"
 #include "Tests/Stories/Clock.h"
@@ -130,6 +131,8 @@ private:
             return; // what stands for a value without a form in JSON is each one's own
         if (nlohmann::json::parse(ours->bytes()) != nlohmann::json::parse(theirs))
             _difference = "text of the container";
+        if (!scanContainer(ours->bytes()))
+            _difference = "what is written is not read in the usual, fast way";
         takeOver(PipelineRecording(ours.get()), Reference::readContainer(theirs));
     }
     void take(const Steps::PlayReset& /*reset*/) {
