@@ -57,7 +57,7 @@ TEST(UsageTest, WhatThePipelineHasNoUseForIsToldWithWhatIsWanted) {
              {kAlgs + "HoldTimeoutMilliseconds=true", kWhole},
              {kAlgs + "HoldTimeoutMilliseconds=", kWhole},
              {kAlgs + "ActivationThreshold=3.5e38", kNumber},
-             {kAlgs + "VirtualNormalizationFactors.0=null", kNumber},
+             {kAlgs + "VirtualNormalizationFactors.0=true", kNumber},
              {kAlgs + "VirtualNormalizationFactors.23=1", "factors are numbered 0 to 22"},
              {kAlgs + "VirtualNormalizationFactors.N=1", "factors are numbered 0 to 22"},
              {kAlgs + "VirtualNormalizationFactors.03=1", "factors are numbered 0 to 22"},
