@@ -10,6 +10,9 @@ namespace {
 using enum PixelRegion;
 
 constexpr std::size_t padIndex(char pad) { return static_cast<std::size_t>(pad - 'A'); }
+std::size_t groupIndex(const VirtualPixels& groups, std::string_view name) {
+    return static_cast<std::size_t>(std::ranges::find(groups.names, name) - groups.names.begin());
+}
 
 // A pad ("E") or group ("KLM") and the highest normalized value that this touch has shown there.
 struct Peak {
@@ -50,12 +53,11 @@ TEST(ActiveRegionTest, IsThePeaksUnlessLastGestureOrAGroupTakesIt) {
              Row{"K, L", {{"K", 1.5F}, {"L", 0.5F}, {"KLM", 1.4F}}, None, 100, PlayPause},
          }) {
         Algs algs;
-        const auto& names = algs.virtualPixels.names;
         for (const auto& [name, value] : row.peaks) {
             if (name.size() == 1)
                 algs.pixels.peakAboveNoise.at(padIndex(name.front())) = value;
             else
-                algs.virtualPixels.peakAboveNoise[std::ranges::find(names, name) - names.begin()] = value;
+                algs.virtualPixels.peakAboveNoise.at(groupIndex(algs.virtualPixels, name)) = value;
         }
         HandStats& hand = algs.handStats;
         hand.peakPixel = row.peaks.front().name.front() - 'A';
