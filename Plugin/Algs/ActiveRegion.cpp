@@ -10,9 +10,9 @@
 namespace VeltoTouch {
 namespace {
 
-constexpr std::size_t kPadI = 'I' - 'A';
-constexpr std::size_t kPadK = 'K' - 'A';
-constexpr std::size_t kPadM = 'M' - 'A';
+constexpr std::size_t kPadI = padOf('I');
+constexpr std::size_t kPadK = padOf('K');
+constexpr std::size_t kPadM = padOf('M');
 
 // The share of pad K's peak that a neighbouring group must exceed to take the touch from K.
 constexpr float kPadKShare = 0.7F;
@@ -39,8 +39,6 @@ Leaders leadersOf(const Pixels::Lanes<float>& peaks) noexcept {
     }
     return leaders;
 }
-
-PixelRegion regionOf(std::size_t pad) noexcept { return regionOfPad(static_cast<std::int32_t>(pad)); }
 
 } // namespace
 

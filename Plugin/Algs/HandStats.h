@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Plugin/Algs/PixelBank.h"
-#include "Plugin/Algs/PixelRegion.h"
 #include "Plugin/Algs/SVM.h"
+#include "Plugin/Reports/Regions.h"
 
 #include <array>
 #include <cstdint>

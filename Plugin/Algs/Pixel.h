@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Plugin/Algs/PixelRegion.h"
 #include "Plugin/Reports/InputReport.h"
+#include "Plugin/Reports/Regions.h"
 
 #include <cstddef>
 #include <cstdint>

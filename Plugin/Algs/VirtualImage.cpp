@@ -37,14 +37,12 @@ constexpr std::array<Group, kGroupCount> kGroups{{
 }};
 static_assert(kGroups[VirtualImage::kIJK].name == "IJK" && kGroups[VirtualImage::kKLM].name == "KLM");
 
-constexpr std::int32_t padOf(char letter) noexcept { return letter - 'A'; }
-
 // Each group's pads as bits.
 constexpr auto kGroupPads = [] {
     std::array<std::uint32_t, kGroupCount> pads{};
     for (std::size_t i = 0; i < kGroupCount; ++i) {
         for (const char letter : kGroups[i].name)
-            pads[i] |= 1U << static_cast<unsigned>(padOf(letter));
+            pads[i] |= 1U << padOf(letter);
     }
     return pads;
 }();
@@ -54,7 +52,7 @@ constexpr auto kGroupPads = [] {
 VirtualImage::VirtualImage() noexcept {
     for (std::size_t i = 0; i < kGroupCount; ++i) {
         names[i] = kGroups[i].name;
-        maxPixelIndex[i] = padOf(kGroups[i].name.front());
+        maxPixelIndex[i] = static_cast<std::int32_t>(padOf(kGroups[i].name.front()));
         normalizationFactors[i] = kGroups[i].factor;
     }
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/HIDEvent.h"
-#include "Plugin/Algs/PixelRegion.h"
 #include "Plugin/Pipeline/Pipeline.h"
+#include "Plugin/Reports/Regions.h"
 
 #include <array>
 #include <ostream>
@@ -19,10 +19,6 @@ namespace VeltoTouch {
 namespace Tests {
 
 using enum PixelRegion;
-
-inline constexpr std::array<const char*, kRegionCount> kRegionNames{"None", "PlayPause", "VolumeDown", "VolumeUp"};
-
-inline std::string nameOf(PixelRegion region) { return kRegionNames.at(static_cast<std::size_t>(region)); }
 
 struct GestureKind {
     std::string_view name;
@@ -54,7 +50,7 @@ inline std::string gestureOf(const HIDEvent& event) {
         if (kind.name == "Cancel" && region == 0)
             return "Cancel()";
         if (region < kRegionCount)
-            return fmt::format("{}({})", kind.name, kRegionNames.at(region));
+            return fmt::format("{}({})", kind.name, nameOf(static_cast<PixelRegion>(region)));
     }
     return fmt::format("digitizer event (mask {:#x}, phase {:#x}, y {})", finger.eventMask, event.phase, finger.y);
 }
@@ -81,17 +77,17 @@ struct GestureMatcher {
     std::string text;
 };
 
-inline GestureMatcher MayBegin(PixelRegion region) { return {"MayBegin(" + nameOf(region) + ")"}; }
-inline GestureMatcher HoldStart(PixelRegion region) { return {"HoldStart(" + nameOf(region) + ")"}; }
-inline GestureMatcher HoldChange(PixelRegion region) { return {"HoldChange(" + nameOf(region) + ")"}; }
-inline GestureMatcher HoldEnd(PixelRegion region) { return {"HoldEnd(" + nameOf(region) + ")"}; }
-inline GestureMatcher Tap(PixelRegion region) { return {"Tap(" + nameOf(region) + ")"}; }
+inline GestureMatcher MayBegin(PixelRegion region) { return {fmt::format("MayBegin({})", nameOf(region))}; }
+inline GestureMatcher HoldStart(PixelRegion region) { return {fmt::format("HoldStart({})", nameOf(region))}; }
+inline GestureMatcher HoldChange(PixelRegion region) { return {fmt::format("HoldChange({})", nameOf(region))}; }
+inline GestureMatcher HoldEnd(PixelRegion region) { return {fmt::format("HoldEnd({})", nameOf(region))}; }
+inline GestureMatcher Tap(PixelRegion region) { return {fmt::format("Tap({})", nameOf(region))}; }
 inline GestureMatcher Cancel() { return {"Cancel()"}; }
 inline GestureMatcher FirmwareReset() { return {"FirmwareReset()"}; }
 
 } // namespace Tests
 
-inline void PrintTo(PixelRegion region, std::ostream* out) { *out << Tests::nameOf(region); }
+inline void PrintTo(PixelRegion region, std::ostream* out) { *out << nameOf(region); }
 inline void PrintTo(const Ref<HIDEvent>& event, std::ostream* out) {
     *out << (event ? Tests::textOf(*event) : "no event");
 }

@@ -1,5 +1,6 @@
 #include "Velto/Daemon/MediaKeys.h"
 
+#include "Plugin/Reports/Regions.h"
 #include "Velto/Host/Gesture.h"
 
 #include <utility>
@@ -12,15 +13,23 @@ struct RegionKeys {
     std::uint16_t hold;
 };
 
-// In the order of the numbers under which regions stand in a digitizer event's y.
-constexpr std::array<RegionKeys, 4> kRegions{{
-    {.tap = KEY_RESERVED, .hold = KEY_RESERVED},     // none
-    {.tap = KEY_PLAYPAUSE, .hold = KEY_ASSISTANT},   // play-pause
-    {.tap = KEY_VOLUMEDOWN, .hold = KEY_VOLUMEDOWN}, // volume down
-    {.tap = KEY_VOLUMEUP, .hold = KEY_VOLUMEUP},     // volume up
-}};
+RegionKeys keysOf(PixelRegion region) noexcept {
+    switch (region) {
+    case PixelRegion::None:
+        break;
+    case PixelRegion::PlayPause:
+        return {.tap = KEY_PLAYPAUSE, .hold = KEY_ASSISTANT};
+    case PixelRegion::VolumeUp:
+        return {.tap = KEY_VOLUMEUP, .hold = KEY_VOLUMEUP};
+    case PixelRegion::VolumeDown:
+        return {.tap = KEY_VOLUMEDOWN, .hold = KEY_VOLUMEDOWN};
+    }
+    return {.tap = KEY_RESERVED, .hold = KEY_RESERVED};
+}
 
-RegionKeys keysOf(const HIDEvent& event) noexcept { return kRegions[regionNumberOf(event).value_or(0)]; }
+RegionKeys keysOf(const HIDEvent& event) noexcept {
+    return keysOf(static_cast<PixelRegion>(regionNumberOf(event).value_or(0)));
+}
 
 bool isTap(const HIDEvent& event) noexcept {
     const auto mask = static_cast<std::uint32_t>(IOHIDEventGetIntegerValue(&event, kIOHIDEventFieldDigitizerEventMask));

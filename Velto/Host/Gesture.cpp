@@ -1,15 +1,16 @@
 #include "Velto/Host/Gesture.h"
 
+#include "Plugin/Reports/Regions.h"
+
 #include <algorithm>
 #include <array>
 
 namespace VeltoTouch {
 namespace {
 
-// Each in the order of its numbers.
+// In the order of the numbers.
 constexpr std::array<std::string_view, 7> kGestures{"mayBegin", "holdStart", "holdChange",   "holdEnd",
                                                     "tap",      "cancel",    "firmwareReset"};
-constexpr std::array<std::string_view, 4> kRegions{"None", "PlayPause", "VolumeDown", "VolumeUp"};
 
 Gesture gestureOf(const HIDEvent& event) noexcept {
     if (IOHIDEventGetType(&event) != kIOHIDEventTypeDigitizer)
@@ -34,7 +35,7 @@ std::optional<std::string_view> regionOf(const HIDEvent& event, Gesture gesture)
     const auto number = regionNumberOf(event);
     if (gesture == Gesture::Cancel || gesture == Gesture::FirmwareReset || !number)
         return std::nullopt;
-    return kRegions[*number];
+    return nameOf(static_cast<PixelRegion>(*number));
 }
 
 } // namespace
@@ -50,7 +51,7 @@ GestureEvent gestureEventOf(const HIDEvent& event) noexcept {
 
 std::optional<std::size_t> regionNumberOf(const HIDEvent& event) noexcept {
     const double region = IOHIDEventGetFloatValue(&event, kIOHIDEventFieldDigitizerY);
-    const bool isKnown = region >= 0.0 && region < static_cast<double>(kRegions.size());
+    const bool isKnown = region >= 0.0 && region < static_cast<double>(kRegionCount);
     return isKnown ? std::optional(static_cast<std::size_t>(region)) : std::nullopt;
 }
 
@@ -64,8 +65,8 @@ std::optional<Gesture> gestureNamed(std::string_view name) noexcept {
 }
 
 std::optional<std::string_view> regionNamed(std::string_view name) noexcept {
-    const auto* const found = std::ranges::find(kRegions, name);
-    return found == kRegions.end() ? std::nullopt : std::optional(*found);
+    const auto region = regionCalled(name);
+    return region ? std::optional(nameOf(*region)) : std::nullopt;
 }
 
 } // namespace VeltoTouch

@@ -1,5 +1,7 @@
 #include "Velto/Surface/Geometry.h"
 
+#include <string_view>
+
 namespace VeltoTouch::Surface {
 namespace {
 
@@ -27,10 +29,6 @@ constexpr double kMiddleRow = 6;
 constexpr std::array<double, kPadCount> kSensitivity{
     // A     B      C      D      E      F      G      H      I      J      K      L      M      N      O
     0.520, 0.531, 0.519, 0.531, 0.522, 0.552, 0.992, 1.000, 0.673, 0.665, 0.414, 0.650, 0.648, 0.962, 0.953};
-
-//                                     ABCDEFGHIJKLMNO
-constexpr std::string_view kRegions = "PPPPPPUUUUPDDDD";
-static_assert(kRegions.size() == kPadCount);
 
 constexpr std::array<Place, kPlaceCount> readPicture() {
     std::array<Place, kPlaceCount> found{};
@@ -63,16 +61,5 @@ std::span<const Place> placesOf(std::size_t pad) noexcept {
 }
 
 double sensitivityOf(std::size_t pad) noexcept { return kSensitivity[pad]; }
-
-std::string_view regionOf(std::size_t pad) noexcept {
-    switch (kRegions[pad]) {
-    case 'U':
-        return "VolumeUp";
-    case 'D':
-        return "VolumeDown";
-    default:
-        return "PlayPause";
-    }
-}
 
 } // namespace VeltoTouch::Surface

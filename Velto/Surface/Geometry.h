@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string_view>
 
 // Where the pads of the simulated surface lie and how much of a contact each of them feels.
 
@@ -38,8 +37,5 @@ constexpr std::size_t kPlaceCount = 23;
 
 // The signal counts that a pad gives for one count of contact strength.
 [[nodiscard]] double sensitivityOf(std::size_t pad) noexcept;
-
-// The control that a pad belongs to: "PlayPause", "VolumeUp" or "VolumeDown".
-[[nodiscard]] std::string_view regionOf(std::size_t pad) noexcept;
 
 } // namespace VeltoTouch::Surface

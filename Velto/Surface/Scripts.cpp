@@ -1,5 +1,7 @@
 #include "Velto/Surface/Scripts.h"
 
+#include "Plugin/Reports/Regions.h"
+
 #include <array>
 #include <optional>
 #include <utility>
@@ -24,9 +26,7 @@ constexpr std::array<Habit, 5> kHabits{{
 constexpr std::int64_t kShortestPauseMs = 150;
 constexpr std::int64_t kLongestPauseMs = 1500;
 
-constexpr std::size_t kPadI = 'I' - 'A';
-constexpr std::size_t kPadK = 'K' - 'A';
-constexpr std::size_t kPadM = 'M' - 'A';
+std::size_t middleOf(PixelRegion region) noexcept { return padOf(rowOf(region).middlePad); }
 
 } // namespace
 
@@ -54,8 +54,8 @@ Step MadeUpUser::nextGesture() {
     step.durationMs = static_cast<std::uint32_t>(_random.between(habit->shortestMs, habit->longestMs));
     if (step.action == Action::Slide) { // from one volume control to the other
         const bool startsUp = _random.below(2) == 0;
-        step.pad = startsUp ? kPadI : kPadM;
-        step.endPad = startsUp ? kPadM : kPadI;
+        step.pad = middleOf(startsUp ? PixelRegion::VolumeUp : PixelRegion::VolumeDown);
+        step.endPad = middleOf(startsUp ? PixelRegion::VolumeDown : PixelRegion::VolumeUp);
     } else if (step.action != Action::Palm) {
         step.pad = step.endPad = somePlace();
     }
@@ -64,9 +64,8 @@ Step MadeUpUser::nextGesture() {
 
 // Mostly the middle of a control, sometimes any pad.
 std::size_t MadeUpUser::somePlace() {
-    constexpr std::array<std::size_t, 3> kMiddles{kPadK, kPadI, kPadM};
     const bool aims = _random.below(4) != 0;
-    return aims ? kMiddles[_random.below(3)] : _random.below(kPadCount);
+    return aims ? padOf(kRegionsWithPads[_random.below(kRegionsWithPads.size())].middlePad) : _random.below(kPadCount);
 }
 
 } // namespace VeltoTouch::Surface

@@ -1,5 +1,7 @@
 #include "Velto/Surface/Simulation.h"
 
+#include "Plugin/Reports/Regions.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -95,8 +97,8 @@ Simulation::Label Simulation::labelOf(const Step& step) const {
     const bool isPalm = step.action == Action::Palm;
     const bool isSlide = step.action == Action::Slide;
     return {.gesture = nameOf(step.action),
-            .region = isPalm ? "None" : regionOf(step.pad),
-            .endRegion = isSlide ? regionOf(step.endPad) : "",
+            .region = nameOf(isPalm ? PixelRegion::None : regionOf(step.pad)),
+            .endRegion = isSlide ? nameOf(regionOf(step.endPad)) : "",
             .startMs = deviceTimeMs(_deviceScan),
             .endMs = deviceTimeMs(_deviceScan + _contactScans)};
 }

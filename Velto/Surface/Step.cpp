@@ -1,46 +1,20 @@
 #include "Velto/Surface/Step.h"
 
-#include "Plugin/Reports/InputReport.h"
+#include "Plugin/Reports/Regions.h"
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <stdexcept>
+#include <vector>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace VeltoTouch::Surface {
 namespace {
 
-enum class Takes : std::uint8_t { Nothing, Duration, Place, TwoPlaces }; // a place may have a duration behind it
-
-struct Form {
-    Action action;
-    std::string_view name;
-    Takes takes;
-    std::uint32_t defaultMs;
-};
-
-// In the order of the actions.
-constexpr std::array<Form, 7> kForms{{
-    {Action::Tap, "tap", Takes::Place, 100},
-    {Action::Hold, "hold", Takes::Place, 900},
-    {Action::Slide, "slide", Takes::TwoPlaces, 1200},
-    {Action::Palm, "palm", Takes::Duration, 1000},
-    {Action::Brush, "brush", Takes::Place, 400},
-    {Action::Idle, "idle", Takes::Duration, 300},
-    {Action::Reset, "reset", Takes::Nothing, 0},
-}};
-
-struct NamedPlace {
-    std::string_view name;
-    char middlePad;
-};
-
-constexpr std::array<NamedPlace, 3> kNamedPlaces{{{"play-pause", 'K'}, {"volume-up", 'I'}, {"volume-down", 'M'}}};
-constexpr std::string_view kPlaceNames = "play-pause, volume-up, volume-down or a pad A to O";
-
-constexpr std::size_t padOf(char letter) noexcept { return static_cast<std::size_t>(letter - 'A'); }
+std::string placeNames() { return regionPlaces() + " or a pad A to O"; }
 
 [[noreturn]] void refuse(std::string_view step, std::string_view reason) {
     throw std::invalid_argument(fmt::format("step \"{}\": {}", step, reason));
@@ -57,9 +31,9 @@ std::optional<std::string_view> takeField(std::optional<std::string_view>& rest)
 }
 
 std::optional<std::size_t> padNamed(std::string_view name) {
-    for (const NamedPlace& place : kNamedPlaces) {
-        if (place.name == name)
-            return padOf(place.middlePad);
+    for (const RegionRow& row : kRegionsWithPads) {
+        if (row.place == name)
+            return padOf(row.middlePad);
     }
     const bool isPad = name.size() == 1 && name.front() >= 'A' && padOf(name.front()) < kPadCount;
     return isPad ? std::optional(padOf(name.front())) : std::nullopt;
@@ -68,7 +42,7 @@ std::optional<std::size_t> padNamed(std::string_view name) {
 void readPlace(std::string_view text, std::string_view name, Step& step) {
     const auto pad = padNamed(name);
     if (!pad)
-        refuse(text, fmt::format("no place \"{}\" ({})", name, kPlaceNames));
+        refuse(text, fmt::format("no place \"{}\" ({})", name, placeNames()));
     step.pad = step.endPad = *pad;
 }
 
@@ -83,7 +57,7 @@ void readTwoPlaces(std::string_view text, std::string_view names, Step& step) {
             return;
         }
     }
-    refuse(text, fmt::format("\"{}\" is not two places, as in volume-up-volume-down ({})", names, kPlaceNames));
+    refuse(text, fmt::format("\"{}\" is not two places, as in volume-up-volume-down ({})", names, placeNames()));
 }
 
 std::uint32_t readDuration(std::string_view text, std::string_view digits) {
@@ -95,24 +69,27 @@ std::uint32_t readDuration(std::string_view text, std::string_view digits) {
     return duration;
 }
 
-const Form& formNamed(std::string_view text, std::string_view name) {
-    for (const Form& form : kForms) {
-        if (form.name == name)
-            return form;
-    }
-    refuse(text, "no such step (tap, hold, slide, palm, brush, idle or reset)");
+const StepForm& formNamed(std::string_view text, std::string_view name) {
+    const auto* const form = std::ranges::find(kStepForms, name, &StepForm::name);
+    if (form != kStepForms.end())
+        return *form;
+    std::vector<std::string_view> names(kStepForms.size());
+    std::ranges::transform(kStepForms, names.begin(), &StepForm::name);
+    const std::string_view last = names.back();
+    names.pop_back();
+    refuse(text, fmt::format("no such step ({} or {})", fmt::join(names, ", "), last));
 }
 
 } // namespace
 
 Step parseStep(std::string_view text) {
     std::optional<std::string_view> rest = text;
-    const Form& form = formNamed(text, takeField(rest).value_or(""));
+    const StepForm& form = formNamed(text, takeField(rest).value_or(""));
     Step step{.action = form.action, .durationMs = form.defaultMs};
     if (form.takes == Takes::Place || form.takes == Takes::TwoPlaces) {
         const auto where = takeField(rest);
         if (!where)
-            refuse(text, fmt::format("needs a place ({})", kPlaceNames));
+            refuse(text, fmt::format("needs a place ({})", placeNames()));
         form.takes == Takes::Place ? readPlace(text, *where, step) : readTwoPlaces(text, *where, step);
     }
     if (form.takes != Takes::Nothing) {
@@ -124,6 +101,11 @@ Step parseStep(std::string_view text) {
     return step;
 }
 
-std::string_view nameOf(Action action) noexcept { return kForms[static_cast<std::size_t>(action)].name; }
+std::string regionPlaces() {
+    std::vector<std::string_view> places;
+    for (const RegionRow& row : kRegionsWithPads)
+        places.push_back(row.place);
+    return fmt::format("{}", fmt::join(places, ", "));
+}
 
 } // namespace VeltoTouch::Surface

@@ -1,25 +1,40 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
-// Gesture scripts: what the fingers do on the simulated surface, one step after the other.
-//
-//   tap:WHERE[:MS]          a short press                                              100 ms
-//   hold:WHERE[:MS]         a long press                                               900 ms
-//   slide:WHERE-WHERE[:MS]  a press that rests, rolls over to another place and rests  1200 ms
-//   palm[:MS]               a palm laid over the middle                                1000 ms
-//   brush:WHERE[:MS]        a contact too weak to be a press                           400 ms
-//   idle[:MS]               nothing                                                    300 ms
-//   reset                   the controller's firmware restarts
-//
-// WHERE is play-pause, volume-up, volume-down or a pad, A to O. MS is how long the contact lasts, press and lift
-// included. After every contact the surface is left alone for a moment, without an `idle` step too.
+// Gesture scripts: what the fingers do on the simulated surface, one step after the other. A step is a name and what it
+// takes, with colons between: tap:WHERE[:MS], slide:WHERE-WHERE[:MS], palm[:MS], reset. WHERE is a region or a pad. MS
+// is how long the contact lasts, press and lift included. After every contact the surface is left alone for a moment,
+// without an `idle` step too.
 
 namespace VeltoTouch::Surface {
 
 enum class Action : std::uint8_t { Tap, Hold, Slide, Palm, Brush, Idle, Reset };
+
+enum class Takes : std::uint8_t { Nothing, Duration, Place, TwoPlaces }; // a place may have a duration behind it
+
+struct StepForm {
+    Action action;
+    std::string_view name;
+    Takes takes;
+    std::uint32_t defaultMs;
+    std::string_view meaning;
+};
+
+// In the order of the actions.
+inline constexpr std::array<StepForm, 7> kStepForms{{
+    {Action::Tap, "tap", Takes::Place, 100, "a short press"},
+    {Action::Hold, "hold", Takes::Place, 900, "a long press"},
+    {Action::Slide, "slide", Takes::TwoPlaces, 1200, "a press that rests, rolls over to another place and rests"},
+    {Action::Palm, "palm", Takes::Duration, 1000, "a palm laid over the middle"},
+    {Action::Brush, "brush", Takes::Place, 400, "a contact too weak to be a press"},
+    {Action::Idle, "idle", Takes::Duration, 300, "nothing"},
+    {Action::Reset, "reset", Takes::Nothing, 0, "the controller's firmware restarts"},
+}};
 
 constexpr std::uint32_t kLongestStepMs = 3'600'000;
 
@@ -36,6 +51,11 @@ struct Step {
 [[nodiscard]] Step parseStep(std::string_view text);
 
 // The word that a step of this action begins with.
-[[nodiscard]] std::string_view nameOf(Action action) noexcept;
+[[nodiscard]] constexpr std::string_view nameOf(Action action) noexcept {
+    return kStepForms[static_cast<std::size_t>(action)].name;
+}
+
+// The regions as a step names them: "play-pause, volume-up, volume-down".
+[[nodiscard]] std::string regionPlaces();
 
 } // namespace VeltoTouch::Surface
