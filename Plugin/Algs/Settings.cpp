@@ -2,6 +2,7 @@
 
 #include "Plugin/Algs/Algs.h"
 #include "Plugin/Shared/KeyDomain.h"
+#include "Plugin/Shared/Keys.h"
 #include "Plugin/Shared/Overloaded.h"
 
 #include <sstream>
@@ -9,11 +10,11 @@
 namespace VeltoTouch {
 namespace {
 
-constexpr std::string_view kEventStats = "EventStats";
-constexpr std::string_view kDebugInfo = "DebugInfo";
+constexpr std::string_view kEventStats = *Keys::belowAlgs(Keys::kEventStats);
+constexpr std::string_view kDebugInfo = *Keys::belowAlgs(Keys::kAlgsDebugInfo);
 
-std::optional<std::size_t> factorIn(const std::string& text) {
-    std::istringstream stream(text);
+std::optional<std::size_t> factorIn(std::string_view text) {
+    std::istringstream stream{std::string(text)};
     stream.imbue(std::locale::classic());
     unsigned long index = 0;
     if (!(stream >> index))
@@ -24,10 +25,11 @@ std::optional<std::size_t> factorIn(const std::string& text) {
 }
 
 // The factor that a key names, if it is a row's.
-std::optional<std::size_t> factorUnder(const SettingRow& row, std::string key) {
+std::optional<std::size_t> factorUnder(const SettingRow& row, std::string_view key) {
     if (!row.is<SettingRow::Factors>())
         return key == row.key ? std::optional<std::size_t>(0) : std::nullopt;
-    return Util::stripDomainFromKey(key, row.key) ? factorIn(key) : std::nullopt;
+    const auto number = Keys::below(row.key, key);
+    return number ? factorIn(*number) : std::nullopt;
 }
 
 // What is no number counts as 0.
@@ -38,7 +40,7 @@ std::uint32_t millisecondsReading(const Number* number) noexcept {
 
 } // namespace
 
-std::optional<FoundSetting> findSetting(const std::string& key) {
+std::optional<FoundSetting> findSetting(std::string_view key) {
     for (const SettingRow& row : kSettingRows) {
         if (const auto factor = factorUnder(row, key))
             return FoundSetting{.row = row, .factor = *factor};

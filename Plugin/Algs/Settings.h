@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <variant>
 
@@ -55,7 +54,7 @@ struct FoundSetting {
 
 // The setting under a key without domain. The N of a factor is read as a stream reads an unsigned number: what follows
 // the number is ignored, what is no number is 0, a negative one wraps.
-[[nodiscard]] std::optional<FoundSetting> findSetting(const std::string& key);
+[[nodiscard]] std::optional<FoundSetting> findSetting(std::string_view key);
 
 // What stands in a setting's place, and in that of a new recognizer; nil for an action.
 [[nodiscard]] Ref<Value> valueOf(const FoundSetting& setting, const HandStats& hand, const VirtualImage& image);

@@ -1,14 +1,14 @@
 #include "Plugin/Pipeline/Pipeline.h"
 
 #include "Plugin/Shared/KeyDomain.h"
+#include "Plugin/Shared/Keys.h"
 
 #include <utility>
 
 namespace VeltoTouch {
 namespace {
 
-constexpr std::string_view kAlgsDomain = "Algs";
-constexpr std::string_view kDebugInfo = "DebugInfo";
+constexpr std::string_view kDebugInfo = *Keys::belowPipeline(Keys::kDebugInfo);
 
 // Calls a callback if there is one.
 template <class... Parameters, class... Arguments>
@@ -22,7 +22,7 @@ void notify(const std::function<void(Parameters...)>& callback, Arguments&&... a
 void Pipeline::setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept {
     notify(setStateObserver, timestamp, key, value);
     std::string rest = key;
-    if (Util::stripDomainFromKey(rest, kAlgsDomain))
+    if (Util::stripDomainFromKey(rest, Keys::kAlgsDomain))
         algs.setState(rest, value);
 }
 
@@ -71,7 +71,7 @@ void Pipeline::handleHIDEvents(std::uint64_t timestamp, const HIDEvents& events)
 Ref<Value> Pipeline::getState(const std::string& key) noexcept {
     notify(getStateObserver, key);
     std::string rest = key;
-    if (Util::stripDomainFromKey(rest, kAlgsDomain))
+    if (Util::stripDomainFromKey(rest, Keys::kAlgsDomain))
         return algs.getState(rest);
     if (key != kDebugInfo)
         return nullptr;

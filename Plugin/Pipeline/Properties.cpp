@@ -14,8 +14,6 @@ namespace {
 
 using Verdict = Judgement::Verdict;
 
-constexpr std::string_view kAlgsDomain = "Algs";
-
 constexpr ValueKind kSwitch{"switch", "true, false, 0, 1", "[false,true]", "true, false, 0 or 1"};
 constexpr ValueKind kInteger{"integer", "0 to 4294967295", "[0,4294967295]", "a whole number from 0 to 4294967295"};
 constexpr ValueKind kFloat{"float", "-3.4e38 to 3.4e38", "[-3.4028234663852886e+38,3.4028234663852886e+38]",
@@ -56,9 +54,10 @@ Judgement judgeValue(const SettingRow& row, const Value* value) {
     return {.verdict = doubt.empty() ? Verdict::Sensible : Verdict::Doubtful, .reason = std::move(doubt)};
 }
 
-Judgement unknown(std::string key) {
+Judgement unknown(std::string_view key) {
+    const std::string_view name = Keys::belowAlgs(key).value_or("");
     for (const SettingRow& row : kSettingRows) {
-        if (row.is<SettingRow::Factors>() && Util::stripDomainFromKey(key, fullKeyOf(row)))
+        if (row.is<SettingRow::Factors>() && Keys::below(row.key, name))
             return {.verdict = Verdict::Unknown,
                     .reason = fmt::format("factors are numbered 0 to {}", kGroupCount - 1)};
     }
@@ -76,15 +75,14 @@ bool isOnlyRead(const std::string& key) { return std::ranges::count(kPropertyRow
 
 } // namespace
 
-bool isPipelineKey(std::string key) { return Util::stripDomainFromKey(key, kPipelineDomain); }
-
-std::optional<FoundSetting> settingUnder(std::string key) {
-    if (!Util::stripDomainFromKey(key, kPipelineDomain) || !Util::stripDomainFromKey(key, kAlgsDomain))
-        return std::nullopt;
-    return findSetting(key);
+std::optional<FoundSetting> settingUnder(std::string_view key) {
+    const auto name = Keys::belowAlgs(key);
+    return name ? findSetting(*name) : std::nullopt;
 }
 
-std::string fullKeyOf(const SettingRow& row) { return fmt::format("{}.{}.{}", kPipelineDomain, kAlgsDomain, row.key); }
+std::string fullKeyOf(const SettingRow& row) {
+    return fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, row.key);
+}
 
 const ValueKind& kindOf(const SettingRow& row) noexcept {
     return std::visit(Overloaded{
@@ -104,7 +102,7 @@ bool isPublic(const std::string& key) {
 }
 
 Judgement judgeWrite(const std::string& key, const Value* value) {
-    if (!isPipelineKey(key))
+    if (!Keys::belowPipeline(key))
         return {};
     if (isOnlyRead(key))
         return {.verdict = Verdict::ReadOnly, .reason = "it is read only"};
@@ -113,7 +111,7 @@ Judgement judgeWrite(const std::string& key, const Value* value) {
 }
 
 Judgement judgeRead(const std::string& key) {
-    if (!isPipelineKey(key) || isOnlyRead(key))
+    if (!Keys::belowPipeline(key) || isOnlyRead(key))
         return {};
     const auto setting = spelledSetting(key);
     if (!setting)

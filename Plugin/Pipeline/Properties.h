@@ -2,6 +2,7 @@
 
 #include "Platform/Value.h"
 #include "Plugin/Algs/Settings.h"
+#include "Plugin/Shared/Keys.h"
 
 #include <array>
 #include <optional>
@@ -13,14 +14,9 @@
 
 namespace VeltoTouch {
 
-// The domain of the pipeline's keys among the service's; recordings leave it out with its dot.
-constexpr std::string_view kPipelineDomain = "Pipeline";
-
-[[nodiscard]] bool isPipelineKey(std::string key);
-
 // The setting under a full property key, such as "Pipeline.Algs.HoldTimeoutMilliseconds", in any spelling that the
 // service reads.
-[[nodiscard]] std::optional<FoundSetting> settingUnder(std::string key);
+[[nodiscard]] std::optional<FoundSetting> settingUnder(std::string_view key);
 
 // A row's full key; for factors, what stands before the dot and N.
 [[nodiscard]] std::string fullKeyOf(const SettingRow& row);
@@ -30,18 +26,17 @@ struct PropertyRow {
     std::string_view key;
     std::string_view type;
     std::string_view meaning;
-    bool
-        isPublic; // for whoever may only see what the surface does: it asks no device and gives no touch away. In lists
+    bool isPublic; // for whoever may only see what the surface does: asks no device, gives no touch away. In lists
 };
 inline constexpr std::array kPropertyRows{
-    PropertyRow{"Pipeline.Algs.EventStats", "dictionary", "gestures dispatched and rejected, by kind and region", true},
-    PropertyRow{"Pipeline.DebugInfo", "dictionary", "firmware resets and gaps between frames", true},
-    PropertyRow{"Version", "array", "of the touch service", true},
-    PropertyRow{"Pipeline.Algs.DebugInfo", "dictionary", "Pipeline.Algs.EventStats within a dictionary", false},
-    PropertyRow{"Recording", "text", "what the service has seen, as velto record writes it", false},
-    PropertyRow{"FirmwareDebugReports", "dictionary", "the device's ten debug reports", false},
-    PropertyRow{"FactoryResetHoldDuration", "integer", "as the device gives it", false},
-    PropertyRow{"ServicePluginDebug", "dictionary", "versions, reports, recording and statistics in one", false},
+    PropertyRow{Keys::kEventStats, "dictionary", "gestures dispatched and rejected, by kind and region", true},
+    PropertyRow{Keys::kDebugInfo, "dictionary", "firmware resets and gaps between frames", true},
+    PropertyRow{Keys::kVersion, "array", "of the touch service", true},
+    PropertyRow{Keys::kAlgsDebugInfo, "dictionary", "Pipeline.Algs.EventStats within a dictionary", false},
+    PropertyRow{Keys::kRecording, "text", "what the service has seen, as velto record writes it", false},
+    PropertyRow{Keys::kFirmwareDebugReports, "dictionary", "the device's ten debug reports", false},
+    PropertyRow{Keys::kFactoryResetHoldDuration, "integer", "as the device gives it", false},
+    PropertyRow{Keys::kServicePluginDebug, "dictionary", "versions, reports, recording and statistics in one", false},
 };
 
 // The values of a setting.

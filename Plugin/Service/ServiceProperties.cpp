@@ -5,6 +5,7 @@
 #include "Plugin/Service/VeltoTouchHIDService.h"
 #include "Plugin/Shared/HexText.h"
 #include "Plugin/Shared/KeyDomain.h"
+#include "Plugin/Shared/Keys.h"
 
 #include <algorithm>
 #include <array>
@@ -12,16 +13,6 @@
 
 namespace VeltoTouch {
 namespace {
-
-constexpr std::string_view kPipelineDomain = "Pipeline";
-constexpr std::string_view kAlgsDomain = "Algs";
-constexpr std::string_view kDebugInfo = "DebugInfo";
-
-constexpr std::string_view kVersion = "Version";
-constexpr std::string_view kFirmwareDebugReports = "FirmwareDebugReports";
-constexpr std::string_view kFactoryResetHoldDuration = "FactoryResetHoldDuration";
-constexpr std::string_view kRecording = "Recording";
-constexpr std::string_view kServicePluginDebug = "ServicePluginDebug";
 
 constexpr std::array<std::int64_t, 3> kVersionNumbers{19, 0, 0};
 constexpr std::array<std::uint8_t, 10> kFirmwareDebugReportIDs{0x04, 0x10, 0x11, 0x12, 0x13,
@@ -70,17 +61,17 @@ Ref<Value> VeltoTouchHIDService::getPropertyForKey(CFStringRef key) {
     if (key == nullptr)
         return nullptr;
     const std::string& name = key->text();
-    if (std::string rest = name; Util::stripDomainFromKey(rest, kPipelineDomain))
+    if (std::string rest = name; Util::stripDomainFromKey(rest, Keys::kPipelineDomain))
         return pipelineState(rest);
-    if (name == kVersion)
+    if (name == Keys::kVersion)
         return versionNumbers();
-    if (name == kFirmwareDebugReports)
+    if (name == Keys::kFirmwareDebugReports)
         return firmwareDebugReports();
-    if (name == kFactoryResetHoldDuration)
+    if (name == Keys::kFactoryResetHoldDuration)
         return factoryResetHoldDuration();
-    if (name == kRecording)
+    if (name == Keys::kRecording)
         return recordingText();
-    if (name == kServicePluginDebug)
+    if (name == Keys::kServicePluginDebug)
         return servicePluginDebug();
     return IOHIDDeviceGetProperty(device().get(), key);
 }
@@ -91,7 +82,7 @@ bool VeltoTouchHIDService::setPropertyForKey(CFPropertyListRef value, CFStringRe
     if (key == nullptr)
         return false;
     std::string rest = key->text();
-    if (!Util::stripDomainFromKey(rest, kPipelineDomain))
+    if (!Util::stripDomainFromKey(rest, Keys::kPipelineDomain))
         return IOHIDDeviceSetProperty(device().get(), key, value);
     const MutexLock guard(_pipelineLock);
     _recording.setState(mach_absolute_time(), rest, Ref<Value>::retained(value));
@@ -138,17 +129,12 @@ Ref<Value> VeltoTouchHIDService::recordingText() {
 }
 
 Ref<Value> VeltoTouchHIDService::servicePluginDebug() {
-    const std::array<std::string, 5> keys{
-        std::string(kVersion),
-        std::string(kFirmwareDebugReports),
-        std::string(kRecording),
-        fmt::format("{}.{}", kPipelineDomain, kDebugInfo),
-        fmt::format("{}.{}.{}", kPipelineDomain, kAlgsDomain, kDebugInfo),
-    };
+    constexpr std::array kKeys{Keys::kVersion, Keys::kFirmwareDebugReports, Keys::kRecording, Keys::kDebugInfo,
+                               Keys::kAlgsDebugInfo};
     std::vector<Dictionary::Entry> values;
-    for (const std::string& key : keys) {
-        if (Ref<Value> value = getPropertyForKey(makeRef<String>(key).get()))
-            values.push_back({.key = key, .value = std::move(value)});
+    for (const std::string_view key : kKeys) {
+        if (Ref<Value> value = getPropertyForKey(makeRef<String>(std::string(key)).get()))
+            values.push_back({.key = std::string(key), .value = std::move(value)});
     }
     return makeRef<Dictionary>(std::move(values));
 }

@@ -1,4 +1,5 @@
 #include "Plugin/Recording/PipelineRecording.h"
+#include "Plugin/Shared/Keys.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/ServiceRecording.h"
 #include "Velto/Daemon/Bus/Client.h"
@@ -27,7 +28,8 @@ struct Options {
 };
 
 int record(const Options& options) {
-    const Ref<Value> recording = Bus::Client(options.served.bus, options.served.device).getProperty("Recording");
+    const Ref<Value> recording =
+        Bus::Client(options.served.bus, options.served.device).getProperty(std::string(Keys::kRecording));
     return forEachFile({options.output}, [&](const std::string& file) {
         const RecordedExtent kept = saveRecording(recording, file);
         if (kept.isFull())

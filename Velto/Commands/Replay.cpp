@@ -4,6 +4,7 @@
 #include "Plugin/Pipeline/Properties.h"
 #include "Plugin/Shared/ClockConversion.h"
 #include "Plugin/Shared/KeyDomain.h"
+#include "Plugin/Shared/Keys.h"
 #include "Velto/Output/Progress.h"
 
 #include <algorithm>
@@ -11,25 +12,24 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-// Keys as recordings hold them, below the pipeline's domain.
-std::vector<std::string> recordedKeysOf(const std::vector<Setting>& settings) {
-    std::vector<std::string> keys;
+// The pipeline's, with keys as recordings hold them.
+std::vector<Setting> recordedFormOf(const std::vector<Setting>& settings) {
+    std::vector<Setting> recorded;
     for (const Setting& setting : settings) {
-        std::string key = setting.key;
-        if (Util::stripDomainFromKey(key, kPipelineDomain))
-            keys.push_back(std::move(key));
+        if (const auto key = Keys::belowPipeline(setting.key))
+            recorded.push_back({.key = std::string(*key), .value = setting.value});
     }
-    return keys;
+    return recorded;
 }
 
 // Stands between a recording and the pipeline and keeps back the recording's writes of some keys.
 class SettingsFilter final : public PipelineInput {
 public:
-    SettingsFilter(std::shared_ptr<Pipeline> target, std::vector<std::string> keys)
-        : _target(std::move(target)), _keys(std::move(keys)) {}
+    SettingsFilter(std::shared_ptr<Pipeline> target, std::vector<Setting> settings)
+        : _target(std::move(target)), _settings(std::move(settings)) {}
 
     void setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) override {
-        if (std::ranges::find(_keys, key) == _keys.end())
+        if (std::ranges::find(_settings, key, &Setting::key) == _settings.end())
             _target->setState(timestamp, key, value);
         else
             ++leftOut;
@@ -45,7 +45,7 @@ public:
 
 private:
     const std::shared_ptr<Pipeline> _target;
-    const std::vector<std::string> _keys;
+    const std::vector<Setting> _settings; // that take the place of the recording's
 };
 
 } // namespace
@@ -98,15 +98,14 @@ void Replay::showFrame() {
 }
 
 void Replay::play(PipelineRecording& recording, const std::vector<Setting>& settings, float speed, std::string work) {
-    const auto filter = std::make_shared<SettingsFilter>(_pipeline, recordedKeysOf(settings));
+    const std::vector<Setting> written = recordedFormOf(settings);
+    const auto filter = std::make_shared<SettingsFilter>(_pipeline, written);
     recording.pipeline = filter;
     recording.playReset();
     installHandlers(recording.playStartTime());
     installDisturbanceHandlers(recording.playStartTime());
-    for (const Setting& setting : settings) {
-        if (std::string key = setting.key; Util::stripDomainFromKey(key, kPipelineDomain))
-            _pipeline->setState(recording.playStartTime(), key, setting.value);
-    }
+    for (const Setting& setting : written)
+        _pipeline->setState(recording.playStartTime(), setting.key, setting.value);
     _counts.frames = recording.frames().size();
     if (_counts.frames > 0)
         _counts.durationNs = recording.frames().back().timestampNs - recording.frames().front().timestampNs;

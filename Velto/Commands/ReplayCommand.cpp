@@ -1,4 +1,5 @@
 #include "Platform/JSON.h"
+#include "Plugin/Shared/Keys.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Replay.h"
 #include "Velto/Options/KeyOptions.h"
@@ -57,13 +58,16 @@ void appendFrameLine(std::string& text, std::string_view file, const Algs& algs,
     text += "}\n";
 }
 
+// A key of the pipeline's as the pipeline itself knows it.
+std::string recordedKey(std::string_view key) { return std::string(*Keys::belowPipeline(key)); }
+
 void appendSummaryLine(std::string& text, std::string_view file, Replay& replay) {
     const auto& counts = replay.counts();
     text += fmt::format(R"({{"kind":"summary"{},"frames":{},"images":{},"invalidReports":{},"events":{},"debugInfo":)",
                         file, counts.frames, counts.images, counts.invalidReports, counts.events);
-    JSON::append(text, replay.pipeline().getState("DebugInfo").get());
+    JSON::append(text, replay.pipeline().getState(recordedKey(Keys::kDebugInfo)).get());
     text += R"(,"eventStats":)";
-    JSON::append(text, replay.pipeline().getState("Algs.EventStats").get());
+    JSON::append(text, replay.pipeline().getState(recordedKey(Keys::kEventStats)).get());
     text += "}\n";
 }
 

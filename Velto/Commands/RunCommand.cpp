@@ -1,6 +1,7 @@
 #include "Platform/Clock.h"
 #include "Plugin/Recording/PipelineRecording.h"
 #include "Plugin/Shared/ClockConversion.h"
+#include "Plugin/Shared/Keys.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Commands/RunOutput.h"
@@ -72,7 +73,7 @@ void warnOfLostPauses(const Options& options) {
 // Saves what the service has recorded of so many reports since the start. The exit status.
 int saveRun(const HostedService& service, const std::string& path, std::uint64_t reports, std::uint64_t startTime) {
     return forEachFile({path}, [&](const std::string& file) {
-        const RecordedExtent kept = saveRecording(service.copyProperty("Recording"), file);
+        const RecordedExtent kept = saveRecording(service.copyProperty(std::string(Keys::kRecording)), file);
         if (reports <= kept.reports)
             return;
         const std::uint64_t startNs = Util::nanosecondsFromMachTime(startTime);
@@ -116,8 +117,8 @@ int run(const Options& options) {
     service.unschedule();
     ending.durationNs = Util::nanosecondsFromMachTime(mach_absolute_time() - startTime);
     ending.reports = device.backend().deliveredReports();
-    ending.debugInfo = service.copyProperty("Pipeline.DebugInfo"); // with the last report and event
-    ending.eventStats = service.copyProperty("Pipeline.Algs.EventStats");
+    ending.debugInfo = service.copyProperty(std::string(Keys::kDebugInfo)); // with the last report and event
+    ending.eventStats = service.copyProperty(std::string(Keys::kEventStats));
     // With the last report, so that its replay gives all events that were shown.
     if (!options.recording.empty())
         status |= saveRun(service, options.recording, ending.reports, startTime);

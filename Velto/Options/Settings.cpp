@@ -33,7 +33,7 @@ Setting parseSetting(std::string_view text, KeyScope scope) {
     if (!parsed)
         parsed = makeRef<String>(std::string(value));
     Setting setting{.key = std::string(text.substr(0, equals)), .value = std::move(parsed)};
-    const bool isOutside = scope == KeyScope::Pipeline && !isPipelineKey(setting.key);
+    const bool isOutside = scope == KeyScope::Pipeline && !Keys::belowPipeline(setting.key);
     require(isOutside ? Judgement{.verdict = Verdict::Unknown, .reason = {}}
                       : judgeWrite(setting.key, setting.value.get()),
             setting.key, writableKeys());

@@ -235,15 +235,15 @@ void TouchObject::tellGesture(const GestureEvent& event, std::uint64_t timeNs) {
 
 TouchObject::Counters TouchObject::counters() const {
     Counters counters;
-    addNumbers(counters, _surface.properties.get("Pipeline.DebugInfo").get());
-    addNumbers(counters, _surface.properties.get("Pipeline.Algs.EventStats").get());
+    addNumbers(counters, _surface.properties.get(std::string(Keys::kDebugInfo)).get());
+    addNumbers(counters, _surface.properties.get(std::string(Keys::kEventStats)).get());
     counters[kReports] = _surface.deliveredReports();
     counters[kEvents] = _events;
     return counters;
 }
 
 std::string TouchObject::version() const {
-    const Ref<Value> value = _surface.properties.get("Version");
+    const Ref<Value> value = _surface.properties.get(std::string(Keys::kVersion));
     std::string text;
     if (const auto* numbers = as<Array>(value)) {
         for (const Ref<Value>& element : numbers->elements()) {
