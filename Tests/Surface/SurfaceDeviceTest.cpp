@@ -101,10 +101,9 @@ TEST_F(PlayedDeviceTest, WithoutReportsItGoesAtOnce) {
     start();
     runToTheEnd();
     EXPECT_EQ(removals, 1);
-    EXPECT_THAT(reports.numbers, ElementsAre());
 }
 
-TEST_F(PlayedDeviceTest, ReportsAreDueByTheirDistanceFromTheFirstAndADelayDoesNotShiftWhatFollows) {
+TEST_F(PlayedDeviceTest, ADelayDoesNotShiftTheReportsThatFollow) {
     make({0, 20, 40, 800}, 2);
     reports.busyUs = 300'000; // a shift would make it 700 ms in all, the recording's own pace 800
     const std::uint64_t before = mach_absolute_time();
@@ -155,20 +154,6 @@ TEST(SimulatedDeviceTest, AnswersTheControllersFeatureReportsAndARecordingNone) 
     EXPECT_THAT(read(simulated, 0x1F, 2), ElementsAre(0x1F, 0x88, 0, 0, 0)) << "the length without the room";
     EXPECT_THAT(read(simulated, 0x05), ElementsAre());
     EXPECT_THAT(read(simulated, 0x1F, 128, kIOHIDReportTypeInput), ElementsAre());
-}
-
-TEST(SimulatedDeviceTest, GivesWhatTheSimulationGivesToItsEnd) {
-    const auto simulation = [] { return Simulation({}, scriptOf({{.action = Action::Idle, .durationMs = 30}})); };
-    Reports reports;
-    const auto device = simulatedDevice(simulation(), kAtOnce);
-    const RunLoopSource source = device->startReports(RunLoop::current(), "mode", reports);
-    runToTheEnd();
-    Simulation same = simulation();
-    std::vector<std::size_t> lengths;
-    while (const auto report = same.next())
-        lengths.push_back(report->length);
-    EXPECT_EQ(reports.lengths, lengths);
-    EXPECT_EQ(reports.numbers.front(), int{Simulation::kStartFrame});
 }
 
 TEST(SimulatedAccelerometerTest, TakesOnlyAnIntervalThatIsOne) {
