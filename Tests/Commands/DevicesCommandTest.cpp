@@ -36,14 +36,5 @@ TEST(CheckDeviceTest, TheExitStatusAloneSaysWhetherAFolderIsASurfaces) {
         EXPECT_EQ(check(nothing), 1) << nothing;
 }
 
-TEST(DevicesCommandTest, WrongUsageExitsWith2) {
-    for (const Arguments& wrong :
-         std::vector<Arguments>{{"/dev/hidraw0"}, {"--duration", "1"}, {"--watch", "--duration", "0"}}) {
-        Arguments arguments{"devices"};
-        arguments.insert(arguments.end(), wrong.begin(), wrong.end());
-        EXPECT_THAT(velto().run(arguments), Ends(2, "", testing::Ne(""))) << testing::PrintToString(wrong);
-    }
-}
-
 } // namespace
 } // namespace VeltoTouch::Tests

@@ -1,5 +1,5 @@
+#include "Tests/Support/Lines.h"
 #include "Tests/Support/Program.h"
-#include "Tests/Support/SmallRecordings.h"
 
 // Every NAME.json among the recordings and the samples gives the lines of NAME.expected.jsonl beside it; where these
 // hold lines of frames, with --describe. Every line names the recording by its path, whatever the expected lines say of

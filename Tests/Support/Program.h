@@ -20,8 +20,6 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <grp.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -98,8 +96,16 @@ public:
         std::ignore = waitForTheEnd();
     }
 
-    [[nodiscard]] pid_t process() const noexcept { return _child; }
     void signal(int number) const { ::kill(_child, number); }
+    [[nodiscard]] std::size_t residentKilobytes() const {
+        std::ifstream status("/proc/" + std::to_string(_child) + "/status");
+        for (std::string name; status >> name;) {
+            std::size_t kilobytes = 0;
+            if (name == "VmRSS:" && status >> kilobytes)
+                return kilobytes;
+        }
+        throw std::runtime_error("the program has ended");
+    }
     // The exit status, or 128 and the signal that it ended by.
     [[nodiscard]] int waitForTheEnd() {
         int status = 0;
@@ -111,35 +117,12 @@ private:
     pid_t _child;
 };
 
-// One run of the program: velto().reading("...").run({"replay", "-"}).
+// One run of the program: velto().run({"replay", "taps.json"}).
 class Program {
 public:
-    // What stands on the standard input; nothing by default.
-    Program& reading(std::string_view input) {
-        std::fwrite(input.data(), 1, input.size(), _input.get());
-        std::rewind(_input.get());
-        return *this;
-    }
     // The standard output goes there in place of being captured.
     Program& writingTo(const std::string& path) {
         _output = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-        return *this;
-    }
-    // Nobody reads the standard output any more.
-    Program& writingToAClosedPipe() {
-        const auto [reader, writer] = makePipe();
-        ::close(reader);
-        _output = writer;
-        return *this;
-    }
-    // No file becomes larger than that.
-    Program& withFilesUpTo(std::size_t bytes) {
-        _largestFile = bytes;
-        return *this;
-    }
-    // For root: the program runs with no rights of its own.
-    Program& asAnotherUser() {
-        _isAnotherUser = true;
         return *this;
     }
     // The program gets the signal as soon as it has written a line.
@@ -181,8 +164,6 @@ public:
     }
 
 private:
-    using File = std::shared_ptr<std::FILE>;
-
     static std::pair<int, int> makePipe() {
         int ends[2];
         if (::pipe2(ends, O_CLOEXEC) != 0)
@@ -205,27 +186,17 @@ private:
 
     // The rest of the forked child: calls that are safe there, then the program.
     [[noreturn]] void become(const std::vector<char*>& argv, int output) const {
-        ::dup2(::fileno(_input.get()), STDIN_FILENO);
+        ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
         ::dup2(output, STDOUT_FILENO);
         ::dup2(::fileno(_errors.get()), STDERR_FILENO);
-        if (_largestFile) {
-            const rlimit limit{.rlim_cur = *_largestFile, .rlim_max = *_largestFile};
-            ::setrlimit(RLIMIT_FSIZE, &limit);
-            ::signal(SIGXFSZ, SIG_IGN); // the write fails in place of a signal
-        }
-        if (_isAnotherUser && (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0))
-            ::_exit(127);
         ::unsetenv("VELTO_LOG");
         ::execv(VELTO_PROGRAM, argv.data());
         ::_exit(127);
     }
 
-    File _input{std::tmpfile(), std::fclose};
-    File _errors{std::tmpfile(), std::fclose};
+    std::shared_ptr<std::FILE> _errors{std::tmpfile(), std::fclose};
     int _output = -1; // a descriptor, where the output is not captured
-    std::optional<std::size_t> _largestFile;
     std::optional<int> _signal;
-    bool _isAnotherUser = false;
 };
 
 [[nodiscard]] inline Program velto() { return {}; }
