@@ -3,13 +3,10 @@
 #include "Platform/Clock.h"
 #include "Platform/Linux/EventReader.h"
 #include "Platform/Linux/IIOSamplingFrequency.h"
-#include "Tests/Kernel/Touches.h"
 #include "Tests/Kernel/VirtualSensor.h"
-#include "Tests/Support/Program.h"
 
 #include <algorithm>
 #include <chrono>
-#include <thread>
 #include <tuple>
 
 #include <gmock/gmock.h>
@@ -23,12 +20,13 @@ using testing::AllOf;
 using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::Ge;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Le;
 using testing::SizeIs;
 
 constexpr double kPatienceSeconds = 20;
+
+auto near(double g) { return DoubleNear(g, 1e-6); }
 
 // A plugged-in accelerometer that lies on its side a little, and what it gives on the test's run loop.
 class AccelerometerTest : public testing::Test {
@@ -58,6 +56,10 @@ protected:
     }
     // Runs until it gives values that were read from now on: it reads by itself, and two events may be on their way.
     [[nodiscard]] bool runToNewValues() { return run() && run() && run(); }
+    void runUntilItHasLeft() const {
+        EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
+        EXPECT_THAT(findAccelerometers(), IsEmpty());
+    }
     [[nodiscard]] std::vector<double> lastValues() const {
         const HIDEvent* event = events.back().get();
         return {IOHIDEventGetFloatValue(event, kIOHIDEventFieldAccelerometerX),
@@ -65,10 +67,6 @@ protected:
                 IOHIDEventGetFloatValue(event, kIOHIDEventFieldAccelerometerZ)};
     }
 };
-
-auto near(double g) { return DoubleNear(g, 1e-6); }
-
-TEST(NoAccelerometerTest, NoneIsFoundWhereThereIsNone) { EXPECT_THAT(findAccelerometers(), IsEmpty()); }
 
 TEST_F(AccelerometerTest, ItGivesItsValuesInGOnTheRunLoop) {
     ASSERT_TRUE(setInterval(Number::withDouble(10'000)));
@@ -116,22 +114,20 @@ TEST_F(AccelerometerTest, UnpluggedItLeavesTheModeAndIsNotFoundAgain) {
     start();
     ASSERT_TRUE(run());
     sensor.unplug();
-    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
+    runUntilItHasLeft();
     const std::size_t given = events.size();
     start();
-    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished) << "started again";
+    runUntilItHasLeft();
     EXPECT_THAT(events, SizeIs(given));
     EXPECT_TRUE(setInterval(Number::withDouble(10'000))) << "nobody is there to refuse it";
-    EXPECT_THAT(findAccelerometers(), IsEmpty());
 }
 
-TEST_F(AccelerometerTest, ASensorThatFallsSilentLeavesTheModeWithoutMadeUpValues) {
+TEST_F(AccelerometerTest, ASensorThatFallsSilentGivesNoMadeUpValues) {
     start();
     ASSERT_TRUE(run());
     sensor.fallSilent();
-    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
+    runUntilItHasLeft();
     EXPECT_THAT(lastValues(), ElementsAre(near(0.1), near(-0.2), near(1.0)));
-    EXPECT_THAT(findAccelerometers(), IsEmpty());
 }
 
 TEST_F(AccelerometerTest, ASensorThatAnswersLateDoesNotHoldUpTheLoop) {
@@ -172,24 +168,6 @@ TEST(EventReaderPriorityTest, ItsThreadHasNone) {
     EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
     ASSERT_EQ(pthread_setschedparam(pthread_self(), SCHED_OTHER, &none), 0);
     EXPECT_EQ(policy, SCHED_OTHER);
-}
-
-// The samples around a touch are recorded.
-TEST_F(AccelerometerTest, ARunOnARealSurfaceUsesIt) {
-    VirtualDevice surface;
-    std::thread finger([&] {
-        if (!surface.waitUntilOpened(kOpenedForReports))
-            return;
-        for (const auto& report : reportsOf({"tap:play-pause"}))
-            surface.send(report);
-    });
-    const TemporaryFolder folder;
-    const std::string recording = folder.path("recording.json");
-    const Outcome outcome = velto().run({"run", "--device", surface.path(), "--duration", "3", "--record", recording});
-    finger.join();
-    EXPECT_EQ(outcome.status, 0) << outcome.errors;
-    EXPECT_THAT(contentOf(std::filesystem::path(recording)), HasSubstr(R"("Accel")"));
-    EXPECT_EQ(sensor.intervalMs(), 10U);
 }
 
 TEST(SamplingFrequencyTest, TheNearestThatIsOfferedIsTakenInTheDriversWords) {

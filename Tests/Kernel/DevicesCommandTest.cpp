@@ -2,22 +2,13 @@
 #include "Tests/Support/Program.h"
 
 #include <csignal>
-#include <fstream>
 #include <optional>
-#include <string>
-#include <thread>
 
 #include <fmt/format.h>
-#include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace VeltoTouch::Tests {
 namespace {
-
-using testing::HasSubstr;
-
-constexpr const char* kNone = "no surface is plugged in\n";
 
 // A HID device without any report.
 const VirtualDevice::Identity kStranger{.reportDescriptor = {0x05, 0x01, 0x09, 0x00, 0xA1, 0x01, 0xC0}};
@@ -30,24 +21,14 @@ std::string lineOf(const std::string& kind, const std::string& path) {
 }
 
 TEST(DevicesCommandTest, TheSurfacesOfThisMachineAreShown) {
-    const VirtualDevice stranger(kStranger), surface;
+    const std::string none = "no surface is plugged in\n";
+    const VirtualDevice stranger(kStranger);
+    EXPECT_THAT(velto().run({"devices"}), Ends(1, "", "velto: " + none));
+    EXPECT_THAT(velto().run({"run", "--device", "surface"}), Ends(1, "", "velto: surface: " + none));
+    const VirtualDevice surface;
     EXPECT_THAT(velto().run({"devices"}), Ends(0, fmt::format("{:<14}  {:<32}  {:<16}  {}\n", surface.path(),
                                                               "Virtual Touch Surface", "K-1", "Virtual")));
     EXPECT_THAT(velto().run({"devices", "--jsonl"}), Ends(0, lineOf("", surface.path())));
-}
-
-TEST(DevicesCommandTest, TheFirstSurfaceCanBeRunWithoutItsName) {
-    const VirtualDevice stranger(kStranger);
-    EXPECT_THAT(velto().run({"devices"}), Ends(1, "", std::string("velto: ") + kNone));
-    EXPECT_THAT(velto().run({"run", "--device", "surface"}), Ends(1, "", std::string("velto: surface: ") + kNone));
-    const VirtualDevice surface;
-    const Outcome outcome = velto().run({"run", "--device", "surface", "--duration", "0.1", "--get", "Product"});
-    EXPECT_EQ(outcome.status, 0) << outcome.errors;
-    EXPECT_THAT(outcome.output, HasSubstr("Virtual Touch Surface"));
-}
-
-TEST(DevicesCommandTest, AWatchGoesOnUntilASignal) {
-    const VirtualDevice surface;
     EXPECT_THAT(velto().signalledAfterALine(SIGTERM).run({"devices", "--watch", "--jsonl"}),
                 Ends(0, lineOf(R"("action":"add",)", surface.path())));
 }

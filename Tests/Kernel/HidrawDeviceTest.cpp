@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <ctime>
 #include <system_error>
+#include <tuple>
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -35,8 +36,8 @@ public:
 
     [[nodiscard]] std::span<std::uint8_t> buffer() noexcept override { return std::span(_buffer).first(room); }
     void deliver(std::size_t length, std::uint64_t timeStamp) override {
-        const auto end = _buffer.begin() + static_cast<std::ptrdiff_t>(std::min(length, room));
-        reports.emplace_back(_buffer.begin(), end);
+        const auto report = std::span(_buffer).first(std::min(length, room));
+        reports.emplace_back(report.begin(), report.end());
         times.push_back(timeStamp);
     }
 
@@ -45,12 +46,6 @@ public:
 private:
     std::array<std::uint8_t, 512> _buffer{};
 };
-
-std::uint64_t cpuTimeNs() {
-    timespec time{};
-    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(time.tv_nsec);
-}
 
 // An image whose bytes all differ from its neighbours'.
 Report imageNumber(std::uint32_t number) {
@@ -135,14 +130,11 @@ TEST_F(HidrawDeviceTest, PropertiesAreKnownBeforeItIsOpenAndAfterItHasGone) {
         EXPECT_FALSE(device->setProperty("Colour", nullptr));
         surface.unplug();
     }
-}
-
-TEST(HidrawPropertiesTest, WhatADeviceDoesNotHaveIsNil) {
     const VirtualDevice plain({.serialNumber = "", .location = "", .bus = 0x05});
-    const auto device = makeRef<HidrawDevice>(plain.path());
-    EXPECT_EQ(property(*device, "SerialNumber"), "null");
-    EXPECT_EQ(property(*device, "PhysicalLocation"), "null");
-    EXPECT_EQ(property(*device, "Transport"), R"("Bluetooth")");
+    const auto other = makeRef<HidrawDevice>(plain.path());
+    EXPECT_EQ(property(*other, "SerialNumber"), "null") << "one that it does not have";
+    EXPECT_EQ(property(*other, "PhysicalLocation"), "null");
+    EXPECT_EQ(property(*other, "Transport"), R"("Bluetooth")");
 }
 
 TEST(HidrawNodeTest, WhatIsNoHidrawNodeCannotBeMadeADevice) {
@@ -197,7 +189,7 @@ TEST_F(HidrawDeviceTest, ReportsArriveBitForBitInOrderAndWithTheHostsTime) {
     EXPECT_EQ(run(0), kCFRunLoopRunTimedOut) << "and no more";
 }
 
-TEST_F(HidrawDeviceTest, EachReportIsASourceAndIsCutToTheBufferAndKeptWhileTheDeviceIsUnscheduled) {
+TEST_F(HidrawDeviceTest, ReportsAreCutToTheBufferAndKeptWhileUnscheduled) {
     openAndStart();
     received.room = 4;
     surface.send(imageNumber(1));
@@ -250,7 +242,7 @@ TEST_F(HidrawDeviceTest, AskedForReportsComeAsTheDeviceAnswers) {
     }
 }
 
-TEST_F(HidrawDeviceTest, ReportsAreAskedForOnOtherThreadsWhileOthersComeAndUntilItHasGone) {
+TEST_F(HidrawDeviceTest, ReportsAreAskedForOnOtherThreadsUntilItHasGone) {
     const Answer wanted{kIOReturnSuccess, {0x1F, 1, 2, 3, 4}};
     surface.answer(kIOHIDReportTypeFeature, 0x1F, wanted.report);
     openAndStart();
@@ -277,7 +269,7 @@ TEST_F(HidrawDeviceTest, ReportsAreAskedForOnOtherThreadsWhileOthersComeAndUntil
     EXPECT_EQ(removals, 1);
 }
 
-TEST_F(HidrawDeviceTest, UnpluggedInTheMiddleOfATouchItHandsOnTheLastReportsAndHasGone) {
+TEST_F(HidrawDeviceTest, UnpluggedItHandsOnTheLastReportsAndHasGone) {
     openAndStart();
     for (std::uint32_t i = 0; i < 3; ++i)
         surface.send(imageReport(makeImage(i, 10 * i, {{'E', 150}, {'F', 60}})));
@@ -304,9 +296,9 @@ TEST_F(HidrawDeviceTest, UnpluggedWhileTheLoopWaitsItTakesNoTimeAfterwards) {
     // Something else keeps the loop waiting.
     const RunLoopSource timer =
         RunLoop::current().addTimer(mode->text(), mach_absolute_time() + 500'000'000'000, [] { return std::nullopt; });
-    const std::uint64_t before = cpuTimeNs();
+    const std::clock_t before = std::clock();
     EXPECT_EQ(run(1), kCFRunLoopRunTimedOut);
-    EXPECT_LT(cpuTimeNs() - before, 100'000'000U) << "of a second";
+    EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 10) << "of a second";
     EXPECT_EQ(removals, 1);
 }
 
@@ -321,12 +313,10 @@ TEST_F(HidrawDeviceTest, PluggedInAgainItIsAnotherDevice) {
     Reports ofNext;
     const RunLoopSource nextSource = next->startReports(RunLoop::current(), mode->text(), ofNext);
     again.send(imageNumber(7));
-    while (ofNext.reports.empty() && run() == kCFRunLoopRunHandledSource) {
+    while ((ofNext.reports.empty() || removals == 0) && run() == kCFRunLoopRunHandledSource) {
     }
     EXPECT_THAT(ofNext.reports, ElementsAre(imageNumber(7)));
     EXPECT_THAT(received.reports, IsEmpty());
-    while (removals == 0 && run() == kCFRunLoopRunHandledSource) {
-    }
     EXPECT_EQ(removals, 1);
     device->close(0); // sets the name free
     const VirtualDevice underTheOldName;

@@ -14,10 +14,9 @@
 
 namespace VeltoTouch::Tests {
 
-// What the kernel tells of devices that come and go, from when this is made.
+// The kernel's notices of devices that come and go, from when this is made. Throws std::system_error.
 class KernelNews {
 public:
-    // Throws std::system_error.
     KernelNews() {
         const timeval patience{.tv_sec = 20, .tv_usec = 0};
         ::setsockopt(_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
@@ -28,33 +27,25 @@ public:
             throw std::system_error(errno, std::generic_category(), "news of devices");
     }
 
-    // Waits until this happens to a device with a node whose path below /dev begins so; gives the whole path. Throws
-    // std::system_error where that takes too long.
-    [[nodiscard]] std::string waitFor(std::string_view action, std::string_view nodePrefix) {
-        const auto isWanted = [nodePrefix](const std::string& node) { return node.starts_with(nodePrefix); };
-        return "/dev/" + waitForMember(action, "DEVNAME", isWanted);
-    }
-    // The same for any device of a subsystem.
-    void waitForSubsystem(std::string_view action, std::string_view subsystem) {
-        waitForMember(action, "SUBSYSTEM", [subsystem](const std::string& name) { return name == subsystem; });
-    }
-
-private:
-    // The member's value, once it is a wanted one.
-    template <class IsWanted>
-    std::string waitForMember(std::string_view action, std::string_view key, const IsWanted& isWanted) {
+    // Waits for a notice of this action with KEY=PREFIX...; returns the value of the key.
+    std::string waitFor(std::string_view action, std::string_view key, std::string_view prefix) {
         std::array<char, 8192> news{};
         for (;;) {
             const ssize_t length = ::recv(_socket.get(), news.data(), news.size(), 0);
             if (length < 0)
                 throw std::system_error(errno, std::generic_category(), "no news of a device");
             const std::string text(news.data(), static_cast<std::size_t>(length));
-            const std::string value = member(text, key);
-            if (member(text, "ACTION") == action && isWanted(value))
+            std::string value = member(text, key);
+            if (member(text, "ACTION") == action && value.starts_with(prefix))
                 return value;
         }
     }
+    // The same for a device whose node below /dev begins so; returns the whole path.
+    [[nodiscard]] std::string waitForNode(std::string_view prefix) {
+        return "/dev/" + waitFor("add", "DEVNAME", prefix);
+    }
 
+private:
     // KEY=VALUE, each between zeros.
     [[nodiscard]] static std::string member(const std::string& news, std::string_view key) {
         const std::string start = std::string(1, '\0') + std::string(key) + "=";

@@ -1,38 +1,12 @@
-#include "Tests/Kernel/KernelNews.h"
+#include "Tests/Kernel/KeyReader.h"
 #include "Tests/System/Guest.h"
 
-#include <array>
 #include <fstream>
-#include <optional>
-#include <vector>
 
-#include <fcntl.h>
-#include <linux/input.h>
-#include <poll.h>
 #include <sched.h>
-#include <unistd.h>
 
 namespace VeltoTouch::Tests {
 namespace {
-
-using testing::ElementsAre;
-using testing::Pair;
-
-constexpr int kPatienceMs = 20'000;
-
-// The next so many presses (1) and releases (0) of keys, or fewer where they do not come.
-std::vector<std::pair<int, int>> readKeys(const FileDescriptor& keyboard, std::size_t count) {
-    std::vector<std::pair<int, int>> keys;
-    pollfd ready{.fd = keyboard.get(), .events = POLLIN, .revents = 0};
-    while (keys.size() < count && ::poll(&ready, 1, kPatienceMs) == 1) {
-        input_event event{};
-        if (::read(keyboard.get(), &event, sizeof event) != sizeof event)
-            break;
-        if (event.type == EV_KEY)
-            keys.emplace_back(event.code, event.value);
-    }
-    return keys;
-}
 
 // How many threads of a process run round-robin at this priority.
 int threadsAt(int priority, const std::string& pid) {
@@ -56,12 +30,12 @@ TEST(SurfaceServiceTest, EachTimeItIsPluggedInTheSurfaceGetsItsService) {
         SCOPED_TRACE(testing::Message() << "round " << round);
         KernelNews news;
         ServedSurface surface;
-        const FileDescriptor keyboard(::open(news.waitFor("add", "input/event").c_str(), O_RDONLY | O_CLOEXEC));
+        KeyReader keyboard(news.waitForNode("input/event"));
         ASSERT_TRUE(surface.waitUntilServed());
         EXPECT_EQ(ownersOf(surface.node()), "root velto 660");
         EXPECT_EQ(threadsAt(63, surface.property("MainPID")), 1);
         surface.tapPlayPause();
-        EXPECT_THAT(readKeys(keyboard, 2), ElementsAre(Pair(KEY_PLAYPAUSE, 1), Pair(KEY_PLAYPAUSE, 0)));
+        EXPECT_THAT(keyboard.next(2), testing::ElementsAre("+Play", "-Play"));
         surface.unplug();
         EXPECT_TRUE(eventually([&] { return surface.property("ActiveState") == "inactive"; }));
         EXPECT_EQ(surface.property("NRestarts"), "0");
