@@ -1,7 +1,7 @@
 #include "Platform/Linux/EventReader.h"
 
 #include "Platform/Clock.h"
-#include "Platform/Linux/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Thread.h"
 
 #include <algorithm>

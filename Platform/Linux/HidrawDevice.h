@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Backend/HIDDeviceBackend.h"
-#include "Platform/Linux/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Linux/RunLoop.h"
 #include "Platform/Mutex.h"
 

@@ -61,26 +61,13 @@ int waitMs(std::optional<std::uint64_t> deadline) {
 // Called when its descriptor is ready.
 struct RunLoop::Source {
     int descriptor;
-    bool ownsDescriptor;
+    FileDescriptor owned;                        // a timer's; none for a descriptor that is somebody else's
     std::function<bool(bool isReadable)> handle; // false: take the source out
-
-    Source(int fd, bool owns) noexcept : descriptor(fd), ownsDescriptor(owns) {}
-    Source(const Source&) = delete;
-    Source& operator=(const Source&) = delete;
-    ~Source() {
-        if (ownsDescriptor)
-            ::close(descriptor);
-    }
 };
 
 struct RunLoop::Mode {
-    int epoll = checked(epoll_create1(EPOLL_CLOEXEC), "run loop");
+    FileDescriptor epoll{checked(epoll_create1(EPOLL_CLOEXEC), "run loop")};
     std::map<std::uint64_t, std::shared_ptr<Source>> sources;
-
-    Mode() = default;
-    Mode(const Mode&) = delete;
-    Mode& operator=(const Mode&) = delete;
-    ~Mode() { ::close(epoll); }
 };
 
 RunLoopSource::RunLoopSource(RunLoop& loop, std::uint64_t identifier) noexcept
@@ -102,14 +89,14 @@ RunLoopSource::~RunLoopSource() {
 
 RunLoop::RunLoop() : _wakeDescriptor(checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "run loop")) {}
 
-RunLoop::~RunLoop() { ::close(_wakeDescriptor); }
+RunLoop::~RunLoop() = default;
 
 RunLoop::Mode& RunLoop::modeNamed(std::string_view name) {
     if (const auto known = _modes.find(name); known != _modes.end())
         return known->second;
     const auto mode = _modes.try_emplace(std::string(name)).first;
     try {
-        watch(mode->second.epoll, _wakeDescriptor, kWakeIdentifier);
+        watch(mode->second.epoll.get(), _wakeDescriptor.get(), kWakeIdentifier);
     } catch (...) {
         _modes.erase(mode); // it could not be woken
         throw;
@@ -120,31 +107,32 @@ RunLoop::Mode& RunLoop::modeNamed(std::string_view name) {
 RunLoopSource RunLoop::add(std::string_view mode, std::shared_ptr<Source> source) {
     Mode& target = modeNamed(mode);
     const std::uint64_t identifier = ++_lastIdentifier;
-    watch(target.epoll, source->descriptor, identifier);
+    watch(target.epoll.get(), source->descriptor, identifier);
     target.sources.emplace(identifier, std::move(source));
     return {*this, identifier};
 }
 
 RunLoopSource RunLoop::addDescriptor(std::string_view mode, int descriptor, Handler readable, Handler hungUp) {
-    auto source = std::make_shared<Source>(descriptor, false);
-    source->handle = [readable = std::move(readable), hungUp = std::move(hungUp)](bool isReadable) {
+    auto handle = [readable = std::move(readable), hungUp = std::move(hungUp)](bool isReadable) {
         isReadable ? readable() : hungUp();
         return isReadable;
     };
-    return add(mode, std::move(source));
+    return add(mode,
+               std::make_shared<Source>(Source{.descriptor = descriptor, .owned = {}, .handle = std::move(handle)}));
 }
 
 RunLoopSource RunLoop::addTimer(std::string_view mode, std::uint64_t fireTime, TimerHandler handler) {
-    const int timer = checked(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK), "run loop timer");
-    auto source = std::make_shared<Source>(timer, true);
-    source->handle = [timer, handler = std::move(handler)](bool /*isReadable*/) {
+    FileDescriptor owned(checked(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK), "run loop timer"));
+    const int timer = owned.get();
+    auto handle = [timer, handler = std::move(handler)](bool /*isReadable*/) {
         const auto next = handler();
         if (next && *next > mach_absolute_time()) // otherwise it stays readable
             arm(timer, *next);
         return next.has_value();
     };
     arm(timer, fireTime);
-    return add(mode, std::move(source));
+    return add(mode, std::make_shared<Source>(
+                         Source{.descriptor = timer, .owned = std::move(owned), .handle = std::move(handle)}));
 }
 
 void RunLoop::remove(std::uint64_t identifier) noexcept {
@@ -152,7 +140,7 @@ void RunLoop::remove(std::uint64_t identifier) noexcept {
         const auto source = mode.sources.find(identifier);
         if (source == mode.sources.end())
             continue;
-        epoll_ctl(mode.epoll, EPOLL_CTL_DEL, source->second->descriptor, nullptr);
+        epoll_ctl(mode.epoll.get(), EPOLL_CTL_DEL, source->second->descriptor, nullptr);
         mode.sources.erase(source);
         return;
     }
@@ -193,12 +181,12 @@ void RunLoop::performBlocks(std::string_view mode) {
 
 RunLoop::Wait RunLoop::waitForSource(Mode& mode, std::optional<std::uint64_t> deadline) {
     epoll_event ready{};
-    const int count = epoll_wait(mode.epoll, &ready, 1, waitMs(deadline));
+    const int count = epoll_wait(mode.epoll.get(), &ready, 1, waitMs(deadline));
     if (count == 0)
         return Wait::TimedOut;
     if (count < 0 || ready.data.u64 == kWakeIdentifier) {
         std::uint64_t signals = 0;
-        (void)!::read(_wakeDescriptor, &signals, sizeof signals);
+        (void)!::read(_wakeDescriptor.get(), &signals, sizeof signals);
         return Wait::Woken;
     }
     const std::uint64_t identifier = ready.data.u64;
@@ -216,7 +204,7 @@ RunLoop::Wait RunLoop::waitForSource(Mode& mode, std::optional<std::uint64_t> de
 
 void RunLoop::wakeUp() noexcept {
     const std::uint64_t signal = 1;
-    (void)!::write(_wakeDescriptor, &signal, sizeof signal);
+    (void)!::write(_wakeDescriptor.get(), &signal, sizeof signal);
 }
 
 void RunLoop::performBlock(const std::string& mode, Handler block) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/FileDescriptor.h"
 #include "Platform/Mutex.h"
 #include "Platform/RunLoop.h"
 
@@ -83,7 +84,7 @@ private:
     [[nodiscard]] RunLoopSource add(std::string_view mode, std::shared_ptr<Source> source);
     void remove(std::uint64_t identifier) noexcept;
 
-    int _wakeDescriptor;
+    const FileDescriptor _wakeDescriptor;
     std::atomic<bool> _isStopped{false};
     Mutex _blocksLock;
     std::vector<QueuedBlock> _blocks VELTO_GUARDED_BY(_blocksLock);

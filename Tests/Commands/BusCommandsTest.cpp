@@ -1,4 +1,4 @@
-#include "Platform/Linux/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Tests/Support/Lines.h"
 #include "Tests/Support/PrivateBus.h"
 #include "Tests/Support/Program.h"

@@ -1,7 +1,7 @@
 #include "Platform/Linux/RunLoop.h"
 #include "Platform/Clock.h"
 #include "Platform/Dispatch.h"
-#include "Platform/Linux/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 
 #include <cstdio>
 #include <limits>
