@@ -44,13 +44,7 @@ HidrawMonitor::HidrawMonitor(HidrawMatch match)
 
 HidrawMonitor::~HidrawMonitor() = default;
 
-RunLoopSource HidrawMonitor::start(RunLoop& loop, std::string_view mode, Handler added, Handler removed) {
-    const auto readable = [this, added = std::move(added), removed = std::move(removed)] {
-        if (hasNews())
-            update(added, removed);
-    };
-    return loop.addDescriptor(mode, udev_monitor_get_fd(_monitor.get()), readable, [] {});
-}
+int HidrawMonitor::descriptor() const noexcept { return udev_monitor_get_fd(_monitor.get()); }
 
 // Takes what has come. Where too much came the kernel says so, and what was lost may be ours.
 bool HidrawMonitor::hasNews() {
@@ -62,7 +56,9 @@ bool HidrawMonitor::hasNews() {
     return isNews || errno == ENOBUFS;
 }
 
-void HidrawMonitor::update(const Handler& added, const Handler& removed) {
+void HidrawMonitor::readNews(const Handler& added, const Handler& removed) {
+    if (!hasNews())
+        return;
     const std::vector<HidrawNode> before = std::exchange(_nodes, findHidrawNodes(_match));
     for (const HidrawNode& node : before) {
         if (!contains(_nodes, node))

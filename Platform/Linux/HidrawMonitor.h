@@ -1,11 +1,9 @@
 #pragma once
 
 #include "Platform/Linux/HidrawNodes.h"
-#include "Platform/Linux/RunLoop.h"
 
 #include <functional>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 struct udev_monitor;
@@ -17,7 +15,7 @@ class HidrawMonitor {
 public:
     using Handler = std::function<void(const HidrawNode& node)>;
 
-    // Lists the nodes; changes from here on are kept until `start`. Throws std::system_error if the kernel does not
+    // Lists the nodes; changes from here on are kept until `readNews`. Throws std::system_error if the kernel does not
     // report changes.
     explicit HidrawMonitor(HidrawMatch match);
     HidrawMonitor(const HidrawMonitor&) = delete;
@@ -27,15 +25,15 @@ public:
     // Returns the nodes that are present, as far as changes have been reported.
     [[nodiscard]] const std::vector<HidrawNode>& nodes() const noexcept { return _nodes; }
 
-    // Adds a source to a mode of the calling thread's run loop that reports each node once when it is added and once
-    // when it is removed. A device that is plugged in again is a new node, whatever its path, and the removal of the
-    // old one is reported first. A node that is added and removed between two looks is not reported. The monitor must
-    // outlive the source. Throws std::system_error.
-    [[nodiscard]] RunLoopSource start(RunLoop& loop, std::string_view mode, Handler added, Handler removed);
+    // Readable when there are changes to read.
+    [[nodiscard]] int descriptor() const noexcept;
+    // Reads the changes without waiting: calls a handler once for each node that was added and for each that was removed.
+    // A device that is plugged in again is a new node, whatever its path, and the removal of the old one is reported
+    // first. A node that is added and removed between two calls is not reported.
+    void readNews(const Handler& added, const Handler& removed);
 
 private:
     [[nodiscard]] bool hasNews();
-    void update(const Handler& added, const Handler& removed);
 
     const HidrawMatch _match;
     const std::unique_ptr<udev_monitor, udev_monitor* (*)(udev_monitor*)> _monitor;

@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,7 +22,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
 
-constexpr double kPatienceSeconds = 20;
+constexpr int kPatienceMs = 20'000;
 
 // Has the surface's usage, and a report of its own.
 const VirtualDevice::Identity kStranger{
@@ -30,23 +31,19 @@ const VirtualDevice::Identity kStranger{
                          0x75, 0x08, 0x95, 0x08, 0x09, 0x01, 0x81, 0x02, 0xC0},
 };
 
-// What a monitor has told on the test's run loop: "+" or "-", and the node.
+// What a monitor has told: "+" or "-", and the node.
 class HidrawMonitorTest : public testing::Test {
 protected:
-    const Ref<String> mode = makeRef<String>("Devices");
     std::vector<std::string> told;
 
-    [[nodiscard]] RunLoopSource start(HidrawMonitor& monitor) {
+    // Listens until there is no news left, at first until so many were told in all.
+    void hear(HidrawMonitor& monitor, std::size_t count) {
         const auto note = [this](const char* sign) {
             return [this, sign](const HidrawNode& node) { told.push_back(sign + node.path); };
         };
-        return monitor.start(RunLoop::current(), mode->text(), note("+"), note("-"));
-    }
-    // Runs until there is no news left, at first until so many were told in all.
-    void hear(std::size_t count) {
-        while (CFRunLoopRunInMode(mode.get(), told.size() < count ? kPatienceSeconds : 0, true) ==
-               kCFRunLoopRunHandledSource) {
-        }
+        pollfd news{.fd = monitor.descriptor(), .events = POLLIN, .revents = 0};
+        while (::poll(&news, 1, told.size() < count ? kPatienceMs : 0) == 1)
+            monitor.readNews(note("+"), note("-"));
     }
 };
 
@@ -76,30 +73,26 @@ TEST_F(HidrawMonitorTest, WhatComesAndGoesIsToldOnceFromTheFirstLookOn) {
 
     std::optional<VirtualDevice> second(std::in_place); // before anyone listens
     const std::string secondPath = second->path();
-    RunLoopSource source = start(monitor);
-    hear(1);
+    hear(monitor, 1);
     EXPECT_THAT(told, ElementsAre("+" + secondPath));
     first.reset();
-    hear(2);
+    hear(monitor, 2);
     { const VirtualDevice stranger(kStranger); }
-    hear(0);
+    hear(monitor, 0);
     second.reset();
-    hear(3);
+    hear(monitor, 3);
     EXPECT_THAT(told, ElementsAre("+" + secondPath, "-" + firstPath, "-" + secondPath));
     EXPECT_THAT(monitor.nodes(), IsEmpty());
-    source = {};
-    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), 0, true), kCFRunLoopRunFinished);
 }
 
 TEST_F(HidrawMonitorTest, PluggedInAgainUnderTheSameNameItHasGoneAndCome) {
     std::optional<VirtualDevice> surface(std::in_place);
     const std::string path = surface->path();
     HidrawMonitor monitor(Surface::isSurface);
-    const RunLoopSource source = start(monitor);
     surface.reset();
     surface.emplace();
     ASSERT_EQ(surface->path(), path);
-    hear(2);
+    hear(monitor, 2);
     EXPECT_THAT(told, ElementsAre("-" + path, "+" + path));
 }
 
@@ -111,14 +104,13 @@ TEST_F(HidrawMonitorTest, NewsThatIsToldAgainIsNoneAndNewsThatIsLostIsMadeUpFor)
     HidrawMonitor monitor(Surface::isSurface);
     ASSERT_EQ(::seteuid(0), 0);
     ASSERT_THAT(monitor.nodes(), SizeIs(1));
-    const RunLoopSource source = start(monitor);
     std::ofstream(monitor.nodes().front().folder + "/uevent") << "add"; // the kernel says so
-    hear(0);
+    hear(monitor, 0);
     EXPECT_THAT(told, IsEmpty());
     for (int i = 0; i < kMoreThanTheKernelKeeps; ++i)
         std::ofstream("/sys/devices/virtual/mem/null/uevent") << "change";
     surface.reset();
-    hear(1);
+    hear(monitor, 1);
     EXPECT_THAT(told, ElementsAre("-" + path));
 }
 

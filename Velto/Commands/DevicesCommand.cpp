@@ -1,14 +1,16 @@
 #include "Platform/JSON.h"
-#include "Platform/Linux/HidrawMonitor.h"
 #include "Velto/Commands/Command.h"
-#include "Velto/Commands/Hosting.h"
-#include "Velto/Options/Devices.h"
+#include "Velto/Daemon/EventLoop.h"
+#include "Velto/Daemon/StopSignals.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Output/Files.h"
-#include "Velto/Surface/SurfaceMatch.h"
+#include "Velto/Output/Terminal.h"
+#include "Velto/Surface/PluggedIn.h"
 
+#include <algorithm>
+#include <chrono>
 #include <memory>
-#include <stdexcept>
+#include <optional>
 #include <string>
 
 #include <fmt/format.h>
@@ -24,7 +26,7 @@ constexpr const char* kDescription = "Example:\n"
 
 struct Options {
     bool watches = false;
-    double durationSeconds = kForever;
+    std::optional<std::chrono::microseconds> duration; // none: without end
     bool jsonl = false;
 };
 
@@ -47,7 +49,7 @@ std::string asMembers(const HidrawNode& node) {
 
 int list(bool asJSONL) {
     std::string text;
-    for (const HidrawNode& node : findSurfaces())
+    for (const HidrawNode& node : Surface::findSurfaces())
         text += asJSONL ? fmt::format("{{\"kind\":\"device\",{}}}\n", asMembers(node)) : asLine(node) + "\n";
     writeStandardOutput(text);
     return 0;
@@ -65,14 +67,14 @@ void showRemoved(const HidrawNode& node, bool asJSONL) {
 }
 
 int watch(const Options& options) {
-    const StopSignals signals;
-    HidrawMonitor monitor(Surface::isSurface);
-    for (const HidrawNode& node : monitor.nodes())
-        showAdded(node, options.jsonl);
-    const RunLoopSource news = monitor.start(
-        RunLoop::current(), kRunLoopMode, [&](const HidrawNode& node) { showAdded(node, options.jsonl); },
-        [&](const HidrawNode& node) { showRemoved(node, options.jsonl); });
-    waitForTheEnd(signals, options.durationSeconds);
+    EventLoop loop;
+    const StopSignals signals(loop);
+    HidrawMonitor monitor = Surface::monitorSurfaces();
+    const auto added = [&](const HidrawNode& node) { showAdded(node, options.jsonl); };
+    const auto removed = [&](const HidrawNode& node) { showRemoved(node, options.jsonl); };
+    std::ranges::for_each(monitor.nodes(), added);
+    loop.addDescriptor(monitor.descriptor(), [&] { monitor.readNews(added, removed); });
+    loop.run(options.duration);
     return 0;
 }
 
@@ -84,7 +86,7 @@ Command makeDevicesCommand(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     CLI::App* app = program.add_subcommand("devices", kDescription);
     CLI::Option* watches = app->add_flag("--watch", options->watches, "Go on with what comes and goes, until Ctrl-C");
-    addDuration(*app, options->durationSeconds)->needs(watches);
+    addDuration(*app, options->duration)->needs(watches);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines");
     return {app, [options] { return run(*options); }};
 }

@@ -45,7 +45,7 @@ void addPlugIn(CLI::App& app, std::string& target) {
         ->type_name("PATH");
 }
 
-HostedService openService(const std::string& plugIn, const ConnectedDevice& device,
+HostedService openService(const std::string& plugIn, const Surface::ConnectedDevice& device,
                           const HostedService::EventHandler& eventHandler) {
     const std::string folder = plugIn.empty() ? ownPlugIn() : plugIn;
     return about(folder, [&] {
@@ -54,13 +54,6 @@ HostedService openService(const std::string& plugIn, const ConnectedDevice& devi
             throw std::runtime_error("the plug-in is not for this device");
         return HostedService(bundle.loadFactory(), device.service(), bundle.matching(), eventHandler);
     });
-}
-
-void waitForTheEnd(const StopSignals& signals, double seconds) {
-    const auto mode = makeRef<String>(kRunLoopMode);
-    const RunLoopSource signal = RunLoop::current().addDescriptor(
-        kRunLoopMode, signals.descriptor(), [] { CFRunLoopStop(CFRunLoopGetCurrent()); }, [] {});
-    CFRunLoopRunInMode(mode.get(), seconds, false);
 }
 
 } // namespace VeltoTouch::Velto

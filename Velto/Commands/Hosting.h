@@ -1,11 +1,9 @@
 #pragma once
 
-#include "Velto/Commands/Signals.h"
 #include "Velto/Host/HostedService.h"
 #include "Velto/Options/Devices.h"
 #include "Velto/Output/Terminal.h"
 
-#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -33,12 +31,7 @@ auto about(const std::string& subject, const Work& work) {
 
 // A service from the plug-in in this folder that is open on the device; an empty path is the program's own plug-in.
 // Throws std::runtime_error under the plug-in's name.
-[[nodiscard]] HostedService openService(const std::string& plugIn, const ConnectedDevice& device,
+[[nodiscard]] HostedService openService(const std::string& plugIn, const Surface::ConnectedDevice& device,
                                         const HostedService::EventHandler& eventHandler);
-
-// Waits on the calling thread's run loop, in this mode, for a signal or a stop of the loop, at most until the time is
-// over. Whatever else is in the mode is handled meanwhile.
-constexpr const char* kRunLoopMode = "velto";
-void waitForTheEnd(const StopSignals& signals, double seconds = std::numeric_limits<double>::infinity());
 
 } // namespace VeltoTouch::Velto

@@ -6,6 +6,7 @@
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Commands/RunOutput.h"
 #include "Velto/Commands/ServiceRecording.h"
+#include "Velto/Daemon/StopSignals.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Keys.h"
 #include "Velto/Options/PlayOptions.h"
@@ -15,6 +16,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include <fmt/format.h>
@@ -36,8 +38,8 @@ struct Options {
     std::vector<Setting> settings;
     std::vector<std::string> properties; // to be read at the end
     float speed = 1;
-    double durationSeconds = kForever;
-    std::string recording; // where to save it; empty: nowhere
+    std::optional<std::chrono::microseconds> duration; // none: without end
+    std::string recording;                             // where to save it; empty: nowhere
     bool jsonl = false;
 };
 
@@ -64,9 +66,7 @@ int readProperties(const HostedService& service, const std::vector<std::string>&
 }
 
 void warnOfLostPauses(const Options& options) {
-    const bool isPlayed =
-        options.device.kind == DeviceChoice::Kind::Simulated || options.device.kind == DeviceChoice::Kind::Recorded;
-    if (isPlayed && std::isinf(options.speed))
+    if (options.device.isPlayed() && std::isinf(options.speed))
         complain(options.recording, "at --speed max reports come without pauses, and the recording has none either");
 }
 
@@ -91,11 +91,12 @@ int run(const Options& options) {
         warnOfLostPauses(options);
     }
 
-    const auto loop = Ref<CFRunLoop>::retained(CFRunLoopGetCurrent());
-    const auto endRun = [loop] { CFRunLoopStop(loop.get()); };
-    const ConnectedDevice device = about(
-        options.device.subject(), [&] { return ConnectedDevice(options.device, static_cast<double>(options.speed)); });
-    StopSignals signals; // before any thread, and after the recording is read: until then a signal ends the program
+    EventLoop loop;
+    const auto endRun = [&loop] { loop.stop(); };
+    const auto device =
+        about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });
+    StopSignals signals(
+        loop); // before any thread, and after the recording is read: until then a signal ends the program
     device.backend().removalHandler = endRun;
 
     const auto output = RunOutput::make(options.jsonl, options.device, endRun);
@@ -109,7 +110,7 @@ int run(const Options& options) {
     output->begin();
     startTime = mach_absolute_time();
     service.schedule();
-    waitForTheEnd(signals, options.durationSeconds);
+    loop.run(options.duration);
     signals.beginEnd();
 
     RunOutput::Ending ending;
@@ -137,7 +138,7 @@ Command makeRunCommand(CLI::App& program) {
     addSettings(*app, options->settings, KeyScope::Service, "Write properties of the service before the first report");
     addKeys(*app, options->properties, "Read properties of the service at the end and show them");
     addSpeed(*app, options->speed, "Pace: a factor on the device's own, or max (default: 1)");
-    addDuration(*app, options->durationSeconds);
+    addDuration(*app, options->duration);
     app->add_option(
            "--record", options->recording,
            fmt::format("Save the service's recording at the end: the newest {} reports and accelerometer samples",

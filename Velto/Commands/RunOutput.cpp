@@ -78,7 +78,7 @@ private:
 std::unique_ptr<RunOutput> RunOutput::make(bool asLines, const DeviceChoice& device,
                                            std::function<void()> failureHandler) {
     if (asLines)
-        return std::make_unique<LineOutput>(device.file, std::move(failureHandler));
+        return std::make_unique<LineOutput>(device.file(), std::move(failureHandler));
     return std::make_unique<TableOutput>(device.name, std::move(failureHandler));
 }
 

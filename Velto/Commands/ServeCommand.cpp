@@ -3,6 +3,7 @@
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Daemon/Bus/TouchObject.h"
 #include "Velto/Daemon/EventLoop.h"
+#include "Velto/Daemon/StopSignals.h"
 #include "Velto/Daemon/SurfaceKeys.h"
 #include "Velto/Daemon/UinputKeyboard.h"
 #include "Velto/Host/Gesture.h"
@@ -39,7 +40,7 @@ struct Options {
 // A key of a surface that has fallen silent is released after one to two of them.
 constexpr std::chrono::seconds kLongestSilence{1};
 
-Bus::ServedSurface servedSurface(const ConnectedDevice& device, const HostedService& service) {
+Bus::ServedSurface servedSurface(const Surface::ConnectedDevice& device, const HostedService& service) {
     return {.device = device.name(),
             .properties = {.get = [&service](const std::string& key) { return service.copyProperty(key); },
                            .set = [&service](const std::string& key,
@@ -50,11 +51,9 @@ Bus::ServedSurface servedSurface(const ConnectedDevice& device, const HostedServ
 int serve(const Options& options) {
     EventLoop loop;
     const auto endServing = [&loop] { loop.stop(); };
-    const ConnectedDevice device =
-        about(options.device.subject(), [&] { return ConnectedDevice(options.device, 1.0); });
-    StopSignals signals; // before any thread, and after a recording is read: until then a signal ends the program
+    const auto device = about(options.device.subject(), [&] { return connect(options.device, 1.0); });
+    StopSignals signals(loop); // before any thread, and after a recording is read: until then a signal ends the program
     device.backend().removalHandler = endServing;
-    loop.addDescriptor(signals.descriptor(), endServing);
 
     std::optional<UinputKeyboard> keyboard;
     std::optional<SurfaceKeys> keys;

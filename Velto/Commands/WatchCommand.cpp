@@ -1,8 +1,8 @@
 #include "Platform/Clock.h"
 #include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Commands/Command.h"
-#include "Velto/Commands/Signals.h"
 #include "Velto/Daemon/Bus/Client.h"
+#include "Velto/Daemon/StopSignals.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Output/EventLines.h"
@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace VeltoTouch::Velto {
@@ -26,7 +27,7 @@ constexpr const char* kDescription =
 
 struct Options {
     ServedChoice served;
-    double durationSeconds = kForever;
+    std::optional<std::chrono::microseconds> duration; // none: without end
     bool jsonl = false;
 };
 
@@ -50,14 +51,9 @@ void showOn(EventLoop& loop, Bus::Client& client, const Options& options) {
 int watch(const Options& options) {
     Bus::Client client(options.served.bus, options.served.device);
     EventLoop loop;
-    StopSignals signals;
-    loop.addDescriptor(signals.descriptor(), [&loop] { loop.stop(); });
-    if (options.durationSeconds < kForever)
-        loop.addTimer(std::chrono::duration_cast<std::chrono::microseconds>(
-                          std::chrono::duration<double>(options.durationSeconds)),
-                      [&loop] { loop.stop(); });
+    const StopSignals signals(loop);
     showOn(loop, client, options);
-    loop.run();
+    loop.run(options.duration);
     return 0;
 }
 
@@ -67,7 +63,7 @@ Command makeWatchCommand(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     CLI::App* app = program.add_subcommand("watch", kDescription);
     addServed(*app, options->served);
-    addDuration(*app, options->durationSeconds);
+    addDuration(*app, options->duration);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines, one an event");
     return {app, [options] { return watch(*options); }};
 }

@@ -11,6 +11,13 @@
 #include <unistd.h>
 
 namespace VeltoTouch {
+namespace {
+
+// How late a timer may be, in microseconds.
+constexpr std::uint64_t kUsualAccuracy = 0; // the library's own: wake-ups are put together
+constexpr std::uint64_t kExactly = 1;
+
+} // namespace
 
 struct EventLoop::Source {
     EventLoop& loop;
@@ -53,6 +60,10 @@ void EventLoop::addDescriptor(int descriptor, Handler handler) {
 }
 
 void EventLoop::addTimer(std::chrono::microseconds interval, Handler handler) {
+    addTimer(interval, kUsualAccuracy, std::move(handler));
+}
+
+void EventLoop::addTimer(std::chrono::microseconds interval, std::uint64_t accuracyUs, Handler handler) {
     const auto elapsed = [](sd_event_source* timer, std::uint64_t, void* data) {
         auto& source = *static_cast<Source*>(data);
         sd_event_source_set_time_relative(timer, source.intervalUs);
@@ -64,7 +75,7 @@ void EventLoop::addTimer(std::chrono::microseconds interval, Handler handler) {
                                                   .intervalUs = static_cast<std::uint64_t>(interval.count()),
                                                   .handle = nullptr});
     const auto make = [&](sd_event_source** handle) {
-        return sd_event_add_time_relative(_loop.get(), handle, CLOCK_MONOTONIC, source->intervalUs, 0, elapsed,
+        return sd_event_add_time_relative(_loop.get(), handle, CLOCK_MONOTONIC, source->intervalUs, accuracyUs, elapsed,
                                           source.get());
     };
     source->handle = madeBy<EventSourceHandle>(make, "timer");
@@ -92,7 +103,9 @@ void EventLoop::runPosted() {
         block();
 }
 
-void EventLoop::run() {
+void EventLoop::run(std::optional<std::chrono::microseconds> longest) {
+    if (longest)
+        addTimer(*longest, kExactly, [this] { stop(); });
     checked(sd_event_loop(_loop.get()), "event loop");
     if (_failure)
         std::rethrow_exception(std::exchange(_failure, nullptr));

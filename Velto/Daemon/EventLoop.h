@@ -8,12 +8,13 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace VeltoTouch {
 
-// The loop of a program that serves: descriptors, timers, blocks from other threads, and the bus. Where the system's
-// manager keeps a watchdog on the program, the loop feeds it as long as it goes round.
+// The loop of a program that goes on until it is stopped: descriptors, timers, blocks from other threads, and the bus.
+// Where the system's manager keeps a watchdog on the program, the loop feeds it as long as it goes round.
 //
 // Made, used, run once and destroyed on one thread, but for what says otherwise. Handlers and blocks are only called by
 // the run. Errors of the system are std::system_error.
@@ -35,8 +36,8 @@ public:
     // not run when the loop goes never do.
     void post(Handler block);
 
-    // Until `stop`. Throws what a handler or block throws.
-    void run();
+    // Until `stop`, at most so long. Throws what a handler or block throws.
+    void run(std::optional<std::chrono::microseconds> longest = {});
     // Ends the run, also one to come, after what was posted before. Any thread.
     void stop();
 
@@ -46,6 +47,7 @@ private:
     struct Source;
 
     static int call(Source& source) noexcept;
+    void addTimer(std::chrono::microseconds interval, std::uint64_t accuracyUs, Handler handler);
     void runPosted();
 
     const EventLoopHandle _loop;

@@ -1,18 +1,14 @@
 #include "Velto/Options/Devices.h"
 
-#include "Platform/Linux/HidrawDevice.h"
-#include "Platform/Linux/IIOAccelerometer.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Surface/Devices.h"
+#include "Velto/Surface/PluggedIn.h"
 #include "Velto/Surface/Scripts.h"
 #include "Velto/Surface/SimulatedAccelerometer.h"
-#include "Velto/Surface/SurfaceMatch.h"
 
-#include <algorithm>
 #include <memory>
 #include <stdexcept>
-#include <utility>
 
 #include <fmt/format.h>
 
@@ -39,88 +35,63 @@ std::vector<Step> parseSteps(std::string_view text) {
     }
 }
 
-Simulation::StepSource stepsOf(const DeviceChoice& choice, std::uint64_t seed) {
-    if (choice.steps)
-        return scriptOf(*choice.steps);
+Simulation::StepSource stepsOf(const SimulatedSurface& surface, std::uint64_t seed) {
+    if (surface.steps)
+        return scriptOf(*surface.steps);
     return [user = std::make_shared<MadeUpUser>(seed)] { return std::optional(user->next()); };
 }
 
-Ref<HIDDeviceBackend> backendOf(const DeviceChoice& choice, double speed) {
-    switch (choice.kind) {
-    case DeviceChoice::Kind::Simulated: {
+// Connects each kind.
+struct Connect {
+    const std::string& name;
+    double speed;
+
+    ConnectedDevice operator()(const SimulatedSurface& surface) const {
         const Simulation::Options options;
-        return simulatedDevice(Simulation(options, stepsOf(choice, options.seed)), speed);
+        return {name,
+                simulatedDevice(Simulation(options, stepsOf(surface, options.seed)), speed),
+                {makeRef<SimulatedAccelerometer>()}};
     }
-    case DeviceChoice::Kind::Recorded: {
-        const PipelineRecording recording = loadRecording(choice.file);
+    ConnectedDevice operator()(const RecordedSurface& surface) const {
+        const PipelineRecording recording = loadRecording(surface.file);
         if (const std::uint64_t settings = settingsIn(recording); settings > 0)
-            complain(choice.file, fmt::format("left out {} recorded settings", settings));
-        return recordingPlayer(recording, speed);
+            complain(surface.file, fmt::format("left out {} recorded settings", settings));
+        return {name, recordingPlayer(recording, speed), {}};
     }
-    case DeviceChoice::Kind::FirstSurface:
-    case DeviceChoice::Kind::HidRaw:
-        return makeRef<HidrawDevice>(choice.name);
+    ConnectedDevice operator()(const FirstSurface& /*surface*/) const {
+        return connectNode(findSurfaces().front().path);
     }
-    throw std::logic_error("no such kind of device");
-}
-
-std::vector<Ref<HIDEventService>> accelerometersOf(const DeviceChoice& choice) {
-    switch (choice.kind) {
-    case DeviceChoice::Kind::Simulated:
-        return {makeRef<SimulatedAccelerometer>()};
-    case DeviceChoice::Kind::FirstSurface:
-    case DeviceChoice::Kind::HidRaw:
-        return findAccelerometers();
-    case DeviceChoice::Kind::Recorded:
-        break;
-    }
-    return {};
-}
-
-// With the name of the node in place of "surface".
-DeviceChoice found(DeviceChoice choice) {
-    if (choice.kind == DeviceChoice::Kind::FirstSurface)
-        choice.name = findSurfaces().front().path;
-    return choice;
-}
+    ConnectedDevice operator()(const SurfaceNode& surface) const { return connectNode(surface.path); }
+};
 
 } // namespace
 
+std::string DeviceChoice::file() const {
+    const auto* recorded = std::get_if<RecordedSurface>(&surface);
+    return recorded == nullptr ? "" : recorded->file;
+}
+
+bool DeviceChoice::isPlayed() const noexcept {
+    return std::holds_alternative<SimulatedSurface>(surface) || std::holds_alternative<RecordedSurface>(surface);
+}
+
 DeviceChoice parseDevice(std::string_view text) {
-    DeviceChoice choice{.kind = DeviceChoice::Kind::Simulated, .name = std::string(text), .steps = {}, .file = {}};
+    const std::string name(text);
     if (text == "sim")
-        return choice;
-    if (strip(text, "sim:")) {
-        choice.steps = parseSteps(text);
-    } else if (strip(text, "replay:") && !text.empty()) {
-        choice.kind = DeviceChoice::Kind::Recorded;
-        choice.file = text;
-    } else if (text == "surface") {
-        choice.kind = DeviceChoice::Kind::FirstSurface;
-    } else if (text.starts_with("/dev/hidraw")) {
-        choice.kind = DeviceChoice::Kind::HidRaw;
-    } else {
-        throw std::invalid_argument("sim, sim:STEP,..., replay:FILE, surface or /dev/hidrawN is wanted");
-    }
-    return choice;
+        return {.name = name, .surface = SimulatedSurface{}};
+    if (strip(text, "sim:"))
+        return {.name = name, .surface = SimulatedSurface{.steps = parseSteps(text)}};
+    if (strip(text, "replay:") && !text.empty())
+        return {.name = name, .surface = RecordedSurface{.file = std::string(text)}};
+    if (text == "surface")
+        return {.name = name, .surface = FirstSurface{}};
+    if (text.starts_with("/dev/hidraw"))
+        return {.name = name, .surface = SurfaceNode{.path = name}};
+    throw std::invalid_argument("sim, sim:STEP,..., replay:FILE, surface or /dev/hidrawN is wanted");
 }
 
-std::vector<HidrawNode> findSurfaces() {
-    std::vector<HidrawNode> surfaces = findHidrawNodes(isSurface);
-    if (surfaces.empty())
-        throw std::runtime_error("no surface is plugged in");
-    return surfaces;
-}
-
-ConnectedDevice::ConnectedDevice(const DeviceChoice& choice, double speed)
-    : _choice(found(choice)), _backend(backendOf(_choice, speed)), _accelerometers(accelerometersOf(_choice)),
-      _service(registerDevice(_backend)) {
-    std::ranges::for_each(_accelerometers, registerEventService);
-}
-
-ConnectedDevice::~ConnectedDevice() {
-    std::ranges::for_each(_accelerometers, unregisterEventService);
-    unregisterDevice(_service);
+ConnectedDevice connect(const DeviceChoice& choice, double speed) {
+    return std::visit(Connect{.name = choice.name, .speed = speed}, choice.surface);
 }
 
 } // namespace VeltoTouch::Velto

@@ -1,57 +1,47 @@
 #pragma once
 
-#include "Platform/Backend/HIDDeviceBackend.h"
-#include "Platform/Backend/HIDEventService.h"
-#include "Platform/Linux/HidrawNodes.h"
+#include "Velto/Surface/ConnectedDevice.h"
 #include "Velto/Surface/Step.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 // The DEVICE of the command line.
 
 namespace VeltoTouch::Velto {
 
+struct SimulatedSurface {
+    std::optional<std::vector<Surface::Step>> steps; // without them its user never ends
+};
+struct RecordedSurface {
+    std::string file;
+};
+struct FirstSurface {}; // on this machine
+struct SurfaceNode {
+    std::string path; // /dev/hidrawN
+};
+
 struct DeviceChoice {
-    enum class Kind { Simulated, Recorded, FirstSurface, HidRaw };
+    std::string name = "sim"; // as given
+    std::variant<SimulatedSurface, RecordedSurface, FirstSurface, SurfaceNode> surface;
 
-    Kind kind = Kind::Simulated;
-    std::string name = "sim";                        // as given
-    std::optional<std::vector<Surface::Step>> steps; // of a simulated one; without them its user never ends
-    std::string file;                                // of a recorded one
-
+    // Of a recorded one; empty for others.
+    [[nodiscard]] std::string file() const;
+    // Whether its reports are made up or recorded, and have a pace to be changed.
+    [[nodiscard]] bool isPlayed() const noexcept;
     // What messages name.
-    [[nodiscard]] const std::string& subject() const noexcept { return file.empty() ? name : file; }
+    [[nodiscard]] std::string subject() const { return file().empty() ? name : file(); }
 };
 
 // Reads sim, sim:STEP,STEP,..., replay:FILE, surface or /dev/hidrawN. Throws std::invalid_argument with what is wrong.
 [[nodiscard]] DeviceChoice parseDevice(std::string_view text);
 
-// The surfaces on this machine, at least one. Throws std::runtime_error where there is none.
-[[nodiscard]] std::vector<HidrawNode> findSurfaces();
-
-// A device that the platform knows while this lives, and the accelerometers beside it: a made-up one of a simulated
-// surface, those of this machine for a real one.
-class ConnectedDevice {
-public:
-    // `speed` is a factor on the device's own pace. Throws std::runtime_error and what reading a recording throws.
-    ConnectedDevice(const DeviceChoice& choice, double speed);
-    ConnectedDevice(const ConnectedDevice&) = delete;
-    ConnectedDevice& operator=(const ConnectedDevice&) = delete;
-    ~ConnectedDevice();
-
-    // As given, or the node's path where that says which.
-    [[nodiscard]] const std::string& name() const noexcept { return _choice.name; }
-    [[nodiscard]] HIDDeviceBackend& backend() const noexcept { return *_backend; }
-    [[nodiscard]] io_service_t service() const noexcept { return _service; }
-
-private:
-    const DeviceChoice _choice;
-    const Ref<HIDDeviceBackend> _backend;
-    const std::vector<Ref<HIDEventService>> _accelerometers;
-    const io_service_t _service;
-};
+// Connects the device under its name, which for the first surface is its node's path, with the accelerometers beside
+// it: a made-up one of a simulated surface, this machine's of a real one. `speed` is a factor on the pace of one that
+// is played. Throws std::runtime_error and what reading a recording throws.
+[[nodiscard]] Surface::ConnectedDevice connect(const DeviceChoice& choice, double speed);
 
 } // namespace VeltoTouch::Velto

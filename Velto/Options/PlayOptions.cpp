@@ -5,7 +5,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr double kLongestDuration = 1e9; // 31 years
+constexpr std::chrono::duration<double> kLongestDuration{1e9}; // 31 years
 
 float parseSpeed(const std::string& text) {
     if (text == "max")
@@ -16,11 +16,14 @@ float parseSpeed(const std::string& text) {
     return speed;
 }
 
-double parseDuration(const std::string& text) {
+std::optional<std::chrono::microseconds> parseDuration(const std::string& text) {
     double seconds = 0;
     if (!CLI::detail::lexical_cast(text, seconds) || !(seconds > 0.0))
         throw CLI::ValidationError("--duration", "a number of seconds above 0 is wanted");
-    return seconds < kLongestDuration ? seconds : kForever;
+    const std::chrono::duration<double> duration(seconds);
+    if (duration >= kLongestDuration)
+        return std::nullopt;
+    return std::chrono::duration_cast<std::chrono::microseconds>(duration);
 }
 
 } // namespace
@@ -31,7 +34,7 @@ void addSpeed(CLI::App& app, float& target, const std::string& description) {
         ->type_name("N|max");
 }
 
-CLI::Option* addDuration(CLI::App& app, double& target) {
+CLI::Option* addDuration(CLI::App& app, std::optional<std::chrono::microseconds>& target) {
     return app
         .add_option_function<std::string>(
             "--duration", [&target](const std::string& text) { target = parseDuration(text); },

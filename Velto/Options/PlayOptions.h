@@ -1,6 +1,7 @@
 #pragma once
 
-#include <limits>
+#include <chrono>
+#include <optional>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -12,9 +13,7 @@ namespace VeltoTouch::Velto {
 // --speed N|max: a factor on the pace, above 0; max is infinity.
 void addSpeed(CLI::App& app, float& target, const std::string& description);
 
-constexpr double kForever = std::numeric_limits<double>::infinity();
-
-// --duration S: seconds above 0. Unset, the target stays as it is.
-CLI::Option* addDuration(CLI::App& app, double& target);
+// --duration S: seconds above 0. Unset, and for a lifetime and more, the target is empty.
+CLI::Option* addDuration(CLI::App& app, std::optional<std::chrono::microseconds>& target);
 
 } // namespace VeltoTouch::Velto

@@ -1,4 +1,4 @@
-#include "Velto/Commands/Signals.h"
+#include "Velto/Daemon/StopSignals.h"
 
 #include <cerrno>
 #include <csignal>
@@ -8,7 +8,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch {
 namespace {
 
 constexpr std::initializer_list<int> kSignals{SIGINT, SIGTERM};
@@ -33,19 +33,18 @@ void restoreDefaults(int /*signal*/) { setHandler(SIG_DFL, 0); }
 
 } // namespace
 
-StopSignals::StopSignals() {
+StopSignals::StopSignals(EventLoop& loop) {
     const sigset_t set = signalSet();
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
-    _descriptor = ::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
-    if (_descriptor < 0)
+    _descriptor = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (!_descriptor.isOpen())
         throw std::system_error(errno, std::generic_category(), "signals");
+    loop.addDescriptor(_descriptor.get(), [&loop] { loop.stop(); });
 }
-
-StopSignals::~StopSignals() { ::close(_descriptor); }
 
 void StopSignals::beginEnd() noexcept {
     signalfd_siginfo signal{};
-    const bool hasCome = ::read(_descriptor, &signal, sizeof signal) > 0;
+    const bool hasCome = ::read(_descriptor.get(), &signal, sizeof signal) > 0;
     if (hasCome)
         setHandler(SIG_DFL, 0);
     else
@@ -54,4 +53,4 @@ void StopSignals::beginEnd() noexcept {
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Platform/HIDDevice.h"
+#include "Platform/HIDEventSystem.h"
+
+#include <string>
+#include <vector>
+
+namespace VeltoTouch::Surface {
+
+// A device that the platform knows while this lives, and the accelerometers beside it.
+class ConnectedDevice {
+public:
+    using Accelerometers = std::vector<Ref<HIDEventService>>;
+
+    ConnectedDevice(std::string name, Ref<HIDDeviceBackend> backend, Accelerometers accelerometers);
+    ConnectedDevice(const ConnectedDevice&) = delete;
+    ConnectedDevice& operator=(const ConnectedDevice&) = delete;
+    ~ConnectedDevice();
+
+    [[nodiscard]] const std::string& name() const noexcept { return _name; }
+    [[nodiscard]] HIDDeviceBackend& backend() const noexcept { return *_backend; }
+    [[nodiscard]] io_service_t service() const noexcept { return _service; }
+
+private:
+    const std::string _name;
+    const Ref<HIDDeviceBackend> _backend;
+    const Accelerometers _accelerometers;
+    const io_service_t _service;
+};
+
+} // namespace VeltoTouch::Surface
