@@ -102,8 +102,8 @@ public:
         _thread.join();
     }
 
-    void tell(const GestureEvent& event, std::uint64_t timeNs) {
-        _loop.post([this, event, timeNs] { _object->tellGesture(event, timeNs); });
+    void tell(const Gesture& gesture) {
+        _loop.post([this, gesture] { _object->tellGesture(gesture); });
     }
 
 private:

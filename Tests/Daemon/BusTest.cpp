@@ -45,15 +45,15 @@ TEST_F(BusTest, ADeviceThatDoesNotAnswerHoldsUpNothingElse) {
     loop.addTimer(kPatience, [&] { loop.stop(); });
     watcher.watch(
         loop,
-        [&](const GestureEvent& event, std::uint64_t timeNs) {
-            seen = fmt::format("{} {} {} {} {}", nameOf(event.gesture), event.region.value_or("-"), event.phase,
-                               event.frame, timeNs);
+        [&](const Gesture& gesture) {
+            seen = fmt::format("{} {} {} {}", nameOf(gesture.kind), nameOf(gesture.region.value()), gesture.frame,
+                               gesture.time.count());
             loop.stop();
         },
         [&] { loop.stop(); });
-    server->tell({.gesture = Gesture::HoldStart, .region = "VolumeUp", .phase = 1, .frame = 17}, 12'345'678'901);
+    server->tell({GestureKind::HoldStart, PixelRegion::VolumeUp, 17, HostTime(12'345'678'901)});
     loop.run();
-    EXPECT_EQ(seen, "holdStart VolumeUp 1 17 12345678901");
+    EXPECT_EQ(seen, "holdStart VolumeUp 17 12345678901");
     EXPECT_EQ(replies.answered + written.answered, 0U);
 
     properties.letSlowGo();
@@ -149,7 +149,7 @@ TEST_F(BusTest, ABusThatTakesNothingFillsNoMemory) {
     properties.letSlowGo();
     EXPECT_TRUE(eventually([&] { return properties.readsOf("Large") > 0; }));
     for (std::uint32_t frame = 0; frame < kTold; ++frame)
-        server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = frame}, frame);
+        server->tell({GestureKind::Tap, PixelRegion::PlayPause, frame, HostTime(frame)});
     std::this_thread::sleep_for(300ms);
     EXPECT_EQ(properties.readsOf("Large"), 1);
     bus.goOn();
@@ -224,7 +224,7 @@ TEST_F(BusTest, CountersTellOfChanges) {
     properties.put("Pipeline.DebugInfo", counted("ResetCount", 2));
     properties.put("Pipeline.Algs.EventStats", makeRef<Dictionary>(std::vector<Dictionary::Entry>{
                                                    {.key = "Dispatched", .value = counted("numTaps", 3)}}));
-    server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = 1}, 1);
+    server->tell({GestureKind::Tap, PixelRegion::PlayPause, 1, HostTime(1)});
     EXPECT_TRUE(happens(std::span(&raw, 1), [&] { return told["events"] != 0; }));
     EXPECT_THAT(told, ElementsAre(Pair("ResetCount", 2), Pair("events", 1), Pair("numTaps", 3),
                                   Pair("reports", testing::Ge(42U))));
@@ -248,7 +248,7 @@ TEST_F(BusTest, AWatchFailsWithTheBus) {
     Bus::Client watching = client();
     EventLoop loop;
     watching.watch(
-        loop, [](const GestureEvent&, std::uint64_t) {}, [] { FAIL() << "the surface is still there"; });
+        loop, [](const Gesture&) {}, [] { FAIL() << "the surface is still there"; });
     loop.addTimer(kPatience, [&] { loop.stop(); });
     bus.stop(SIGKILL);
     EXPECT_THROW(loop.run(), std::runtime_error);
@@ -257,10 +257,10 @@ TEST_F(BusTest, AWatchFailsWithTheBus) {
 TEST_F(BusTest, ABusThatComesBackFindsTheSurfaceAgain) {
     std::ignore = client();
     bus.stop();
-    server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = 1}, 1);
+    server->tell({GestureKind::Tap, PixelRegion::PlayPause, 1, HostTime(1)});
     EXPECT_EQ(refusal(""), "there is no bus: No such file or directory");
     std::this_thread::sleep_for(1500ms); // until it has seen that too
-    server->tell({.gesture = Gesture::Tap, .region = "PlayPause", .phase = 0, .frame = 2}, 2);
+    server->tell({GestureKind::Tap, PixelRegion::PlayPause, 2, HostTime(2)});
     bus.start();
     properties.put("Key", Number::withUnsignedLong(1));
     EXPECT_EQ(as<Number>(client().getProperty("Key"))->longLongValue(), 1);

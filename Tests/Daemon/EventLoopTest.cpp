@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(EventLoopTest, ATimerGoesOnAtItsInterval) {
+TEST(EventLoopTest, ATimerGoesOnAtItsIntervalAndARunEndsInItsTime) {
     constexpr auto kInterval = 100ms;
     EventLoop loop;
     int count = 0;
@@ -23,10 +23,14 @@ TEST(EventLoopTest, ATimerGoesOnAtItsInterval) {
         else if (count == 4)
             loop.stop();
     });
-    loop.addTimer(20s, [&] { loop.stop(); });
-    loop.run();
+    loop.run(20s);
     EXPECT_EQ(count, 4);
     EXPECT_GE(std::chrono::steady_clock::now() - first, 3 * kInterval);
+
+    const auto start = std::chrono::steady_clock::now();
+    EventLoop idle;
+    idle.run(kInterval);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, kInterval) << "as long as it may, without a stop";
 }
 
 TEST(EventLoopTest, BlocksRunInOrderUntilTheStopAndWhatTheyThrowIsPassedOn) {

@@ -1,15 +1,11 @@
 #include "Velto/Daemon/MediaKeys.h"
 
-#include "Platform/HIDEvent.h"
 #include "Velto/Daemon/SurfaceKeys.h"
-#include "Velto/Host/Gesture.h"
 
-#include <limits>
 #include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -20,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-enum Region { None, PlayPause, VolumeDown, VolumeUp };
+using enum Region;
 
 // Keeps what is done with keys, as "+Up" and "-Up".
 class WrittenKeys final : public KeyOutput {
@@ -37,25 +33,20 @@ public:
     }
 };
 
-Ref<HIDEvent> touch(std::uint16_t phase, double region, std::uint32_t mask) {
-    const auto event = IOHIDEventCreateDigitizerEvent(nullptr, 1, kIOHIDDigitizerTransducerTypeFinger, 0, 0, mask, 0,
-                                                      0.0, region, 0.0, 0.0, 0.0, mask != 0, mask != 0, 0);
-    IOHIDEventSetPhase(event.get(), phase);
-    return event;
-}
-Ref<HIDEvent> mayBegin(Region region) { return touch(kIOHIDEventPhaseMayBegin, region, 0); }
-Ref<HIDEvent> tap(double region) { return touch(kIOHIDEventPhaseUndefined, region, kIOHIDDigitizerEventTap); }
-Ref<HIDEvent> holdStart(double region) { return touch(kIOHIDEventPhaseBegan, region, kIOHIDDigitizerEventTouch); }
-Ref<HIDEvent> holdChange(Region region) { return touch(kIOHIDEventPhaseChanged, region, kIOHIDDigitizerEventTouch); }
-Ref<HIDEvent> holdEnd(Region region) { return touch(kIOHIDEventPhaseEnded, region, kIOHIDDigitizerEventTouch); }
-Ref<HIDEvent> cancel() { return touch(kIOHIDEventPhaseCancelled, None, 0); }
-Ref<HIDEvent> firmwareReset() { return IOHIDEventCreateVendorDefinedEvent(nullptr, 1, 0xFF60, 2, 0, {}, 0); }
+constexpr auto kUnknown = std::nullopt; // a region of a later plug-in
+
+Gesture mayBegin(PixelRegion region) { return {GestureKind::MayBegin, region}; }
+Gesture tap(std::optional<PixelRegion> region) { return {GestureKind::Tap, region}; }
+Gesture holdStart(std::optional<PixelRegion> region) { return {GestureKind::HoldStart, region}; }
+Gesture holdChange(PixelRegion region) { return {GestureKind::HoldChange, region}; }
+Gesture holdEnd(PixelRegion region) { return {GestureKind::HoldEnd, region}; }
+Gesture cancel() { return {GestureKind::Cancel, std::nullopt}; }
+Gesture firmwareReset() { return {GestureKind::FirmwareReset, std::nullopt}; }
 
 TEST(MediaKeysTest, GesturesPressAndReleaseKeys) {
-    const double unknown = std::numeric_limits<double>::quiet_NaN();
     struct Row {
         const char* name;
-        std::vector<Ref<HIDEvent>> events;
+        std::vector<Gesture> gestures;
         std::vector<std::string> presses;
     };
     const Row rows[]{
@@ -63,12 +54,12 @@ TEST(MediaKeysTest, GesturesPressAndReleaseKeys) {
         {"tap volume up", {mayBegin(VolumeUp), tap(VolumeUp)}, {"+Up", "-Up"}},
         {"tap volume down", {mayBegin(VolumeDown), tap(VolumeDown)}, {"+Down", "-Down"}},
         {"two taps", {tap(VolumeUp), tap(VolumeUp)}, {"+Up", "-Up", "+Up", "-Up"}},
-        {"taps of nothing", {tap(None), tap(4), tap(-1), tap(unknown)}, {}},
+        {"taps of nothing", {tap(None), tap(kUnknown)}, {}},
         {"touch that comes to nothing", {mayBegin(VolumeUp), cancel()}, {}},
 
         {"hold volume up", {mayBegin(VolumeUp), holdStart(VolumeUp), holdEnd(VolumeUp)}, {"+Up", "-Up"}},
         {"hold play-pause", {holdStart(PlayPause), holdEnd(PlayPause)}, {"+Assistant", "-Assistant"}},
-        {"hold nothing", {holdStart(None), holdStart(unknown), holdEnd(None)}, {}},
+        {"hold nothing", {holdStart(None), holdStart(kUnknown), holdEnd(None)}, {}},
         {"moved over the volume",
          {holdStart(VolumeUp), holdChange(VolumeDown), holdEnd(VolumeDown)},
          {"+Up", "-Up", "+Down", "-Down"}},
@@ -95,8 +86,8 @@ TEST(MediaKeysTest, GesturesPressAndReleaseKeys) {
     for (const Row& row : rows) {
         WrittenKeys output;
         MediaKeys keys(output);
-        for (const Ref<HIDEvent>& event : row.events)
-            keys.handle(*event);
+        for (const Gesture& gesture : row.gestures)
+            keys.handle(gesture);
         EXPECT_EQ(output.presses, row.presses) << row.name;
     }
 }
@@ -106,11 +97,11 @@ TEST(MediaKeysTest, WhatIsPressedIsReleasedOnce) {
     MediaKeys keys(output);
     keys.releaseAll();
     EXPECT_THAT(output.presses, IsEmpty());
-    keys.handle(*holdStart(VolumeDown));
+    keys.handle(holdStart(VolumeDown));
     keys.releaseAll();
     keys.releaseAll();
     EXPECT_THAT(output.presses, ElementsAre("+Down", "-Down"));
-    keys.handle(*holdChange(VolumeDown));
+    keys.handle(holdChange(VolumeDown));
     EXPECT_THAT(output.presses, ElementsAre("+Down", "-Down", "+Down")) << "a hold that goes on is one again";
 }
 
@@ -118,9 +109,9 @@ TEST(MediaKeysTest, AKeyThatCouldNotBePressedIsNotReleased) {
     WrittenKeys output;
     MediaKeys keys(output);
     output.isBroken = true;
-    EXPECT_THROW(keys.handle(*holdStart(VolumeUp)), std::runtime_error);
+    EXPECT_THROW(keys.handle(holdStart(VolumeUp)), std::runtime_error);
     output.isBroken = false;
-    keys.handle(*holdEnd(VolumeUp));
+    keys.handle(holdEnd(VolumeUp));
     EXPECT_THAT(output.presses, IsEmpty());
 }
 
@@ -130,13 +121,13 @@ TEST(SurfaceKeysTest, ASurfaceThatFallsSilentKeepsNoKey) {
     SurfaceKeys keys(
         output, [&] { return reports; }, [] { FAIL() << "nothing is wrong"; });
     keys.releaseIfSilent();
-    keys.handle(*holdStart(VolumeUp));
+    keys.handle(holdStart(VolumeUp));
     ++reports;
     keys.releaseIfSilent();
     EXPECT_THAT(output.presses, ElementsAre("+Up"));
     keys.releaseIfSilent();
     EXPECT_THAT(output.presses, ElementsAre("+Up", "-Up"));
-    keys.handle(*holdStart(VolumeDown));
+    keys.handle(holdStart(VolumeDown));
     keys.end();
     EXPECT_THAT(output.presses, ElementsAre("+Up", "-Up", "+Down", "-Down"));
 }
@@ -147,33 +138,13 @@ TEST(SurfaceKeysTest, TheFirstFailureIsToldAtOnceAndAgainAtTheEnd) {
     SurfaceKeys keys(
         output, [] { return 0; }, [&] { ++failures; });
     output.isBroken = true;
-    keys.handle(*tap(VolumeUp));
+    keys.handle(tap(VolumeUp));
     EXPECT_EQ(failures, 1);
     output.isBroken = false;
-    keys.handle(*tap(VolumeUp));
+    keys.handle(tap(VolumeUp));
     EXPECT_THAT(output.presses, IsEmpty());
     EXPECT_THROW(keys.end(), std::runtime_error);
     EXPECT_EQ(failures, 1);
-}
-
-TEST(GestureEventTest, OnlyTouchesOfARegionHaveOne) {
-    struct Row {
-        Ref<HIDEvent> event;
-        Gesture gesture;
-        std::optional<std::string_view> region;
-    };
-    const Row rows[]{
-        {mayBegin(None), Gesture::MayBegin, "None"},
-        {tap(VolumeUp), Gesture::Tap, "VolumeUp"},
-        {tap(4), Gesture::Tap, std::nullopt},
-        {touch(kIOHIDEventPhaseCancelled, VolumeUp, 0), Gesture::Cancel, std::nullopt},
-        {firmwareReset(), Gesture::FirmwareReset, std::nullopt},
-    };
-    for (const Row& row : rows) {
-        const GestureEvent event = gestureEventOf(*row.event);
-        EXPECT_EQ(event.gesture, row.gesture);
-        EXPECT_EQ(event.region, row.region) << nameOf(row.gesture);
-    }
 }
 
 } // namespace

@@ -34,8 +34,8 @@ struct FakePlugIn {
         calls.emplace_back("unscheduleFromDispatchQueue");
         dispatch_async(queue, [] {
             usleep(20'000);
-            const auto event = IOHIDEventCreateVendorDefinedEvent(nullptr, 7, 1, 1, 0, {}, 0);
-            deliver(event.get());
+            for (const std::uint32_t usage : {1U, 2U}) // the second is a firmware reset
+                deliver(IOHIDEventCreateVendorDefinedEvent(nullptr, 7, 0xFF60, usage, 0, {}, 0).get());
         });
     }
     static void* factory(CFTypeRef, CFUUIDRef) { return succeeds("factory") ? &plugIn : nullptr; }
@@ -84,14 +84,14 @@ TEST(HostedServiceTest, EndsByTheWholeSequenceOrByWhatHadBegun) {
                  {"factory", "QueryInterface", "Probe", "Start", "open", "Stop", "Release service", "Release plug-in"}},
              Row{"",
                  {"factory", "QueryInterface", "Probe", "Start", "open", "setEventCallback",
-                  "scheduleWithDispatchQueue", "unscheduleFromDispatchQueue", "event", "close", "Stop",
+                  "scheduleWithDispatchQueue", "unscheduleFromDispatchQueue", "firmwareReset", "close", "Stop",
                   "Release service", "Release plug-in"}},
          }) {
         FakePlugIn::calls.clear();
         FakePlugIn::failing = failing;
         const auto live = [&] {
             HostedService service(FakePlugIn::factory, 1, properties.get(),
-                                  [](const Ref<HIDEvent>&) { FakePlugIn::calls.emplace_back("event"); });
+                                  [](const Gesture& gesture) { FakePlugIn::calls.emplace_back(nameOf(gesture.kind)); });
             service.schedule();
         };
         if (failing.empty())

@@ -5,8 +5,6 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr double kNanosecondsPerSecond = 1e9;
-
 std::string place(const Replay::Disturbance& disturbance) {
     return disturbance.lastFrame ? fmt::format("after frame {}", *disturbance.lastFrame) : "before the first frame";
 }
@@ -46,8 +44,7 @@ void Disturbances::add(const Replay::Disturbance& disturbance) {
     if (list.lines.size() == kMostListed)
         ++list.unlisted;
     else
-        list.lines.push_back(fmt::format(
-            "{:>9.3f} s  {}", static_cast<double>(disturbance.timeNs) / kNanosecondsPerSecond, textOf(disturbance)));
+        list.lines.push_back(fmt::format("{:>9.3f} s  {}", Seconds(disturbance.time).count(), textOf(disturbance)));
 }
 
 std::vector<std::string> Disturbances::lines(Replay::Disturbance::Kind kind) const {

@@ -46,13 +46,13 @@ void addPlugIn(CLI::App& app, std::string& target) {
 }
 
 HostedService openService(const std::string& plugIn, const Surface::ConnectedDevice& device,
-                          const HostedService::EventHandler& eventHandler) {
+                          const HostedService::GestureHandler& gestureHandler) {
     const std::string folder = plugIn.empty() ? ownPlugIn() : plugIn;
     return about(folder, [&] {
         const Bundle bundle(folder);
         if (!bundle.matches(device.backend()))
             throw std::runtime_error("the plug-in is not for this device");
-        return HostedService(bundle.loadFactory(), device.service(), bundle.matching(), eventHandler);
+        return HostedService(bundle.loadFactory(), device.service(), bundle.matching(), gestureHandler);
     });
 }
 

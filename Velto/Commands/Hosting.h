@@ -32,6 +32,6 @@ auto about(const std::string& subject, const Work& work) {
 // A service from the plug-in in this folder that is open on the device; an empty path is the program's own plug-in.
 // Throws std::runtime_error under the plug-in's name.
 [[nodiscard]] HostedService openService(const std::string& plugIn, const Surface::ConnectedDevice& device,
-                                        const HostedService::EventHandler& eventHandler);
+                                        const HostedService::GestureHandler& gestureHandler);
 
 } // namespace VeltoTouch::Velto

@@ -55,14 +55,12 @@ Info inspect(const std::string& file) {
         ++info.framesByType[static_cast<std::size_t>(frame.type)];
 
     Replay replay;
-    GestureTable gestures([](const GestureTable::Gesture&) {});
-    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
-        gestures.add(gestureEventOf(event), timeNs);
-    };
+    GestureTable gestures([](const GestureTable::Touch&) {});
+    replay.gestureHandler = [&](const Gesture& gesture) { gestures.add(gesture); };
     replay.disturbanceHandler = [&info](const Replay::Disturbance& disturbance) { info.disturbances.add(disturbance); };
     replay.play(recording, {}, Replay::kMaxSpeed, "replaying " + file);
     info.counts = replay.counts();
-    gestures.finish(info.counts.durationNs);
+    gestures.finish(info.counts.duration);
     info.gaps = replay.pipeline().disjointImageCount;
     info.resets = replay.pipeline().resetCount;
     info.gestures = gestures.counts();
@@ -95,7 +93,7 @@ std::string asText(const std::string& file, const Info& info) {
     line("version", fmt::format("{}", info.version));
     line("frames", fmt::format("{} ({} settings, {} input reports, {} metadata)", info.counts.frames,
                                info.framesByType[0], info.framesByType[1], info.framesByType[2]));
-    line("duration", fmt::format("{:.3f} s", static_cast<double>(info.counts.durationNs) / 1e9));
+    line("duration", fmt::format("{:.3f} s", Seconds(info.counts.duration).count()));
     line("images", fmt::format("{}", info.counts.images));
     using enum Replay::Disturbance::Kind;
     disturbances("invalid reports", info.counts.invalidReports, InvalidReport);
@@ -133,7 +131,7 @@ std::string asJSON(const std::string& file, const Info& info) {
     const auto all = dictionary({{.key = "file", .value = makeRef<String>(file)},
                                  number("version", info.version),
                                  {.key = "frames", .value = frames},
-                                 number("durationNs", info.counts.durationNs),
+                                 number("durationNs", info.counts.duration.count()),
                                  number("images", info.counts.images),
                                  number("invalidReports", info.counts.invalidReports),
                                  number("gaps", info.gaps),

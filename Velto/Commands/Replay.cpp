@@ -1,6 +1,5 @@
 #include "Velto/Commands/Replay.h"
 
-#include "Platform/Clock.h"
 #include "Plugin/Pipeline/Properties.h"
 #include "Plugin/Shared/ClockConversion.h"
 #include "Plugin/Shared/KeyDomain.h"
@@ -50,23 +49,28 @@ private:
 
 } // namespace
 
-void Replay::installHandlers(std::uint64_t startTime) {
+void Replay::installHandlers(HostTime start) {
     _pipeline->imageHandler = [this](std::uint64_t, const InputReport::Image& image) {
         ++_counts.images;
         if (frameHandler)
             _image = image;
     };
-    _pipeline->hidEventsHandler = [this, startTime](std::uint64_t, const HIDEvents& events) {
+    _pipeline->hidEventsHandler = [this, start](std::uint64_t, const HIDEvents& events) {
         _counts.events += events.size();
         showFrame();
-        for (const Ref<HIDEvent>& event : events)
-            eventHandler(*event, Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()) - startTime));
+        for (const Ref<HIDEvent>& event : events) {
+            std::optional<Gesture> gesture = gestureOf(*event);
+            if (!gesture)
+                continue;
+            gesture->time -= start;
+            gestureHandler(*gesture);
+        }
     };
 }
 
-void Replay::installDisturbanceHandlers(std::uint64_t startTime) {
-    const auto disturb = [this, startTime](std::uint64_t timestamp, Disturbance disturbance) {
-        disturbance.timeNs = Util::nanosecondsFromMachTime(timestamp - startTime);
+void Replay::installDisturbanceHandlers(HostTime start) {
+    const auto disturb = [this, start](std::uint64_t timestamp, Disturbance disturbance) {
+        disturbance.time = hostTimeOf(timestamp) - start;
         if (_pipeline->hasLastFrame)
             disturbance.lastFrame = _pipeline->lastFrameNumber;
         disturbanceHandler(disturbance);
@@ -102,13 +106,13 @@ void Replay::play(PipelineRecording& recording, const std::vector<Setting>& sett
     const auto filter = std::make_shared<SettingsFilter>(_pipeline, written);
     recording.pipeline = filter;
     recording.playReset();
-    installHandlers(recording.playStartTime());
-    installDisturbanceHandlers(recording.playStartTime());
+    installHandlers(hostTimeOf(recording.playStartTime()));
+    installDisturbanceHandlers(hostTimeOf(recording.playStartTime()));
     for (const Setting& setting : written)
         _pipeline->setState(recording.playStartTime(), setting.key, setting.value);
     _counts.frames = recording.frames().size();
     if (_counts.frames > 0)
-        _counts.durationNs = recording.frames().back().timestampNs - recording.frames().front().timestampNs;
+        _counts.duration = HostTime(recording.frames().back().timestampNs - recording.frames().front().timestampNs);
     Progress progress(std::move(work), _counts.frames);
     for (std::uint64_t played = 0; recording.playCanContinue(); progress.update(++played)) {
         recording.playNextFrame(speed);

@@ -2,6 +2,7 @@
 
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Recording/PipelineRecording.h"
+#include "Velto/Host/Gesture.h"
 #include "Velto/Options/Settings.h"
 
 #include <functional>
@@ -24,14 +25,14 @@ public:
         std::uint64_t invalidReports = 0;
         std::uint64_t events = 0;
         std::uint64_t settingsLeftOut = 0;
-        std::uint64_t durationNs = 0; // from the first frame to the last
+        HostTime duration{}; // from the first frame to the last
     };
 
     // What interrupts the images.
     struct Disturbance {
         enum class Kind { InvalidReport, Gap, Reset };
         Kind kind;
-        std::uint64_t timeNs = 0;                    // since the start of playback
+        HostTime time{};                             // since the start of playback
         std::optional<std::uint32_t> lastFrame = {}; // number of the image before it, if there is one
         std::uint32_t frame = 0;                     // of a gap: number of the image behind it
         std::span<const std::uint8_t> report = {};   // the invalid one
@@ -39,8 +40,8 @@ public:
 
     // The handlers run within the pipeline and must not throw; what may is done in `frameDone`.
 
-    // Called for each HID event, in order; the time since the start of playback in nanoseconds.
-    std::function<void(const HIDEvent& event, std::uint64_t timeNs)> eventHandler;
+    // Called for each gesture, in order; its time is since the start of playback.
+    std::function<void(const Gesture& gesture)> gestureHandler;
     // Called for each image that the recognizer has processed (a firmware reset is one without contacts, frame 0 and
     // time 0), before its events.
     std::function<void(const Algs& algs, const InputReport::Image& image)> frameHandler;
@@ -57,8 +58,8 @@ public:
     [[nodiscard]] Pipeline& pipeline() noexcept { return *_pipeline; }
 
 private:
-    void installHandlers(std::uint64_t startTime);
-    void installDisturbanceHandlers(std::uint64_t startTime);
+    void installHandlers(HostTime start);
+    void installDisturbanceHandlers(HostTime start);
     void showFrame();
 
     std::shared_ptr<Pipeline> _pipeline = std::make_shared<Pipeline>();

@@ -5,9 +5,8 @@
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/RecordingFiles.h"
-#include "Velto/Output/EventLines.h"
 #include "Velto/Output/Files.h"
-#include "Velto/Output/GestureTable.h"
+#include "Velto/Output/GestureText.h"
 #include "Velto/Output/Terminal.h"
 
 #include <memory>
@@ -48,82 +47,65 @@ private:
     bool _isLive;
 };
 
-void appendFrameLine(std::string& text, std::string_view file, const Algs& algs, const InputReport::Image& image) {
+using ShowFrame = std::function<void(std::string& text, const Algs& algs, const InputReport::Image& image)>;
+
+ShowFrame frameLines(const std::string& inFile) {
+    return [inFile](std::string& text, const Algs& algs, const InputReport::Image& image) {
+        const std::int16_t* pads = image.padSignal.data();
+        text += fmt::format(R"({{"kind":"frame"{},"frame":{},"timeMs":{},"touch":)", inFile, image.frameNumber,
+                            image.timestampMs);
+        JSON::appendString(text, algs.touchStateDescription(pads, image.timestampMs));
+        text += R"(,"virtual":)";
+        JSON::appendString(text, algs.virtualStateDescription(pads, image.timestampMs));
+        text += "}\n";
+    };
+}
+
+void showFrame(std::string& text, const Algs& algs, const InputReport::Image& image) {
     const std::int16_t* pads = image.padSignal.data();
-    text += fmt::format(R"({{"kind":"frame"{},"frame":{},"timeMs":{},"touch":)", file, image.frameNumber,
-                        image.timestampMs);
-    JSON::appendString(text, algs.touchStateDescription(pads, image.timestampMs));
-    text += R"(,"virtual":)";
-    JSON::appendString(text, algs.virtualStateDescription(pads, image.timestampMs));
-    text += "}\n";
+    text += fmt::format("Frame {} @{}ms\n  {}\n  {}\n", image.frameNumber, image.timestampMs,
+                        algs.touchStateDescription(pads, image.timestampMs),
+                        algs.virtualStateDescription(pads, image.timestampMs));
 }
 
 // A key of the pipeline's as the pipeline itself knows it.
 std::string recordedKey(std::string_view key) { return std::string(*Keys::belowPipeline(key)); }
 
-void appendSummaryLine(std::string& text, std::string_view file, Replay& replay) {
+std::string summaryLine(const std::string& inFile, Replay& replay) {
     const auto& counts = replay.counts();
-    text += fmt::format(R"({{"kind":"summary"{},"frames":{},"images":{},"invalidReports":{},"events":{},"debugInfo":)",
-                        file, counts.frames, counts.images, counts.invalidReports, counts.events);
-    JSON::append(text, replay.pipeline().getState(recordedKey(Keys::kDebugInfo)).get());
-    text += R"(,"eventStats":)";
-    JSON::append(text, replay.pipeline().getState(recordedKey(Keys::kEventStats)).get());
-    text += "}\n";
+    return fmt::format(
+        R"({{"kind":"summary"{},"frames":{},"images":{},"invalidReports":{},"events":{},"debugInfo":{},"eventStats":{}}})"
+        "\n",
+        inFile, counts.frames, counts.images, counts.invalidReports, counts.events,
+        JSON::text(replay.pipeline().getState(recordedKey(Keys::kDebugInfo)).get()),
+        JSON::text(replay.pipeline().getState(recordedKey(Keys::kEventStats)).get()));
 }
 
-std::string summaryText(const Replay& replay, const GestureTable& gestures) {
+std::string summaryText(const Replay& replay, const GestureText& gestures) {
     const auto& counts = replay.counts();
     return fmt::format("  {} frames, {} images, {} invalid reports, {} events\n", counts.frames, counts.images,
                        counts.invalidReports, counts.events) +
            gestures.summary();
 }
 
-void replayAsLines(const Options& options, const std::string& file, Replay& replay, PipelineRecording& recording) {
-    Output output(options.speed != Replay::kMaxSpeed);
-    const std::string inFile = fileMember(file);
-    if (options.describe) {
-        replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
-            appendFrameLine(output.text, inFile, algs, image);
-        };
-    }
-    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
-        appendEventLine(output.text, inFile, event, timeNs);
-    };
-    replay.frameDone = [&output] { output.flushWhenDue(); };
-    replay.play(recording, options.settings, options.speed, "replaying " + file);
-    appendSummaryLine(output.text, inFile, replay);
-    output.flush();
-}
-
-void replayAsTable(const Options& options, const std::string& file, Replay& replay, PipelineRecording& recording) {
-    Output output(options.speed != Replay::kMaxSpeed);
-    output.text = printable(file) + "\n" + GestureTable::heading();
-    GestureTable gestures([&](const GestureTable::Gesture& gesture) { output.text += GestureTable::row(gesture); });
-    if (options.describe) {
-        replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
-            const std::int16_t* pads = image.padSignal.data();
-            output.text += fmt::format("Frame {} @{}ms\n  {}\n  {}\n", image.frameNumber, image.timestampMs,
-                                       algs.touchStateDescription(pads, image.timestampMs),
-                                       algs.virtualStateDescription(pads, image.timestampMs));
-        };
-    }
-    replay.eventHandler = [&](const HIDEvent& event, std::uint64_t timeNs) {
-        gestures.add(gestureEventOf(event), timeNs);
-    };
-    replay.frameDone = [&output] { output.flushWhenDue(); };
-    replay.play(recording, options.settings, options.speed, "replaying " + file);
-    gestures.finish(replay.counts().durationNs);
-    output.text += summaryText(replay, gestures);
-    output.flush();
-}
-
 void replayFile(const Options& options, const std::string& file) {
     PipelineRecording recording = loadRecording(file);
     Replay replay;
-    if (options.jsonl)
-        replayAsLines(options, file, replay, recording);
-    else
-        replayAsTable(options, file, replay, recording);
+    Output output(options.speed != Replay::kMaxSpeed);
+    const std::string inFile = fileMember(file);
+    const auto gestures = options.jsonl ? GestureText::eventLines(file) : GestureText::table(file, false);
+    output.text = gestures->heading();
+    if (options.describe)
+        replay.frameHandler = [&output, show = options.jsonl ? frameLines(inFile) : showFrame](
+                                  const Algs& algs, const InputReport::Image& image) {
+            show(output.text, algs, image);
+        };
+    replay.gestureHandler = [&](const Gesture& gesture) { gestures->add(output.text, gesture); };
+    replay.frameDone = [&output] { output.flushWhenDue(); };
+    replay.play(recording, options.settings, options.speed, "replaying " + file);
+    gestures->finish(output.text, replay.counts().duration);
+    output.text += options.jsonl ? summaryLine(inFile, replay) : summaryText(replay, *gestures);
+    output.flush();
     if (replay.counts().settingsLeftOut > 0)
         complain(file, fmt::format("left out {} recorded writes of the keys given with --set",
                                    replay.counts().settingsLeftOut));

@@ -1,6 +1,4 @@
-#include "Platform/Clock.h"
 #include "Plugin/Recording/PipelineRecording.h"
-#include "Plugin/Shared/ClockConversion.h"
 #include "Plugin/Shared/Keys.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
@@ -71,16 +69,15 @@ void warnOfLostPauses(const Options& options) {
 }
 
 // Saves what the service has recorded of so many reports since the start. The exit status.
-int saveRun(const HostedService& service, const std::string& path, std::uint64_t reports, std::uint64_t startTime) {
+int saveRun(const HostedService& service, const std::string& path, std::uint64_t reports, HostTime start) {
     return forEachFile({path}, [&](const std::string& file) {
         const RecordedExtent kept = saveRecording(service.copyProperty(std::string(Keys::kRecording)), file);
         if (reports <= kept.reports)
             return;
-        const std::uint64_t startNs = Util::nanosecondsFromMachTime(startTime);
-        const std::uint64_t lostNs = std::max(kept.firstReportNs, startNs) - startNs;
+        const HostTime lost = std::max(kept.firstReport, start) - start;
         complain(file, fmt::format("the recording holds the newest {:.1f} s; the first {:.1f} s ({} reports) were "
                                    "dropped",
-                                   kept.seconds(), static_cast<double>(lostNs) / 1e9, reports - kept.reports));
+                                   kept.seconds(), Seconds(lost).count(), reports - kept.reports));
     });
 }
 
@@ -95,20 +92,21 @@ int run(const Options& options) {
     const auto endRun = [&loop] { loop.stop(); };
     const auto device =
         about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });
-    StopSignals signals(
-        loop); // before any thread, and after the recording is read: until then a signal ends the program
+    // Before any thread, and after the recording is read: until then a signal ends the program.
+    StopSignals signals(loop);
     device.backend().removalHandler = endRun;
 
-    const auto output = RunOutput::make(options.jsonl, options.device, endRun);
-    std::uint64_t startTime = 0;
-    const auto showEvent = [&](const Ref<HIDEvent>& event) {
-        output->add(*event, Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()) - startTime));
+    RunOutput output(options.jsonl, options.device, endRun);
+    HostTime start{};
+    const auto show = [&](Gesture gesture) {
+        gesture.time -= start;
+        output.add(gesture);
     };
-    HostedService service = openService(options.plugIn, device, showEvent);
+    HostedService service = openService(options.plugIn, device, show);
     int status = writeSettings(service, options.settings);
 
-    output->begin();
-    startTime = mach_absolute_time();
+    output.begin();
+    start = hostTimeNow();
     service.schedule();
     loop.run(options.duration);
     signals.beginEnd();
@@ -116,15 +114,15 @@ int run(const Options& options) {
     RunOutput::Ending ending;
     status |= readProperties(service, options.properties, ending.properties);
     service.unschedule();
-    ending.durationNs = Util::nanosecondsFromMachTime(mach_absolute_time() - startTime);
+    ending.duration = hostTimeNow() - start;
     ending.reports = device.backend().deliveredReports();
     ending.debugInfo = service.copyProperty(std::string(Keys::kDebugInfo)); // with the last report and event
     ending.eventStats = service.copyProperty(std::string(Keys::kEventStats));
     // With the last report, so that its replay gives all events that were shown.
     if (!options.recording.empty())
-        status |= saveRun(service, options.recording, ending.reports, startTime);
+        status |= saveRun(service, options.recording, ending.reports, start);
     service.stop();
-    output->end(ending);
+    output.end(ending);
     return status;
 }
 

@@ -1,4 +1,3 @@
-#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Daemon/Bus/TouchObject.h"
@@ -6,7 +5,6 @@
 #include "Velto/Daemon/StopSignals.h"
 #include "Velto/Daemon/SurfaceKeys.h"
 #include "Velto/Daemon/UinputKeyboard.h"
-#include "Velto/Host/Gesture.h"
 #include "Velto/Options/BusOptions.h"
 
 #include <chrono>
@@ -64,15 +62,12 @@ int serve(const Options& options) {
         loop.addTimer(kLongestSilence, [&keys] { keys->releaseIfSilent(); });
     }
     Bus::TouchObject* object = nullptr; // of the loop's thread
-    const auto handleEvent = [&](const Ref<HIDEvent>& event) {
+    const auto handleGesture = [&](const Gesture& gesture) {
         if (keys)
-            keys->handle(*event);
-        loop.post([&object, gesture = gestureEventOf(*event),
-                   timeNs = Util::nanosecondsFromMachTime(IOHIDEventGetTimeStamp(event.get()))] {
-            object->tellGesture(gesture, timeNs);
-        });
+            keys->handle(gesture);
+        loop.post([&object, gesture] { object->tellGesture(gesture); });
     };
-    HostedService service = openService(options.plugIn, device, handleEvent);
+    HostedService service = openService(options.plugIn, device, handleGesture);
     Bus::TouchObject served(loop, options.bus, servedSurface(device, service));
     object = &served;
 

@@ -15,8 +15,8 @@ RecordedExtent extentOf(const PipelineRecording& recording) {
         if (frame.type != Frame::Type::InputReport)
             continue;
         if (extent.reports++ == 0)
-            extent.firstReportNs = frame.timestampNs;
-        extent.lastReportNs = frame.timestampNs;
+            extent.firstReport = HostTime(frame.timestampNs);
+        extent.lastReport = HostTime(frame.timestampNs);
     }
     return extent;
 }
@@ -25,7 +25,7 @@ RecordedExtent extentOf(const PipelineRecording& recording) {
 
 bool RecordedExtent::isFull() const noexcept { return reports + metadata >= kMaxRecordedFrames; }
 
-double RecordedExtent::seconds() const noexcept { return static_cast<double>(lastReportNs - firstReportNs) / 1e9; }
+double RecordedExtent::seconds() const noexcept { return Seconds(lastReport - firstReport).count(); }
 
 RecordedExtent saveRecording(const Ref<Value>& recording, const std::string& file) {
     const auto* container = as<String>(recording);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Value.h"
+#include "Velto/Host/HostTime.h"
 
 #include <cstdint>
 #include <string>
@@ -14,8 +15,8 @@ namespace VeltoTouch::Velto {
 struct RecordedExtent {
     std::uint64_t reports = 0;
     std::uint64_t metadata = 0;
-    std::uint64_t firstReportNs = 0;
-    std::uint64_t lastReportNs = 0;
+    HostTime firstReport{};
+    HostTime lastReport{};
 
     [[nodiscard]] bool isFull() const noexcept;
     [[nodiscard]] double seconds() const noexcept; // from the first report to the last

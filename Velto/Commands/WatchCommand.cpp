@@ -1,13 +1,10 @@
-#include "Platform/Clock.h"
-#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Daemon/Bus/Client.h"
 #include "Velto/Daemon/StopSignals.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/PlayOptions.h"
-#include "Velto/Output/EventLines.h"
 #include "Velto/Output/Files.h"
-#include "Velto/Output/GestureTable.h"
+#include "Velto/Output/GestureText.h"
 
 #include <algorithm>
 #include <chrono>
@@ -32,18 +29,14 @@ struct Options {
 };
 
 // Whoever shows a gesture throws where the standard output fails; the loop passes it on.
-void showOn(EventLoop& loop, Bus::Client& client, const Options& options) {
-    const std::uint64_t startTimeNs = Util::nanosecondsFromMachTime(mach_absolute_time());
-    const auto table = std::make_shared<GestureTable>(
-        [](const GestureTable::Gesture& gesture) { writeStandardOutput(GestureTable::row(gesture)); });
-    if (!options.jsonl)
-        writeStandardOutput(GestureTable::heading());
-    const auto show = [=, asLines = options.jsonl](const GestureEvent& event, std::uint64_t timeNs) {
-        const std::uint64_t sinceStart = std::max(timeNs, startTimeNs) - startTimeNs;
-        if (asLines)
-            writeStandardOutput(gestureLine(event, sinceStart));
-        else
-            table->add(event, sinceStart);
+void showOn(EventLoop& loop, Bus::Client& client, GestureText& gestures) {
+    const HostTime start = hostTimeNow();
+    writeStandardOutput(gestures.heading());
+    const auto show = [&gestures, start](Gesture gesture) {
+        gesture.time = std::max(gesture.time, start) - start;
+        std::string text;
+        gestures.add(text, gesture);
+        writeStandardOutput(text);
     };
     client.watch(loop, show, [&loop] { loop.stop(); });
 }
@@ -52,7 +45,8 @@ int watch(const Options& options) {
     Bus::Client client(options.served.bus, options.served.device);
     EventLoop loop;
     const StopSignals signals(loop);
-    showOn(loop, client, options);
+    const auto gestures = options.jsonl ? GestureText::gestureLines() : GestureText::table("", false);
+    showOn(loop, client, *gestures);
     loop.run(options.duration);
     return 0;
 }

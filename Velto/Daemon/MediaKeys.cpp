@@ -1,8 +1,5 @@
 #include "Velto/Daemon/MediaKeys.h"
 
-#include "Plugin/Reports/Regions.h"
-#include "Velto/Host/Gesture.h"
-
 #include <utility>
 
 namespace VeltoTouch {
@@ -13,48 +10,36 @@ struct RegionKeys {
     std::uint16_t hold;
 };
 
-RegionKeys keysOf(PixelRegion region) noexcept {
-    switch (region) {
-    case PixelRegion::None:
-        break;
+RegionKeys keysOf(const Gesture& gesture) noexcept {
+    switch (gesture.region.value_or(PixelRegion::None)) {
     case PixelRegion::PlayPause:
         return {.tap = KEY_PLAYPAUSE, .hold = KEY_ASSISTANT};
-    case PixelRegion::VolumeUp:
-        return {.tap = KEY_VOLUMEUP, .hold = KEY_VOLUMEUP};
     case PixelRegion::VolumeDown:
         return {.tap = KEY_VOLUMEDOWN, .hold = KEY_VOLUMEDOWN};
+    case PixelRegion::VolumeUp:
+        return {.tap = KEY_VOLUMEUP, .hold = KEY_VOLUMEUP};
+    case PixelRegion::None:
+        break;
     }
     return {.tap = KEY_RESERVED, .hold = KEY_RESERVED};
 }
 
-RegionKeys keysOf(const HIDEvent& event) noexcept {
-    return keysOf(static_cast<PixelRegion>(regionNumberOf(event).value_or(0)));
-}
-
-bool isTap(const HIDEvent& event) noexcept {
-    const auto mask = static_cast<std::uint32_t>(IOHIDEventGetIntegerValue(&event, kIOHIDEventFieldDigitizerEventMask));
-    return (mask & kIOHIDDigitizerEventTap) != 0;
-}
-
 } // namespace
 
-void MediaKeys::handle(const HIDEvent& event) {
-    if (IOHIDEventGetType(&event) != kIOHIDEventTypeDigitizer) { // the reset is the one other event of the surface
+void MediaKeys::handle(const Gesture& gesture) {
+    switch (gesture.kind) {
+    case GestureKind::HoldStart:
+        return hold(keysOf(gesture).hold);
+    case GestureKind::HoldChange:
+        return moveHold(keysOf(gesture).hold);
+    case GestureKind::Tap:
         releaseAll();
-        return;
-    }
-    switch (IOHIDEventGetPhase(&event)) {
-    case kIOHIDEventPhaseBegan:
-        hold(keysOf(event).hold);
-        break;
-    case kIOHIDEventPhaseChanged:
-        moveHold(keysOf(event).hold);
-        break;
-    default:
-        releaseAll();
-        if (isTap(event))
-            click(keysOf(event).tap);
-        break;
+        return click(keysOf(gesture).tap);
+    case GestureKind::MayBegin:
+    case GestureKind::HoldEnd:
+    case GestureKind::Cancel:
+    case GestureKind::FirmwareReset:
+        return releaseAll();
     }
 }
 

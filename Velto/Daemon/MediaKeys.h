@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/HIDEvent.h"
 #include "Velto/Daemon/KeyOutput.h"
+#include "Velto/Host/Gesture.h"
 
 #include <array>
 #include <cstdint>
@@ -19,7 +19,7 @@ namespace VeltoTouch {
 //   volume down   KEY_VOLUMEDOWN    KEY_VOLUMEDOWN
 //   none          -                 -
 //
-//   event                                  what it does, after one key at most was pressed
+//   gesture                                what it does, after one key at most was pressed
 //   -----------------------------------    -------------------------------------------------------------------
 //   tap                                    releases it; presses and releases the region's key for a tap
 //   hold start                             releases it and presses the region's key for a hold
@@ -40,7 +40,7 @@ public:
     // `output` outlives this, which releases nothing by itself when it goes.
     explicit MediaKeys(KeyOutput& output) noexcept : _output(output) {}
 
-    void handle(const HIDEvent& event);
+    void handle(const Gesture& gesture);
     void releaseAll() { hold(kNoKey); }
 
 private:

@@ -21,8 +21,8 @@ void SurfaceKeys::attempt(const Work& work) noexcept {
     }
 }
 
-void SurfaceKeys::handle(const HIDEvent& event) noexcept {
-    attempt([&]() VELTO_REQUIRES(_lock) { _keys.handle(event); });
+void SurfaceKeys::handle(const Gesture& gesture) noexcept {
+    attempt([&]() VELTO_REQUIRES(_lock) { _keys.handle(gesture); });
 }
 
 void SurfaceKeys::releaseIfSilent() noexcept {

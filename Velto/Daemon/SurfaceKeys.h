@@ -9,7 +9,7 @@
 
 namespace VeltoTouch {
 
-// The media keys of a surface that is served. Events come on the host's queue, everything else from other threads.
+// The media keys of a surface that is served. Gestures come on the host's queue, everything else from other threads.
 class SurfaceKeys {
 public:
     // `output` outlives this. `deliveredReports`: of the surface, so far; any thread. `failureHandler` is called when a
@@ -18,13 +18,13 @@ public:
                 std::function<void()> failureHandler);
 
     // The first failure is kept for the end; no key is pressed after it.
-    void handle(const HIDEvent& event) noexcept;
+    void handle(const Gesture& gesture) noexcept;
 
     // To be called every now and then: where no report has come since the call before, it releases what is pressed. A
     // surface that is touched reports all the time; one that falls silent has no end of a hold to tell of.
     void releaseIfSilent() noexcept;
 
-    // After the last event. Throws what failed, now or before.
+    // After the last gesture. Throws what failed, now or before.
     void end();
 
 private:

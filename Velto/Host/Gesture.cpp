@@ -8,65 +8,80 @@
 namespace VeltoTouch {
 namespace {
 
-// In the order of the numbers.
-constexpr std::array<std::string_view, 7> kGestures{"mayBegin", "holdStart", "holdChange",   "holdEnd",
-                                                    "tap",      "cancel",    "firmwareReset"};
+constexpr std::uint32_t kResetUsagePage = 0xFF60;
+constexpr std::uint32_t kResetUsage = 2;
 
-Gesture gestureOf(const HIDEvent& event) noexcept {
-    if (IOHIDEventGetType(&event) != kIOHIDEventTypeDigitizer)
-        return Gesture::FirmwareReset;
-    switch (IOHIDEventGetPhase(&event)) {
-    case kIOHIDEventPhaseMayBegin:
-        return Gesture::MayBegin;
-    case kIOHIDEventPhaseBegan:
-        return Gesture::HoldStart;
-    case kIOHIDEventPhaseChanged:
-        return Gesture::HoldChange;
-    case kIOHIDEventPhaseEnded:
-        return Gesture::HoldEnd;
-    case kIOHIDEventPhaseCancelled:
-        return Gesture::Cancel;
-    default:
-        return Gesture::Tap;
-    }
+// How a kind of gesture stands in an event.
+struct Row {
+    GestureKind kind;
+    std::string_view name;
+    std::uint32_t type;
+    std::uint32_t phase;
+    std::uint32_t eventMask;
+    bool hasRegion;
+};
+
+using enum GestureKind;
+// In the order of the kinds.
+constexpr std::array<Row, 7> kRows{{
+    {MayBegin, "mayBegin", kIOHIDEventTypeDigitizer, kIOHIDEventPhaseMayBegin, 0, true},
+    {HoldStart, "holdStart", kIOHIDEventTypeDigitizer, kIOHIDEventPhaseBegan, kIOHIDDigitizerEventTouch, true},
+    {HoldChange, "holdChange", kIOHIDEventTypeDigitizer, kIOHIDEventPhaseChanged, kIOHIDDigitizerEventTouch, true},
+    {HoldEnd, "holdEnd", kIOHIDEventTypeDigitizer, kIOHIDEventPhaseEnded, kIOHIDDigitizerEventTouch, true},
+    {Tap, "tap", kIOHIDEventTypeDigitizer, kIOHIDEventPhaseUndefined, kIOHIDDigitizerEventTap, true},
+    {Cancel, "cancel", kIOHIDEventTypeDigitizer, kIOHIDEventPhaseCancelled, 0, false},
+    {FirmwareReset, "firmwareReset", kIOHIDEventTypeVendorDefined, kIOHIDEventPhaseUndefined, 0, false},
+}};
+
+const Row& rowOf(GestureKind kind) noexcept { return kRows[static_cast<std::size_t>(kind)]; }
+
+std::uint32_t unsignedField(const HIDEvent& event, IOHIDEventField field) noexcept {
+    return static_cast<std::uint32_t>(IOHIDEventGetIntegerValue(&event, field));
 }
 
-std::optional<std::string_view> regionOf(const HIDEvent& event, Gesture gesture) noexcept {
-    const auto number = regionNumberOf(event);
-    if (gesture == Gesture::Cancel || gesture == Gesture::FirmwareReset || !number)
-        return std::nullopt;
-    return nameOf(static_cast<PixelRegion>(*number));
+bool isOf(const Row& row, const HIDEvent& event) noexcept {
+    return row.type == IOHIDEventGetType(&event) && row.phase == IOHIDEventGetPhase(&event) &&
+           row.eventMask == unsignedField(event, kIOHIDEventFieldDigitizerEventMask);
+}
+
+bool isReset(const HIDEvent& event) noexcept {
+    return unsignedField(event, kIOHIDEventFieldVendorDefinedUsagePage) == kResetUsagePage &&
+           unsignedField(event, kIOHIDEventFieldVendorDefinedUsage) == kResetUsage;
+}
+
+std::optional<PixelRegion> regionOf(const HIDEvent& event) noexcept {
+    const double y = IOHIDEventGetFloatValue(&event, kIOHIDEventFieldDigitizerY);
+    const bool isKnown = y >= 0.0 && y < static_cast<double>(kRegionCount);
+    return isKnown ? std::optional(static_cast<PixelRegion>(y)) : std::nullopt;
 }
 
 } // namespace
 
-GestureEvent gestureEventOf(const HIDEvent& event) noexcept {
-    const Gesture gesture = gestureOf(event);
-    const auto frame = IOHIDEventGetIntegerValue(&event, kIOHIDEventFieldDigitizerGenerationCount);
-    return {.gesture = gesture,
-            .region = regionOf(event, gesture),
-            .phase = IOHIDEventGetPhase(&event),
-            .frame = static_cast<std::uint32_t>(frame)};
-}
-
-std::optional<std::size_t> regionNumberOf(const HIDEvent& event) noexcept {
-    const double region = IOHIDEventGetFloatValue(&event, kIOHIDEventFieldDigitizerY);
-    const bool isKnown = region >= 0.0 && region < static_cast<double>(kRegionCount);
-    return isKnown ? std::optional(static_cast<std::size_t>(region)) : std::nullopt;
-}
-
-std::string_view nameOf(Gesture gesture) noexcept { return kGestures[static_cast<std::size_t>(gesture)]; }
-
-std::optional<Gesture> gestureNamed(std::string_view name) noexcept {
-    const auto* const found = std::ranges::find(kGestures, name);
-    if (found == kGestures.end())
+std::optional<Gesture> gestureOf(const HIDEvent& event) noexcept {
+    const auto* const row = std::ranges::find_if(kRows, [&event](const Row& each) { return isOf(each, event); });
+    if (row == kRows.end() || (row->kind == FirmwareReset && !isReset(event)))
         return std::nullopt;
-    return static_cast<Gesture>(found - kGestures.begin());
+    return Gesture{.kind = row->kind,
+                   .region = row->hasRegion ? regionOf(event) : std::nullopt,
+                   .frame = unsignedField(event, kIOHIDEventFieldDigitizerGenerationCount),
+                   .time = hostTimeOf(IOHIDEventGetTimeStamp(&event))};
 }
 
-std::optional<std::string_view> regionNamed(std::string_view name) noexcept {
-    const auto region = regionCalled(name);
-    return region ? std::optional(nameOf(*region)) : std::nullopt;
+EventMembers eventMembersOf(const Gesture& gesture) noexcept {
+    const Row& row = rowOf(gesture.kind);
+    const bool isReset = gesture.kind == FirmwareReset;
+    return {.phase = row.phase,
+            .eventMask = row.eventMask,
+            .y = static_cast<double>(gesture.region.value_or(PixelRegion::None)),
+            .usagePage = isReset ? kResetUsagePage : 0,
+            .usage = isReset ? kResetUsage : 0};
+}
+
+std::string_view nameOf(GestureKind kind) noexcept { return rowOf(kind).name; }
+
+std::optional<GestureKind> gestureKindCalled(std::string_view name) noexcept {
+    const auto* const row = std::ranges::find(kRows, name, &Row::name);
+    return row == kRows.end() ? std::nullopt : std::optional(row->kind);
 }
 
 } // namespace VeltoTouch

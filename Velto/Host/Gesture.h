@@ -1,34 +1,44 @@
 #pragma once
 
 #include "Platform/HIDEvent.h"
+#include "Plugin/Reports/Regions.h"
+#include "Velto/Host/HostTime.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 
-// What a host reads in the events of the touch service.
+// What a host reads in the events of the touch service. An event becomes a `Gesture` here, once; nothing above knows
+// events.
 
 namespace VeltoTouch {
 
-enum class Gesture : std::uint8_t { MayBegin, HoldStart, HoldChange, HoldEnd, Tap, Cancel, FirmwareReset };
+enum class GestureKind : std::uint8_t { MayBegin, HoldStart, HoldChange, HoldEnd, Tap, Cancel, FirmwareReset };
 
-struct GestureEvent {
-    Gesture gesture;
-    std::optional<std::string_view> region; // its name, with static storage; none for a cancel and a firmware reset
-    std::uint32_t phase;                    // kIOHIDEventPhase...
-    std::uint32_t frame;                    // the device's frame number; 0 for a firmware reset
+struct Gesture {
+    GestureKind kind;
+    std::optional<PixelRegion>
+        region;              // none for a cancel, a firmware reset, and if the event's y is no region's number
+    std::uint32_t frame = 0; // the device's frame number; 0 for a firmware reset
+    HostTime time{};         // of its report
 };
 
-[[nodiscard]] GestureEvent gestureEventOf(const HIDEvent& event) noexcept;
+// Nothing for an event that is no gesture of the surface.
+[[nodiscard]] std::optional<Gesture> gestureOf(const HIDEvent& event) noexcept;
 
-// The number of the region that a digitizer event carries in its y; none for one that is not known.
-[[nodiscard]] std::optional<std::size_t> regionNumberOf(const HIDEvent& event) noexcept;
+// The members of the event that a gesture was: they follow from kind and region.
+struct EventMembers {
+    std::uint32_t phase;
+    std::uint32_t eventMask;
+    double y;
+    std::uint32_t usagePage; // this and the usage: of a firmware reset, else 0
+    std::uint32_t usage;
+};
+[[nodiscard]] EventMembers eventMembersOf(const Gesture& gesture) noexcept;
 
 // mayBegin, holdStart, ...
-[[nodiscard]] std::string_view nameOf(Gesture gesture) noexcept;
-// The gesture and the region with this name; none for any other.
-[[nodiscard]] std::optional<Gesture> gestureNamed(std::string_view name) noexcept;
-[[nodiscard]] std::optional<std::string_view> regionNamed(std::string_view name) noexcept;
+[[nodiscard]] std::string_view nameOf(GestureKind kind) noexcept;
+// None for any other name.
+[[nodiscard]] std::optional<GestureKind> gestureKindCalled(std::string_view name) noexcept;
 
 } // namespace VeltoTouch

@@ -18,8 +18,8 @@ constexpr IOOptionBits kNoOptions = 0;
 } // namespace
 
 HostedService::HostedService(CFPlugInFactoryFunction factory, io_service_t device, CFDictionaryRef properties,
-                             EventHandler eventHandler)
-    : _eventHandler(std::move(eventHandler)) {
+                             GestureHandler gestureHandler)
+    : _gestureHandler(std::move(gestureHandler)) {
     try {
         make(factory);
         start(device, properties);
@@ -97,7 +97,8 @@ bool HostedService::setProperty(const std::string& key, const Ref<Value>& value)
 
 void HostedService::deliver(void* target, void* /*refcon*/, void* /*sender*/, IOHIDEventRef event,
                             IOOptionBits /*options*/) {
-    static_cast<const HostedService*>(target)->_eventHandler(Ref<HIDEvent>::retained(event));
+    if (const auto gesture = gestureOf(*event))
+        static_cast<const HostedService*>(target)->_gestureHandler(*gesture);
 }
 
 } // namespace VeltoTouch

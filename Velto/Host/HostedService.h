@@ -2,6 +2,7 @@
 
 #include "Platform/Dispatch.h"
 #include "Platform/PlugIn.h"
+#include "Velto/Host/Gesture.h"
 
 #include <functional>
 #include <string>
@@ -18,13 +19,14 @@ namespace VeltoTouch {
 // Made, scheduled and stopped on one thread; properties from any thread until it is stopped.
 class HostedService {
 public:
-    // Called on the host's queue, one event after the other; short, as the queue is an interactive one; must not throw.
-    using EventHandler = std::function<void(const Ref<HIDEvent>& event)>;
+    // Called on the host's queue, one gesture after the other, in the order of their events; short, as the queue is an
+    // interactive one; must not throw. An event that is no gesture is left out.
+    using GestureHandler = std::function<void(const Gesture& gesture)>;
 
     // Makes a service for a device and opens it. Throws std::runtime_error with the step that failed; what was done
     // until then is undone.
     HostedService(CFPlugInFactoryFunction factory, io_service_t device, CFDictionaryRef properties,
-                  EventHandler eventHandler);
+                  GestureHandler gestureHandler);
     HostedService(const HostedService&) = delete;
     HostedService& operator=(const HostedService&) = delete;
     ~HostedService() { stop(); }
@@ -49,7 +51,7 @@ private:
     void open();
     static void deliver(void* target, void* refcon, void* sender, IOHIDEventRef event, IOOptionBits options);
 
-    const EventHandler _eventHandler;
+    const GestureHandler _gestureHandler;
     const Ref<DispatchQueue> _queue = dispatch_queue_create("velto events", QOS_CLASS_USER_INTERACTIVE);
     IOCFPlugInInterfaceStruct** _plugIn = nullptr;
     IOHIDServiceInterface2** _service = nullptr;

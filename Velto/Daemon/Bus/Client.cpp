@@ -79,18 +79,19 @@ std::string choose(sd_bus* bus, const std::string& device) {
 struct Client::Signals {
     static int gesture(sd_bus_message* signal, void* object, sd_bus_error* /*error*/) {
         auto& client = *static_cast<Client*>(object);
-        const char* gestureName = nullptr;
+        const char* kindName = nullptr;
         const char* regionName = nullptr;
-        GestureEvent event{};
+        std::uint32_t phase = 0; // follows from the kind
+        std::uint32_t frame = 0;
         std::uint64_t timeNs = 0;
-        if (sd_bus_message_read(signal, "ssuut", &gestureName, &regionName, &event.phase, &event.frame, &timeNs) < 0)
+        if (sd_bus_message_read(signal, "ssuut", &kindName, &regionName, &phase, &frame, &timeNs) < 0)
             return 0;
-        const auto gesture = gestureNamed(gestureName);
-        if (!gesture) // of a later version
+        const auto kind = gestureKindCalled(kindName);
+        if (!kind) // of a later version
             return 0;
-        event.gesture = *gesture;
-        event.region = regionNamed(regionName);
-        client._watcher->post([&client, event, timeNs] { client._gestureHandler(event, timeNs); });
+        const Gesture gesture{
+            .kind = *kind, .region = regionCalled(regionName), .frame = frame, .time = HostTime(timeNs)};
+        client._watcher->post([&client, gesture] { client._gestureHandler(gesture); });
         return 0;
     }
     static int ownerChanged(sd_bus_message* signal, void* object, sd_bus_error* /*error*/) {
@@ -145,7 +146,7 @@ void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void
     checked(sd_bus_add_match(_bus.get(), nullptr, rule.c_str(), handler, this), "the bus");
 }
 
-void Client::watch(EventLoop& loop, std::function<void(const GestureEvent&, std::uint64_t)> gestureHandler,
+void Client::watch(EventLoop& loop, std::function<void(const Gesture&)> gestureHandler,
                    std::function<void()> endHandler) {
     _watcher = &loop;
     _gestureHandler = std::move(gestureHandler);

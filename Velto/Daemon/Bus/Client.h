@@ -25,7 +25,7 @@ public:
 
     // From here on, while the loop runs: each gesture, and the end of the surface's service. What a handler throws, and
     // that the bus has gone, ends the run. Once; this must be there until the run has ended.
-    void watch(EventLoop& loop, std::function<void(const GestureEvent& event, std::uint64_t timeNs)> gestureHandler,
+    void watch(EventLoop& loop, std::function<void(const Gesture& gesture)> gestureHandler,
                std::function<void()> endHandler);
 
 private:
@@ -38,7 +38,7 @@ private:
     const BusHandle _bus;
     const std::string _element;
     EventLoop* _watcher = nullptr;
-    std::function<void(const GestureEvent&, std::uint64_t)> _gestureHandler;
+    std::function<void(const Gesture&)> _gestureHandler;
     std::function<void()> _endHandler;
 };
 

@@ -222,15 +222,15 @@ void TouchObject::sendReply(sd_bus_message* call, const Value* value) {
     checked(sd_bus_send(nullptr, reply.get(), nullptr), "reply");
 }
 
-void TouchObject::tellGesture(const GestureEvent& event, std::uint64_t timeNs) {
+void TouchObject::tellGesture(const Gesture& gesture) {
     ++_events;
     if (!_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
         return;
-    const std::string gesture(nameOf(event.gesture));
-    const std::string region(event.region.value_or(""));
+    const std::string name(nameOf(gesture.kind));
+    const std::string region(gesture.region ? nameOf(*gesture.region) : "");
     // Where the bus has gone, the next beat finds out.
-    sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, "Gesture", "ssuut", gesture.c_str(), region.c_str(),
-                       event.phase, event.frame, timeNs);
+    sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, "Gesture", "ssuut", name.c_str(), region.c_str(),
+                       eventMembersOf(gesture).phase, gesture.frame, gesture.time.count());
 }
 
 TouchObject::Counters TouchObject::counters() const {

@@ -45,7 +45,7 @@ public:
     TouchObject& operator=(const TouchObject&) = delete;
     ~TouchObject();
 
-    void tellGesture(const GestureEvent& event, std::uint64_t timeNs);
+    void tellGesture(const Gesture& gesture);
 
 private:
     using Counters = std::map<std::string, std::uint64_t>;

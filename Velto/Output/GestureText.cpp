@@ -1,0 +1,125 @@
+#include "Velto/Output/GestureText.h"
+
+#include "Platform/JSON.h"
+#include "Velto/Output/GestureTable.h"
+#include "Velto/Output/Terminal.h"
+
+#include <iterator>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+void appendStart(std::string& text, std::string_view kind, std::string_view file, const Gesture& gesture) {
+    fmt::format_to(std::back_inserter(text), R"({{"kind":"{}"{},"timeNs":{},"gesture":"{}")", kind, file,
+                   gesture.time.count(), nameOf(gesture.kind));
+}
+
+void appendTouch(std::string& text, const Gesture& gesture) {
+    const std::string region = gesture.region ? fmt::format("\"{}\"", nameOf(*gesture.region)) : "null";
+    fmt::format_to(std::back_inserter(text), R"(,"frame":{},"region":{},"phase":{})", gesture.frame, region,
+                   eventMembersOf(gesture).phase);
+}
+
+class EventLines final : public GestureText {
+public:
+    explicit EventLines(std::string_view file) : _file(fileMember(file)) {}
+
+    void add(std::string& text, const Gesture& gesture) override {
+        const EventMembers event = eventMembersOf(gesture);
+        appendStart(text, "event", _file, gesture);
+        if (gesture.kind == GestureKind::FirmwareReset) {
+            fmt::format_to(std::back_inserter(text), R"(,"usagePage":{},"usage":{})", event.usagePage, event.usage);
+        } else {
+            appendTouch(text, gesture);
+            fmt::format_to(std::back_inserter(text), R"(,"eventMask":{},"y":{:.1f})", event.eventMask, event.y);
+        }
+        text += "}\n";
+    }
+
+private:
+    const std::string _file; // the member of each line
+};
+
+class GestureLines final : public GestureText {
+public:
+    void add(std::string& text, const Gesture& gesture) override {
+        appendStart(text, "gesture", "", gesture);
+        appendTouch(text, gesture);
+        text += "}\n";
+    }
+};
+
+class Table final : public GestureText {
+public:
+    Table(std::string_view title, bool showsHolds)
+        : _title(title.empty() ? "" : printable(title) + "\n"), _showsHolds(showsHolds) {}
+
+    [[nodiscard]] std::string heading() const override {
+        return _title +
+               coloured(Colour::Bold, fmt::format("  {:>10}  {:>8}  {:>10}  {:<16} {}", "time", "lasts", "frame",
+                                                  "gesture", "region")) +
+               "\n";
+    }
+    void add(std::string& text, const Gesture& gesture) override {
+        _gestures.add(gesture);
+        text += std::exchange(_rows, {});
+        if (const auto* hold = _gestures.holdInProgress(); hold != nullptr && _showsHolds) {
+            text += row(*hold);
+            text.back() = '\r';
+        }
+    }
+    void finish(std::string& text, HostTime end) override {
+        _gestures.finish(end);
+        text += std::exchange(_rows, {});
+    }
+    [[nodiscard]] std::string summary() const override {
+        std::string text;
+        for (const auto& [name, regions] : _gestures.counts()) {
+            for (const auto& [region, count] : regions)
+                text += fmt::format("  {:>6} x {} {}\n", count, name, region);
+        }
+        return text;
+    }
+
+private:
+    static Colour colourOf(const std::string& name) {
+        if (name == "tap" || name == "hold")
+            return Colour::Green;
+        return name == "rejected" ? Colour::Yellow : Colour::Red;
+    }
+    static std::string row(const GestureTable::Touch& touch) {
+        return fmt::format("  {:>8.2f} s  {:>5.0f} ms  {:>10}  {} {}\n", Seconds(touch.start).count(),
+                           Milliseconds(touch.end - touch.start).count(), touch.frame,
+                           coloured(colourOf(touch.name), fmt::format("{:<16}", touch.name)), touch.region);
+    }
+
+    const std::string _title;
+    const bool _showsHolds;
+    std::string _rows; // of gestures that have ended
+    GestureTable _gestures{[this](const GestureTable::Touch& touch) { _rows += row(touch); }};
+};
+
+} // namespace
+
+std::string fileMember(std::string_view path) {
+    if (path.empty())
+        return {};
+    std::string member = R"(,"file":)";
+    JSON::appendString(member, path);
+    return member;
+}
+
+std::unique_ptr<GestureText> GestureText::eventLines(std::string_view file) {
+    return std::make_unique<EventLines>(file);
+}
+
+std::unique_ptr<GestureText> GestureText::gestureLines() { return std::make_unique<GestureLines>(); }
+
+std::unique_ptr<GestureText> GestureText::table(std::string_view title, bool showsHolds) {
+    return std::make_unique<Table>(title, showsHolds);
+}
+
+} // namespace VeltoTouch::Velto
