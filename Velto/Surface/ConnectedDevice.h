@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/HIDDevice.h"
-#include "Platform/HIDEventSystem.h"
+#include "Platform/Backend/HIDDeviceBackend.h"
+#include "Platform/Backend/HIDEventService.h"
 
 #include <string>
 #include <vector>
