@@ -49,33 +49,28 @@ FrameList& FrameList::operator=(FrameList&& other) noexcept {
     return *this;
 }
 
-std::list<Frame> FrameList::takeNode() {
-    std::list<Frame> node;
+Frame& FrameList::addFrame() {
     if (_spares.empty())
-        node.emplace_back();
-    else
-        node.splice(node.begin(), _spares, _spares.begin());
-    return node;
+        return _frames.emplace_back();
+    _frames.splice(_frames.end(), _spares, _spares.begin());
+    return _frames.back();
 }
 
 void FrameList::append(Frame frame) {
-    std::list<Frame> node;
-    node.push_back(std::move(frame));
-    appendNode(node);
+    _frames.push_back(std::move(frame));
+    trimAtTwiceTheBound();
 }
 
 void FrameList::appendReport(std::uint64_t timestampNs, std::span<const std::uint8_t> report) {
-    std::list<Frame> node = takeNode();
-    Frame& frame = node.front();
+    Frame& frame = addFrame();
     frame.type = Frame::Type::InputReport;
     frame.timestampNs = timestampNs;
-    frame.report.assign(report.begin(), report.end());
-    appendNode(node);
+    frame.report.assign(report.data(), report.data() + report.size());
+    trimAtTwiceTheBound();
 }
 
 // Of the spare frames only reports are kept, which have no key and no value to be cleared.
-void FrameList::appendNode(std::list<Frame>& node) {
-    _frames.splice(_frames.end(), node);
+void FrameList::trimAtTwiceTheBound() {
     if (_bound == 0 || _frames.size() / 2 < _bound)
         return;
     _spares = takeSurplus(_frames, _bound);
@@ -103,10 +98,6 @@ void FrameList::reserve(std::size_t count, std::size_t reportLength) {
 
 void FrameList::recycle() noexcept { _spares.splice(_spares.end(), _frames); }
 
-void FrameList::appendCopy(const Frame& frame) {
-    std::list<Frame> node = takeNode();
-    node.front() = frame;
-    _frames.splice(_frames.end(), node);
-}
+void FrameList::appendCopy(const Frame& frame) { addFrame() = frame; }
 
 } // namespace VeltoTouch

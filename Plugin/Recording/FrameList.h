@@ -20,7 +20,7 @@ void sortByTime(std::list<Frame>& frames);
 // The frames of a recording, oldest first, in a bounded list. Once it has been trimmed to its bound, appending a report
 // of no unusual length allocates nothing: trimmed frames lend their memory to the next reports.
 //
-// No lock: its owner's guards it. Operations that add a frame throw std::bad_alloc.
+// No lock: its owner's guards it. Operations that add a frame throw std::bad_alloc, which leaves the newest undefined.
 class FrameList {
 public:
     FrameList() = default;
@@ -60,10 +60,10 @@ public:
     void releaseSpareMemory() noexcept { _spares.clear(); }
 
 private:
-    // A list of one frame, whose memory is a spare frame's if there is one. Its content is undefined, but
-    // after trimming it has no key and no value.
-    [[nodiscard]] std::list<Frame> takeNode();
-    void appendNode(std::list<Frame>& node);
+    // Adds a frame at the end, in a spare frame's memory if there is one. Its content is undefined, but after trimming
+    // it has no key and no value.
+    Frame& addFrame();
+    void trimAtTwiceTheBound();
 
     std::list<Frame> _frames;
     std::list<Frame> _spares; // frames that only lend their memory
