@@ -47,7 +47,7 @@ TEST(GestureTest, EachEventOfTheServiceIsOneGestureAndItsMembersFollowFromIt) {
         EXPECT_EQ(gesture->frame, kind == GestureKind::FirmwareReset ? 0 : 4'294'967'295);
         EXPECT_EQ(gesture->time, std::chrono::microseconds(7));
         const EventMembers members = eventMembersOf(*gesture);
-        const auto field = [&](IOHIDEventField name) { return IOHIDEventGetFloatValue(event.get(), name); };
+        const auto field = [given = event.get()](IOHIDEventField name) { return IOHIDEventGetFloatValue(given, name); };
         EXPECT_EQ(members.phase, IOHIDEventGetPhase(event.get())) << nameOf(kind);
         EXPECT_EQ(members.eventMask, field(kIOHIDEventFieldDigitizerEventMask)) << nameOf(kind);
         EXPECT_EQ(members.y, field(kIOHIDEventFieldDigitizerY)) << nameOf(kind);
