@@ -1,8 +1,8 @@
 #pragma once
 
-#include <functional>
+#include "Velto/Options/App.h"
 
-#include <CLI/CLI.hpp>
+#include <functional>
 
 // The subcommands of `velto`. Each `make...Command` adds its subcommand with options and help to the program and
 // gives what runs it; the options live as long as the runner. A runner returns the exit status: 0, or 1 when
@@ -11,23 +11,24 @@
 namespace VeltoTouch::Velto {
 
 struct Command {
-    CLI::App* app;
+    App* app;
     std::function<int()> run;
 };
 
-[[nodiscard]] Command makeReplayCommand(CLI::App& program);
-[[nodiscard]] Command makeConvertCommand(CLI::App& program);
-[[nodiscard]] Command makeTrimCommand(CLI::App& program);
-[[nodiscard]] Command makeRenderCommand(CLI::App& program);
-[[nodiscard]] Command makeInfoCommand(CLI::App& program);
-[[nodiscard]] Command makeSimulateCommand(CLI::App& program);
-[[nodiscard]] Command makeRunCommand(CLI::App& program);
-[[nodiscard]] Command makeDevicesCommand(CLI::App& program);
-[[nodiscard]] Command makeServeCommand(CLI::App& program);
-[[nodiscard]] Command makeGetCommand(CLI::App& program);
-[[nodiscard]] Command makeSetCommand(CLI::App& program);
-[[nodiscard]] Command makeWatchCommand(CLI::App& program);
-[[nodiscard]] Command makeRecordCommand(CLI::App& program);
-[[nodiscard]] Command makeHelpCommand(CLI::App& program);
+[[nodiscard]] Command makeReplayCommand(App& program);
+[[nodiscard]] Command makeConvertCommand(App& program);
+[[nodiscard]] Command makeTrimCommand(App& program);
+[[nodiscard]] Command makeRenderCommand(App& program);
+[[nodiscard]] Command makeInfoCommand(App& program);
+[[nodiscard]] Command makeSimulateCommand(App& program);
+[[nodiscard]] Command makeRunCommand(App& program);
+[[nodiscard]] Command makeDevicesCommand(App& program);
+[[nodiscard]] Command makeServeCommand(App& program);
+[[nodiscard]] Command makeGetCommand(App& program);
+[[nodiscard]] Command makeSetCommand(App& program);
+[[nodiscard]] Command makeWatchCommand(App& program);
+[[nodiscard]] Command makeRecordCommand(App& program);
+// Made last: it offers the other commands.
+[[nodiscard]] Command makeHelpCommand(App& program);
 
 } // namespace VeltoTouch::Velto

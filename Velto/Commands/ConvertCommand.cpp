@@ -16,11 +16,9 @@ struct Options {
     std::uint64_t maxFrameCount = 0;
 };
 
-void addFileOptions(CLI::App& app, Options& options) {
-    app.add_option("FILE", options.file, "Recording of any version; - is the standard input")
-        ->type_name("")
-        ->required();
-    app.add_option("-o", options.output, "Where to write (default: standard output)")->type_name("OUT");
+void addFileOptions(App& app, Options& options) {
+    addRecording(app, options.file);
+    addOutput(app, options.output);
 }
 
 // Reads the recording, lets `change` act on it and writes it. Failures are told under the file they belong to.
@@ -38,23 +36,20 @@ int rewrite(const Options& options, const std::function<void(PipelineRecording&)
 
 } // namespace
 
-Command makeConvertCommand(CLI::App& program) {
+Command makeConvertCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app =
-        program.add_subcommand("convert", "Example:\n"
-                                          "  velto convert old.json -o new.json\n\n"
-                                          "Brings a recording of any version to the current one, sorted by\n"
-                                          "time, compact.");
+    App* app = program.addCommand("convert", {"velto convert old.json -o new.json"},
+                                  "Brings a recording of any version to the current one, sorted by\n"
+                                  "time, compact.");
     addFileOptions(*app, *options);
     return {app, [options] { return rewrite(*options, [](PipelineRecording&) {}); }};
 }
 
-Command makeTrimCommand(CLI::App& program) {
+Command makeTrimCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("trim", "Example:\n"
-                                                   "  velto trim --max 1000 long.json -o end.json\n\n"
-                                                   "Keeps the newest frames of a recording and the settings in force\n"
-                                                   "before them. The result is sorted, of the current version.");
+    App* app = program.addCommand("trim", {"velto trim --max 1000 long.json -o end.json"},
+                                  "Keeps the newest frames of a recording and the settings in force\n"
+                                  "before them. The result is sorted, of the current version.");
     addFileOptions(*app, *options);
     addNumber(*app, "--max", options->maxFrameCount,
               "How many frames that are no settings to keep; 0 keeps the settings alone")

@@ -18,11 +18,8 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDescription = "Example:\n"
-                                     "  velto devices --watch\n"
-                                     "  velto devices --jsonl | jq -r .node\n\n"
-                                     "Shows the touch surfaces that are plugged into this machine: node, name, serial\n"
-                                     "number and bus. Needs no rights. The exit status is 1 where there is none.";
+constexpr const char* kText = "Shows the touch surfaces that are plugged into this machine: node, name, serial\n"
+                              "number and bus. Needs no rights. The exit status is 1 where there is none.";
 
 struct Options {
     bool watches = false;
@@ -82,9 +79,9 @@ int run(const Options& options) { return options.watches ? watch(options) : list
 
 } // namespace
 
-Command makeDevicesCommand(CLI::App& program) {
+Command makeDevicesCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("devices", kDescription);
+    App* app = program.addCommand("devices", {"velto devices --watch", "velto devices --jsonl | jq -r .node"}, kText);
     CLI::Option* watches = app->add_flag("--watch", options->watches, "Go on with what comes and goes, until Ctrl-C");
     addDuration(*app, options->duration)->needs(watches);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines");

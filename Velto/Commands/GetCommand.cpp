@@ -19,14 +19,9 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDescription =
-    "Example:\n"
-    "  velto get\n"
-    "  velto get Pipeline.Algs.HoldTimeoutMilliseconds\n"
-    "  velto get --jsonl Pipeline.Algs.EventStats FirmwareDebugReports\n\n"
-    "Reads properties of a surface that velto serve serves, each a line of JSON.\n"
-    "Without a key, lists the settings with their kinds, ranges and defaults, and the\n"
-    "statistics.";
+constexpr const char* kText = "Reads properties of a surface that velto serve serves, each a line of JSON.\n"
+                              "Without a key, lists the settings with their kinds, ranges and defaults, and the\n"
+                              "statistics.";
 
 struct Options {
     ServedChoice served;
@@ -71,12 +66,15 @@ int run(const Options& options) {
 
 } // namespace
 
-Command makeGetCommand(CLI::App& program) {
+Command makeGetCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("get", kDescription);
+    App* app = program.addCommand("get",
+                                  {"velto get", "velto get Pipeline.Algs.HoldTimeoutMilliseconds",
+                                   "velto get --jsonl Pipeline.Algs.EventStats FirmwareDebugReports"},
+                                  kText);
     addServed(*app, options->served);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines: key and value; in a list also type, range and default");
-    addSettingList(*app);
+    app->addList(settingList());
     addKeyArguments(*app, options->keys, "Properties of the service (default: a list of them)");
     return {app, [options] { return run(*options); }};
 }

@@ -10,9 +10,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDescription = "Example:\n"
-                                     "  velto help replay\n\n"
-                                     "Shows what velto COMMAND --help shows, or velto --help.";
+constexpr const char* kText = "Shows what velto COMMAND --help shows, or velto --help.";
 
 void requireCommand(const CLI::App& program, const std::string& name) {
     const std::vector<std::string> names = commandNames(program);
@@ -20,7 +18,7 @@ void requireCommand(const CLI::App& program, const std::string& name) {
         throw CLI::ValidationError(unknown("command", name, names));
 }
 
-int help(const CLI::App& program, const std::string& command) {
+int help(const App& program, const std::string& command) {
     writeStandardOutput(
         command.empty() ? program.get_formatter()->make_help(&program, program.get_name(), CLI::AppFormatMode::Normal)
                         : program.get_subcommand(command)->help(program.get_name()));
@@ -29,14 +27,16 @@ int help(const CLI::App& program, const std::string& command) {
 
 } // namespace
 
-Command makeHelpCommand(CLI::App& program) {
+Command makeHelpCommand(App& program) {
     const auto command = std::make_shared<std::string>();
-    CLI::App* app = program.add_subcommand("help", kDescription);
+    App* app = program.addCommand("help", {"velto help replay"}, kText);
     const auto parse = [&program, command](const std::string& name) {
         requireCommand(program, name);
         *command = name;
     };
-    app->add_option_function<std::string>("COMMAND", parse, "A subcommand of velto")->type_name("");
+    CLI::Option* option = app->add_option_function<std::string>("COMMAND", parse, "A subcommand of velto");
+    app->offer(option, {.words = commandNames(program), .openings = {}, .filePrefixes = {}, .patterns = {}})
+        ->type_name("");
     return {app, [&program, command] { return help(program, *command); }};
 }
 

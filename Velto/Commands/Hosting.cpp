@@ -7,12 +7,24 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDevices = "Devices:\n"
-                                 "  sim             the simulated surface with a made-up user, without end\n"
-                                 "  sim:STEP,...    the simulated surface, steps as velto simulate --help tells them\n"
-                                 "  replay:FILE     a recording's reports; its settings are left out\n"
-                                 "  surface         the first surface on this machine\n"
-                                 "  /dev/hidrawN    a surface on this machine, as velto devices tells them\n";
+HelpList deviceList() {
+    return {.heading = "Devices",
+            .entries = {{"sim", "the simulated surface with a made-up user, without end"},
+                        {"sim:STEP,...", "the simulated surface, steps as velto simulate --help tells them"},
+                        {"replay:FILE", "a recording's reports; its settings are left out"},
+                        {"surface", "the first surface on this machine"},
+                        {"/dev/hidrawN", "a surface on this machine, as velto devices tells them"}},
+            .remarks = {},
+            .textColumn = 18};
+}
+
+Candidates deviceCandidates() {
+    Candidates candidates = hidrawNodes();
+    candidates.words = {"sim", "surface"};
+    candidates.openings = {"sim:"};
+    candidates.filePrefixes = {"replay:"};
+    return candidates;
+}
 
 constexpr const char* kPlugInName = "VeltoTouchHIDService.plugin";
 
@@ -32,17 +44,17 @@ std::string ownPlugIn() {
 
 } // namespace
 
-CLI::Option* addDevice(CLI::App& app, DeviceChoice& target, const std::string& description) {
-    app.footer(kDevices);
-    return app
-        .add_option_function<std::string>(
-            "--device", [&target](const std::string& text) { target = parseDeviceOption(text); }, description)
-        ->type_name("DEVICE");
+CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& description) {
+    app.addList(deviceList());
+    CLI::Option* option = app.add_option_function<std::string>(
+        "--device", [&target](const std::string& text) { target = parseDeviceOption(text); }, description);
+    return app.offer(option, deviceCandidates())->type_name("DEVICE");
 }
 
-void addPlugIn(CLI::App& app, std::string& target) {
-    app.add_option("--plugin", target, "The plug-in's folder (default: the one that came with this program)")
-        ->type_name("PATH");
+void addPlugIn(App& app, std::string& target) {
+    CLI::Option* option =
+        app.add_option("--plugin", target, "The plug-in's folder (default: the one that came with this program)");
+    app.offer(option, fileNames())->type_name("PATH");
 }
 
 HostedService openService(const std::string& plugIn, const Surface::ConnectedDevice& device,

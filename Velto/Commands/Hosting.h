@@ -1,23 +1,22 @@
 #pragma once
 
 #include "Velto/Host/HostedService.h"
+#include "Velto/Options/App.h"
 #include "Velto/Options/Devices.h"
 #include "Velto/Output/Terminal.h"
 
 #include <stdexcept>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 // What the commands share that host the plug-in for a device.
 
 namespace VeltoTouch::Velto {
 
 // --device DEVICE, and the devices at the end of the help.
-CLI::Option* addDevice(CLI::App& app, DeviceChoice& target, const std::string& description);
+CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& description);
 
 // --plugin PATH. Unset, the target is empty.
-void addPlugIn(CLI::App& app, std::string& target);
+void addPlugIn(App& app, std::string& target);
 
 // Does a part of the work; what fails is told under the subject's name.
 template <class Work>

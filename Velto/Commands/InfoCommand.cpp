@@ -143,13 +143,11 @@ std::string asJSON(const std::string& file, const Info& info) {
 
 } // namespace
 
-Command makeInfoCommand(CLI::App& program) {
+Command makeInfoCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app =
-        program.add_subcommand("info", "Example:\n"
-                                       "  velto info gestures.json\n\n"
-                                       "Tells what recordings hold: frames, duration, gaps, settings in force,\n"
-                                       "gestures found.");
+    App* app = program.addCommand("info", {"velto info gestures.json"},
+                                  "Tells what recordings hold: frames, duration, gaps, settings in force,\n"
+                                  "gestures found.");
     addRecordings(*app, options->paths);
     app->add_flag("--json", options->json, "One JSON object a file");
     return {app, [options] {

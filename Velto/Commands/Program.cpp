@@ -1,45 +1,38 @@
 #include "Velto/Commands/Program.h"
 
-#include "Velto/Options/Description.h"
 #include "Velto/Options/Suggestion.h"
 
-#include <algorithm>
 #include <array>
-#include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDescription = "Example:\n"
-                                     "  velto simulate tap:play-pause hold:volume-up -o gestures.json\n"
-                                     "  velto replay gestures.json\n\n"
-                                     "Records, replays and inspects the touches of a fifteen-pad surface.";
+struct Row {
+    const char* purpose;
+    Command (*make)(App& program);
+};
 
-// In the order of the help.
-constexpr std::array kCommands{makeReplayCommand, makeConvertCommand,  makeTrimCommand, makeRenderCommand,
-                               makeInfoCommand,   makeSimulateCommand, makeRunCommand,  makeDevicesCommand,
-                               makeServeCommand,  makeGetCommand,      makeSetCommand,  makeWatchCommand,
-                               makeRecordCommand, makeHelpCommand};
-
-// Help begins with an example; the list of subcommands shows what comes behind it.
-class HelpFormatter final : public CLI::Formatter {
-public:
-    std::string make_subcommand(const CLI::App* subcommand) const override {
-        const std::string text = parseDescription(subcommand->get_description()).text;
-        std::stringstream line;
-        CLI::detail::format_help(line, subcommand->get_name(), text, get_column_width());
-        return line.str();
-    }
-    // Which options go with which, the messages say. Dots stand where several values may follow.
-    std::string make_option_opts(const CLI::Option* option) const override {
-        const std::string text = CLI::Formatter::make_option_opts(option);
-        const bool takesOne = option->nonpositional() && !option->get_allow_extra_args();
-        return text.substr(0, std::min({text.find(" Needs:"), text.find(" Excludes:"),
-                                        takesOne ? text.find(" ...") : std::string::npos}));
-    }
+// In the order of the help, by what they are for.
+constexpr std::array kCommands{
+    Row{"Recordings", makeReplayCommand},    //
+    Row{"Recordings", makeConvertCommand},   //
+    Row{"Recordings", makeTrimCommand},      //
+    Row{"Recordings", makeRenderCommand},    //
+    Row{"Recordings", makeInfoCommand},      //
+    Row{"Recordings", makeSimulateCommand},  //
+    Row{"Live", makeRunCommand},             //
+    Row{"This machine", makeDevicesCommand}, //
+    Row{"This machine", makeServeCommand},   //
+    Row{"This machine", makeGetCommand},     //
+    Row{"This machine", makeSetCommand},     //
+    Row{"This machine", makeWatchCommand},   //
+    Row{"This machine", makeRecordCommand},  //
+    Row{"Help", makeHelpCommand},            //
 };
 
 std::vector<std::string> optionNames(const CLI::App& app) {
@@ -73,14 +66,30 @@ std::string usageMessage(const CLI::App* program, const CLI::Error& error) {
 } // namespace
 
 Program makeProgram() {
-    Program program{.app = std::make_unique<CLI::App>(kDescription, "velto"), .commands = {}};
-    program.app->formatter(std::make_shared<HelpFormatter>());
+    Program program{.app = std::make_unique<App>(
+                        "velto",
+                        std::vector<std::string>{"velto simulate tap:play-pause hold:volume-up -o gestures.json",
+                                                 "velto replay gestures.json"},
+                        "Records, replays and inspects the touches of a fifteen-pad surface."),
+                    .commands = {}};
     program.app->failure_message(usageMessage);
     program.app->set_version_flag("--version", "velto " VELTO_VERSION, "Print the version and exit");
     program.app->require_subcommand(1);
-    for (const auto makeCommand : kCommands)
-        program.commands.push_back(makeCommand(*program.app));
+    for (const Row& row : kCommands) {
+        program.commands.push_back(row.make(*program.app));
+        program.commands.back().app->group(row.purpose);
+    }
     return program;
+}
+
+void parse(Program& program, std::vector<std::string> arguments) {
+    try {
+        program.app->parse(std::move(arguments));
+    } catch (const CLI::Success&) { // --help and --version are seen before what nothing takes
+        if (program.app->remaining_size() > 0)
+            throw CLI::ExtrasError(program.app->get_name(), program.app->remaining());
+        throw;
+    }
 }
 
 } // namespace VeltoTouch::Velto

@@ -4,6 +4,7 @@
 #include "Velto/Commands/ServiceRecording.h"
 #include "Velto/Daemon/Bus/Client.h"
 #include "Velto/Options/BusOptions.h"
+#include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 
@@ -15,9 +16,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDescription =
-    "Example:\n"
-    "  velto record -o gestures.json && velto replay gestures.json\n\n"
+constexpr const char* kText =
     "Saves the recording so far of a surface that velto serve serves; recording goes on.\n"
     "It holds the newest {} reports and accelerometer samples. Only root and the group velto may\n"
     "read it.";
@@ -43,11 +42,12 @@ int record(const Options& options) {
 
 } // namespace
 
-Command makeRecordCommand(CLI::App& program) {
+Command makeRecordCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("record", fmt::format(kDescription, kMaxRecordedFrames));
+    App* app = program.addCommand("record", {"velto record -o gestures.json && velto replay gestures.json"},
+                                  fmt::format(kText, kMaxRecordedFrames));
     addServed(*app, options->served);
-    app->add_option("-o", options->output, "Where to write (default: standard output)")->type_name("OUT");
+    addOutput(*app, options->output);
     return {app, [options] { return record(*options); }};
 }
 

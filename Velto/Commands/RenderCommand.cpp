@@ -49,15 +49,11 @@ void renderFile(const Options& options, const std::string& file) {
 
 } // namespace
 
-Command makeRenderCommand(CLI::App& program) {
+Command makeRenderCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app =
-        program.add_subcommand("render", "Example:\n"
-                                         "  velto render --frame 42 gestures.json\n\n"
-                                         "Shows images as text pictures, each pad's value where the pad lies.");
-    app->add_option("FILE", options->file, "Recording of any version; - is the standard input")
-        ->type_name("")
-        ->required();
+    App* app = program.addCommand("render", {"velto render --frame 42 gestures.json"},
+                                  "Shows images as text pictures, each pad's value where the pad lies.");
+    addRecording(*app, options->file);
     addNumber(*app, "--frame", options->wantedFrame, "Only the images with this frame number")
         ->type_name("F")
         ->each([options](const std::string&) { options->isFrameWanted = true; });

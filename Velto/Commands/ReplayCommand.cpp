@@ -113,14 +113,13 @@ void replayFile(const Options& options, const std::string& file) {
 
 } // namespace
 
-Command makeReplayCommand(CLI::App& program) {
+Command makeReplayCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand(
-        "replay", "Example:\n"
-                  "  velto replay gestures.json\n"
-                  "  velto replay --jsonl --set Pipeline.Algs.HoldTimeoutMilliseconds=250 recordings/\n\n"
-                  "Plays recordings of any version through a fresh recognizer and shows the\n"
-                  "gestures that it finds.");
+    App* app = program.addCommand("replay",
+                                  {"velto replay gestures.json",
+                                   "velto replay --jsonl --set Pipeline.Algs.HoldTimeoutMilliseconds=250 recordings/"},
+                                  "Plays recordings of any version through a fresh recognizer and shows the\n"
+                                  "gestures that it finds.");
     addRecordings(*app, options->paths);
     addSpeed(*app, options->speed, "Pace: a factor on the recorded one, or max (the default)");
     addSettings(*app, options->settings, KeyScope::Pipeline,

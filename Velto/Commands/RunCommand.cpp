@@ -22,13 +22,9 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDescription = "Example:\n"
-                                     "  velto run --duration 10\n"
-                                     "  velto run --device sim:tap:play-pause,hold:volume-up --jsonl\n"
-                                     "  velto run --device replay:gestures.json --record again.json\n\n"
-                                     "Loads the touch service's plug-in, opens a device for it and shows the\n"
-                                     "gestures as they come. Ends at the device's end, after --duration or with\n"
-                                     "Ctrl-C.";
+constexpr const char* kText = "Loads the touch service's plug-in, opens a device for it and shows the\n"
+                              "gestures as they come. Ends at the device's end, after --duration or with\n"
+                              "Ctrl-C.";
 
 struct Options {
     DeviceChoice device;
@@ -128,21 +124,26 @@ int run(const Options& options) {
 
 } // namespace
 
-Command makeRunCommand(CLI::App& program) {
+Command makeRunCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("run", kDescription);
+    App* app =
+        program.addCommand("run",
+                           {"velto run --duration 10", "velto run --device sim:tap:play-pause,hold:volume-up --jsonl",
+                            "velto run --device replay:gestures.json --record again.json"},
+                           kText);
     addDevice(*app, options->device, "What to open; see below (default: sim)");
     addPlugIn(*app, options->plugIn);
     addSettings(*app, options->settings, KeyScope::Service, "Write properties of the service before the first report");
     addKeys(*app, options->properties, "Read properties of the service at the end and show them");
     addSpeed(*app, options->speed, "Pace: a factor on the device's own, or max (default: 1)");
     addDuration(*app, options->duration);
-    app->add_option(
-           "--record", options->recording,
-           fmt::format("Save the service's recording at the end: the newest {} reports and accelerometer samples",
-                       kMaxRecordedFrames))
-        ->type_name("OUT")
-        ->check([](const std::string& path) { return path.empty() || path == "-" ? "a file is wanted" : ""; });
+    CLI::Option* record = app->add_option(
+        "--record", options->recording,
+        fmt::format("Save the service's recording at the end: the newest {} reports and accelerometer samples",
+                    kMaxRecordedFrames));
+    app->offer(record, fileNames())->type_name("OUT")->check([](const std::string& path) {
+        return path.empty() || path == "-" ? "a file is wanted" : "";
+    });
     app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then properties and a summary");
     return {app, [options] { return run(*options); }};
 }

@@ -18,13 +18,11 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDescription = "Example:\n"
-                                     "  velto serve --device surface\n\n"
-                                     "Makes the gestures on a surface key presses for everything on this machine:\n"
-                                     "a tap plays, pauses or steps the volume, a hold keeps the volume key or the\n"
-                                     "assistant's pressed. Ends when the device goes or with Ctrl-C; no key stays\n"
-                                     "pressed. Needs the right to write to /dev/uinput. While it runs, get, set,\n"
-                                     "watch and record reach it over the message bus.";
+constexpr const char* kText = "Makes the gestures on a surface key presses for everything on this machine:\n"
+                              "a tap plays, pauses or steps the volume, a hold keeps the volume key or the\n"
+                              "assistant's pressed. Ends when the device goes or with Ctrl-C; no key stays\n"
+                              "pressed. Needs the right to write to /dev/uinput. While it runs, get, set,\n"
+                              "watch and record reach it over the message bus.";
 
 constexpr const char* kKeyboardName = "Velto Touch Surface Keys";
 
@@ -84,9 +82,9 @@ int serve(const Options& options) {
 
 } // namespace
 
-Command makeServeCommand(CLI::App& program) {
+Command makeServeCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("serve", kDescription);
+    App* app = program.addCommand("serve", {"velto serve --device surface"}, kText);
     addDevice(*app, options->device, "The surface; see below")->required();
     addPlugIn(*app, options->plugIn);
     addBus(*app, options->bus);

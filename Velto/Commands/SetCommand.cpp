@@ -12,11 +12,8 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDescription =
-    "Example:\n"
-    "  velto set Pipeline.Algs.HoldTimeoutMilliseconds=250\n\n"
-    "Writes properties of a surface that velto serve serves, from its next report on.\n"
-    "Only root and the group velto may.";
+constexpr const char* kText = "Writes properties of a surface that velto serve serves, from its next report on.\n"
+                              "Only root and the group velto may.";
 
 struct Options {
     ServedChoice served;
@@ -40,9 +37,9 @@ int set(const Options& options) {
 
 } // namespace
 
-Command makeSetCommand(CLI::App& program) {
+Command makeSetCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("set", kDescription);
+    App* app = program.addCommand("set", {"velto set Pipeline.Algs.HoldTimeoutMilliseconds=250"}, kText);
     addServed(*app, options->served);
     addSettingArguments(*app, options->settings, "VALUE is JSON, or a text where it is no JSON")->required();
     return {app, [options] { return set(*options); }};

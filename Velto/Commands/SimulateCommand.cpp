@@ -1,5 +1,7 @@
+#include "Plugin/Reports/Regions.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Options/Numbers.h"
+#include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Surface/Scripts.h"
@@ -16,23 +18,9 @@ using namespace VeltoTouch::Surface;
 
 constexpr std::uint32_t kMostMadeUp = 5'000; // what a recording at the usual rate has room for
 
-constexpr const char* kDescription = "Example:\n"
-                                     "  velto simulate --seed 7 tap:play-pause hold:volume-up -o gestures.json\n"
-                                     "  velto simulate --random 100 | velto replay -\n\n"
-                                     "Puts simulated fingers on the surface and writes what it reports as a\n"
-                                     "recording. The same seed gives the same bytes. What was meant is kept\n"
-                                     "beside the reports, as metadata with the key \"Label\".";
-
-constexpr const char* kSteps =
-    "Steps:\n"
-    "  tap:WHERE[:MS]          a short press (100 ms)\n"
-    "  hold:WHERE[:MS]         a long press (900 ms)\n"
-    "  slide:WHERE-WHERE[:MS]  a press that rests, rolls over to another place and rests (1200 ms)\n"
-    "  palm[:MS]               a palm laid over the middle (1000 ms)\n"
-    "  brush:WHERE[:MS]        a contact too weak to be a press (400 ms)\n"
-    "  idle[:MS]               nothing (300 ms)\n"
-    "  reset                   the controller's firmware restarts\n"
-    "WHERE is play-pause, volume-up, volume-down or a pad, A to O; MS is 1 to 3600000.\n";
+constexpr const char* kText = "Puts simulated fingers on the surface and writes what it reports as a\n"
+                              "recording. The same seed gives the same bytes. What was meant is kept\n"
+                              "beside the reports, as metadata with the key \"Label\".";
 
 struct Options {
     Simulation::Options simulation;
@@ -40,6 +28,43 @@ struct Options {
     std::uint32_t madeUpGestures = 0;
     std::string output; // empty: standard output
 };
+
+HelpList stepList() {
+    HelpList list{.heading = "Steps", .entries = {}, .remarks = {}, .textColumn = 26};
+    for (const StepForm& form : kStepForms) {
+        const bool takesNothing = form.takes == Takes::Nothing;
+        const char* const place = form.takes == Takes::Place       ? ":WHERE"
+                                  : form.takes == Takes::TwoPlaces ? ":WHERE-WHERE"
+                                                                   : "";
+        list.entries.push_back({.term = fmt::format("{}{}{}", form.name, place, takesNothing ? "" : "[:MS]"),
+                                .text = takesNothing ? std::string(form.meaning)
+                                                     : fmt::format("{} ({} ms)", form.meaning, form.defaultMs)});
+    }
+    list.remarks = fmt::format("WHERE is {} or a pad, A to O; MS is 1 to {}.", regionPlaces(), kLongestStepMs);
+    return list;
+}
+
+// The steps in the regions; in a slide from each to each other.
+Candidates stepCandidates() {
+    Candidates candidates;
+    const auto addSlides = [&](std::string_view name, const RegionRow& from) {
+        for (const RegionRow& to : kRegionsWithPads) {
+            if (to.region != from.region)
+                candidates.words.push_back(fmt::format("{}:{}-{}", name, from.place, to.place));
+        }
+    };
+    for (const StepForm& form : kStepForms) {
+        if (form.takes == Takes::Nothing || form.takes == Takes::Duration)
+            candidates.words.emplace_back(form.name);
+        for (const RegionRow& region : kRegionsWithPads) {
+            if (form.takes == Takes::Place)
+                candidates.words.push_back(fmt::format("{}:{}", form.name, region.place));
+            else if (form.takes == Takes::TwoPlaces)
+                addSlides(form.name, region);
+        }
+    }
+    return candidates;
+}
 
 // Empty for a step that can be read, otherwise what is wrong with it.
 std::string faultOf(const std::string& step) {
@@ -71,11 +96,15 @@ int simulate(const Options& options) {
 
 } // namespace
 
-Command makeSimulateCommand(CLI::App& program) {
+Command makeSimulateCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("simulate", kDescription);
-    app->footer(kSteps);
-    app->add_option("STEP", options->steps, "What the fingers do, one step after the other; see below")
+    App* app = program.addCommand("simulate",
+                                  {"velto simulate --seed 7 tap:play-pause hold:volume-up -o gestures.json",
+                                   "velto simulate --random 100 | velto replay -"},
+                                  kText);
+    app->addList(stepList());
+    app->offer(app->add_option("STEP", options->steps, "What the fingers do, one step after the other; see below"),
+               stepCandidates())
         ->type_name("")
         ->check(faultOf);
     Simulation::Options& simulation = options->simulation;
@@ -89,7 +118,7 @@ Command makeSimulateCommand(CLI::App& program) {
         *app, "--random", options->madeUpGestures,
         fmt::format("Add this many gestures of a made-up user after the steps, with pauses; at most {}", kMostMadeUp),
         1U, kMostMadeUp);
-    app->add_option("-o", options->output, "Where to write (default: standard output)")->type_name("OUT");
+    addOutput(*app, options->output);
     app->callback([options] {
         if (options->steps.empty() && options->madeUpGestures == 0)
             throw CLI::RequiredError("STEP or --random");

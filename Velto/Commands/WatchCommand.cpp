@@ -15,12 +15,8 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kDescription =
-    "Example:\n"
-    "  velto watch --duration 60\n"
-    "  velto watch --jsonl | jq -r .gesture\n\n"
-    "Shows the gestures on a surface that velto serve serves, as they come. Ends when\n"
-    "the surface goes, after --duration or with Ctrl-C.";
+constexpr const char* kText = "Shows the gestures on a surface that velto serve serves, as they come. Ends when\n"
+                              "the surface goes, after --duration or with Ctrl-C.";
 
 struct Options {
     ServedChoice served;
@@ -53,9 +49,10 @@ int watch(const Options& options) {
 
 } // namespace
 
-Command makeWatchCommand(CLI::App& program) {
+Command makeWatchCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    CLI::App* app = program.add_subcommand("watch", kDescription);
+    App* app =
+        program.addCommand("watch", {"velto watch --duration 60", "velto watch --jsonl | jq -r .gesture"}, kText);
     addServed(*app, options->served);
     addDuration(*app, options->duration);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines, one an event");

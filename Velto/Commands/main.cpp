@@ -43,9 +43,9 @@ int statusOf(const Work& work) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN); // a closed pipe is met where it is written to
-    const Program program = makeProgram();
+    Program program = makeProgram();
     try {
-        program.app->parse(argumentsOf(argc, argv));
+        parse(program, argumentsOf(argc, argv));
     } catch (const CLI::ParseError& error) {
         std::ostringstream shown;
         std::ostringstream complaint;

@@ -77,7 +77,7 @@ std::string offer(const Candidates& candidates, const std::string& indent) {
 }
 
 // A function that completes behind the program's or a subcommand's name. `arguments` offers what is no option.
-std::string function(const std::string& name, const CLI::App& app, const std::string& arguments) {
+std::string function(const std::string& name, const App& app, const std::string& arguments) {
     std::string options;
     std::string cases;
     std::string free; // those whose value may be anything
@@ -86,7 +86,7 @@ std::string function(const std::string& name, const CLI::App& app, const std::st
         options += " " + CLI::detail::join(namesOf(*option), " ");
         if (typeOf(*option).empty())
             continue;
-        const std::string values = offer(candidatesFor(app, *option), "            ");
+        const std::string values = offer(app.candidatesFor(*option), "            ");
         if (values.empty())
             free += (free.empty() ? "" : " | ") + pattern;
         else
@@ -105,14 +105,14 @@ std::string function(const std::string& name, const CLI::App& app, const std::st
 
 } // namespace
 
-std::string bashCompletion(const CLI::App& program) {
+std::string bashCompletion(const App& program) {
     std::string script = kHead;
     std::string commands;
-    for (const CLI::App* command : subcommandsOf(program)) {
+    for (const App* command : program.commands()) {
         commands += " " + command->get_name();
         std::string arguments;
         for (const CLI::Option* argument : argumentsOf(*command))
-            arguments += offer(candidatesFor(*command, *argument), "                ");
+            arguments += offer(command->candidatesFor(*argument), "                ");
         script += function("_velto_command_" + command->get_name(), *command, arguments);
     }
     return script + function("_velto_program", program, fmt::format("                _velto_words{}\n", commands)) +

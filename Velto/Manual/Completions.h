@@ -1,13 +1,13 @@
 #pragma once
 
-#include <string>
+#include "Velto/Options/App.h"
 
-#include <CLI/CLI.hpp>
+#include <string>
 
 namespace VeltoTouch::Velto::Manual {
 
 // Scripts that complete the program's command line.
-[[nodiscard]] std::string bashCompletion(const CLI::App& program); // for the package bash-completion
-[[nodiscard]] std::string zshCompletion(const CLI::App& program);
+[[nodiscard]] std::string bashCompletion(const App& program); // for the package bash-completion
+[[nodiscard]] std::string zshCompletion(const App& program);
 
 } // namespace VeltoTouch::Velto::Manual

@@ -2,7 +2,6 @@
 
 #include "Velto/Manual/CommandLine.h"
 #include "Velto/Manual/Roff.h"
-#include "Velto/Options/Description.h"
 
 #include <cctype>
 
@@ -13,9 +12,7 @@ namespace {
 
 constexpr const char* kSeeAlsoAll = "org.velto.Touch1";
 
-std::string pageOf(const CLI::App& program, const CLI::App& command) {
-    return program.get_name() + "-" + command.get_name();
-}
+std::string pageOf(const App& program, const App& command) { return program.get_name() + "-" + command.get_name(); }
 
 std::string reference(std::string_view page, int section) { return fmt::format("{}({})", bold(page), section); }
 
@@ -43,7 +40,7 @@ void addName(Roff& page, std::string_view name, std::string summary) {
     page.line(fmt::format("{} \\- {}", escaped(name), escaped(summary)));
 }
 
-void addCommandSynopsis(Roff& page, const CLI::App& program, const CLI::App& command) {
+void addCommandSynopsis(Roff& page, const App& program, const App& command) {
     page.section("Synopsis");
     page.line(bold(program.get_name() + " " + command.get_name()));
     for (const CLI::Option* option : optionsOf(command)) {
@@ -54,7 +51,7 @@ void addCommandSynopsis(Roff& page, const CLI::App& program, const CLI::App& com
         page.line(usageMarkup(*argument));
 }
 
-void addOptions(Roff& page, const CLI::App& app) {
+void addOptions(Roff& page, const App& app) {
     const std::vector<const CLI::Option*> arguments = argumentsOf(app);
     if (!arguments.empty())
         page.section("Arguments");
@@ -65,20 +62,18 @@ void addOptions(Roff& page, const CLI::App& app) {
         page.item(optionMarkup(*option, " "), option->get_description());
 }
 
-void addLists(Roff& page, const CLI::App& app) {
-    for (const HelpList& list : parseFooter(app.get_footer())) {
-        page.section(list.heading.empty() ? "Notes" : list.heading);
+void addLists(Roff& page, const App& app) {
+    for (const HelpList& list : app.lists()) {
+        page.section(list.heading);
         for (const HelpList::Entry& entry : list.entries)
             page.item(bold(entry.term), entry.text);
         page.paragraphs(list.remarks);
     }
 }
 
-void addExamples(Roff& page, const Description& description) {
-    if (description.examples.empty())
-        return;
+void addExamples(Roff& page, const App& app) {
     page.section("Examples");
-    page.literal(description.examples);
+    page.literal(app.examples());
 }
 
 void addCommonSections(Roff& page) {
@@ -95,54 +90,60 @@ void addCommonSections(Roff& page) {
 }
 
 // All pages but one's own.
-void addSeeAlso(Roff& page, const CLI::App& program, const CLI::App& own) {
+void addSeeAlso(Roff& page, const App& program, const App& own) {
     page.section("See also");
     if (&own != &program)
         page.line(reference(program.get_name(), 1) + ",");
-    for (const CLI::App* command : subcommandsOf(program)) {
+    for (const App* command : program.commands()) {
         if (command != &own)
             page.line(reference(pageOf(program, *command), 1) + ",");
     }
     page.line(reference(kSeeAlsoAll, 5));
 }
 
+// By what they are for, as in the help.
+void addSubcommands(Roff& page, const App& program) {
+    page.section("Subcommands");
+    std::string purpose;
+    for (const App* command : program.commands()) {
+        if (command->get_group() != purpose)
+            page.subsection(purpose = command->get_group());
+        page.item(bold(command->get_name()),
+                  fmt::format("{}; see {}(1).", command->summary(), pageOf(program, *command)));
+    }
+}
+
 // What every page goes on with behind its own description.
-void addRest(Roff& page, const CLI::App& program, const CLI::App& own, const Description& description) {
+void addRest(Roff& page, const App& program, const App& own) {
     addOptions(page, own);
     addLists(page, own);
     addCommonSections(page);
-    addExamples(page, description);
+    addExamples(page, own);
     addSeeAlso(page, program, own);
 }
 
 } // namespace
 
-std::string programPage(const CLI::App& program, const Release& release) {
-    const Description description = parseDescription(program.get_description());
+std::string programPage(const App& program, const Release& release) {
     Roff page(program.get_name(), release.date, program.get_name() + " " + release.version);
-    addName(page, program.get_name(), description.summary());
+    addName(page, program.get_name(), program.summary());
     page.section("Synopsis");
     page.line(fmt::format("{} {} [{}]...", bold(program.get_name()), italic("SUBCOMMAND"), italic("OPTION")));
     page.section("Description");
-    page.paragraphs(description.text);
-    page.section("Subcommands");
-    for (const CLI::App* command : subcommandsOf(program))
-        page.item(bold(command->get_name()),
-                  fmt::format("{}; see {}(1).", parseDescription(command->get_description()).summary(),
-                              pageOf(program, *command)));
-    addRest(page, program, program, description);
+    page.paragraphs(program.get_description());
+    addSubcommands(page, program);
+    addRest(page, program, program);
     return page.text();
 }
 
-std::string commandPage(const CLI::App& program, const CLI::App& command, const Release& release) {
-    const Description description = parseDescription(command.get_description());
+std::string commandPage(const App& program, const App& command, const Release& release) {
     const std::string name = pageOf(program, command);
     Roff page(name, release.date, program.get_name() + " " + release.version);
-    addName(page, name, description.summary());
+    addName(page, name, command.summary());
     addCommandSynopsis(page, program, command);
     page.section("Description");
-    page.paragraphs(description.text);
-    addRest(page, program, command, description);
+    page.paragraphs(command.get_description());
+    addRest(page, program, command);
     return page.text();
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
+#include "Velto/Options/App.h"
 
-#include <CLI/CLI.hpp>
+#include <string>
 
 namespace VeltoTouch::Velto::Manual {
 
@@ -13,7 +13,7 @@ struct Release {
 };
 
 // Manual pages of section 1: the program's, and one of its subcommands'.
-[[nodiscard]] std::string programPage(const CLI::App& program, const Release& release);
-[[nodiscard]] std::string commandPage(const CLI::App& program, const CLI::App& command, const Release& release);
+[[nodiscard]] std::string programPage(const App& program, const Release& release);
+[[nodiscard]] std::string commandPage(const App& program, const App& command, const Release& release);
 
 } // namespace VeltoTouch::Velto::Manual

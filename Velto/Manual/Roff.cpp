@@ -68,6 +68,11 @@ void Roff::section(std::string_view heading) {
     _isBeginning = true;
 }
 
+void Roff::subsection(std::string_view heading) {
+    _text += fmt::format(".SS {}\n", escaped(heading));
+    _isBeginning = true;
+}
+
 void Roff::line(std::string_view markup) {
     _text += markup;
     _text += '\n';

@@ -17,6 +17,7 @@ public:
     Roff(std::string_view title, std::string_view date, std::string_view source);
 
     void section(std::string_view heading);
+    void subsection(std::string_view heading);
     void line(std::string_view markup);
     void paragraphs(std::string_view text); // an empty line between two
     void item(std::string_view termMarkup, std::string_view text);

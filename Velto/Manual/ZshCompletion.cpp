@@ -1,7 +1,6 @@
 #include "Velto/Manual/CommandLine.h"
 #include "Velto/Manual/Completions.h"
 #include "Velto/Manual/Quoted.h"
-#include "Velto/Options/Description.h"
 
 #include <algorithm>
 
@@ -71,9 +70,9 @@ struct Arguments {
 };
 
 // ":TYPE:ACTION", where the action is a blank for what may be anything.
-std::string valueOf(Arguments& made, const std::string& prefix, const CLI::App& app, const CLI::Option& option) {
+std::string valueOf(Arguments& made, const std::string& prefix, const App& app, const CLI::Option& option) {
     const std::string type = typeOf(option);
-    const Candidates candidates = candidatesFor(app, option);
+    const Candidates candidates = app.candidatesFor(option);
     const bool areTerms = !candidates.openings.empty() || !candidates.patterns.empty();
     std::string action = " ";
     if (candidates.filePrefixes == std::vector<std::string>{""} && candidates.words.empty() && !areTerms) {
@@ -86,7 +85,7 @@ std::string valueOf(Arguments& made, const std::string& prefix, const CLI::App& 
     return fmt::format(":{}:{}", masked(type, ":"), action);
 }
 
-void addOption(Arguments& made, const std::string& prefix, const CLI::App& app, const CLI::Option& option) {
+void addOption(Arguments& made, const std::string& prefix, const App& app, const CLI::Option& option) {
     const std::vector<std::string> names = namesOf(option);
     const bool isFlag = typeOf(option).empty();
     const std::string rest =
@@ -98,7 +97,7 @@ void addOption(Arguments& made, const std::string& prefix, const CLI::App& app, 
     }
 }
 
-Arguments argumentsFor(const std::string& prefix, const CLI::App& app) {
+Arguments argumentsFor(const std::string& prefix, const App& app) {
     Arguments made;
     for (const CLI::Option* option : optionsOf(app))
         addOption(made, prefix, app, *option);
@@ -108,19 +107,17 @@ Arguments argumentsFor(const std::string& prefix, const CLI::App& app) {
     return made;
 }
 
-std::string commandFunction(const CLI::App& command) {
+std::string commandFunction(const App& command) {
     const std::string name = "_velto_" + command.get_name();
     const Arguments made = argumentsFor(name, command);
     return fmt::format("{}\n{}() {{\n    _arguments{}\n}}\n", made.functions, name, made.lines);
 }
 
-std::string programFunction(const CLI::App& program) {
+std::string programFunction(const App& program) {
     const Arguments made = argumentsFor("_velto", program);
     std::string commands;
-    for (const CLI::App* command : subcommandsOf(program))
-        commands +=
-            fmt::format("            {}\n", quoted(command->get_name() + ":" +
-                                                   masked(parseDescription(command->get_description()).summary(), "")));
+    for (const App* command : program.commands())
+        commands += fmt::format("            {}\n", quoted(command->get_name() + ":" + masked(command->summary(), "")));
     return fmt::format(R"({}
 _velto() {{
     local curcontext=$curcontext state line
@@ -145,9 +142,9 @@ _velto() {{
 
 } // namespace
 
-std::string zshCompletion(const CLI::App& program) {
+std::string zshCompletion(const App& program) {
     std::string script = kHead;
-    for (const CLI::App* command : subcommandsOf(program))
+    for (const App* command : program.commands())
         script += commandFunction(*command);
     return script + programFunction(program) + kTail;
 }

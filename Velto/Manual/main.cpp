@@ -18,14 +18,14 @@ using namespace VeltoTouch::Velto;
 
 void writeDocs(const std::filesystem::path& folder) {
     const Program description = makeProgram();
-    const CLI::App& program = *description.app;
+    const App& program = *description.app;
     const Manual::Release release{.version = VELTO_VERSION, .date = VELTO_DATE};
 
     const std::filesystem::path pages = folder / "man1";
     std::filesystem::remove_all(pages); // those of subcommands that are no more
     std::filesystem::create_directories(pages);
     writeFile(pages / (program.get_name() + ".1"), Manual::programPage(program, release));
-    for (const CLI::App* command : Manual::subcommandsOf(program))
+    for (const App* command : program.commands())
         writeFile(pages / fmt::format("{}-{}.1", program.get_name(), command->get_name()),
                   Manual::commandPage(program, *command, release));
 

@@ -7,9 +7,10 @@ void addBus(CLI::App& app, Bus::Which& target) {
         "--user", [&target] { target = Bus::Which::Session; }, "Use the bus of your session, not the system's");
 }
 
-void addServed(CLI::App& app, ServedChoice& target) {
-    app.add_option("--device", target.device, "The surface, where several are served (such as /dev/hidraw0)")
-        ->type_name("DEVICE");
+void addServed(App& app, ServedChoice& target) {
+    CLI::Option* option =
+        app.add_option("--device", target.device, "The surface, where several are served (such as /dev/hidraw0)");
+    app.offer(option, hidrawNodes())->type_name("DEVICE");
     addBus(app, target.bus);
 }
 

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "Velto/Daemon/Bus/Names.h"
+#include "Velto/Options/App.h"
 
 #include <string>
-
-#include <CLI/CLI.hpp>
 
 // Options of the commands that meet on the message bus.
 
@@ -20,6 +19,6 @@ struct ServedChoice {
 };
 
 // --device DEVICE and --user.
-void addServed(CLI::App& app, ServedChoice& target);
+void addServed(App& app, ServedChoice& target);
 
 } // namespace VeltoTouch::Velto

@@ -1,11 +1,10 @@
 #pragma once
 
+#include "Velto/Options/App.h"
 #include "Velto/Options/Settings.h"
 
 #include <string>
 #include <vector>
-
-#include <CLI/CLI.hpp>
 
 // Options and arguments for properties of the service. What the pipeline has no use for is wrong usage, before anything
 // is read or written.
@@ -13,11 +12,11 @@
 namespace VeltoTouch::Velto {
 
 // --set KEY=VALUE, any number of times; as an argument, KEY=VALUE... The help lists the settings.
-CLI::Option* addSettings(CLI::App& app, std::vector<Setting>& target, KeyScope scope, const std::string& description);
-CLI::Option* addSettingArguments(CLI::App& app, std::vector<Setting>& target, const std::string& description);
+CLI::Option* addSettings(App& app, std::vector<Setting>& target, KeyScope scope, const std::string& description);
+CLI::Option* addSettingArguments(App& app, std::vector<Setting>& target, const std::string& description);
 
 // --get KEY, any number of times; as an argument, KEY... The help lists what is only read.
-CLI::Option* addKeys(CLI::App& app, std::vector<std::string>& target, const std::string& description);
-CLI::Option* addKeyArguments(CLI::App& app, std::vector<std::string>& target, const std::string& description);
+CLI::Option* addKeys(App& app, std::vector<std::string>& target, const std::string& description);
+CLI::Option* addKeyArguments(App& app, std::vector<std::string>& target, const std::string& description);
 
 } // namespace VeltoTouch::Velto

@@ -8,7 +8,9 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-std::string keyOf(const SettingRow& row) { return fullKeyOf(row) + (row.is<SettingRow::Factors>() ? ".N" : ""); }
+constexpr const char* kAnyFactor = ".N";
+
+std::string keyOf(const SettingRow& row) { return fullKeyOf(row) + (row.is<SettingRow::Factors>() ? kAnyFactor : ""); }
 
 // "a whole number from 0 to 4294967295 (default: 500)".
 std::string valuesOf(const SettingRow& row) {
@@ -17,11 +19,6 @@ std::string valuesOf(const SettingRow& row) {
         return fmt::format("{}, for each N from 0 to {}", wanted, kGroupCount - 1);
     const Ref<Value> value = defaultOf({.row = row, .factor = 0});
     return value ? fmt::format("{} (default: {})", wanted, shortText(value.get())) : wanted;
-}
-
-void addList(CLI::App& app, const std::string& list) {
-    const std::string before = app.get_footer();
-    app.footer(before.empty() ? list : before + "\n" + list);
 }
 
 void addListed(std::vector<ListedProperty>& properties, const FoundSetting& setting, const std::string& key) {
@@ -62,18 +59,29 @@ std::vector<std::string> readableKeys() {
     return keys;
 }
 
-void addSettingList(CLI::App& app) {
-    std::string list = "Settings:\n";
+HelpList settingList() {
+    HelpList list{.heading = "Settings", .entries = {}, .remarks = {}};
     for (const SettingRow& row : kSettingRows)
-        list += fmt::format("  {}\n      {}\n      {}\n", keyOf(row), row.meaning, valuesOf(row));
-    addList(app, list);
+        list.entries.push_back({.term = keyOf(row), .text = fmt::format("{}\n{}", row.meaning, valuesOf(row))});
+    return list;
 }
 
-void addPropertyList(CLI::App& app) {
-    std::string list = "Properties:\n";
+HelpList propertyList() {
+    HelpList list{.heading = "Properties", .entries = {}, .remarks = {}, .textColumn = 28};
     for (const PropertyRow& row : kPropertyRows)
-        list += fmt::format("  {:<26}{}\n", row.key, row.meaning);
-    addList(app, list);
+        list.entries.push_back({.term = std::string(row.key), .text = std::string(row.meaning)});
+    return list;
+}
+
+Candidates keyCandidates(const std::vector<std::string>& keys, const std::string& end) {
+    Candidates candidates;
+    for (const std::string& key : keys) {
+        if (key.ends_with(kAnyFactor))
+            candidates.openings.push_back(key.substr(0, key.size() - 1));
+        else
+            (end.empty() ? candidates.words : candidates.openings).push_back(key + end);
+    }
+    return candidates;
 }
 
 std::vector<ListedProperty> listedProperties() {

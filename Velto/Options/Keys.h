@@ -1,12 +1,11 @@
 #pragma once
 
 #include "Platform/Value.h"
+#include "Velto/Options/App.h"
 
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <CLI/CLI.hpp>
 
 // The keys of the service's properties, for help, completion, lists and suggestions. The key of a factor has N in place
 // of its number, but in a list of properties.
@@ -19,9 +18,12 @@ namespace VeltoTouch::Velto {
 // A value as people write it: compact JSON, but what is a float has no more digits than a float needs.
 [[nodiscard]] std::string shortText(const Value* value);
 
-// Add lists at the end of the help.
-void addSettingList(CLI::App& app);
-void addPropertyList(CLI::App& app);
+// Lists at the end of the help.
+[[nodiscard]] HelpList settingList();
+[[nodiscard]] HelpList propertyList();
+
+// Keys with `end` behind them; of a factor's key what stands before its number.
+[[nodiscard]] Candidates keyCandidates(const std::vector<std::string>& keys, const std::string& end);
 
 // A property with what is known of it beforehand.
 struct ListedProperty {

@@ -5,10 +5,11 @@
 namespace VeltoTouch::Velto {
 namespace {
 
+constexpr const char* kMax = "max";                            // in place of a number
 constexpr std::chrono::duration<double> kLongestDuration{1e9}; // 31 years
 
 float parseSpeed(const std::string& text) {
-    if (text == "max")
+    if (text == kMax)
         return std::numeric_limits<float>::infinity();
     float speed = 0;
     if (!CLI::detail::lexical_cast(text, speed) || !(speed > 0.0F))
@@ -28,13 +29,13 @@ std::optional<std::chrono::microseconds> parseDuration(const std::string& text) 
 
 } // namespace
 
-void addSpeed(CLI::App& app, float& target, const std::string& description) {
-    app.add_option_function<std::string>(
-           "--speed", [&target](const std::string& text) { target = parseSpeed(text); }, description)
-        ->type_name("N|max");
+void addSpeed(App& app, float& target, const std::string& description) {
+    CLI::Option* option = app.add_option_function<std::string>(
+        "--speed", [&target](const std::string& text) { target = parseSpeed(text); }, description);
+    app.offer(option, {.words = {kMax}, .openings = {}, .filePrefixes = {}, .patterns = {}})->type_name("N|max");
 }
 
-CLI::Option* addDuration(CLI::App& app, std::optional<std::chrono::microseconds>& target) {
+CLI::Option* addDuration(App& app, std::optional<std::chrono::microseconds>& target) {
     return app
         .add_option_function<std::string>(
             "--duration", [&target](const std::string& text) { target = parseDuration(text); },

@@ -1,19 +1,19 @@
 #pragma once
 
+#include "Velto/Options/App.h"
+
 #include <chrono>
 #include <optional>
 #include <string>
-
-#include <CLI/CLI.hpp>
 
 // Options that the commands share that play something.
 
 namespace VeltoTouch::Velto {
 
 // --speed N|max: a factor on the pace, above 0; max is infinity.
-void addSpeed(CLI::App& app, float& target, const std::string& description);
+void addSpeed(App& app, float& target, const std::string& description);
 
 // --duration S: seconds above 0. Unset, and for a lifetime and more, the target is empty.
-CLI::Option* addDuration(CLI::App& app, std::optional<std::chrono::microseconds>& target);
+CLI::Option* addDuration(App& app, std::optional<std::chrono::microseconds>& target);
 
 } // namespace VeltoTouch::Velto

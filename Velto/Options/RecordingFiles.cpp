@@ -61,10 +61,20 @@ PipelineRecording loadRecording(const std::string& file) {
     return recording;
 }
 
-void addRecordings(CLI::App& app, std::vector<std::string>& target) {
-    app.add_option("PATH", target, "Recordings, and folders for all *.json files below them; - is the standard input")
-        ->type_name("")
-        ->required();
+void addRecordings(App& app, std::vector<std::string>& target) {
+    CLI::Option* option = app.add_option(
+        "PATH", target, "Recordings, and folders for all *.json files below them; - is the standard input");
+    app.offer(option, fileNames())->type_name("")->required();
+}
+
+void addRecording(App& app, std::string& target) {
+    CLI::Option* option = app.add_option("FILE", target, "Recording of any version; - is the standard input");
+    app.offer(option, fileNames())->type_name("")->required();
+}
+
+void addOutput(App& app, std::string& target) {
+    CLI::Option* option = app.add_option("-o", target, "Where to write (default: standard output)");
+    app.offer(option, fileNames())->type_name("OUT");
 }
 
 int forEachRecording(const std::vector<std::string>& paths, const std::string& work,

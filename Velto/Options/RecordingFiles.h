@@ -1,12 +1,11 @@
 #pragma once
 
 #include "Plugin/Recording/PipelineRecording.h"
+#include "Velto/Options/App.h"
 
 #include <functional>
 #include <string>
 #include <vector>
-
-#include <CLI/CLI.hpp>
 
 // Recordings as the command line names them.
 
@@ -17,7 +16,13 @@ namespace VeltoTouch::Velto {
 [[nodiscard]] PipelineRecording loadRecording(const std::string& file);
 
 // PATH...: recordings and folders of recordings.
-void addRecordings(CLI::App& app, std::vector<std::string>& target);
+void addRecordings(App& app, std::vector<std::string>& target);
+
+// FILE: one recording.
+void addRecording(App& app, std::string& target);
+
+// -o OUT: the file to write. Unset, the target is empty, which is the standard output.
+void addOutput(App& app, std::string& target);
 
 // Handles each recording as `forEachFile` does. A folder stands for its *.json files and those of its subfolders, in
 // byte order of their paths, which begin with the folder as it was given; links to folders are not followed. A folder

@@ -40,7 +40,11 @@ Setting parseSetting(std::string_view text, KeyScope scope) {
     return setting;
 }
 
-void requireReadable(const std::string& key) { require(judgeRead(key), key, readableKeys()); }
+void requireReadable(const std::string& key) {
+    if (key.empty())
+        refuse("a key is wanted");
+    require(judgeRead(key), key, readableKeys());
+}
 
 void warnOfDoubtfulSettings(const std::vector<Setting>& settings) {
     for (const Setting& setting : settings) {

@@ -8,12 +8,12 @@
 
 namespace VeltoTouch::Velto {
 
-// " (did you mean 'info'?)" for a mistyped word, or for a part of a longer one: the candidate that it fits into with
-// the fewest edits, each a letter that is added, missing, wrong or exchanged with its neighbour. Empty where no
-// candidate is near, or the word is one.
+// " (did you mean 'info'?)" for a mistyped word: the candidate with the fewest edits to it, each a letter that is
+// added, missing, wrong or exchanged with its neighbour. At most a third of the letters differ, unless the word is the
+// beginning of the candidate; a key's domains may be left out. Empty where no candidate is near, or the word is one.
 [[nodiscard]] std::string didYouMean(std::string_view word, const std::vector<std::string>& candidates);
 
-// "unknown command 'foo' (did you mean 'info'?)".
+// "unknown command 'ifno' (did you mean 'info'?)".
 [[nodiscard]] std::string unknown(std::string_view what, std::string_view word,
                                   const std::vector<std::string>& candidates);
 
