@@ -222,7 +222,7 @@ void reportsToCallback(benchmark::State& state, int readers) {
         const io_service_t registered = registerDevice(device);
         Times callbacks; // the queue's alone, until it is drained
         HostedService service(VeltoTouchHIDServiceFactory, registered, nullptr,
-                              [&](const Ref<HIDEvent>&) { callbacks.push_back(mach_absolute_time()); });
+                              [&](const Gesture&) { callbacks.push_back(mach_absolute_time()); });
         std::atomic<bool> isOver{false};
         std::vector<std::thread> threads;
         for (int reader = 0; reader < readers; ++reader) {
@@ -294,7 +294,7 @@ void TwoMillionReports(benchmark::State& state) {
         for (const std::size_t count : {kFirst, kRest}) {
             const auto device = makeRef<FastDevice>(reports, count);
             const io_service_t registered = registerDevice(device);
-            HostedService service(VeltoTouchHIDServiceFactory, registered, nullptr, [](const Ref<HIDEvent>&) {});
+            HostedService service(VeltoTouchHIDServiceFactory, registered, nullptr, [](const Gesture&) {});
             const std::uint64_t start = mach_absolute_time();
             service.schedule();
             device->waitUntilSent();

@@ -124,8 +124,8 @@ TEST_F(AccelSystemTest, ClientMatchesByAllEntriesAndNamesTheSender) {
     Ref<HIDEventSystemClient> client = IOHIDEventSystemClientCreateWithType(nullptr, 1, nullptr);
     const auto servicesWith = [&](std::vector<Dictionary::Entry> entries) {
         IOHIDEventSystemClientSetMatching(client.get(), makeRef<Dictionary>(std::move(entries)).get());
-        std::vector<HIDEventService*> services;
-        for (const Ref<HIDEventService>& service : IOHIDEventSystemClientCopyServices(client.get()))
+        std::vector<HIDServiceClient*> services;
+        for (const Ref<HIDServiceClient>& service : IOHIDEventSystemClientCopyServices(client.get()))
             services.push_back(service.get());
         return services;
     };

@@ -1,4 +1,5 @@
 #include "Platform/JSON.h"
+#include "Platform/Testing/LogCapture.h"
 #include "Tests/Support/TouchFixture.h"
 
 namespace VeltoTouch::Tests {

@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using enum Region;
+using enum PixelRegion;
 
 // Keeps what is done with keys, as "+Up" and "-Up".
 class WrittenKeys final : public KeyOutput {
