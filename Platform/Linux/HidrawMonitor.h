@@ -27,9 +27,9 @@ public:
 
     // Readable when there are changes to read.
     [[nodiscard]] int descriptor() const noexcept;
-    // Reads the changes without waiting: calls a handler once for each node that was added and for each that was removed.
-    // A device that is plugged in again is a new node, whatever its path, and the removal of the old one is reported
-    // first. A node that is added and removed between two calls is not reported.
+    // Reads the changes without waiting: calls a handler once for each node that was added and for each that was
+    // removed. A device that is plugged in again is a new node, whatever its path, and the removal of the old one is
+    // reported first. A node that is added and removed between two calls is not reported.
     void readNews(const Handler& added, const Handler& removed);
 
 private:

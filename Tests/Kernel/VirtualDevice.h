@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/HIDDevice.h"
 #include "Platform/FileDescriptor.h"
+#include "Platform/HIDDevice.h"
 #include "Tests/Kernel/KernelNews.h"
 #include "Velto/Surface/ReportDescriptor.h"
 
