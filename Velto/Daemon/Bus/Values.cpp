@@ -2,10 +2,8 @@
 
 #include "Platform/JSON.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <utility>
 #include <vector>
 
