@@ -5,8 +5,8 @@
 #include <functional>
 
 // The subcommands of `velto`. Each `make...Command` adds its subcommand with options and help to the program and
-// gives what runs it; the options live as long as the runner. A runner returns the exit status: 0, or 1 when
-// something failed and was told on standard error. An exception that leaves it is told by the program.
+// returns its runner, which owns the options. A runner returns the exit status: 0, or 1 if something failed and was
+// reported on standard error. The program reports an exception that leaves it.
 
 namespace VeltoTouch::Velto {
 
@@ -28,7 +28,7 @@ struct Command {
 [[nodiscard]] Command makeSetCommand(App& program);
 [[nodiscard]] Command makeWatchCommand(App& program);
 [[nodiscard]] Command makeRecordCommand(App& program);
-// Made last: it offers the other commands.
+// Added last: it completes the other commands' names.
 [[nodiscard]] Command makeHelpCommand(App& program);
 
 } // namespace VeltoTouch::Velto

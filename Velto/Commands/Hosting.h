@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-// What the commands share that host the plug-in for a device.
+// Shared by the commands that host the plug-in for a device.
 
 namespace VeltoTouch::Velto {
 
@@ -18,7 +18,7 @@ CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& descri
 // --plugin PATH. Unset, the target is empty.
 void addPlugIn(App& app, std::string& target);
 
-// Does a part of the work; what fails is told under the subject's name.
+// Does a part of the work. A failure is reported under the subject's name.
 template <class Work>
 auto about(const std::string& subject, const Work& work) {
     try {
@@ -28,8 +28,8 @@ auto about(const std::string& subject, const Work& work) {
     }
 }
 
-// A service from the plug-in in this folder that is open on the device; an empty path is the program's own plug-in.
-// Throws std::runtime_error under the plug-in's name.
+// Opens a service of the plug-in in this folder on the device; an empty path means the program's own plug-in. Throws
+// std::runtime_error under the plug-in's name.
 [[nodiscard]] HostedService openService(const std::string& plugIn, const Surface::ConnectedDevice& device,
                                         const HostedService::GestureHandler& gestureHandler);
 

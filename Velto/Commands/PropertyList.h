@@ -7,15 +7,15 @@
 
 namespace VeltoTouch::Velto {
 
-// A listed property and what was read under its key; nil where nothing was.
+// A listed property and the value under its key; nil if there is none.
 struct ReadProperty {
     ListedProperty property;
     Ref<Value> value;
 };
 
-// A line of JSON for each.
+// One line of JSON per property.
 [[nodiscard]] std::string propertyLines(const std::vector<ReadProperty>& properties);
-// Columns for people: a row for each, one for each member of a dictionary.
+// Columns for people: one row per property, one per member of a dictionary.
 [[nodiscard]] std::string propertyTable(const std::vector<ReadProperty>& properties);
 
 } // namespace VeltoTouch::Velto

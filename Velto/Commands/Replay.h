@@ -28,7 +28,7 @@ public:
         HostTime duration{}; // from the first frame to the last
     };
 
-    // What interrupts the images.
+    // An interruption of the images.
     struct Disturbance {
         enum class Kind { InvalidReport, Gap, Reset };
         Kind kind;
@@ -38,7 +38,7 @@ public:
         std::span<const std::uint8_t> report = {};   // the invalid one
     };
 
-    // The handlers run within the pipeline and must not throw; what may is done in `frameDone`.
+    // The handlers run within the pipeline and must not throw; work that may throw belongs into `frameDone`.
 
     // Called for each gesture, in order; its time is since the start of playback.
     std::function<void(const Gesture& gesture)> gestureHandler;

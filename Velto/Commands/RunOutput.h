@@ -14,13 +14,13 @@
 
 namespace VeltoTouch::Velto {
 
-// What `velto run` writes to the standard output: as JSON Lines or as a table for people. Begun and ended on one
-// thread, told of the gestures between on another.
+// The standard output of `velto run`, as JSON Lines or as a table for people. Begun and ended on one thread; gestures
+// arrive in between on another.
 class RunOutput {
 public:
     using Property = std::pair<std::string, Ref<Value>>; // never nil
 
-    // What is known at the end of a run.
+    // The figures at the end of a run.
     struct Ending {
         HostTime duration{}; // since the start of scheduling
         std::uint64_t reports = 0;
@@ -29,14 +29,14 @@ public:
         Ref<Value> eventStats;
     };
 
-    // `failureHandler` is called when a gesture cannot be written, on that thread.
+    // `failureHandler` is called if a gesture cannot be written, on the thread that tried.
     RunOutput(bool asLines, const DeviceChoice& device, std::function<void()> failureHandler);
 
     // Throws what writeStandardOutput does.
     void begin();
-    // Shows a gesture, at once. The first failure is kept; later gestures are only counted.
+    // Writes a gesture immediately. The first failure is kept; later gestures are only counted.
     void add(const Gesture& gesture) noexcept;
-    // Throws what could not be written, now or before.
+    // Throws the first failure, of now or before.
     void end(const Ending& ending);
 
 private:

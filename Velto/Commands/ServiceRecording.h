@@ -7,11 +7,11 @@
 #include <string>
 
 // The recording that a service keeps, as `velto run` and `velto record` save it. It is bounded to the newest
-// kMaxRecordedFrames reports and metadata frames; whoever saves it says what that took away.
+// kMaxRecordedFrames reports and metadata frames; a command that saves it reports what is missing.
 
 namespace VeltoTouch::Velto {
 
-// What is in a recording. Times are of the host's clock.
+// The contents of a recording. Times are of the host's clock.
 struct RecordedExtent {
     std::uint64_t reports = 0;
     std::uint64_t metadata = 0;

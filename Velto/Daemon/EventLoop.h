@@ -13,11 +13,11 @@
 
 namespace VeltoTouch {
 
-// The loop of a program that goes on until it is stopped: descriptors, timers, blocks from other threads, and the bus.
-// Where the system's manager keeps a watchdog on the program, the loop feeds it as long as it goes round.
+// The loop of a program that runs until it is stopped: descriptors, timers, blocks from other threads, and the bus. If
+// the system's service manager has set a watchdog for the program, the loop feeds it.
 //
-// Made, used, run once and destroyed on one thread, but for what says otherwise. Handlers and blocks are only called by
-// the run. Errors of the system are std::system_error.
+// Constructed, used, run once and destroyed on one thread, except where noted. Handlers and blocks are called only by
+// `run`. System errors are thrown as std::system_error.
 class EventLoop {
 public:
     using Handler = std::function<void()>;
@@ -27,18 +27,18 @@ public:
     EventLoop& operator=(const EventLoop&) = delete;
     ~EventLoop();
 
-    // Calls the handler each time when there is something to read; the descriptor stays its owner's.
+    // Calls the handler whenever there is something to read. The caller keeps the descriptor.
     void addDescriptor(int descriptor, Handler handler);
-    // Calls the handler at least so long after the call before.
+    // Calls the handler again and again, at least `interval` after the previous call.
     void addTimer(std::chrono::microseconds interval, Handler handler);
 
-    // Runs a block on the loop's thread, after those that were posted before. Any thread; never waits. Blocks that have
-    // not run when the loop goes never do.
+    // Runs a block on the loop's thread after those posted before. Does not wait. Blocks that have not run when the
+    // loop is destroyed are dropped. Any thread.
     void post(Handler block);
 
-    // Until `stop`, at most so long. Throws what a handler or block throws.
+    // Runs until `stop`, at most `longest`. Throws what a handler or block throws.
     void run(std::optional<std::chrono::microseconds> longest = {});
-    // Ends the run, also one to come, after what was posted before. Any thread.
+    // Ends the run, or the next one, after the blocks posted before. Any thread.
     void stop();
 
     [[nodiscard]] sd_event* handle() const noexcept { return _loop.get(); }

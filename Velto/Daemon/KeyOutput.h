@@ -4,7 +4,7 @@
 
 namespace VeltoTouch {
 
-// Where key presses go. Keys have the kernel's numbers (KEY_... of linux/input-event-codes.h).
+// Receives key presses. Keys have the kernel's numbers (KEY_... of linux/input-event-codes.h).
 class KeyOutput {
 public:
     KeyOutput() = default;
@@ -12,7 +12,7 @@ public:
     KeyOutput& operator=(const KeyOutput&) = delete;
     virtual ~KeyOutput() = default;
 
-    // Throws std::system_error where the key cannot be passed on.
+    // Throws std::system_error if the key cannot be passed on.
     virtual void setKey(std::uint16_t key, bool isPressed) = 0;
 };
 

@@ -28,16 +28,16 @@ namespace VeltoTouch {
 //   may begin, hold end, cancel,           releases it
 //   firmware reset
 //
-// What a hold is for is decided where it starts. One that started on play-pause keeps the assistant's key wherever it
-// moves, and a slide over the volume that crosses play-pause does not call the assistant on its way.
+// The region where a hold starts decides what it is for. A hold that started on play-pause keeps the assistant's key
+// wherever it moves, and a volume slide that crosses play-pause does not call the assistant.
 //
-// On one thread at a time. What the output throws is passed on; the key it was about counts as released then.
+// One thread at a time. Throws what the output throws; the key then counts as released.
 class MediaKeys {
 public:
-    // All that are ever pressed.
+    // All keys that are ever pressed.
     static constexpr std::array<std::uint16_t, 4> kKeys{KEY_PLAYPAUSE, KEY_VOLUMEDOWN, KEY_VOLUMEUP, KEY_ASSISTANT};
 
-    // `output` outlives this, which releases nothing by itself when it goes.
+    // `output` outlives this. The destructor releases no key.
     explicit MediaKeys(KeyOutput& output) noexcept : _output(output) {}
 
     void handle(const Gesture& gesture);

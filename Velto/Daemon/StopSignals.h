@@ -5,18 +5,18 @@
 
 namespace VeltoTouch {
 
-// SIGINT and SIGTERM stop a loop. Made before the program has other threads, which take over that the signals are
-// blocked.
+// Stops a loop on SIGINT and SIGTERM. Constructed before the program has other threads, which inherit the blocked
+// signals.
 class StopSignals {
 public:
-    // `loop` is not run after this has gone. Throws std::system_error.
+    // `loop` must not run after this is destroyed. Throws std::system_error.
     explicit StopSignals(EventLoop& loop);
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;
     ~StopSignals() = default;
 
-    // The program is ending: from here on, the second signal of all ends it at once, should it be stuck. The first
-    // still has no other effect.
+    // Called when the program is ending: from here on the second signal in all ends it immediately, in case it is
+    // stuck.
     void beginEnd() noexcept;
 
 private:

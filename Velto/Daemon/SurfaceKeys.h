@@ -9,22 +9,22 @@
 
 namespace VeltoTouch {
 
-// The media keys of a surface that is served. Gestures come on the host's queue, everything else from other threads.
+// The media keys of a served surface. Gestures arrive on the host's queue, all other calls on other threads.
 class SurfaceKeys {
 public:
-    // `output` outlives this. `deliveredReports`: of the surface, so far; any thread. `failureHandler` is called when a
-    // key cannot be passed on, on that thread.
+    // `output` outlives this. `deliveredReports` returns the surface's reports so far, on any thread. `failureHandler`
+    // is called if a key cannot be passed on, on the thread that tried.
     SurfaceKeys(KeyOutput& output, std::function<std::uint64_t()> deliveredReports,
                 std::function<void()> failureHandler);
 
-    // The first failure is kept for the end; no key is pressed after it.
+    // Keeps the first failure for the end; no key is pressed after it.
     void handle(const Gesture& gesture) noexcept;
 
-    // To be called every now and then: where no report has come since the call before, it releases what is pressed. A
-    // surface that is touched reports all the time; one that falls silent has no end of a hold to tell of.
+    // Called at intervals: releases the pressed key if no report has arrived since the previous call. A touched surface
+    // reports all the time; one that falls silent will not report the end of a hold.
     void releaseIfSilent() noexcept;
 
-    // After the last gesture. Throws what failed, now or before.
+    // Called after the last gesture. Throws the first failure, of now or before.
     void end();
 
 private:

@@ -10,15 +10,15 @@ struct libevdev_uinput;
 
 namespace VeltoTouch {
 
-// A keyboard that the kernel shows to everyone as it does a real one (/dev/uinput). When it goes, or its program ends
-// in whatever way, the kernel releases its keys. On one thread at a time.
+// A virtual keyboard of the kernel (/dev/uinput), which programs see like a real one. The kernel releases its keys when
+// this is destroyed or the program ends, however it ends. One thread at a time.
 class UinputKeyboard final : public KeyOutput {
 public:
-    // A keyboard with so many keys. Throws std::system_error where the kernel makes none; the right to write to
-    // /dev/uinput is needed.
+    // Creates a keyboard with these keys. Throws std::system_error if the kernel refuses; needs the right to write to
+    // /dev/uinput.
     UinputKeyboard(const std::string& name, std::span<const std::uint16_t> keys);
 
-    // A key that the keyboard does not have is dropped by the kernel.
+    // The kernel drops a key that the keyboard does not have.
     void setKey(std::uint16_t key, bool isPressed) override;
 
 private:

@@ -15,17 +15,17 @@ namespace VeltoTouch {
 //                "HIDMatching": {property: value, ...} of the devices that the service is for}
 class Bundle {
 public:
-    // Reads the manifest. Throws std::runtime_error with what is wrong with it.
+    // Reads the manifest. Throws std::runtime_error with its fault.
     explicit Bundle(std::string folder);
 
-    // The properties that a device must have for the service.
+    // Returns the properties that a device must have for the service.
     [[nodiscard]] CFDictionaryRef matching() const noexcept { return _matching.get(); }
-    // Whether it has them all.
+    // Returns whether the device has them all.
     [[nodiscard]] bool matches(HIDDeviceBackend& device) const;
 
     // Loads the module and finds its factory for HID services. The module stays loaded until the process ends: code of
-    // its own may still be queued or running when the last service has gone. Throws std::runtime_error with what is
-    // wrong with it.
+    // its own may still be queued or running after the last service is released. Throws std::runtime_error with the
+    // fault.
     [[nodiscard]] CFPlugInFactoryFunction loadFactory() const;
 
 private:

@@ -8,8 +8,7 @@
 #include <optional>
 #include <string_view>
 
-// What a host reads in the events of the touch service. An event becomes a `Gesture` here, once; nothing above knows
-// events.
+// Gestures of the touch service. An event is translated into a `Gesture` here, once; no room above knows events.
 
 namespace VeltoTouch {
 
@@ -23,10 +22,10 @@ struct Gesture {
     HostTime time{};         // of its report
 };
 
-// Nothing for an event that is no gesture of the surface.
+// Returns nothing for an event that is no gesture of the surface.
 [[nodiscard]] std::optional<Gesture> gestureOf(const HIDEvent& event) noexcept;
 
-// The members of the event that a gesture was: they follow from kind and region.
+// The members of a gesture's event, which follow from kind and region.
 struct EventMembers {
     std::uint32_t phase;
     std::uint32_t eventMask;
@@ -38,7 +37,7 @@ struct EventMembers {
 
 // mayBegin, holdStart, ...
 [[nodiscard]] std::string_view nameOf(GestureKind kind) noexcept;
-// None for any other name.
+// Returns nothing for any other name.
 [[nodiscard]] std::optional<GestureKind> gestureKindCalled(std::string_view name) noexcept;
 
 } // namespace VeltoTouch

@@ -16,7 +16,7 @@ namespace VeltoTouch {
 //   unscheduleFromDispatchQueue, draining the queue                    unschedule
 //   close, Stop, Release of both handles                               stop
 //
-// Made, scheduled and stopped on one thread; properties from any thread until it is stopped.
+// Constructed, scheduled and stopped on one thread. Properties: any thread, until it is stopped.
 class HostedService {
 public:
     // Called on the host's queue, one gesture after the other, in the order of their events; short, as the queue is an
@@ -31,16 +31,16 @@ public:
     HostedService& operator=(const HostedService&) = delete;
     ~HostedService() { stop(); }
 
-    // Nil where the service has no such property.
+    // Returns nil if the service has no such property.
     [[nodiscard]] Ref<Value> copyProperty(const std::string& key) const;
-    // Whether the value was taken.
+    // Returns whether the value was taken.
     [[nodiscard]] bool setProperty(const std::string& key, const Ref<Value>& value) const;
 
-    // Events begin. Once.
+    // Starts the events. Called once.
     void schedule();
-    // No event comes once this has returned; all that were under way have come. Properties can still be read.
+    // Stops the events: those under way are delivered before this returns, none after. Properties can still be read.
     void unschedule() noexcept;
-    // Ends whatever has begun, in the order above. Nothing more to be done is done.
+    // Undoes what was begun, in the order above. Idempotent.
     void stop() noexcept;
 
 private:

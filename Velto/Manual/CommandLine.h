@@ -5,7 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
-// The command line as its description tells it, in the order of the help.
+// The command line's options and arguments, in the order of the help.
 
 namespace VeltoTouch::Velto::Manual {
 

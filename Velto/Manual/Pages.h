@@ -6,7 +6,7 @@
 
 namespace VeltoTouch::Velto::Manual {
 
-// What a page tells of the release it belongs to.
+// The release that a page belongs to.
 struct Release {
     std::string version;
     std::string date; // year-month-day

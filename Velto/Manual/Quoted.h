@@ -9,7 +9,7 @@
 
 namespace VeltoTouch::Velto::Manual {
 
-// A word as both shells read it back: in quotes where it needs them.
+// Quotes a word for both shells, if it needs quotes.
 [[nodiscard]] inline std::string quoted(const std::string& word) {
     const auto isPlain = [](char character) {
         return std::isalnum(static_cast<unsigned char>(character)) != 0 ||

@@ -6,7 +6,7 @@
 
 namespace VeltoTouch::Velto::Manual {
 
-// Text for a manual page that shows as it is. Dashes stay such as a shell takes them.
+// Escapes text for a manual page. Dashes stay those that a shell takes.
 [[nodiscard]] std::string escaped(std::string_view text);
 [[nodiscard]] std::string bold(std::string_view text);
 [[nodiscard]] std::string italic(std::string_view text);

@@ -5,17 +5,17 @@
 
 #include <string>
 
-// Options of the commands that meet on the message bus.
+// Options of the commands that use the message bus.
 
 namespace VeltoTouch::Velto {
 
 // --user: the bus of the user's session in place of the system's.
 void addBus(CLI::App& app, Bus::Which& target);
 
-// Which of the surfaces that are served.
+// Selects one of the served surfaces.
 struct ServedChoice {
     Bus::Which bus = Bus::Which::System;
-    std::string device; // as it is served, such as /dev/hidraw0 or sim; empty: the only one
+    std::string device; // the served name, such as /dev/hidraw0 or sim; empty: the only one
 };
 
 // --device DEVICE and --user.

@@ -32,7 +32,7 @@ struct DeviceChoice {
     [[nodiscard]] std::string file() const;
     // Whether its reports are made up or recorded, and have a pace to be changed.
     [[nodiscard]] bool isPlayed() const noexcept;
-    // What messages name.
+    // Returns the name that messages use.
     [[nodiscard]] std::string subject() const { return file().empty() ? name : file(); }
 };
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-// Options and arguments for properties of the service. What the pipeline has no use for is wrong usage, before anything
-// is read or written.
+// Options and arguments for properties of the service. A key or value that the pipeline does not accept is wrong usage,
+// reported before anything is read or written.
 
 namespace VeltoTouch::Velto {
 

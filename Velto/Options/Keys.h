@@ -15,26 +15,26 @@ namespace VeltoTouch::Velto {
 [[nodiscard]] std::vector<std::string> writableKeys();
 [[nodiscard]] std::vector<std::string> readableKeys();
 
-// A value as people write it: compact JSON, but what is a float has no more digits than a float needs.
+// Returns a value as people write it: compact JSON, a float with no more digits than it needs.
 [[nodiscard]] std::string shortText(const Value* value);
 
 // Lists at the end of the help.
 [[nodiscard]] HelpList settingList();
 [[nodiscard]] HelpList propertyList();
 
-// Keys with `end` behind them; of a factor's key what stands before its number.
+// Returns the keys, each followed by `end`; a factor's key without its number.
 [[nodiscard]] Candidates keyCandidates(const std::vector<std::string>& keys, const std::string& end);
 
-// A property with what is known of it beforehand.
+// A property and what is known of it without reading it.
 struct ListedProperty {
     std::string key;
     std::string_view type;
     std::string_view range;
     std::string_view bounds; // the range as JSON
-    Ref<Value> defaultValue; // nil for what is no setting, and for an action
+    Ref<Value> defaultValue; // nil for an action and for anything but a setting
     bool isRead;             // there is a value
 };
-// Each setting, and what is small of the rest and costs the device nothing.
+// Returns every setting, and of the other properties those that are small and do not ask the device.
 [[nodiscard]] std::vector<ListedProperty> listedProperties();
 [[nodiscard]] std::vector<std::string> unlistedKeys();
 

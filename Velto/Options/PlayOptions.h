@@ -6,14 +6,14 @@
 #include <optional>
 #include <string>
 
-// Options that the commands share that play something.
+// Options of the commands that play something.
 
 namespace VeltoTouch::Velto {
 
 // --speed N|max: a factor on the pace, above 0; max is infinity.
 void addSpeed(App& app, float& target, const std::string& description);
 
-// --duration S: seconds above 0. Unset, and for a lifetime and more, the target is empty.
+// --duration S: seconds above 0. The target is empty if it is not given or longer than 31 years.
 CLI::Option* addDuration(App& app, std::optional<std::chrono::microseconds>& target);
 
 } // namespace VeltoTouch::Velto

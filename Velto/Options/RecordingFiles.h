@@ -11,8 +11,7 @@
 
 namespace VeltoTouch::Velto {
 
-// Reads a recording and brings its frames into the order of time. Throws what readFile and the recording's reader
-// throw.
+// Reads a recording and sorts its frames by time. Throws what readFile and the recording's reader throw.
 [[nodiscard]] PipelineRecording loadRecording(const std::string& file);
 
 // PATH...: recordings and folders of recordings.

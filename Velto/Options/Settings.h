@@ -8,8 +8,8 @@
 
 namespace VeltoTouch::Velto {
 
-// A setting as given on the command line, KEY=VALUE. KEY is a full property key; VALUE is JSON, or a string where
-// it is no JSON.
+// A setting as given on the command line, KEY=VALUE. KEY is a full property key; VALUE is JSON, or a
+// string if it is no JSON.
 struct Setting {
     std::string key;
     Ref<Value> value;
@@ -18,12 +18,12 @@ struct Setting {
 // Whose keys a command takes: the pipeline's alone, or the device's too.
 enum class KeyScope { Pipeline, Service };
 
-// Throw std::invalid_argument, with what is wanted instead, where there is no "=" behind a key, and for a key or a
-// value that the pipeline has no use for.
+// Throw std::invalid_argument, with what is wanted instead, if there is no "=" after a key, and for a key or a value
+// that the pipeline does not accept.
 [[nodiscard]] Setting parseSetting(std::string_view text, KeyScope scope);
 void requireReadable(const std::string& key);
 
-// Prints on standard error which values are surely not meant.
+// Warns on standard error of values that are surely not meant.
 void warnOfDoubtfulSettings(const std::vector<Setting>& settings);
 
 } // namespace VeltoTouch::Velto

@@ -10,7 +10,7 @@ namespace VeltoTouch::Velto {
 
 // " (did you mean 'info'?)" for a mistyped word: the candidate with the fewest edits to it, each a letter that is
 // added, missing, wrong or exchanged with its neighbour. At most a third of the letters differ, unless the word is the
-// beginning of the candidate; a key's domains may be left out. Empty where no candidate is near, or the word is one.
+// beginning of the candidate; a key's domains may be left out. Empty if no candidate is near, or the word is one.
 [[nodiscard]] std::string didYouMean(std::string_view word, const std::vector<std::string>& candidates);
 
 // "unknown command 'ifno' (did you mean 'info'?)".

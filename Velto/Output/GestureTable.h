@@ -10,12 +10,12 @@
 
 namespace VeltoTouch::Velto {
 
-// Puts the gestures of touches together: one row a touch, named by how it ended.
+// Groups gestures into touches, one row each, named after how the touch ended.
 class GestureTable {
 public:
     struct Touch {
         std::string name;    // tap, hold, rejected, firmware reset
-        std::string region;  // of a moved hold all of them: "VolumeUp > VolumeDown"; empty where there is none
+        std::string region;  // of a moved hold all of them: "VolumeUp > VolumeDown"; empty if there is none
         std::uint32_t frame; // device frame at its start
         HostTime start;      // since the start of playback
         HostTime end;
@@ -28,12 +28,12 @@ public:
     // Shows a hold that the recording's end cut off.
     void finish(HostTime time);
 
-    // A hold that has not ended, or null. It lasts to its last event so far.
+    // Returns the hold in progress, lasting to its last event so far, or null.
     [[nodiscard]] const Touch* holdInProgress() const noexcept {
         return _touch && !_touch->name.empty() ? &*_touch : nullptr;
     }
 
-    // How many there were, by name and region.
+    // Returns how many there were, by name and region.
     [[nodiscard]] const std::map<std::string, std::map<std::string, std::uint64_t>>& counts() const noexcept {
         return _counts;
     }

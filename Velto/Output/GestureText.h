@@ -15,25 +15,25 @@ namespace VeltoTouch::Velto {
 // since the start.
 class GestureText {
 public:
-    // A line an event: "kind":"event". `file` is what it belongs to; empty: no file.
+    // One line per event: "kind":"event". `file` is the file it belongs to, or empty.
     [[nodiscard]] static std::unique_ptr<GestureText> eventLines(std::string_view file);
-    // A line a gesture that came over the bus: "kind":"gesture".
+    // One line per gesture received over the bus: "kind":"gesture".
     [[nodiscard]] static std::unique_ptr<GestureText> gestureLines();
-    // A row a touch, below a title, if it has one. With `showsHolds`, a hold in progress has a row that the next one
-    // overwrites on a terminal.
+    // One row per touch, below a title, if there is one. With `showsHolds`, a hold in progress has a row that the next
+    // one overwrites on a terminal.
     [[nodiscard]] static std::unique_ptr<GestureText> table(std::string_view title, bool showsHolds);
 
     GestureText(const GestureText&) = delete;
     GestureText& operator=(const GestureText&) = delete;
     virtual ~GestureText() = default;
 
-    // What stands above the gestures.
+    // Returns what stands above the gestures.
     [[nodiscard]] virtual std::string heading() const { return {}; }
-    // Appends what there is to show now.
+    // Appends what a gesture adds to the text.
     virtual void add(std::string& text, const Gesture& gesture) = 0;
-    // Appends what the end cut off.
+    // Appends a hold that the end cut off.
     virtual void finish(std::string& /*text*/, HostTime /*end*/) {}
-    // How many gestures there were.
+    // Returns how many gestures there were.
     [[nodiscard]] virtual std::string summary() const { return {}; }
 
 protected:

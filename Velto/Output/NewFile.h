@@ -8,9 +8,9 @@
 
 namespace VeltoTouch::Velto {
 
-// A file in the making, for its owner alone. Where the file system can, it has no name before it is whole; elsewhere
-// it has a temporary one. Signals wait while there is a temporary name, and none stays behind: no other thread of the
-// program takes any. `folder` must outlive the file.
+// A file being written, accessible to its owner alone. It has no name before it is whole, or a temporary one if the
+// file system does not support that. Signals are blocked while there is a temporary name, so that none is left behind;
+// no other thread of the program may take signals. `folder` must outlive the file.
 class NewFile {
 public:
     // Throws std::system_error.
@@ -21,12 +21,12 @@ public:
 
     [[nodiscard]] int descriptor() const noexcept { return _file.get(); }
 
-    // Gives it this name in the folder, in place of what has the name. Throws std::system_error.
+    // Gives the file this name in the folder, replacing what has the name. Throws std::system_error.
     void moveTo(const std::string& name);
 
 private:
     const int _folder;
-    std::optional<SignalMask> _heldSignals; // let go last
+    std::optional<SignalMask> _heldSignals; // released last
     std::string _temporaryName;             // empty: none
     FileDescriptor _file;
 };

@@ -9,22 +9,21 @@
 
 namespace VeltoTouch::Velto {
 
-// Where a path leads: a name in an open folder, which stays the same folder whatever becomes of the path.
+// The target of a path: a name in an open folder, which stays the same folder even if the path changes.
 struct Place {
-    // Follows links up to one that stands for an open descriptor. Throws std::system_error, also for a link to nothing,
-    // and std::runtime_error for another user's link in a folder where others, or a group,
-    // may write.
+    // Follows links up to one that stands for an open descriptor. Throws std::system_error, also for a dangling link,
+    // and std::runtime_error for another user's link in a folder where others, or a group, may write.
     [[nodiscard]] static Place at(const std::string& path);
 
     FileDescriptor folder; // for calls that take a folder's descriptor; it can be neither read nor synced itself
     std::string name;
     std::optional<struct stat> status; // of what has the name; none if nothing has
 
-    // Whether anybody may put files there, whose owners are then not to be trusted.
+    // Returns whether others may put files there, whose owners cannot be trusted.
     [[nodiscard]] bool isShared() const;
-    // Whether the name is a link below /proc that stands for an open descriptor, as /dev/stdout does.
+    // Returns whether the name is a link below /proc that stands for an open descriptor, as /dev/stdout does.
     [[nodiscard]] bool isOpenDescriptor() const noexcept { return status && S_ISLNK(status->st_mode); }
-    // Whether a file is to stand there: a regular one, or none yet.
+    // Returns whether the target is a regular file, or none yet.
     [[nodiscard]] bool isForFile() const noexcept { return !status || S_ISREG(status->st_mode); }
 };
 

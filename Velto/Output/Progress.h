@@ -7,11 +7,11 @@
 
 namespace VeltoTouch::Velto {
 
-// A line on standard error that shows how far a long work is; only on a terminal, and only from its second second
-// on. It is wiped when the work ends.
+// Shows the progress of long work in a line on standard error, only on a terminal and only after the first second. The
+// line is cleared when the work ends.
 class Progress {
 public:
-    // `total` is the amount of work; 0 where it is not known.
+    // `total` is the amount of work; 0 if unknown.
     Progress(std::string_view work, std::uint64_t total);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -22,7 +22,7 @@ public:
         if (_isShown && --_callsUntilLook == 0)
             look(done);
     }
-    // The same for steps that may take long.
+    // The same for steps that may be long.
     void step(std::uint64_t done) {
         if (_isShown)
             look(done);

@@ -18,7 +18,7 @@ inline void check(int result) {
         throwSystemError();
 }
 
-// Takes over what a call opened.
+// Takes ownership of the descriptor that a call opened.
 [[nodiscard]] inline FileDescriptor opened(int descriptor) {
     if (descriptor < 0)
         throwSystemError();

@@ -6,32 +6,32 @@
 #include <string_view>
 #include <vector>
 
-// What the commands say to people.
+// Messages to people.
 
 namespace VeltoTouch::Velto {
 
-// Writes one line to standard error, whatever is in the text.
+// Writes one line to standard error; control characters are escaped.
 void writeErrorLine(std::string_view text);
 
-// One line "velto: SUBJECT: MESSAGE" on standard error.
+// Writes the line "velto: SUBJECT: MESSAGE" to standard error.
 void complain(std::string_view subject, std::string_view message);
 
-// Handles each file; what a file's handler throws is told under the file's name, and the other files are still
-// handled. The exit status: 1 if any failed. A standard output that fails is passed on.
+// Handles each file. What a file's handler throws is reported under the file's name, and the other files are still
+// handled. Returns the exit status: 1 if any failed. A failure of the standard output is passed on.
 [[nodiscard]] int forEachFile(const std::vector<std::string>& files,
                               const std::function<void(const std::string& file)>& handle);
 
-// What to print of an exception: its text, then in brackets the place of a damage, if it is known.
+// Returns an exception's text, followed in brackets by the place of a damage, if it is known.
 [[nodiscard]] std::string messageOf(const std::exception& error);
 
-// Text of others for a terminal (names of files and devices, what recordings hold): what steers it and bytes that are
-// no UTF-8 are shown as escapes. JSON stays the same JSON.
+// Makes foreign text (names of files and devices, contents of recordings) safe for a terminal: control characters and
+// invalid UTF-8 become escapes. JSON stays the same JSON.
 [[nodiscard]] std::string printable(std::string_view text);
 
-// Whether a person looks at the standard output.
+// Returns whether the standard output is a terminal.
 [[nodiscard]] bool standardOutputIsTerminal() noexcept;
 
-// Text in a colour of the terminal on standard output; plain elsewhere and where NO_COLOR is set.
+// Colours text if the standard output is a terminal and NO_COLOR is not set.
 enum class Colour { Plain, Bold, Green, Yellow, Red };
 [[nodiscard]] std::string coloured(Colour colour, std::string_view text);
 

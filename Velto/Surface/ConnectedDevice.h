@@ -8,7 +8,7 @@
 
 namespace VeltoTouch::Surface {
 
-// A device that the platform knows while this lives, and the accelerometers beside it.
+// Registers a device, and the accelerometers beside it, with the platform for its lifetime.
 class ConnectedDevice {
 public:
     using Accelerometers = std::vector<Ref<HIDEventService>>;

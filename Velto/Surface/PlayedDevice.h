@@ -17,16 +17,15 @@ namespace VeltoTouch::Surface {
 //
 //   start + (time of report i - time of report 0) / speed
 //
-// so that delays do not add up: a report that is late comes at once, and the next ones are due as if it had not been.
-// After the last report the device has gone. Where its reports are stopped and started again, they go on with the next
-// one, which is due at once.
+// so that delays do not add up: a late report is sent immediately and does not delay the next ones. The device is
+// removed after the last report. If reports are stopped and started again, the next one is due immediately.
 class PlayedDevice final : public HIDDeviceBackend {
 public:
     struct TimedReport {
         std::uint64_t timestampNs;
         std::span<const std::uint8_t> bytes; // report ID first; valid until the source is asked again
     };
-    // The next report, in the order of time, or nothing when there are no more. Asked on the run loop's thread.
+    // Returns the next report in the order of time, or nothing at the end. The run loop's thread.
     using Source = std::function<std::optional<TimedReport>()>;
     using FeatureReports = std::map<std::uint32_t, std::vector<std::uint8_t>>; // by ID, which they begin with
 

@@ -10,14 +10,15 @@
 
 namespace VeltoTouch::Surface {
 
-// At least one. Throws std::runtime_error where there is none.
+// Returns the surfaces, at least one. Throws std::runtime_error if there is none.
 [[nodiscard]] std::vector<HidrawNode> findSurfaces();
 
-// Those that are there, and those that come and go. Throws std::system_error where the kernel tells no news.
+// Monitors the surfaces that are present, added and removed. Throws std::system_error if the kernel does not report
+// changes.
 [[nodiscard]] HidrawMonitor monitorSurfaces();
 
-// The surface behind a node, under the node's path, and this machine's accelerometers. Throws std::system_error where
-// the node cannot be opened.
+// Connects the surface behind a node, under the node's path, and this machine's accelerometers. Throws
+// std::system_error if the node cannot be opened.
 [[nodiscard]] ConnectedDevice connectNode(const std::string& path);
 
 } // namespace VeltoTouch::Surface

@@ -37,10 +37,10 @@ public:
         std::uint32_t noise = 3;    // largest deviation of a signal, in counts, up to kHighestNoise
     };
 
-    // The next step, or nothing at the script's end.
+    // Returns the next step, or nothing at the script's end.
     using StepSource = std::function<std::optional<Step>()>;
 
-    // What the fingers mean to do with the contact that begins now.
+    // The intended gesture of the contact that begins now.
     struct Label {
         std::string_view gesture;   // as nameOf gives it
         std::string_view region;    // as regionOf gives it, "None" for a palm
@@ -61,7 +61,7 @@ public:
     // Throws std::invalid_argument for options out of range.
     Simulation(const Options& options, StepSource source);
 
-    // The next report, or nothing at the script's end. May be asked again then.
+    // Returns the next report, or nothing at the script's end, also when called again.
     [[nodiscard]] std::optional<Report> next();
 
 private:

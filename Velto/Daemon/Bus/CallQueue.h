@@ -14,16 +14,16 @@
 
 namespace VeltoTouch::Bus {
 
-// Lets calls of untrusted bus clients in one by one, so that none costs the others more than its share.
+// Admits the calls of untrusted bus clients one by one, so that no client costs the others more than its share.
 //
-// The bus keeps what a client does not read, and when it keeps too much of ours, it takes nothing more from us, for
-// anybody. So every answer, an error and the library's own included, counts against its caller until the bus says that
-// the caller has read it (or can't say). Among the callers with something waiting, the one with the fewest bytes unread
-// is next. One with `kMostUnread` has to wait, and what it asks for beyond `kMostOfOneCaller` is dropped without an
-// answer: after 128 such calls the bus takes no more of them. Its values give way to others' as well. A call is let in
-// when the bus has taken all that was sent before: a gesture never stands behind a queue of answers.
+// The bus buffers what a client does not read, and once it buffers too much of ours it accepts nothing more from us,
+// for any client. So every answer, errors and the library's own included, counts against its caller until the bus
+// reports that the caller has read it, or cannot say. The next call is that of the caller with the fewest unread bytes.
+// A caller with `kMostUnread` must wait, its calls beyond `kMostOfOneCaller` are dropped without an answer (after 128
+// of them the bus accepts no more), and its waiting values give way to those of others. A call is admitted once the bus
+// has taken all that was sent before, so that a gesture never waits behind a queue of answers.
 //
-// On the loop's thread.
+// The loop's thread.
 class CallQueue {
 public:
     static constexpr std::size_t kMostOfOneCaller = 16; // waiting; the bus bounds how many callers there are
@@ -34,15 +34,15 @@ public:
     static constexpr std::uint64_t kMostUnread = 32 << 10;      // bytes of one caller, before its last answer
     static constexpr std::uint64_t kMostUnreadOfAll = 64 << 20; // the bus keeps 127 MiB of ours
 
-    // Takes the calls of a connection, which is closed before this goes. `isBusy`: whether a property is being read or
-    // written; there is one at a time, while all other calls go on.
+    // Takes the calls of a connection, which is closed before this is destroyed. `isBusy` returns whether a property is
+    // being read or written: one at a time, while all other calls go on.
     CallQueue(EventLoop& loop, sd_bus* bus, std::function<bool()> isBusy);
     CallQueue(const CallQueue&) = delete;
     CallQueue& operator=(const CallQueue&) = delete;
     ~CallQueue();
 
-    // Counts the value in an answer; all else was counted as the call was let in. Throws CallError if it is more than
-    // the bus has room for.
+    // Counts the value in an answer; the rest was counted when the call was admitted. Throws CallError if it is more
+    // than the bus has room for.
     void countAnswer(sd_bus_message* call, std::uint64_t bytes);
 
 private:
@@ -67,7 +67,7 @@ private:
     static constexpr std::chrono::seconds kShortestPause{1};
     static constexpr std::chrono::seconds kLongestPause{32};
 
-    // What the library is to do with a call that has come.
+    // Returns what the library does with a call that has arrived: 1 to drop it, 0 to go on.
     int take(sd_bus_message* call);
     void queue(sd_bus_message* call, Caller& caller);
     [[nodiscard]] bool makeRoomForValue();

@@ -11,20 +11,20 @@
 
 namespace VeltoTouch::Bus {
 
-// A surface that some program serves, seen from the other side of the bus. On one thread.
+// A client of a program that serves a surface. One thread.
 //
-// Each call throws std::runtime_error in words for people; what the other side refuses, in its words.
+// Each call throws std::runtime_error with a message for people; a refusal has the service's own words.
 class Client {
 public:
-    // `device`: as it is served; empty for the only one.
+    // `device` is the served name; empty for the only one.
     Client(Which which, const std::string& device);
 
-    // Never nil: what there is not is refused.
+    // Never returns nil: a property that is absent is refused.
     [[nodiscard]] Ref<Value> getProperty(const std::string& key);
     void setProperty(const std::string& key, const Value& value);
 
-    // From here on, while the loop runs: each gesture, and the end of the surface's service. What a handler throws, and
-    // that the bus has gone, ends the run. Once; this must be there until the run has ended.
+    // Reports each gesture, and the end of the surface's service, while the loop runs. An exception of a handler and
+    // the loss of the bus end the run. Called once; this outlives the run.
     void watch(EventLoop& loop, std::function<void(const Gesture& gesture)> gestureHandler,
                std::function<void()> endHandler);
 

@@ -5,8 +5,8 @@
 
 namespace VeltoTouch::Bus {
 
-// A connection to a bus. It takes no file descriptors, which anybody may put into any message, and which would stay
-// open as long as the message. Throws std::system_error where there is no bus.
+// Opens a connection to a bus. It accepts no file descriptors: any client may put them into a message, and they would
+// stay open as long as the message. Throws std::system_error if there is no bus.
 [[nodiscard]] BusHandle connectTo(Which which);
 
 } // namespace VeltoTouch::Bus

@@ -23,7 +23,7 @@ using EventSourceHandle = std::unique_ptr<sd_event_source, Unreferencing<sd_even
 using BusHandle = std::unique_ptr<sd_bus, Unreferencing<sd_bus_close_unref>>;
 using BusMessage = std::unique_ptr<sd_bus_message, Unreferencing<sd_bus_message_unref>>;
 
-// What a call that failed is told.
+// The error that a failed call is answered with.
 class BusError {
 public:
     BusError() noexcept = default;
@@ -38,14 +38,14 @@ private:
     sd_bus_error _error{};
 };
 
-// Gives back a result that is no negative error number; throws std::system_error for one that is.
+// Returns the result; throws std::system_error if it is a negative error number.
 inline int checked(int result, const char* what) {
     if (result < 0)
         throw std::system_error(-result, std::generic_category(), what);
     return result;
 }
 
-// What the library gives through a pointer to a pointer: checked(f(&out...), what) with an owner.
+// Returns an owner of what the library gives through a pointer to a pointer: checked(f(&out...), what).
 template <class Handle, class Make>
 [[nodiscard]] Handle madeBy(const Make& make, const char* what) {
     typename Handle::pointer object = nullptr;

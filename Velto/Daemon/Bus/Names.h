@@ -19,9 +19,8 @@ constexpr const char* kObjects = "/org/velto/Touch1";
 // Which bus: the system's, or that of the user's session.
 enum class Which { System, Session };
 
-// What a device of the command line is called on the bus: the node's name for a path below /dev, the kind ("sim",
-// "replay") for any other, that is, what stands before a colon. Letters and digits alone are left, so that it can be
-// part of a bus name and of a path.
+// Returns the bus name's part for a device of the command line: the node's name for a path below /dev, else the kind
+// before the colon ("sim", "replay"). Only letters and digits are kept, so that it fits into a bus name and a path.
 [[nodiscard]] std::string elementOf(std::string_view device);
 
 [[nodiscard]] std::string nameOf(std::string_view element);

@@ -13,18 +13,18 @@ namespace VeltoTouch::Bus {
 
 // The properties of a service, from any thread.
 struct ServiceProperties {
-    std::function<Ref<Value>(const std::string& key)> get;                    // nil where there is none
+    std::function<Ref<Value>(const std::string& key)> get;                    // nil if there is none
     std::function<bool(const std::string& key, const Ref<Value>& value)> set; // whether the value was taken
 };
 
 // Reads and writes properties for untrusted bus clients, one at a time, on a thread of its own: a device may take
-// seconds for a feature report, and the loop has signals and a watchdog to see to. So there is one value in memory at a
-// time, which may be a whole recording.
+// seconds for a feature report, while the loop must handle signals and the watchdog. At most one value, which may be a
+// whole recording, is in memory at a time.
 //
-// On the loop's thread.
+// The loop's thread.
 class PropertyRequests {
 public:
-    // The value that was read (nil after a write), or what is wrong.
+    // The value that was read (nil after a write), or the error.
     using Outcome = std::variant<Ref<Value>, CallError>;
     using Answer = std::function<void(const Outcome& outcome)>;
 
@@ -32,14 +32,14 @@ public:
     PropertyRequests(EventLoop& loop, ServiceProperties properties);
     PropertyRequests(const PropertyRequests&) = delete;
     PropertyRequests& operator=(const PropertyRequests&) = delete;
-    // Waits for the request that is being done, which takes as long as the device does. It gets no answer.
+    // Waits for the request in progress, as long as the device takes. It gets no answer.
     ~PropertyRequests();
 
-    // Whether a request has no answer yet. The next one must wait.
+    // Returns whether a request is in progress. The next one must wait.
     [[nodiscard]] bool isBusy() const noexcept { return _answer != nullptr; }
 
-    // Both answer later, on the loop's thread: UnknownProperty where there is no value, PropertyReadOnly where the
-    // device does not take one. `set` throws CallError for what is refused at once:
+    // Both answer later, on the loop's thread: UnknownProperty if there is no value, PropertyReadOnly if the device
+    // does not take it. `set` throws CallError for what is refused immediately:
     //
     //   InvalidArgs        a setting that is a number is given something else
     //   UnknownProperty    a key of the pipeline that nothing knows: each would stay in the recording for good
@@ -54,7 +54,7 @@ private:
     EventLoop& _loop;
     const ServiceProperties _properties;
     const Ref<DispatchQueue> _queue = dispatch_queue_create("velto requests");
-    Answer _answer; // to the request that is being done
+    Answer _answer; // to the request in progress
 };
 
 } // namespace VeltoTouch::Bus

@@ -7,20 +7,20 @@
 #include <exception>
 #include <string>
 
-// What calls are answered with.
+// Answers to calls.
 
 namespace VeltoTouch::Bus {
 
-// A caller's name on the bus, which nobody else has.
+// Returns a caller's unique name on the bus.
 [[nodiscard]] std::string callerOf(sd_bus_message* call);
 
-// How many messages the bus has not taken from us.
+// Returns how many of our messages the bus has not taken.
 [[nodiscard]] std::uint64_t unsentOn(sd_bus* bus) noexcept;
 
-// Does nothing where the bus has gone, and the caller with it.
+// Does nothing if the bus is gone.
 void sendError(sd_bus_message* call, const CallError& error) noexcept;
 
-// Does a step of a call; what it throws is passed to `fail`, as a CallError.
+// Runs a step of a call and passes what it throws to `fail`, as a CallError.
 template <class Step, class Fail>
 void attempt(const Step& step, const Fail& fail) {
     try {

@@ -13,7 +13,7 @@
 
 namespace VeltoTouch::Bus {
 
-// What the object shows of the surface that is served.
+// The served surface, as the object shows it.
 struct ServedSurface {
     std::string device; // as it was given on the command line
     ServiceProperties properties;
@@ -28,18 +28,17 @@ struct ServedSurface {
 //   Device      s                         such as /dev/hidraw0
 //   Version     s                         the service's, such as 19.0.0
 //   Counters    a{st}                     reports and events, and what the recognizer counts, under its names; a change
-//                                         is told at most once a second, and not for reports alone
+//                                         is signalled at most once a second, and not for reports alone
 //   Gesture(s, s, u, u, t)                gesture, region (empty where it has none), phase, frame number, time of the
 //                                         report (monotonic clock, ns)
 //
-// Who may call what is for the bus's policy to say. Without a bus the object is there all the same: it tries again
-// every second, and while it has none nothing is told to anybody. What a bus that does not read has not taken is
-// bounded, as is what clients do not read: see CallQueue.
+// The bus's policy says who may call what. Without a bus the object tries again every second and signals nothing. What
+// a bus that does not read has not taken is bounded, and so is what clients do not read: see CallQueue.
 //
-// On the loop's thread.
+// The loop's thread.
 class TouchObject {
 public:
-    // `loop` outlives this, and what `surface` has can be called as long as this is there.
+    // `loop` and what `surface` refers to outlive this.
     TouchObject(EventLoop& loop, Which which, ServedSurface surface);
     TouchObject(const TouchObject&) = delete;
     TouchObject& operator=(const TouchObject&) = delete;
@@ -69,7 +68,7 @@ private:
     bool _hasComplained = false;
     EventLoop& _loop;
     std::optional<CallQueue> _calls; // of the bus
-    BusHandle _bus;                  // null where there is none
+    BusHandle _bus;                  // null if there is none
 };
 
 } // namespace VeltoTouch::Bus

@@ -24,7 +24,7 @@
 
 namespace VeltoTouch::Bus {
 
-// An error that is sent to whoever called. `name` is the error's on the bus.
+// An error that is sent to the caller. `name` is its name on the bus.
 struct CallError : std::runtime_error {
     CallError(const char* errorName, const std::string& message) : std::runtime_error(message), name(errorName) {}
     const char* name;
@@ -34,18 +34,18 @@ constexpr std::size_t kAnySize = std::numeric_limits<std::size_t>::max();
 // The bus allows 64 containers in one another; a level of values takes three.
 constexpr std::size_t kDeepestValue = 16;
 
-// Reads the variant that comes next in a message. `room`: how many bytes it may hold, keys and numbers included. Throws
-// CallError for what is no value, too large or too deep, and std::system_error for a message without a variant there.
+// Reads the next variant of a message. `room` is the most bytes it may hold, keys and numbers included. Throws
+// CallError if it is no value, too large or too deep, and std::system_error if there is no variant.
 [[nodiscard]] Ref<Value> readVariant(sd_bus_message* message, std::size_t room);
 
-// The bus cuts off who sends a message of 32 MiB.
+// The bus disconnects a client that sends a message of 32 MiB.
 constexpr std::size_t kLargestSent = 24 << 20;
 
-// What the bus takes for this text: what is no UTF-8, the character 0 and noncharacters become U+FFFD.
+// Returns the text as the bus accepts it: invalid UTF-8, the character 0 and noncharacters become U+FFFD.
 [[nodiscard]] std::string cleanText(std::string_view text);
 
-// Appends a value, which is not nil, with clean texts. Returns how many bytes it takes at most. Throws CallError for
-// what is too deep or larger than `kLargestSent`, std::system_error where there is no memory.
+// Appends a value, which is not nil, with clean texts, and returns an upper bound of its bytes. Throws CallError if it
+// is too deep or larger than `kLargestSent`, std::system_error if there is no memory.
 std::size_t appendVariant(sd_bus_message* message, const Value& value);
 
 } // namespace VeltoTouch::Bus
