@@ -1,5 +1,4 @@
 #include "Velto/Commands/Command.h"
-#include "Velto/Commands/Replay.h"
 #include "Velto/Options/Numbers.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"

@@ -1,12 +1,14 @@
 #pragma once
+#include "Velto/Analysis/Replay.h"
 
-#include "Velto/Commands/Replay.h"
 
 #include <array>
 #include <string>
 #include <vector>
 
 namespace VeltoTouch::Velto {
+
+using Analysis::Replay;
 
 // The disturbances of a recording as lines for people, each with its time and frame number. Of each kind only the first
 // few are kept, so that memory and output are bounded.

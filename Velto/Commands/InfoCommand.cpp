@@ -1,12 +1,14 @@
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
 #include "Plugin/Recording/ContainerReader.h"
+#include "Velto/Analysis/Replay.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Disturbances.h"
-#include "Velto/Commands/Replay.h"
 #include "Velto/Options/RecordingFiles.h"
+#include "Velto/Options/Settings.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/GestureTable.h"
+#include "Velto/Output/Progress.h"
 #include "Velto/Output/Terminal.h"
 
 #include <array>
@@ -58,7 +60,9 @@ Info inspect(const std::string& file) {
     GestureTable gestures([](const GestureTable::Touch&) {});
     replay.gestureHandler = [&](const Gesture& gesture) { gestures.add(gesture); };
     replay.disturbanceHandler = [&info](const Replay::Disturbance& disturbance) { info.disturbances.add(disturbance); };
-    replay.play(recording, {}, Replay::kMaxSpeed, "replaying " + file);
+    Progress progress("replaying " + file, recording.frames().size());
+    replay.frameDone = [&progress, played = std::uint64_t{0}]() mutable { progress.update(++played); };
+    replay.play(recording, {}, Replay::kMaxSpeed);
     info.counts = replay.counts();
     gestures.finish(info.counts.duration);
     info.gaps = replay.pipeline().disjointImageCount;

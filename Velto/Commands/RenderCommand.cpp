@@ -1,6 +1,5 @@
 #include "Plugin/Shared/ImageText.h"
 #include "Velto/Commands/Command.h"
-#include "Velto/Commands/Replay.h"
 #include "Velto/Options/Numbers.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"

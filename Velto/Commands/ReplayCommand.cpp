@@ -1,12 +1,13 @@
 #include "Platform/JSON.h"
 #include "Plugin/Shared/Keys.h"
+#include "Velto/Analysis/Replay.h"
 #include "Velto/Commands/Command.h"
-#include "Velto/Commands/Replay.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/GestureText.h"
+#include "Velto/Output/Progress.h"
 #include "Velto/Output/Terminal.h"
 
 #include <memory>
@@ -15,6 +16,8 @@
 
 namespace VeltoTouch::Velto {
 namespace {
+
+using Analysis::Replay;
 
 constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;
 
@@ -101,8 +104,12 @@ void replayFile(const Options& options, const std::string& file) {
             show(output.text, algs, image);
         };
     replay.gestureHandler = [&](const Gesture& gesture) { gestures->add(output.text, gesture); };
-    replay.frameDone = [&output] { output.flushWhenDue(); };
-    replay.play(recording, options.settings, options.speed, "replaying " + file);
+    Progress progress("replaying " + file, recording.frames().size());
+    replay.frameDone = [&, played = std::uint64_t{0}]() mutable {
+        output.flushWhenDue();
+        progress.update(++played);
+    };
+    replay.play(recording, options.settings, options.speed);
     gestures->finish(output.text, replay.counts().duration);
     output.text += options.jsonl ? summaryLine(inFile, replay) : summaryText(replay, *gestures);
     output.flush();

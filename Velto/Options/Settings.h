@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Value.h"
+#include "Velto/Analysis/Setting.h"
 
 #include <string>
 #include <string_view>
@@ -8,12 +8,8 @@
 
 namespace VeltoTouch::Velto {
 
-// A setting as given on the command line, KEY=VALUE. KEY is a full property key; VALUE is JSON, or a
-// string if it is no JSON.
-struct Setting {
-    std::string key;
-    Ref<Value> value;
-};
+// As given on the command line, KEY=VALUE: KEY is a full property key; VALUE is JSON, or a string if it is no JSON.
+using Analysis::Setting;
 
 // Whose keys a command takes: the pipeline's alone, or the device's too.
 enum class KeyScope { Pipeline, Service };

@@ -2,17 +2,16 @@
 
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Recording/PipelineRecording.h"
+#include "Velto/Analysis/Setting.h"
 #include "Velto/Host/Gesture.h"
-#include "Velto/Options/Settings.h"
 
 #include <functional>
 #include <limits>
 #include <optional>
 #include <span>
-#include <string>
 #include <vector>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Analysis {
 
 // One play of a recording through a fresh pipeline.
 class Replay {
@@ -51,8 +50,8 @@ public:
     std::function<void()> frameDone = [] {};
 
     // Plays a recording in time order. `settings` are written before its first frame, and its own writes of their
-    // keys are left out. `work` names the play for the progress line.
-    void play(PipelineRecording& recording, const std::vector<Setting>& settings, float speed, std::string work);
+    // keys are left out.
+    void play(PipelineRecording& recording, const std::vector<Setting>& settings, float speed);
 
     [[nodiscard]] const Counts& counts() const noexcept { return _counts; }
     [[nodiscard]] Pipeline& pipeline() noexcept { return *_pipeline; }
@@ -67,4 +66,4 @@ private:
     std::optional<InputReport::Image> _image; // of the report in progress, until it is shown
 };
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Analysis

@@ -1,14 +1,13 @@
-#include "Velto/Commands/Replay.h"
+#include "Velto/Analysis/Replay.h"
 
 #include "Plugin/Pipeline/Properties.h"
 #include "Plugin/Shared/ClockConversion.h"
 #include "Plugin/Shared/KeyDomain.h"
 #include "Plugin/Shared/Keys.h"
-#include "Velto/Output/Progress.h"
 
 #include <algorithm>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Analysis {
 namespace {
 
 // The pipeline's, with keys as recordings hold them.
@@ -101,7 +100,7 @@ void Replay::showFrame() {
     _image.reset();
 }
 
-void Replay::play(PipelineRecording& recording, const std::vector<Setting>& settings, float speed, std::string work) {
+void Replay::play(PipelineRecording& recording, const std::vector<Setting>& settings, float speed) {
     const std::vector<Setting> written = recordedFormOf(settings);
     const auto filter = std::make_shared<SettingsFilter>(_pipeline, written);
     recording.pipeline = filter;
@@ -113,8 +112,7 @@ void Replay::play(PipelineRecording& recording, const std::vector<Setting>& sett
     _counts.frames = recording.frames().size();
     if (_counts.frames > 0)
         _counts.duration = HostTime(recording.frames().back().timestampNs - recording.frames().front().timestampNs);
-    Progress progress(std::move(work), _counts.frames);
-    for (std::uint64_t played = 0; recording.playCanContinue(); progress.update(++played)) {
+    while (recording.playCanContinue()) {
         recording.playNextFrame(speed);
         showFrame();
         frameDone();
@@ -122,4 +120,4 @@ void Replay::play(PipelineRecording& recording, const std::vector<Setting>& sett
     _counts.settingsLeftOut = filter->leftOut;
 }
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Analysis
