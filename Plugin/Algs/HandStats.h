@@ -117,6 +117,10 @@ public:
 
     // TapRejection.cpp
 
+    // Weights of the tap model's score.
+    static constexpr float kNonActivePixelsWeight = 0.1886F;
+    static constexpr float kSignalPerDurationWeight = 0.2772F;
+    static constexpr float kTimeDurationRatioWeight = 2.7205F;
     // Computes tap features and verdict. They mean something in the frame in which a touch ends.
     void updateTapRejection(const Pixels& pixels, const VirtualPixels& virtualPixels) noexcept;
 

@@ -39,15 +39,19 @@ struct Pixel {
     float peakAboveNoise = 0;    // highest normalized over the frames above the noise floor, 0 without any
     std::int32_t index;          // pad index; of a virtual pixel, its dominant pad
 
+    // The normalized value that a pixel which is off must exceed to turn on.
+    [[nodiscard]] static constexpr float activationLevel(float offTrough) noexcept {
+        const float press = offTrough / kHysteresis;
+        return press > 1.0F ? press : 1.0F;
+    }
+
     // Takes in the signal of one frame. `threshold` is the activation threshold. Written as selections without
     // branches, so that a whole bank of pixels is updated at once.
     void updatePixelState(int signal, float threshold) noexcept {
         value = static_cast<std::int32_t>(static_cast<float>(signal) * gain);
         normalized = static_cast<float>(value) / threshold;
         const float release = onPeak * kHysteresis;
-        const float press = offTrough / kHysteresis;
-        const float offLevel = press > 1.0F ? press : 1.0F;
-        const float level = on ? release : offLevel;
+        const float level = on ? release : activationLevel(offTrough);
         on = normalized > level;
         const float highest = normalized > onPeak ? normalized : onPeak;
         const float lowest = normalized < offTrough ? normalized : offTrough;

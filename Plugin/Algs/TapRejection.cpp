@@ -41,8 +41,9 @@ void HandStats::updateTapRejection(const Pixels& pixels, const VirtualPixels& vi
     nonActivePixels = kAllowedInactivePixels - inactiveCount(pixels) - inactiveCount(virtualPixels);
 
     // The grouping is part of the result.
-    tapSVMScore = 0.1886F * static_cast<float>(nonActivePixels) +
-                  (0.2772F * signalPerDuration + 2.7205F * timeDurationRatio) - 2.4116F;
+    tapSVMScore = kNonActivePixelsWeight * static_cast<float>(nonActivePixels) +
+                  (kSignalPerDurationWeight * signalPerDuration + kTimeDurationRatioWeight * timeDurationRatio) -
+                  2.4116F;
 
     tapRejected = signalPerTouchDuration <= 0.0F || //
                   signalPerDuration < 0.0F ||       //

@@ -1,0 +1,78 @@
+#include "Velto/Analysis/Pulls.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <numeric>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Analysis {
+namespace {
+
+constexpr std::size_t kMostPulls = 3;
+
+std::string nameOf(Rule rule, std::size_t contribution) {
+    static constexpr std::array kTapFeatures{Rule::NonActivePixels, Rule::SignalPerDuration, Rule::TimeDurationRatio};
+    return rule == Rule::TapScore ? std::string(rowOf(kTapFeatures[contribution]).name)
+                                  : fmt::format("rank{}", contribution);
+}
+
+} // namespace
+
+void ScoreContributions::add(const Algs& algs) {
+    const HandStats& hand = algs.handStats;
+    if (hand.aboveNoise && !hand.wasAboveNoise)
+        clear();
+    if (hand.svm.getSVMScore() == 0.0F) // nothing to judge
+        return;
+    std::array<std::int32_t, SVM::kRankCount> values;
+    std::copy_n(algs.pixels.value.begin(), kPadCount, values.begin());
+    std::copy_n(algs.virtualPixels.value.begin(), kGroupCount, values.begin() + kPadCount);
+    std::ranges::sort(values, std::greater());
+    for (std::size_t k = 0; k < SVM::kRankCount; ++k)
+        _byRank[k] += (static_cast<float>(values[k]) - SVM::means[k]) / SVM::stdDevs[k] * SVM::weights[k];
+}
+
+std::vector<float> tapScoreContributions(const HandStats& hand) {
+    return {HandStats::kNonActivePixelsWeight * static_cast<float>(hand.nonActivePixels),
+            HandStats::kSignalPerDurationWeight * hand.signalPerDuration,
+            HandStats::kTimeDurationRatioWeight * hand.timeDurationRatio};
+}
+
+void Typicals::add(const Touch& touch) {
+    for (const Check& check : touch.checks) {
+        const bool isDeciding = (touch.outcome == Outcome::Tap && check.rule == Rule::TapScore) ||
+                                (touch.outcome == Outcome::Hold && check.rule == Rule::TouchScore);
+        if (isDeciding && !check.contributions.empty())
+            _accepted[check.rule].push_back(check.contributions);
+    }
+}
+
+std::vector<Pull> Typicals::pullsOf(const Check& check) const {
+    std::vector<std::size_t> order(check.contributions.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::stable_sort(order, std::greater(),
+                             [&check](std::size_t i) { return std::fabs(check.contributions[i]); });
+    order.resize(std::min(order.size(), kMostPulls));
+    std::vector<Pull> pulls;
+    for (const std::size_t i : order)
+        pulls.push_back(
+            {.of = nameOf(check.rule, i), .value = check.contributions[i], .typical = medianOf(check.rule, i)});
+    return pulls;
+}
+
+std::optional<float> Typicals::medianOf(Rule rule, std::size_t contribution) const {
+    const auto [known, isNew] = _medians.try_emplace({rule, contribution});
+    const auto accepted = _accepted.find(rule);
+    if (!isNew || accepted == _accepted.end())
+        return known->second;
+    std::vector<float> values;
+    for (const std::vector<float>& contributions : accepted->second)
+        values.push_back(contributions[contribution]);
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>((values.size() - 1) / 2); // the lower of two
+    std::ranges::nth_element(values, middle);
+    return known->second = *middle;
+}
+
+} // namespace VeltoTouch::Analysis

@@ -1,0 +1,140 @@
+#pragma once
+
+#include "Plugin/Reports/Regions.h"
+#include "Velto/Analysis/Setting.h"
+#include "Velto/Host/Gesture.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What is known of a touch: when and where it was, what it gave, and every check that decided it. Plain values; the
+// observer (TouchObserver.h) makes them. Times are nanoseconds from the recording's first frame.
+
+namespace VeltoTouch::Analysis {
+
+enum class Outcome : std::uint8_t { Tap, Hold, Cancel, Unfinished };
+
+// The recognizer's checks, in its order, and what else keeps a contact from becoming a touch.
+enum class Rule : std::uint8_t {
+    Activation,
+    HoldTimeout,
+    TouchScore,
+    StaleTimeout,
+    SignalPerTouchDuration,
+    SignalPerDuration,
+    NonActivePixels,
+    TimeDurationRatio,
+    TapScore,
+    Residual, // reason of a weak contact alone: its level was raised by what was left of the press before
+};
+
+struct RuleRow {
+    Rule rule;
+    std::string_view name;
+    std::string_view op; // the check holds if VALUE op BOUND
+    std::string_view unit;
+    std::string_view setting; // that switches or moves it
+};
+
+inline constexpr std::array<RuleRow, 10> kRuleRows{{
+    {Rule::Activation, "activation", ">", "count", "Pipeline.Algs.ActivationThreshold"},
+    {Rule::HoldTimeout, "holdTimeout", ">", "ms", "Pipeline.Algs.HoldTimeoutMilliseconds"},
+    {Rule::TouchScore, "touchScore", ">=", "score", "Pipeline.Algs.EnableHoldSuppression"},
+    {Rule::StaleTimeout, "staleTimeout", ">", "flag", "Pipeline.Algs.EnableHoldSuppression"},
+    {Rule::SignalPerTouchDuration, "signalPerTouchDuration", ">", "count/ms", "Pipeline.Algs.EnableTapSuppression"},
+    {Rule::SignalPerDuration, "signalPerDuration", ">=", "count/ms", "Pipeline.Algs.EnableTapSuppression"},
+    {Rule::NonActivePixels, "nonActivePixels", ">=", "pixels", "Pipeline.Algs.EnableTapSuppression"},
+    {Rule::TimeDurationRatio, "timeDurationRatio", ">=", "ratio", "Pipeline.Algs.EnableTapSuppression"},
+    {Rule::TapScore, "tapScore", ">=", "score", "Pipeline.Algs.EnableTapSuppression"},
+    {Rule::Residual, "residual", ">", "count", "Pipeline.Algs.ActivationThreshold"},
+}};
+
+[[nodiscard]] constexpr const RuleRow& rowOf(Rule rule) noexcept { return kRuleRows[static_cast<std::size_t>(rule)]; }
+
+struct Check {
+    Rule rule = Rule::Activation;
+    double value = 0; // the recognizer's number
+    double bound = 0;
+    std::optional<bool> passed = {};       // none: a fork, not a test
+    std::vector<float> contributions = {}; // of the two scores, see Pulls.h; empty if they were not asked for
+};
+
+// What moved the active region.
+enum class MovedBy : std::uint8_t { PeakPad, LastGestureBias, PadK, HoldMoved };
+
+struct RegionChange {
+    std::uint64_t ns = 0;
+    PixelRegion region = PixelRegion::None;
+    MovedBy by = MovedBy::PeakPad;
+};
+
+struct TouchEvent {
+    std::uint64_t ns = 0;
+    GestureKind kind = GestureKind::MayBegin;
+    std::optional<PixelRegion> region = {};
+};
+
+struct Peak {
+    std::string_view pixel; // a pad's letter or a group's name, of static lifetime; empty if nothing was on
+    float value = 0;        // in counts
+};
+
+// The value of a setting that gives the touch another outcome.
+struct Alternative {
+    Setting setting;
+    std::optional<Outcome> outcome = {}; // none: no touch is left
+};
+
+struct Touch {
+    enum class EndedBy : std::uint8_t { Setting, Clock };
+
+    std::size_t number = 0; // from 1
+    std::uint64_t startNs = 0;
+    std::uint64_t endNs = 0;
+    std::uint32_t startFrame = 0; // the device's frame numbers
+    std::uint32_t endFrame = 0;
+    Outcome outcome = Outcome::Unfinished;
+    std::vector<TouchEvent> events = {};
+    PixelRegion region = PixelRegion::None; // of the deciding event; without one, where the touch was last
+    std::vector<RegionChange> path = {};    // the first entry is the start's
+    Peak peak = {};
+    std::vector<Check> checks = {}; // those that were asked
+    bool isCutByReset = false;
+    std::optional<EndedBy> endedBy = {}; // what ended a hold that was still touching
+    std::vector<Alternative> wouldBe = {};
+
+    [[nodiscard]] double durationMs() const noexcept { return static_cast<double>(endNs - startNs) / 1e6; }
+
+    // The first check that failed; none for what became a gesture or is unfinished.
+    [[nodiscard]] std::optional<Rule> reason() const noexcept {
+        if (outcome != Outcome::Cancel)
+            return std::nullopt;
+        for (const Check& check : checks) {
+            if (check.passed == false)
+                return check.rule;
+        }
+        return std::nullopt;
+    }
+};
+
+// A stretch above noise, outside of touches, in which something reached half of the level that it had to exceed, and
+// nothing turned on.
+struct WeakContact {
+    std::size_t number = 0; // from 1, of their own
+    std::uint64_t startNs = 0;
+    std::uint64_t endNs = 0;
+    std::uint32_t startFrame = 0;
+    std::uint32_t endFrame = 0;
+    Peak peak = {};
+    Check check = {}; // Activation or Residual, not passed
+};
+
+[[nodiscard]] std::string_view nameOf(Outcome outcome) noexcept;
+[[nodiscard]] std::string_view nameOf(MovedBy by) noexcept;
+[[nodiscard]] std::string_view nameOf(Touch::EndedBy by) noexcept;
+
+} // namespace VeltoTouch::Analysis

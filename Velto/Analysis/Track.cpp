@@ -1,0 +1,78 @@
+#include "Velto/Analysis/Track.h"
+
+#include "Plugin/Shared/Keys.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace VeltoTouch::Analysis {
+namespace {
+
+std::optional<Track::Step::Kind> kindOf(const Frame& frame, InputReport::Image& image) {
+    const std::uint8_t* const report = frame.report.data();
+    const std::size_t length = frame.report.size();
+    if (const auto event = InputReport::FirmwareEvent::parse(report, length)) {
+        const bool isReset = event->event == InputReport::FirmwareEvent::kReset;
+        return isReset ? std::optional(Track::Step::Kind::Reset) : std::nullopt;
+    }
+    const auto parsed = InputReport::Image::parse(report, length);
+    if (!parsed)
+        return std::nullopt;
+    image = *parsed;
+    return Track::Step::Kind::Image;
+}
+
+} // namespace
+
+Track::Track(const std::list<Frame>& frames) {
+    if (frames.empty())
+        return;
+    const std::uint64_t start = frames.front().timestampNs;
+    _durationNs = frames.back().timestampNs - start;
+    _steps.reserve(frames.size());
+    for (const Frame& frame : frames) {
+        Step step{.ns = frame.timestampNs - start};
+        if (frame.type == Frame::Type::InputReport) {
+            const auto kind = kindOf(frame, step.image);
+            if (!kind)
+                continue;
+            step.kind = *kind;
+            _imageCount += step.kind == Step::Kind::Image ? 1 : 0;
+        } else if (const auto key = Keys::below(Keys::kAlgsDomain, frame.key);
+                   key && frame.type == Frame::Type::State) {
+            step.kind = Step::Kind::Setting;
+            step.setting = static_cast<std::uint32_t>(_writes.size());
+            _writes.push_back({.key = std::string(*key), .value = frame.value});
+        } else {
+            continue;
+        }
+        _steps.push_back(step);
+    }
+}
+
+void Track::play(const std::vector<Setting>& settings, const FrameHandler& handleFrame) const {
+    Algs algs;
+    std::vector<std::string> written;
+    for (const Setting& setting : settings) {
+        const auto key = Keys::belowAlgs(setting.key);
+        if (!key)
+            continue;
+        algs.setState(written.emplace_back(*key), setting.value);
+    }
+    for (const Step& step : _steps) {
+        switch (step.kind) {
+        case Step::Kind::Image:
+            handleFrame(step, algs, algs.handleImage(step.image));
+            break;
+        case Step::Kind::Reset:
+            handleFrame(step, algs, algs.handleReset());
+            break;
+        case Step::Kind::Setting:
+            if (const Setting& write = _writes[step.setting]; std::ranges::find(written, write.key) == written.end())
+                algs.setState(write.key, write.value);
+            break;
+        }
+    }
+}
+
+} // namespace VeltoTouch::Analysis
