@@ -29,7 +29,7 @@ protected:
         pipeline.hidEventsHandler = [this](auto time, const HIDEvents& events) {
             calls.push_back(fmt::format("{}: events", time));
             for (const auto& event : events)
-                calls.back() += ' ' + gestureOf(*event);
+                calls.back() += ' ' + gestureTextOf(*event);
         };
     }
 

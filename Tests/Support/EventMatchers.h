@@ -20,13 +20,13 @@ namespace Tests {
 
 using enum PixelRegion;
 
-struct GestureKind {
+struct KnownGesture {
     std::string_view name;
     std::uint32_t eventMask;
     std::uint16_t phase;
 };
 
-inline constexpr std::array<GestureKind, 6> kGestureKinds{{
+inline constexpr std::array<KnownGesture, 6> kKnownGestures{{
     {"MayBegin", 0, 0x80},
     {"HoldStart", 0x2, 0x1},
     {"HoldChange", 0x2, 0x2},
@@ -36,7 +36,7 @@ inline constexpr std::array<GestureKind, 6> kGestureKinds{{
 }};
 
 // What the event says: the gesture and its region, or the raw fields where they make up no gesture.
-inline std::string gestureOf(const HIDEvent& event) {
+inline std::string gestureTextOf(const HIDEvent& event) {
     if (const auto* vendor = std::get_if<VendorDefined>(&event.payload)) {
         if (vendor->usagePage == Pipeline::kResetUsagePage && vendor->usage == Pipeline::kResetUsage)
             return "FirmwareReset()";
@@ -44,7 +44,7 @@ inline std::string gestureOf(const HIDEvent& event) {
     }
     const auto& finger = std::get<Digitizer>(event.payload);
     const auto region = static_cast<std::size_t>(finger.y);
-    for (const GestureKind& kind : kGestureKinds) {
+    for (const KnownGesture& kind : kKnownGestures) {
         if (finger.eventMask != kind.eventMask || event.phase != kind.phase || finger.y != static_cast<double>(region))
             continue;
         if (kind.name == "Cancel" && region == 0)
@@ -57,8 +57,8 @@ inline std::string gestureOf(const HIDEvent& event) {
 
 inline std::string textOf(const HIDEvent& event) {
     const auto* finger = std::get_if<Digitizer>(&event.payload);
-    return finger != nullptr ? fmt::format("{} at frame {}", gestureOf(event), finger->generationCount)
-                             : gestureOf(event);
+    return finger != nullptr ? fmt::format("{} at frame {}", gestureTextOf(event), finger->generationCount)
+                             : gestureTextOf(event);
 }
 
 // Matches an event that reads so, in any frame unless one is given.
@@ -69,7 +69,7 @@ struct GestureMatcher {
         return {fmt::format("{} at frame {}", text, frame)};
     }
     bool MatchAndExplain(const Ref<HIDEvent>& event, std::ostream* /*explanation*/) const {
-        return event && (gestureOf(*event) == text || textOf(*event) == text);
+        return event && (gestureTextOf(*event) == text || textOf(*event) == text);
     }
     void DescribeTo(std::ostream* out) const { *out << "is " << text; }
     void DescribeNegationTo(std::ostream* out) const { *out << "is not " << text; }

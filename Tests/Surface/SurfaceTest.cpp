@@ -56,7 +56,7 @@ std::vector<Played> play(Simulation simulation) {
     Pipeline pipeline;
     pipeline.hidEventsHandler = [&](std::uint64_t, const HIDEvents& batch) {
         for (const Ref<HIDEvent>& event : batch)
-            contacts.back().events.push_back(Tests::gestureOf(*event));
+            contacts.back().events.push_back(Tests::gestureTextOf(*event));
     };
     while (const auto report = simulation.next()) {
         if (report->label)

@@ -83,6 +83,14 @@ struct Peak {
     float value = 0;        // in counts
 };
 
+// The settings that change recognition.
+struct SettingsInForce {
+    std::uint32_t holdTimeoutMs = 0;
+    float activationThreshold = 0;
+    bool enableHoldSuppression = false;
+    bool enableTapSuppression = false;
+};
+
 // The value of a setting that gives the touch another outcome.
 struct Alternative {
     Setting setting;
@@ -104,8 +112,11 @@ struct Touch {
     Peak peak = {};
     std::vector<Check> checks = {}; // those that were asked
     bool isCutByReset = false;
-    std::optional<EndedBy> endedBy = {}; // what ended a hold that was still touching
-    std::vector<Alternative> wouldBe = {};
+    std::optional<EndedBy> endedBy = {};   // what ended a hold that was still touching
+    std::vector<Alternative> wouldBe = {}; // found by WouldBe.h
+
+    SettingsInForce inForce = {};                   // at its start
+    std::optional<std::uint32_t> latestHoldMs = {}; // highest elapsed time at which the touch score let it be a hold
 
     [[nodiscard]] double durationMs() const noexcept { return static_cast<double>(endNs - startNs) / 1e6; }
 
@@ -133,6 +144,7 @@ struct WeakContact {
     Check check = {}; // Activation or Residual, not passed
 };
 
+[[nodiscard]] constexpr std::string_view nameOf(Rule rule) noexcept { return rowOf(rule).name; }
 [[nodiscard]] std::string_view nameOf(Outcome outcome) noexcept;
 [[nodiscard]] std::string_view nameOf(MovedBy by) noexcept;
 [[nodiscard]] std::string_view nameOf(Touch::EndedBy by) noexcept;

@@ -78,11 +78,16 @@ void TouchObserver::frame(const Track::Step& step, const Algs& algs, const HIDEv
 void TouchObserver::begin(const Track::Step& step, const Algs& algs) {
     _isTouching = true;
     _touch = {.number = _touches.size() + 1, .startNs = step.ns, .startFrame = step.image.frameNumber};
+    const HandStats& hand = algs.handStats;
+    _touch.inForce = {.holdTimeoutMs = hand.holdTimeoutMs,
+                      .activationThreshold = hand.activationThreshold,
+                      .enableHoldSuppression = hand.enableHoldSuppression,
+                      .enableTapSuppression = hand.enableTapSuppression};
     _handPeak = 0;
     _peak = 0;
     _touchScore.reset();
     _isHoldScore = false;
-    const float threshold = algs.handStats.activationThreshold;
+    const float threshold = hand.activationThreshold;
     const auto addActivation = [&](const auto& bank, const auto& troughs) {
         const auto first = std::ranges::find(bank.on, 1);
         if (first == bank.on.end())
@@ -130,10 +135,13 @@ void TouchObserver::followTimeout(const Track::Step& step, const HandStats& hand
     const std::uint32_t elapsed = elapsedMs(step.image.timestampMs, hand.touchStartTime);
     if (hand.wasHolding && !hand.holding)
         _touch.endedBy = elapsed > _timeoutMs ? Touch::EndedBy::Setting : Touch::EndedBy::Clock;
+    const bool isScoreLow = hand.enableHoldSuppression && hand.touchScore < hand.holdScoreThreshold;
+    if (!isScoreLow)
+        _touch.latestHoldMs = std::max(elapsed, _touch.latestHoldMs.value_or(0));
     _elapsedMs = elapsed;
     _timeoutMs = hand.holdTimeoutMs;
-    const bool isScoreAsked = elapsed > hand.holdTimeoutMs && hand.enableHoldSuppression && !hand.wasHolding;
-    if (!isScoreAsked || _isHoldScore)
+    _isScoreAsked = elapsed > hand.holdTimeoutMs && hand.enableHoldSuppression;
+    if (!_isScoreAsked || hand.wasHolding || _isHoldScore)
         return;
     _isHoldScore = hand.holding;
     if (_touchScore && !_isHoldScore && !(static_cast<double>(hand.touchScore) > _touchScore->value))
@@ -169,8 +177,8 @@ void TouchObserver::addForkChecks() {
     _touch.checks.push_back({.rule = Rule::HoldTimeout,
                              .value = static_cast<double>(_elapsedMs),
                              .bound = static_cast<double>(_timeoutMs)});
-    if (_touchScore)
-        _touch.checks.push_back(*std::exchange(_touchScore, std::nullopt));
+    if (_touchScore && (_isHoldScore || _isScoreAsked))
+        _touch.checks.push_back(*_touchScore);
 }
 
 // Behind a flag that was left no tap rule is asked; but without it they would be, and the reason would be half of it.

@@ -58,7 +58,8 @@ private:
     std::uint32_t _elapsedMs = 0; // at the last touching frame
     std::uint32_t _timeoutMs = 0; // in force then
     std::optional<Check> _touchScore;
-    bool _isHoldScore = false; // _touchScore is that of a holdStart
+    bool _isHoldScore = false;  // _touchScore is that of a holdStart
+    bool _isScoreAsked = false; // the last touching frame was timed out, with hold suppression on
 
     Troughs _troughs; // after the last frame without a touch
     ScoreContributions _score;

@@ -2,6 +2,7 @@
 
 #include "Velto/Analysis/PixelNames.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace VeltoTouch::Analysis {
@@ -22,7 +23,22 @@ void WeakContacts::frame(const Track::Step& step, const Algs& algs) {
     } else if (_isAboveNoise) {
         end(step.ns, step.image.frameNumber);
     }
+    followLowest(algs);
     _lastStep = step;
+}
+
+// What a touch leaves falls from its last frame on; a press out of nothing rises from the trough.
+void WeakContacts::followLowest(const Algs& algs) {
+    const auto follow = [&](auto& lowest, const auto& bank) {
+        for (std::size_t i = 0; i < lowest.size(); ++i) {
+            if (_isAboveNoise)
+                lowest[i] = std::min(lowest[i], bank.normalized[i]);
+            else
+                lowest[i] = algs.handStats.touching ? bank.normalized[i] : bank.offTrough[i];
+        }
+    };
+    follow(_lowestOfPads, algs.pixels);
+    follow(_lowestOfGroups, algs.virtualPixels);
 }
 
 void WeakContacts::begin(const Track::Step& step) {
@@ -31,13 +47,12 @@ void WeakContacts::begin(const Track::Step& step) {
     _reached = 0;
 }
 
-// While a pixel is off, its trough is that of the next frame's level too, unless this frame lowered it: then it is its
-// own value, and not pressed.
+// A pixel that rises has the trough that it had before this frame.
 void WeakContacts::look(const Algs& algs) {
     const float threshold = algs.handStats.activationThreshold;
-    const auto lookAt = [&](const auto& bank, std::size_t i, std::string_view name) {
+    const auto lookAt = [&](const auto& bank, const auto& lowest, std::size_t i, std::string_view name) {
         const float level = Pixel::activationLevel(bank.offTrough[i]);
-        const float rise = (bank.normalized[i] - bank.offTrough[i]) * threshold;
+        const float rise = (bank.normalized[i] - lowest[i]) * threshold;
         const float share = bank.normalized[i] / level;
         if (rise > static_cast<float>(kNoiseFloor) && share >= kReportedShare && share > _reached) {
             _reached = share;
@@ -49,9 +64,9 @@ void WeakContacts::look(const Algs& algs) {
         }
     };
     for (std::size_t i = 0; i < kPadCount; ++i)
-        lookAt(algs.pixels, i, letterOf(i));
+        lookAt(algs.pixels, _lowestOfPads, i, letterOf(i));
     for (std::size_t i = 0; i < kGroupCount; ++i)
-        lookAt(algs.virtualPixels, i, algs.virtualPixels.names[i]);
+        lookAt(algs.virtualPixels, _lowestOfGroups, i, algs.virtualPixels.names[i]);
 }
 
 void WeakContacts::end(std::uint64_t ns, std::uint32_t frame) {

@@ -21,6 +21,7 @@ struct Command {
 [[nodiscard]] Command makeRenderCommand(App& program);
 [[nodiscard]] Command makeInfoCommand(App& program);
 [[nodiscard]] Command makeSimulateCommand(App& program);
+[[nodiscard]] Command makeExplainCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);

@@ -25,6 +25,7 @@ constexpr std::array kCommands{
     Row{"Recordings", makeRenderCommand},    //
     Row{"Recordings", makeInfoCommand},      //
     Row{"Recordings", makeSimulateCommand},  //
+    Row{"Why", makeExplainCommand},          //
     Row{"Live", makeRunCommand},             //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeServeCommand},   //

@@ -1,0 +1,162 @@
+#include "Velto/Analysis/TouchObserver.h"
+#include "Velto/Analysis/WeakContacts.h"
+#include "Velto/Analysis/WouldBe.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Options/KeyOptions.h"
+#include "Velto/Options/Numbers.h"
+#include "Velto/Options/RecordingFiles.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
+#include "Velto/Output/TouchLines.h"
+#include "Velto/Output/TouchText.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using namespace Analysis;
+
+struct Options {
+    std::vector<std::string> paths;
+    std::vector<Setting> settings;
+    std::size_t touch = 0; // 0: not chosen so
+    std::optional<double> atSeconds;
+    bool rejected = false;
+    bool weak = false;
+    bool wouldBe = false;
+    bool jsonl = false;
+
+    [[nodiscard]] bool wantsOne() const noexcept { return touch > 0 || atSeconds; }
+};
+
+// A recording's answer. Touches that are not shown still count for what is typical.
+struct Explanation {
+    std::string file;
+    std::vector<Touch> touches;
+    std::vector<const Touch*> shown;
+    std::vector<WeakContact> weak;
+};
+
+std::uint64_t distance(const Touch& touch, std::uint64_t ns) noexcept {
+    if (ns < touch.startNs)
+        return touch.startNs - ns;
+    return ns > touch.endNs ? ns - touch.endNs : 0;
+}
+
+// Throws std::runtime_error with what there is instead.
+Touch& touchNumbered(std::vector<Touch>& touches, std::size_t number) {
+    if (number > touches.size())
+        throw std::runtime_error(fmt::format("no touch {}: there are {}", number, touches.size()));
+    return touches[number - 1];
+}
+Touch& touchAt(std::vector<Touch>& touches, double seconds) {
+    const auto ns = static_cast<std::uint64_t>(seconds * 1e9);
+    const auto nearest =
+        std::ranges::min_element(touches, {}, [ns](const Touch& touch) { return distance(touch, ns); });
+    if (nearest == touches.end())
+        throw std::runtime_error("there is no touch");
+    if (distance(*nearest, ns) > 0)
+        throw std::runtime_error(fmt::format("no touch at {} s: the nearest is touch {}, {:.3f} to {:.3f} s", seconds,
+                                             nearest->number, static_cast<double>(nearest->startNs) / 1e9,
+                                             static_cast<double>(nearest->endNs) / 1e9));
+    return *nearest;
+}
+
+std::vector<Touch*> wantedOf(const Options& options, std::vector<Touch>& touches) {
+    if (options.touch > 0)
+        return {&touchNumbered(touches, options.touch)};
+    if (options.atSeconds)
+        return {&touchAt(touches, *options.atSeconds)};
+    std::vector<Touch*> wanted;
+    for (Touch& touch : touches) {
+        if (!options.rejected || touch.outcome == Outcome::Cancel)
+            wanted.push_back(&touch);
+    }
+    return wanted;
+}
+
+Explanation explain(const Options& options, const std::string& file) {
+    const PipelineRecording recording = loadRecording(file);
+    const Track track(recording.frames());
+    Explanation explanation{.file = file, .touches = {}, .shown = {}, .weak = {}};
+    explanation.touches = touchesOf(track, options.settings, TouchObserver::Contributions::Follow);
+    const std::vector<Touch*> wanted = wantedOf(options, explanation.touches);
+    if (options.wouldBe || options.wantsOne())
+        findAlternatives(track, options.settings, wanted);
+    explanation.shown.assign(wanted.begin(), wanted.end());
+    if (options.weak)
+        explanation.weak = weakContactsOf(track, options.settings);
+    return explanation;
+}
+
+std::string asLines(const Explanation& explanation, const Typicals& typicals) {
+    std::string text;
+    for (const Touch* touch : explanation.shown)
+        appendTouchLine(text, explanation.file, *touch, nullptr, typicals);
+    for (const WeakContact& contact : explanation.weak)
+        appendWeakLine(text, explanation.file, contact);
+    return text;
+}
+
+// What became a gesture has one line, unless it is the one that was asked for.
+std::string asText(const Explanation& explanation, const Typicals& typicals, bool showsAll) {
+    std::string text = coloured(Colour::Bold, printable(explanation.file)) + "\n";
+    for (const Touch* touch : explanation.shown) {
+        text += touchHeading(*touch, nullptr);
+        if (showsAll || touch->outcome == Outcome::Cancel)
+            text += touchDetails(*touch, typicals);
+    }
+    for (const WeakContact& contact : explanation.weak)
+        text += weakText(contact);
+    return text;
+}
+
+int explainAll(const Options& options) {
+    std::vector<Explanation> explanations;
+    Typicals typicals;
+    const int status = forEachRecording(options.paths, "explaining", [&](const std::string& file) {
+        explanations.push_back(explain(options, file));
+        for (const Touch& touch : explanations.back().touches)
+            typicals.add(touch);
+    });
+    for (const Explanation& explanation : explanations)
+        writeStandardOutput(options.jsonl ? asLines(explanation, typicals)
+                                          : asText(explanation, typicals, options.wantsOne() || options.wouldBe));
+    return status;
+}
+
+} // namespace
+
+Command makeExplainCommand(App& program) {
+    const auto options = std::make_shared<Options>();
+    App* app = program.addCommand("explain",
+                                  {"velto explain gestures.json --rejected", "velto explain gestures.json --at 6.85"},
+                                  "Says of every touch why it became what it became: each check with its\n"
+                                  "value and bound, which one failed and by how much.\n"
+                                  "\n"
+                                  "A single touch is played again with other settings too, to find those\n"
+                                  "that would have made it something else.");
+    addRecordings(*app, options->paths);
+    CLI::Option* touch = addNumber(*app, "--touch", options->touch, "Only this touch, counted from 1", std::size_t{1});
+    app->add_option("--at", options->atSeconds, "Only the touch at this time of the recording")
+        ->check(CLI::NonNegativeNumber)
+        ->type_name("SECONDS")
+        ->excludes(touch);
+    app->add_flag("--rejected", options->rejected, "Only touches that became no gesture");
+    app->add_flag("--weak", options->weak, "Contacts too weak to be touches, too");
+    app->add_flag("--would-be", options->wouldBe, "Find for every touch shown the settings that would change it");
+    addSettings(*app, options->settings, KeyScope::Pipeline,
+                "Write a setting before the first frame and leave out the recording's own writes of its key; may be "
+                "given several times")
+        ->allow_extra_args(false);
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines");
+    return {app, [options] { return explainAll(*options); }};
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Velto/Analysis/Label.h"
+#include "Velto/Analysis/Pulls.h"
+#include "Velto/Analysis/Touch.h"
+
+#include <string>
+#include <string_view>
+
+// Touches as JSON Lines.
+
+namespace VeltoTouch::Velto {
+
+// Appends the line of a touch. `file` is the path as it was given; `label` is what was meant by the touch, null if that
+// is not known.
+void appendTouchLine(std::string& text, std::string_view file, const Analysis::Touch& touch,
+                     const Analysis::Label* label, const Analysis::Typicals& typicals);
+void appendWeakLine(std::string& text, std::string_view file, const Analysis::WeakContact& contact);
+
+// Returns ,"NAME":NUMBER. A number that is not finite is null, with its text in a member `textName` beside it.
+[[nodiscard]] std::string numberMember(std::string_view name, double number, std::string_view textName = "text");
+
+// Returns "NAME", or null for nothing.
+template <class Named>
+[[nodiscard]] std::string nameOrNull(const std::optional<Named>& value) {
+    return value ? '"' + std::string(nameOf(*value)) + '"' : "null";
+}
+
+} // namespace VeltoTouch::Velto
