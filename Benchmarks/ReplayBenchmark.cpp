@@ -1,3 +1,4 @@
+#include "Benchmarks/ProgramTime.h"
 #include "Benchmarks/SimulatedInput.h"
 
 #include <ctime>
@@ -5,38 +6,13 @@
 #include <fstream>
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
 #include <simdjson.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Benchmarks {
 namespace {
 
 constexpr std::size_t kFrames = 200'000;
-
-double seconds(const timeval& time) {
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-}
-
-// CPU time, user and system, of `velto replay --jsonl FILE` with its output thrown away; negative when it fails.
-double cpuTimeOfReplay(const std::string& file) {
-    std::string arguments[] = {VELTO_PROGRAM, "replay", "--jsonl", file};
-    char* argv[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(), arguments[3].data(), nullptr};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    pid_t child = 0;
-    const int failure = posix_spawn(&child, argv[0], &actions, nullptr, argv, environ);
-    posix_spawn_file_actions_destroy(&actions);
-    int status = 0;
-    rusage usage{};
-    if (failure != 0 || wait4(child, &status, 0, &usage) != child || status != 0)
-        return -1.0;
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
 
 double cpuTimeNow() {
     timespec now{};
@@ -61,7 +37,7 @@ void ReplayAgainstBareParse(benchmark::State& state) {
     double replayTime = 0;
     double parseTime = 0;
     for ([[maybe_unused]] auto _ : state) {
-        const double time = cpuTimeOfReplay(file);
+        const double time = timeOfVelto({"replay", "--jsonl", file}).cpu;
         if (time < 0) {
             state.SkipWithError("velto replay failed");
             break;

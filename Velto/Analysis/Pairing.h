@@ -1,14 +1,25 @@
 #pragma once
+
+#include "Velto/Analysis/Label.h"
 #include "Velto/Analysis/Touch.h"
+
+#include <cstdint>
 #include <vector>
+
 namespace VeltoTouch::Analysis {
-inline const Touch* touchThatOverlapsMost(const std::vector<Touch>& touches, std::uint64_t startNs, std::uint64_t endNs) {
-    const Touch* best = nullptr; std::uint64_t most = 0;
-    for (const Touch& t : touches) {
-        const auto a = std::max(startNs, t.startNs), b = std::min(endNs, t.endNs);
-        if (a > b) continue;
-        if (best == nullptr || b - a > most) { best = &t; most = b - a; }
-    }
-    return best;
-}
+
+// Returns the touch that overlaps a span of time most, the earlier of equals; null if none does. Touching at a point
+// counts.
+[[nodiscard]] const Touch* touchThatOverlapsMost(const std::vector<Touch>& touches, std::uint64_t startNs,
+                                                 std::uint64_t endNs);
+
+// Pairs labels and touches one to one by the overlap of the touch with the label's window, widened by 50 ms before and
+// 150 ms after: largest overlap first, then by label, then by touch. Returns for each label its touch, null if it has
+// none. Both lists are in time order.
+[[nodiscard]] std::vector<const Touch*> pair(const std::vector<Label>& labels, const std::vector<Touch>& touches);
+
+// The other way round: for each touch its label, null if it has none.
+[[nodiscard]] std::vector<const Label*> labelsByTouch(const std::vector<Label>& labels,
+                                                      const std::vector<Touch>& touches);
+
 } // namespace VeltoTouch::Analysis

@@ -1,10 +1,11 @@
+#include "Velto/Analysis/Pairing.h"
 #include "Velto/Analysis/TouchObserver.h"
 #include "Velto/Analysis/WeakContacts.h"
 #include "Velto/Analysis/WouldBe.h"
 #include "Velto/Commands/Command.h"
+#include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Numbers.h"
-#include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Output/TouchLines.h"
@@ -27,6 +28,7 @@ struct Options {
     std::vector<Setting> settings;
     std::size_t touch = 0; // 0: not chosen so
     std::optional<double> atSeconds;
+    std::size_t jobs = 1;
     bool rejected = false;
     bool weak = false;
     bool wouldBe = false;
@@ -38,9 +40,10 @@ struct Options {
 // A recording's answer. Touches that are not shown still count for what is typical.
 struct Explanation {
     std::string file;
-    std::vector<Touch> touches;
-    std::vector<const Touch*> shown;
-    std::vector<WeakContact> weak;
+    std::vector<Touch> touches = {};
+    std::vector<bool> isShown = {}; // by touch
+    std::vector<Label> labels = {};
+    std::vector<WeakContact> weak = {};
 };
 
 std::uint64_t distance(const Touch& touch, std::uint64_t ns) noexcept {
@@ -84,21 +87,34 @@ std::vector<Touch*> wantedOf(const Options& options, std::vector<Touch>& touches
 Explanation explain(const Options& options, const std::string& file) {
     const PipelineRecording recording = loadRecording(file);
     const Track track(recording.frames());
-    Explanation explanation{.file = file, .touches = {}, .shown = {}, .weak = {}};
+    Explanation explanation{.file = file, .labels = labelsOf(recording.frames())};
     explanation.touches = touchesOf(track, options.settings, TouchObserver::Contributions::Follow);
     const std::vector<Touch*> wanted = wantedOf(options, explanation.touches);
     if (options.wouldBe || options.wantsOne())
         findAlternatives(track, options.settings, wanted);
-    explanation.shown.assign(wanted.begin(), wanted.end());
+    explanation.isShown.resize(explanation.touches.size());
+    for (const Touch* touch : wanted)
+        explanation.isShown[touch->number - 1] = true;
     if (options.weak)
         explanation.weak = weakContactsOf(track, options.settings);
     return explanation;
 }
 
+// Calls `show` with each touch that is shown and its label, null if it has none.
+template <class Show>
+void forEachShown(const Explanation& explanation, const Show& show) {
+    const std::vector<const Label*> labels = labelsByTouch(explanation.labels, explanation.touches);
+    for (std::size_t i = 0; i < explanation.touches.size(); ++i) {
+        if (explanation.isShown[i])
+            show(explanation.touches[i], labels[i]);
+    }
+}
+
 std::string asLines(const Explanation& explanation, const Typicals& typicals) {
     std::string text;
-    for (const Touch* touch : explanation.shown)
-        appendTouchLine(text, explanation.file, *touch, nullptr, typicals);
+    forEachShown(explanation, [&](const Touch& touch, const Label* label) {
+        appendTouchLine(text, explanation.file, touch, label, typicals);
+    });
     for (const WeakContact& contact : explanation.weak)
         appendWeakLine(text, explanation.file, contact);
     return text;
@@ -107,11 +123,11 @@ std::string asLines(const Explanation& explanation, const Typicals& typicals) {
 // What became a gesture has one line, unless it is the one that was asked for.
 std::string asText(const Explanation& explanation, const Typicals& typicals, bool showsAll) {
     std::string text = coloured(Colour::Bold, printable(explanation.file)) + "\n";
-    for (const Touch* touch : explanation.shown) {
-        text += touchHeading(*touch, nullptr);
-        if (showsAll || touch->outcome == Outcome::Cancel)
-            text += touchDetails(*touch, typicals);
-    }
+    forEachShown(explanation, [&](const Touch& touch, const Label* label) {
+        text += touchHeading(touch, label);
+        if (showsAll || touch.outcome == Outcome::Cancel)
+            text += touchDetails(touch, typicals);
+    });
     for (const WeakContact& contact : explanation.weak)
         text += weakText(contact);
     return text;
@@ -120,11 +136,13 @@ std::string asText(const Explanation& explanation, const Typicals& typicals, boo
 int explainAll(const Options& options) {
     std::vector<Explanation> explanations;
     Typicals typicals;
-    const int status = forEachRecording(options.paths, "explaining", [&](const std::string& file) {
-        explanations.push_back(explain(options, file));
-        for (const Touch& touch : explanations.back().touches)
-            typicals.add(touch);
-    });
+    const int status = forEachRecordingInOrder(
+        options.paths, options.jobs, "explaining", [&](const std::string& file) { return explain(options, file); },
+        [&](const std::string&, Explanation explanation) {
+            for (const Touch& touch : explanation.touches)
+                typicals.add(touch);
+            explanations.push_back(std::move(explanation));
+        });
     for (const Explanation& explanation : explanations)
         writeStandardOutput(options.jsonl ? asLines(explanation, typicals)
                                           : asText(explanation, typicals, options.wantsOne() || options.wouldBe));
@@ -155,6 +173,7 @@ Command makeExplainCommand(App& program) {
                 "Write a setting before the first frame and leave out the recording's own writes of its key; may be "
                 "given several times")
         ->allow_extra_args(false);
+    addJobs(*app, options->jobs);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines");
     return {app, [options] { return explainAll(*options); }};
 }

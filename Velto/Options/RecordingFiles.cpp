@@ -80,18 +80,26 @@ void addOutput(App& app, std::string& target) {
 int forEachRecording(const std::vector<std::string>& paths, const std::string& work,
                      const std::function<void(const std::string& file)>& handle) {
     std::vector<std::string> files;
-    const int status = forEachFile(
+    const int status = findRecordings(paths, files);
+    return std::max(status, handleRecordings(files, work, handle));
+}
+
+int findRecordings(const std::vector<std::string>& paths, std::vector<std::string>& files) {
+    return forEachFile(
         paths, [&files](const std::string& path) { std::ranges::move(recordingsAt(path), std::back_inserter(files)); });
+}
+
+int handleRecordings(const std::vector<std::string>& files, const std::string& work,
+                     const std::function<void(const std::string& file)>& handle) {
     std::optional<Progress> progress;
     if (files.size() > 1 && !standardOutputIsTerminal()) // there the results themselves show how far the work is
         progress.emplace(fmt::format("{} {} recordings", work, files.size()), files.size());
     std::uint64_t done = 0;
-    const int handled = forEachFile(files, [&](const std::string& file) {
+    return forEachFile(files, [&](const std::string& file) {
         if (progress)
             progress->step(done++);
         handle(file);
     });
-    return std::max(status, handled);
 }
 
 } // namespace VeltoTouch::Velto

@@ -29,4 +29,9 @@ void addOutput(App& app, std::string& target);
 [[nodiscard]] int forEachRecording(const std::vector<std::string>& paths, const std::string& work,
                                    const std::function<void(const std::string& file)>& handle);
 
+// Its two steps. `findRecordings` adds the recordings that the paths stand for to `files`; both return an exit status.
+[[nodiscard]] int findRecordings(const std::vector<std::string>& paths, std::vector<std::string>& files);
+[[nodiscard]] int handleRecordings(const std::vector<std::string>& files, const std::string& work,
+                                   const std::function<void(const std::string& file)>& handle);
+
 } // namespace VeltoTouch::Velto

@@ -56,8 +56,9 @@ std::string numberText(double number) {
 std::string_view shortKey(std::string_view key) noexcept { return key.substr(key.rfind('.') + 1); }
 
 std::string meant(const Label& label) {
-    const std::string way = label.endRegion.empty() ? label.region : label.region + " to " + label.endRegion;
-    return printable(fmt::format("    meant: {} {} (label {})", label.gesture, way, label.index));
+    const std::string place = label.region == nameOf(PixelRegion::None) ? "" : " " + label.region;
+    const std::string way = label.endRegion.empty() ? place : place + " to " + label.endRegion;
+    return printable(fmt::format("    meant: {}{} (label {})", label.gesture, way, label.index));
 }
 
 std::string verdictOf(const Check& check) {
