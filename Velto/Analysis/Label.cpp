@@ -1,7 +1,8 @@
 #include "Velto/Analysis/Label.h"
 
+#include "Velto/Analysis/Members.h"
+
 #include <optional>
-#include <string_view>
 
 namespace VeltoTouch::Analysis {
 namespace {
@@ -9,29 +10,18 @@ namespace {
 constexpr const char* kKey = "Label";
 constexpr std::uint64_t kNsPerMs = 1'000'000;
 
-std::string textUnder(const Dictionary& dictionary, std::string_view key) {
-    const auto* text = as<String>(dictionary.find(key));
-    return text != nullptr ? std::string(text->text()) : std::string();
-}
-
-std::optional<std::uint32_t> millisecondsUnder(const Dictionary& dictionary, std::string_view key) {
-    const auto* number = as<Number>(dictionary.find(key));
-    if (number == nullptr || number->isBool())
-        return std::nullopt;
-    return static_cast<std::uint32_t>(number->unsignedLongLongValue());
-}
-
 std::optional<Label> labelIn(const Frame& frame) {
     const auto* dictionary = as<Dictionary>(frame.value);
     if (frame.type != Frame::Type::Metadata || frame.key != kKey || dictionary == nullptr)
         return std::nullopt;
-    Label label{.gesture = textUnder(*dictionary, "gesture"),
-                .region = textUnder(*dictionary, "region"),
-                .endRegion = textUnder(*dictionary, "endRegion")};
-    const auto startMs = millisecondsUnder(*dictionary, "startMs");
-    const auto endMs = millisecondsUnder(*dictionary, "endMs");
-    if (label.gesture.empty() || !startMs || !endMs)
+    const auto gesture = textUnder(*dictionary, "gesture");
+    const auto startMs = unsignedUnder(*dictionary, "startMs");
+    const auto endMs = unsignedUnder(*dictionary, "endMs");
+    if (!gesture || gesture->empty() || !startMs || !endMs)
         return std::nullopt;
+    Label label{.gesture = *gesture,
+                .region = textUnder(*dictionary, "region").value_or(""),
+                .endRegion = textUnder(*dictionary, "endRegion").value_or("")};
     label.endNs = static_cast<std::uint32_t>(*endMs - *startMs) * kNsPerMs; // from its start
     return label;
 }

@@ -17,6 +17,7 @@
 namespace VeltoTouch::Analysis {
 
 enum class Outcome : std::uint8_t { Tap, Hold, Cancel, Unfinished };
+inline constexpr std::array<std::string_view, 4> kOutcomeNames{"tap", "hold", "cancel", "unfinished"};
 
 // The recognizer's checks, in its order, and what else keeps a contact from becoming a touch.
 enum class Rule : std::uint8_t {
@@ -65,6 +66,7 @@ struct Check {
 
 // What moved the active region.
 enum class MovedBy : std::uint8_t { PeakPad, LastGestureBias, PadK, HoldMoved };
+inline constexpr std::array<std::string_view, 4> kMovedByNames{"peakPad", "lastGestureBias", "padK", "holdMoved"};
 
 struct RegionChange {
     std::uint64_t ns = 0;
@@ -145,8 +147,14 @@ struct WeakContact {
 };
 
 [[nodiscard]] constexpr std::string_view nameOf(Rule rule) noexcept { return rowOf(rule).name; }
-[[nodiscard]] std::string_view nameOf(Outcome outcome) noexcept;
-[[nodiscard]] std::string_view nameOf(MovedBy by) noexcept;
-[[nodiscard]] std::string_view nameOf(Touch::EndedBy by) noexcept;
+[[nodiscard]] constexpr std::string_view nameOf(Outcome outcome) noexcept {
+    return kOutcomeNames[static_cast<std::size_t>(outcome)];
+}
+[[nodiscard]] constexpr std::string_view nameOf(MovedBy by) noexcept {
+    return kMovedByNames[static_cast<std::size_t>(by)];
+}
+[[nodiscard]] constexpr std::string_view nameOf(Touch::EndedBy by) noexcept {
+    return by == Touch::EndedBy::Setting ? "setting" : "clock";
+}
 
 } // namespace VeltoTouch::Analysis

@@ -6,9 +6,12 @@
 
 // The subcommands of `velto`. Each `make...Command` adds its subcommand with options and help to the program and
 // returns its runner, which owns the options. A runner returns the exit status: 0, or 1 if something failed and was
-// reported on standard error. The program reports an exception that leaves it.
+// reported on standard error, or kWrongUsage if only reading has shown that. The program reports an exception that
+// leaves it.
 
 namespace VeltoTouch::Velto {
+
+constexpr int kWrongUsage = 2;
 
 struct Command {
     App* app;
@@ -22,6 +25,7 @@ struct Command {
 [[nodiscard]] Command makeInfoCommand(App& program);
 [[nodiscard]] Command makeSimulateCommand(App& program);
 [[nodiscard]] Command makeExplainCommand(App& program);
+[[nodiscard]] Command makeScoreCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);

@@ -26,6 +26,7 @@ constexpr std::array kCommands{
     Row{"Recordings", makeInfoCommand},      //
     Row{"Recordings", makeSimulateCommand},  //
     Row{"Why", makeExplainCommand},          //
+    Row{"Why", makeScoreCommand},            //
     Row{"Live", makeRunCommand},             //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeServeCommand},   //

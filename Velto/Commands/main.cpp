@@ -13,7 +13,6 @@ namespace {
 using namespace VeltoTouch::Velto;
 
 constexpr int kFailed = 1;
-constexpr int kWrongUsage = 2;
 
 // The arguments without the program's name, last first, as the option parser wants them. It would split a file name in
 // brackets; the same file in the folder "." it leaves alone.

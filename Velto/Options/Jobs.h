@@ -18,27 +18,33 @@ namespace VeltoTouch::Velto {
 // --jobs N: how many recordings are worked on at the same time; one a core unless it is given.
 void addJobs(App& app, std::size_t& target);
 
-// Handles recordings as forEachRecording does, `jobs` at a time: `make(file)` returns a result, on any thread, and
+// Handles recordings as handleRecordings does, `jobs` at a time: `make(file)` returns a result, on any thread, and
 // `take(file, result)` is called with it on the caller's thread, in the order of the files, so that what is printed is
 // the same for any number of jobs. At most `jobs` results wait. What `make` or `take` throws is reported under the
 // file's name. Returns the exit status.
 template <class Make, class Take>
-[[nodiscard]] int forEachRecordingInOrder(const std::vector<std::string>& paths, std::size_t jobs,
-                                          const std::string& work, const Make& make, const Take& take) {
+[[nodiscard]] int handleInOrder(const std::vector<std::string>& files, std::size_t jobs, const std::string& work,
+                                const Make& make, const Take& take) {
     using Result = decltype(make(std::string()));
-    std::vector<std::string> files;
-    const int status = findRecordings(paths, files);
     const auto policy = jobs > 1 ? std::launch::async : std::launch::deferred;
     std::deque<std::future<Result>> ahead;
     std::size_t begun = 0;
-    const int handled = handleRecordings(files, work, [&](const std::string& file) {
+    return handleRecordings(files, work, [&](const std::string& file) {
         for (; begun < files.size() && ahead.size() < jobs; ++begun)
             ahead.push_back(std::async(policy, [&make, &next = files[begun]] { return make(next); }));
         std::future<Result> result = std::move(ahead.front());
         ahead.pop_front();
         take(file, result.get());
     });
-    return std::max(status, handled);
+}
+
+// The same for the recordings that paths stand for.
+template <class Make, class Take>
+[[nodiscard]] int forEachRecordingInOrder(const std::vector<std::string>& paths, std::size_t jobs,
+                                          const std::string& work, const Make& make, const Take& take) {
+    std::vector<std::string> files;
+    const int status = findRecordings(paths, files);
+    return std::max(status, handleInOrder(files, jobs, work, make, take));
 }
 
 } // namespace VeltoTouch::Velto

@@ -1,0 +1,238 @@
+#include "Platform/JSON.h"
+#include "Velto/Analysis/TouchObserver.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Options/Jobs.h"
+#include "Velto/Options/KeyOptions.h"
+#include "Velto/Options/Numbers.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/ScoreLines.h"
+#include "Velto/Output/ScoreText.h"
+#include "Velto/Output/Terminal.h"
+
+#include <charconv>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using namespace Analysis;
+
+struct Options {
+    std::vector<std::string> paths;
+    std::vector<Setting> settings;
+    std::size_t jobs = 1;
+    std::optional<double> leastRecall;
+    std::optional<std::uint64_t> mostFalse;
+    std::optional<Shard> shard;
+    bool merge = false;
+    bool jsonl = false;
+};
+
+RecordingScore score(const Options& options, const std::string& file) {
+    RecordingScore result;
+    try {
+        const PipelineRecording recording = loadRecording(file);
+        const Track track(recording.frames());
+        result = scoreOf(labelsOf(recording.frames()), touchesOf(track, options.settings));
+        result.durationNs = track.durationNs();
+    } catch (const std::exception& error) {
+        result.error = messageOf(error);
+    }
+    result.file = file;
+    return result;
+}
+
+// Prints recordings as they come, and the total at the end.
+class Output {
+public:
+    explicit Output(const Options& options) : _options(options) {}
+
+    void add(const RecordingScore& recording) {
+        _total.add(recording);
+        std::string text;
+        if (_options.jsonl)
+            appendScoreLines(text, recording);
+        else
+            text = faultLines(recording);
+        writeStandardOutput(text);
+        if (!recording.error.empty())
+            complain(recording.file, recording.error);
+    }
+
+    // Returns the exit status.
+    [[nodiscard]] int finish(const std::optional<Shard>& shard) const {
+        std::string text;
+        if (_options.jsonl)
+            appendTotalLine(text, _total, shard);
+        else
+            text = totalText(_total);
+        writeStandardOutput(text);
+        return keepsItsBounds() && _total.failed() == 0 ? 0 : 1;
+    }
+
+private:
+    [[nodiscard]] bool keepsItsBounds() const {
+        if (_options.leastRecall && _total.recall() < *_options.leastRecall) {
+            complain("score", fmt::format("recall {} is below {}", _total.recall(), *_options.leastRecall));
+            return false;
+        }
+        if (_options.mostFalse && _total.falseGestures() > *_options.mostFalse) {
+            complain("score",
+                     fmt::format("{} false gestures are more than {}", _total.falseGestures(), *_options.mostFalse));
+            return false;
+        }
+        return true;
+    }
+
+    const Options& _options;
+    ScoreTotal _total;
+};
+
+// FNV-1a over what a run is about.
+std::uint64_t runOf(const std::vector<std::string>& files, const std::vector<Setting>& settings) {
+    std::uint64_t hash = 0xcbf29ce484222325;
+    const auto add = [&hash](std::string_view text) {
+        for (const char c : text)
+            hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+        hash = (hash ^ 0xFF) * 0x100000001b3; // the end of a text
+    };
+    for (const std::string& file : files)
+        add(file);
+    for (const Setting& setting : settings) {
+        add(setting.key);
+        add(JSON::text(setting.value.get()));
+    }
+    return hash;
+}
+
+int scoreRecordings(const Options& options) {
+    std::vector<std::string> files;
+    const int found = findRecordings(options.paths, files);
+    std::optional<Shard> shard = options.shard;
+    if (shard) {
+        shard->run = runOf(files, options.settings);
+        std::size_t place = 0;
+        std::erase_if(files, [&](const std::string&) { return place++ % shard->of != shard->number - 1; });
+    }
+    Output output(options);
+    const int handled = handleInOrder(
+        files, options.jobs, "scoring", [&](const std::string& file) { return score(options, file); },
+        [&](const std::string&, const RecordingScore& recording) { output.add(recording); });
+    return std::max({found, handled, output.finish(shard)});
+}
+
+struct ReadShard {
+    std::vector<RecordingScore> recordings;
+    Shard shard;
+};
+
+ReadShard readShard(const std::string& file) {
+    const Ref<Data> content = readFile(file);
+    std::string_view rest = content->bytes();
+    ReadShard read;
+    ScoreReader reader;
+    for (std::size_t line = 1; !rest.empty(); ++line) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size());
+        try {
+            if (auto recording = reader.read(rest.substr(0, end)))
+                read.recordings.push_back(*std::move(recording));
+        } catch (const std::invalid_argument& error) {
+            throw std::invalid_argument(fmt::format("{} (line {})", error.what(), line));
+        }
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    if (!reader.shard())
+        throw std::invalid_argument("no result of velto score --jsonl --shard");
+    read.shard = *reader.shard();
+    return read;
+}
+
+// Sorts the shards by their numbers. Returns whether they are all of one run.
+bool areWhole(std::vector<ReadShard>& shards) {
+    std::ranges::sort(shards, {}, [](const ReadShard& each) { return each.shard.number; });
+    for (std::size_t i = 0; i < shards.size(); ++i) {
+        const Shard& shard = shards[i].shard;
+        if (shard.run != shards.front().shard.run || shard.of != shards.size() || shard.number != i + 1)
+            return false;
+    }
+    return true;
+}
+
+int mergeShards(const Options& options) {
+    std::vector<ReadShard> shards;
+    const int status =
+        forEachFile(options.paths, [&shards](const std::string& file) { shards.push_back(readShard(file)); });
+    if (status != 0)
+        return status;
+    if (!areWhole(shards)) {
+        complain("--merge", fmt::format("all {} shards of one run are wanted", shards.front().shard.of));
+        return kWrongUsage;
+    }
+    Output output(options);
+    for (std::size_t i = 0; i < shards.front().recordings.size(); ++i) {
+        for (const ReadShard& shard : shards) {
+            if (i < shard.recordings.size())
+                output.add(shard.recordings[i]);
+        }
+    }
+    return output.finish(std::nullopt);
+}
+
+Shard parseShard(const std::string& text) {
+    Shard shard;
+    const auto slash = text.find('/');
+    const auto parse = [](std::string_view digits, std::size_t& number) {
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+        return error == std::errc() && end == digits.data() + digits.size();
+    };
+    const bool isRead = slash != std::string::npos && parse(std::string_view(text).substr(0, slash), shard.number) &&
+                        parse(std::string_view(text).substr(slash + 1), shard.of);
+    if (!isRead || shard.number < 1 || shard.number > shard.of)
+        throw CLI::ValidationError("--shard", "K/N is wanted, K from 1 to N");
+    return shard;
+}
+
+void addBounds(App& app, Options& options) {
+    app.add_option("--min-recall", options.leastRecall,
+                   "Exit status 1 if less than this share of what was meant is found")
+        ->check(CLI::Range(0.0, 1.0))
+        ->type_name("R");
+    app.add_option("--max-false", options.mostFalse, "Exit status 1 if there are more false and stray gestures")
+        ->type_name("N");
+}
+
+void addShards(App& app, Options& options) {
+    CLI::Option* shard = app.add_option_function<std::string>(
+        "--shard", [&options](const std::string& text) { options.shard = parseShard(text); },
+        "Only every N-th recording, from the K-th on; for batch engines");
+    shard->type_name("K/N");
+    app.add_flag("--merge", options.merge, "PATHs are the --jsonl results of all shards; print what one run would")
+        ->excludes(shard);
+}
+
+} // namespace
+
+Command makeScoreCommand(App& program) {
+    const auto options = std::make_shared<Options>();
+    App* app = program.addCommand(
+        "score", {"velto score recordings/", "velto score recordings/ --min-recall 0.98 --max-false 5"},
+        "Compares the gestures of labelled recordings with what was meant: what was\n"
+        "found, missed, wrong or false, and how long the decisions took.");
+    addRecordings(*app, options->paths);
+    addSettings(*app, options->settings, KeyScope::Pipeline,
+                "Write a setting before the first frame and leave out the recording's own writes of its key; may be "
+                "given several times")
+        ->allow_extra_args(false);
+    addJobs(*app, options->jobs);
+    addBounds(*app, *options);
+    addShards(*app, *options);
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines");
+    return {app, [options] { return options->merge ? mergeShards(*options) : scoreRecordings(*options); }};
+}
+
+} // namespace VeltoTouch::Velto

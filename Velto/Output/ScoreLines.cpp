@@ -1,0 +1,169 @@
+#include "Velto/Output/ScoreLines.h"
+
+#include "Platform/JSON.h"
+#include "Velto/Analysis/Members.h"
+#include "Velto/Output/GestureText.h"
+#include "Velto/Output/TouchLines.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using namespace Analysis;
+
+std::string quoted(std::string_view text) {
+    std::string literal;
+    JSON::appendString(literal, text);
+    return literal;
+}
+
+template <class T>
+std::string orNull(const std::optional<T>& value) {
+    return value ? fmt::format("{}", *value) : "null";
+}
+
+void appendLabel(std::string& text, const std::string& file, const LabelScore& label) {
+    fmt::format_to(std::back_inserter(text),
+                   R"({{"kind":"label"{},"label":{},"gesture":{},"region":{},"endRegion":{},"startNs":{},"endNs":{},)"
+                   R"("result":"{}","touch":{},"reason":{},"movedBy":{},"delayMs":{}}})"
+                   "\n",
+                   file, label.label, quoted(label.gesture), quoted(label.region),
+                   label.endRegion.empty() ? "null" : quoted(label.endRegion), label.startNs, label.endNs,
+                   nameOf(label.result), orNull(label.touch), nameOrNull(label.reason), nameOrNull(label.movedBy),
+                   orNull(label.delayMs));
+}
+
+void appendStray(std::string& text, const std::string& file, const Stray& stray) {
+    fmt::format_to(std::back_inserter(text),
+                   R"({{"kind":"stray"{},"touch":{},"gesture":"{}","region":"{}","startNs":{},"endNs":{}}})"
+                   "\n",
+                   file, stray.touch, nameOf(stray.gesture), nameOf(stray.region), stray.startNs, stray.endNs);
+}
+
+std::string countMembers(const ScoreTotal::Counts& counts) {
+    std::string text = fmt::format(R"("labels":{})", counts.labels);
+    for (std::size_t i = 0; i < kResultNames.size(); ++i)
+        text += fmt::format(R"(,"{}":{})", kResultNames[i], counts.results[i]);
+    return text;
+}
+
+std::string delayObject(const std::optional<ScoreTotal::Delays>& delays) {
+    return delays ? fmt::format(R"({{"median":{},"p95":{}}})", delays->medianMs, delays->p95Ms)
+                  : R"({"median":null,"p95":null})";
+}
+
+std::string gestureObjects(const ScoreTotal& total) {
+    std::string text;
+    for (const auto& [gesture, regions] : total.byGesture()) {
+        text += fmt::format("{}{}:{{", text.empty() ? "" : ",", quoted(gesture));
+        for (const auto& [region, counts] : regions)
+            text += fmt::format("{}{}:{{{}}}", text.back() == '{' ? "" : ",", quoted(region), countMembers(counts));
+        text += '}';
+    }
+    return '{' + text + '}';
+}
+
+// The members of a line; what is missing or wrong is std::invalid_argument.
+template <class T>
+T require(std::optional<T> member) {
+    if (!member)
+        throw std::invalid_argument("no line of velto score --jsonl");
+    return *std::move(member);
+}
+
+// The value of an enumeration by its name, from the first on.
+template <class Named>
+std::optional<Named> valueCalled(const std::optional<std::string>& name, std::size_t count) {
+    for (std::size_t i = 0; name && i < count; ++i) {
+        if (nameOf(static_cast<Named>(i)) == *name)
+            return static_cast<Named>(i);
+    }
+    return std::nullopt;
+}
+
+LabelScore labelIn(const Dictionary& line) {
+    return {.label = require(unsignedUnder(line, "label")),
+            .gesture = require(textUnder(line, "gesture")),
+            .region = require(textUnder(line, "region")),
+            .endRegion = textUnder(line, "endRegion").value_or(""),
+            .startNs = require(unsignedUnder(line, "startNs")),
+            .endNs = require(unsignedUnder(line, "endNs")),
+            .result = require(valueCalled<Result>(textUnder(line, "result"), kResultNames.size())),
+            .touch = unsignedUnder(line, "touch"),
+            .reason = valueCalled<Rule>(textUnder(line, "reason"), kRuleRows.size()),
+            .movedBy = valueCalled<MovedBy>(textUnder(line, "movedBy"), kMovedByNames.size()),
+            .delayMs = doubleUnder(line, "delayMs")};
+}
+
+Stray strayIn(const Dictionary& line) {
+    return {.touch = require(unsignedUnder(line, "touch")),
+            .gesture = require(valueCalled<Outcome>(textUnder(line, "gesture"), kOutcomeNames.size())),
+            .region = require(regionCalled(require(textUnder(line, "region")))),
+            .startNs = require(unsignedUnder(line, "startNs")),
+            .endNs = require(unsignedUnder(line, "endNs"))};
+}
+
+std::optional<Shard> shardIn(const Dictionary& line) {
+    const auto number = unsignedUnder(line, "shard");
+    const auto of = unsignedUnder(line, "shards");
+    const auto run = unsignedUnder(line, "run");
+    if (!number || !of || !run)
+        return std::nullopt;
+    return Shard{.number = *number, .of = *of, .run = *run};
+}
+
+} // namespace
+
+void appendScoreLines(std::string& text, const RecordingScore& recording) {
+    const std::string file = fileMember(recording.file);
+    for (const LabelScore& label : recording.labels)
+        appendLabel(text, file, label);
+    for (const Stray& stray : recording.strays)
+        appendStray(text, file, stray);
+    fmt::format_to(std::back_inserter(text),
+                   R"({{"kind":"recording"{},"durationNs":{},"labels":{},"error":{}}})"
+                   "\n",
+                   file, recording.durationNs, recording.labels.size(),
+                   recording.error.empty() ? "null" : quoted(recording.error));
+}
+
+void appendTotalLine(std::string& text, const ScoreTotal& total, const std::optional<Shard>& shard) {
+    fmt::format_to(std::back_inserter(text),
+                   R"({{"kind":"score","recordings":{},"failed":{},"hours":{},{},"stray":{},"falsePerHour":{},)"
+                   R"("recall":{},"holdDelayMs":{},"tapDelayMs":{},"byGesture":{}{}}})"
+                   "\n",
+                   total.recordings(), total.failed(), total.hours(), countMembers(total.counts()), total.strays(),
+                   orNull(total.falsePerHour()), total.recall(), delayObject(total.holdDelays()),
+                   delayObject(total.tapDelays()), gestureObjects(total),
+                   shard ? fmt::format(R"(,"shard":{},"shards":{},"run":{})", shard->number, shard->of, shard->run)
+                         : std::string());
+}
+
+std::optional<RecordingScore> ScoreReader::read(std::string_view line) {
+    const Ref<Value> parsed = JSON::parse(line);
+    const auto* object = as<Dictionary>(parsed);
+    const std::string kind = require(object != nullptr ? textUnder(*object, "kind") : std::nullopt);
+    if (kind == "label") {
+        _recording.labels.push_back(labelIn(*object));
+    } else if (kind == "stray") {
+        _recording.strays.push_back(strayIn(*object));
+    } else if (kind == "recording") {
+        _recording.file = require(textUnder(*object, "file"));
+        _recording.durationNs = require(unsignedUnder(*object, "durationNs"));
+        _recording.error = textUnder(*object, "error").value_or("");
+        return std::exchange(_recording, {});
+    } else if (kind == "score") {
+        _shard = shardIn(*object);
+    } else {
+        throw std::invalid_argument("no line of velto score --jsonl");
+    }
+    return std::nullopt;
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Velto/Analysis/Score.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Scores as JSON Lines, and back.
+
+namespace VeltoTouch::Velto {
+
+// One of the parts that a run over many recordings was split into: every `of`-th file from the `number`-th.
+struct Shard {
+    std::size_t number = 1;
+    std::size_t of = 1;
+    std::uint64_t run = 0; // the same for all parts of a run over the same files with the same settings
+};
+
+// Appends the lines of a recording: its labels, its strays, itself.
+void appendScoreLines(std::string& text, const Analysis::RecordingScore& recording);
+// Appends the line of all. `shard` is what was scored; none if it was everything.
+void appendTotalLine(std::string& text, const Analysis::ScoreTotal& total, const std::optional<Shard>& shard);
+
+// Reads the lines of a shard again, one after the other.
+class ScoreReader {
+public:
+    // Takes in a line. Returns the recording that it completes, if it does. Throws std::invalid_argument for a line
+    // that is none of these.
+    [[nodiscard]] std::optional<Analysis::RecordingScore> read(std::string_view line);
+
+    // Of the line of all; none before it, and if that was no shard's.
+    [[nodiscard]] const std::optional<Shard>& shard() const noexcept { return _shard; }
+
+private:
+    Analysis::RecordingScore _recording;
+    std::optional<Shard> _shard;
+};
+
+} // namespace VeltoTouch::Velto
