@@ -27,6 +27,8 @@ struct Command {
 [[nodiscard]] Command makeExplainCommand(App& program);
 [[nodiscard]] Command makeScoreCommand(App& program);
 [[nodiscard]] Command makeTuneCommand(App& program);
+[[nodiscard]] Command makeStatsCommand(App& program);
+[[nodiscard]] Command makeRecoverCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);

@@ -28,6 +28,8 @@ constexpr std::array kCommands{
     Row{"Why", makeExplainCommand},          //
     Row{"Why", makeScoreCommand},            //
     Row{"Why", makeTuneCommand},             //
+    Row{"Why", makeStatsCommand},            //
+    Row{"Why", makeRecoverCommand},          //
     Row{"Live", makeRunCommand},             //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeServeCommand},   //

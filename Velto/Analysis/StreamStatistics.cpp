@@ -1,0 +1,82 @@
+#include "Velto/Analysis/StreamStatistics.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+namespace VeltoTouch::Analysis {
+namespace {
+
+// The smallest value that at least `percent` of them do not exceed.
+template <class T>
+T nearestRank(std::vector<T>& values, std::size_t percent) {
+    const std::size_t rank = (values.size() * percent + 99) / 100;
+    const auto found = values.begin() + static_cast<std::ptrdiff_t>(rank - 1);
+    std::ranges::nth_element(values, found);
+    return *found;
+}
+
+// What a pad says while nothing is on.
+StreamStatistics::Rest restOf(std::vector<std::int32_t>& signals) {
+    const std::int32_t baseline = nearestRank(signals, 50);
+    for (std::int32_t& signal : signals)
+        signal = std::abs(signal - baseline);
+    return {.baseline = baseline, .noise = nearestRank(signals, 68)};
+}
+
+void addTimes(StreamStatistics& statistics, const std::list<Frame>& frames) {
+    std::vector<std::uint64_t> intervals;
+    const Frame* last = nullptr;
+    std::uint64_t duration = 0;
+    for (const Frame& frame : frames) {
+        if (frame.type != Frame::Type::InputReport)
+            continue;
+        ++statistics.reports;
+        if (last != nullptr) {
+            intervals.push_back(frame.timestampNs - last->timestampNs);
+            duration += intervals.back();
+        }
+        last = &frame;
+    }
+    if (intervals.empty())
+        return;
+    if (duration > 0)
+        statistics.rateHz = static_cast<double>(intervals.size()) * 1e9 / static_cast<double>(duration);
+    std::ranges::sort(intervals);
+    statistics.intervals = {
+        .median = nearestRank(intervals, 50), .p99 = nearestRank(intervals, 99), .longest = intervals.back()};
+}
+
+} // namespace
+
+StreamStatistics statisticsOf(PipelineRecording& recording, const std::function<void()>& frameDone) {
+    StreamStatistics statistics;
+    addTimes(statistics, recording.frames());
+    std::array<std::vector<std::int32_t>, kPadCount> atRest;
+    Replay replay;
+    replay.gestureHandler = [](const Gesture&) {};
+    bool isReset = false; // what the recognizer sees next is no image
+    replay.disturbanceHandler = [&](const Replay::Disturbance& disturbance) {
+        statistics.disturbances.push_back(disturbance);
+        isReset = disturbance.kind == Replay::Disturbance::Kind::Reset;
+    };
+    replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
+        if (std::exchange(isReset, false))
+            return;
+        for (std::size_t i = 0; i < kPadCount; ++i) {
+            auto& peak = statistics.pads[i].peak;
+            peak = std::max(image.padSignal[i], peak.value_or(image.padSignal[i]));
+            if (!algs.handStats.touching)
+                atRest[i].push_back(image.padSignal[i]);
+        }
+    };
+    replay.frameDone = frameDone;
+    replay.play(recording, {}, Replay::kMaxSpeed);
+    for (std::size_t i = 0; i < kPadCount; ++i) {
+        if (!atRest[i].empty())
+            statistics.pads[i].rest = restOf(atRest[i]);
+    }
+    return statistics;
+}
+
+} // namespace VeltoTouch::Analysis
