@@ -28,7 +28,7 @@ std::vector<Candidate> candidatesOf(const std::vector<Label>& labels, const std:
     std::size_t first = 0; // touches before it end before the window, and before all later ones
     for (std::size_t label = 0; label < labels.size(); ++label) {
         const std::uint64_t startNs = labels[label].startNs - std::min(labels[label].startNs, kBeforeNs);
-        const std::uint64_t endNs = labels[label].endNs + kAfterNs;
+        const std::uint64_t endNs = labels[label].endNs + std::min(kAfterNs, ~labels[label].endNs);
         while (first < touches.size() && touches[first].endNs < startNs)
             ++first;
         for (std::size_t touch = first; touch < touches.size() && touches[touch].startNs <= endNs; ++touch) {

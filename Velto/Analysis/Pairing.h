@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+// Which touch belongs to what. Any thread; what is returned points into the lists that were given.
+
 namespace VeltoTouch::Analysis {
 
 // Returns the touch that overlaps a span of time most, the earlier of equals; null if none does. Touching at a point

@@ -41,6 +41,7 @@ std::vector<float> tapScoreContributions(const HandStats& hand) {
 }
 
 void Typicals::add(const Touch& touch) {
+    _medians.clear();
     for (const Check& check : touch.checks) {
         const bool isDeciding = (touch.outcome == Outcome::Tap && check.rule == Rule::TapScore) ||
                                 (touch.outcome == Outcome::Hold && check.rule == Rule::TouchScore);
@@ -52,8 +53,10 @@ void Typicals::add(const Touch& touch) {
 std::vector<Pull> Typicals::pullsOf(const Check& check) const {
     std::vector<std::size_t> order(check.contributions.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::stable_sort(order, std::greater(),
-                             [&check](std::size_t i) { return std::fabs(check.contributions[i]); });
+    std::ranges::stable_sort(order, std::greater(), [&check](std::size_t i) {
+        const float magnitude = std::fabs(check.contributions[i]);
+        return std::isnan(magnitude) ? -1.0F : magnitude; // what is no number has no order: last
+    });
     order.resize(std::min(order.size(), kMostPulls));
     std::vector<Pull> pulls;
     for (const std::size_t i : order)
@@ -68,8 +71,12 @@ std::optional<float> Typicals::medianOf(Rule rule, std::size_t contribution) con
     if (!isNew || accepted == _accepted.end())
         return known->second;
     std::vector<float> values;
-    for (const std::vector<float>& contributions : accepted->second)
-        values.push_back(contributions[contribution]);
+    for (const std::vector<float>& contributions : accepted->second) {
+        if (!std::isnan(contributions[contribution]))
+            values.push_back(contributions[contribution]);
+    }
+    if (values.empty())
+        return std::nullopt;
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>((values.size() - 1) / 2); // the lower of two
     std::ranges::nth_element(values, middle);
     return known->second = *middle;

@@ -39,13 +39,15 @@ struct Pull {
     std::optional<float> typical = {}; // median of this contribution over the accepted touches; none without any
 };
 
-// Collects the contributions of accepted touches, to compare others with. Grows with their number.
+// Collects the contributions of accepted touches, to compare others with. Grows with their number. Not for several
+// threads at once: `pullsOf` remembers medians.
 class Typicals {
 public:
     // Takes in a touch if it was accepted: the tap score of a tap, the touch score of a hold.
     void add(const Touch& touch);
 
-    // Returns the largest three contributions of a check by magnitude, the largest first. Empty without contributions.
+    // Returns the largest three contributions of a check by magnitude, the largest first and what is no number last.
+    // Empty without contributions.
     [[nodiscard]] std::vector<Pull> pullsOf(const Check& check) const;
 
 private:

@@ -42,16 +42,16 @@ struct RuleRow {
 };
 
 inline constexpr std::array<RuleRow, 10> kRuleRows{{
-    {Rule::Activation, "activation", ">", "count", "Pipeline.Algs.ActivationThreshold"},
-    {Rule::HoldTimeout, "holdTimeout", ">", "ms", "Pipeline.Algs.HoldTimeoutMilliseconds"},
-    {Rule::TouchScore, "touchScore", ">=", "score", "Pipeline.Algs.EnableHoldSuppression"},
-    {Rule::StaleTimeout, "staleTimeout", ">", "flag", "Pipeline.Algs.EnableHoldSuppression"},
-    {Rule::SignalPerTouchDuration, "signalPerTouchDuration", ">", "count/ms", "Pipeline.Algs.EnableTapSuppression"},
-    {Rule::SignalPerDuration, "signalPerDuration", ">=", "count/ms", "Pipeline.Algs.EnableTapSuppression"},
-    {Rule::NonActivePixels, "nonActivePixels", ">=", "pixels", "Pipeline.Algs.EnableTapSuppression"},
-    {Rule::TimeDurationRatio, "timeDurationRatio", ">=", "ratio", "Pipeline.Algs.EnableTapSuppression"},
-    {Rule::TapScore, "tapScore", ">=", "score", "Pipeline.Algs.EnableTapSuppression"},
-    {Rule::Residual, "residual", ">", "count", "Pipeline.Algs.ActivationThreshold"},
+    {Rule::Activation, "activation", ">", "count", kActivationThreshold},
+    {Rule::HoldTimeout, "holdTimeout", ">", "ms", kHoldTimeout},
+    {Rule::TouchScore, "touchScore", ">=", "score", kHoldSuppression},
+    {Rule::StaleTimeout, "staleTimeout", ">", "flag", kHoldSuppression},
+    {Rule::SignalPerTouchDuration, "signalPerTouchDuration", ">", "count/ms", kTapSuppression},
+    {Rule::SignalPerDuration, "signalPerDuration", ">=", "count/ms", kTapSuppression},
+    {Rule::NonActivePixels, "nonActivePixels", ">=", "pixels", kTapSuppression},
+    {Rule::TimeDurationRatio, "timeDurationRatio", ">=", "ratio", kTapSuppression},
+    {Rule::TapScore, "tapScore", ">=", "score", kTapSuppression},
+    {Rule::Residual, "residual", ">", "count", kActivationThreshold},
 }};
 
 [[nodiscard]] constexpr const RuleRow& rowOf(Rule rule) noexcept { return kRuleRows[static_cast<std::size_t>(rule)]; }

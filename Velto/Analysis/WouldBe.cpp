@@ -16,11 +16,6 @@
 namespace VeltoTouch::Analysis {
 namespace {
 
-constexpr const char* kHoldTimeout = "Pipeline.Algs.HoldTimeoutMilliseconds";
-constexpr const char* kThreshold = "Pipeline.Algs.ActivationThreshold";
-constexpr const char* kHoldSuppression = "Pipeline.Algs.EnableHoldSuppression";
-constexpr const char* kTapSuppression = "Pipeline.Algs.EnableTapSuppression";
-
 constexpr double kThresholdStep = 1.02;
 constexpr int kThresholdSteps = 35; // to half and double
 
@@ -74,7 +69,7 @@ std::vector<Setting> timeoutsFor(const Touch& touch) {
     std::ranges::stable_sort(nearest, {}, [present](std::int64_t time) { return std::abs(time - present); });
     std::vector<Setting> settings;
     for (const std::int64_t time : nearest)
-        settings.push_back({.key = kHoldTimeout, .value = Number::withLongLong(time)});
+        settings.push_back({.key = std::string(kHoldTimeout), .value = Number::withLongLong(time)});
     return settings;
 }
 
@@ -87,14 +82,15 @@ std::vector<Setting> thresholdsFor(const Touch& touch) {
     for (int step = 1; step <= kThresholdSteps; ++step) {
         for (const int direction : {-1, 1}) {
             const double threshold = present * std::pow(kThresholdStep, direction * step);
-            settings.push_back({.key = kThreshold, .value = JSON::parse(fmt::format("{:.3g}", threshold))});
+            settings.push_back(
+                {.key = std::string(kActivationThreshold), .value = JSON::parse(fmt::format("{:.3g}", threshold))});
         }
     }
     return settings;
 }
 
-std::vector<Setting> switched(const char* key, bool present) {
-    return {{.key = key, .value = Number::withBool(!present)}};
+std::vector<Setting> switched(std::string_view key, bool present) {
+    return {{.key = std::string(key), .value = Number::withBool(!present)}};
 }
 
 // Adds the first of the settings that gives another outcome. Returns a setting that leaves no touch if one was tried.

@@ -18,8 +18,8 @@ namespace VeltoTouch::Analysis {
 //   EnableHoldSuppression     turned round
 //   EnableTapSuppression      turned round
 //
-// What is no touch any more is said only if nothing else is found for a touch. Unfinished touches are left as they are.
-// `settings` are those that the touches were found with. One play answers for all touches.
+// A setting that leaves no touch is listed only if no other alternative is found. Unfinished touches are left as they
+// are. `settings` are those that the touches were found with. One play answers for all touches. Any thread.
 void findAlternatives(const Track& track, const std::vector<Setting>& settings, const std::vector<Touch*>& touches);
 
 } // namespace VeltoTouch::Analysis

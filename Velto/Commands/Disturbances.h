@@ -1,7 +1,6 @@
 #pragma once
 #include "Velto/Analysis/Replay.h"
 
-
 #include <array>
 #include <string>
 #include <vector>

@@ -6,6 +6,7 @@
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Numbers.h"
+#include "Velto/Options/PlayOptions.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Output/TouchLines.h"
@@ -134,6 +135,7 @@ std::string asText(const Explanation& explanation, const Typicals& typicals, boo
 }
 
 int explainAll(const Options& options) {
+    warnOfDoubtfulSettings(options.settings);
     std::vector<Explanation> explanations;
     Typicals typicals;
     const int status = forEachRecordingInOrder(
@@ -162,10 +164,7 @@ Command makeExplainCommand(App& program) {
                                   "that would have made it something else.");
     addRecordings(*app, options->paths);
     CLI::Option* touch = addNumber(*app, "--touch", options->touch, "Only this touch, counted from 1", std::size_t{1});
-    app->add_option("--at", options->atSeconds, "Only the touch at this time of the recording")
-        ->check(CLI::NonNegativeNumber)
-        ->type_name("SECONDS")
-        ->excludes(touch);
+    addSeconds(*app, "--at", options->atSeconds, "Only the touch at this time of the recording")->excludes(touch);
     app->add_flag("--rejected", options->rejected, "Only touches that became no gesture");
     app->add_flag("--weak", options->weak, "Contacts too weak to be touches, too");
     app->add_flag("--would-be", options->wouldBe, "Find for every touch shown the settings that would change it");

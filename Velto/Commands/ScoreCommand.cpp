@@ -111,6 +111,7 @@ std::uint64_t runOf(const std::vector<std::string>& files, const std::vector<Set
 }
 
 int scoreRecordings(const Options& options) {
+    warnOfDoubtfulSettings(options.settings);
     std::vector<std::string> files;
     const int found = findRecordings(options.paths, files);
     std::optional<Shard> shard = options.shard;

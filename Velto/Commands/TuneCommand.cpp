@@ -128,6 +128,7 @@ std::string asText(const Answer& answer) {
 }
 
 int tune(const Options& options) {
+    warnOfDoubtfulSettings(options.settings);
     Answer answer{.points = gridOf(options.sweeps), .present = presentOf(options), .tuned = {}};
     std::vector<std::vector<Setting>> played = answer.points;
     played.emplace_back(); // the present settings

@@ -8,6 +8,7 @@
 #include <deque>
 #include <future>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -26,12 +27,23 @@ template <class Make, class Take>
 [[nodiscard]] int handleInOrder(const std::vector<std::string>& files, std::size_t jobs, const std::string& work,
                                 const Make& make, const Take& take) {
     using Result = decltype(make(std::string()));
-    const auto policy = jobs > 1 ? std::launch::async : std::launch::deferred;
-    std::deque<std::future<Result>> ahead;
+    std::deque<std::future<Result>> ahead; // of the files from the one in turn on
     std::size_t begun = 0;
+    const auto begin = [&](std::launch policy) {
+        ahead.push_back(std::async(policy, [&make, &next = files[begun]] { return make(next); }));
+        ++begun;
+    };
+    const auto beginAhead = [&] {
+        try {
+            while (jobs > 1 && begun < files.size() && ahead.size() < jobs)
+                begin(std::launch::async);
+        } catch (const std::system_error&) { // no more threads: those that are there go on
+        }
+        if (ahead.empty())
+            begin(std::launch::deferred);
+    };
     return handleRecordings(files, work, [&](const std::string& file) {
-        for (; begun < files.size() && ahead.size() < jobs; ++begun)
-            ahead.push_back(std::async(policy, [&make, &next = files[begun]] { return make(next); }));
+        beginAhead();
         std::future<Result> result = std::move(ahead.front());
         ahead.pop_front();
         take(file, result.get());

@@ -35,6 +35,17 @@ void addSpeed(App& app, float& target, const std::string& description) {
     app.offer(option, {.words = {kMax}, .openings = {}, .filePrefixes = {}, .patterns = {}})->type_name("N|max");
 }
 
+CLI::Option* addSeconds(App& app, const std::string& name, std::optional<double>& target,
+                        const std::string& description) {
+    const auto parse = [&target, name](const std::string& text) {
+        double seconds = 0;
+        if (!CLI::detail::lexical_cast(text, seconds) || !(seconds >= 0.0 && seconds <= kLongestDuration.count()))
+            throw CLI::ValidationError(name, "a number of seconds from 0 on is wanted");
+        target = seconds;
+    };
+    return app.add_option_function<std::string>(name, parse, description)->type_name("S");
+}
+
 CLI::Option* addDuration(App& app, std::optional<std::chrono::microseconds>& target) {
     return app
         .add_option_function<std::string>(
