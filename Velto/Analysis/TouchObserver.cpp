@@ -38,8 +38,8 @@ Outcome outcomeOf(const Touch& touch, bool isEnded) {
 
 // A value that is not a number passes, as it does in the recognizer.
 std::array<Check, 5> tapChecksOf(const HandStats& hand) {
-    const auto check = [](Rule rule, double value, bool isRejected) {
-        return Check{.rule = rule, .value = value, .bound = 0, .passed = !isRejected};
+    const auto check = [](Rule rule, auto value, bool isRejected) {
+        return Check{.rule = rule, .value = static_cast<double>(value), .bound = 0, .passed = !isRejected};
     };
     return {check(Rule::SignalPerTouchDuration, hand.signalPerTouchDuration, hand.signalPerTouchDuration <= 0.0F),
             check(Rule::SignalPerDuration, hand.signalPerDuration, hand.signalPerDuration < 0.0F),
@@ -94,8 +94,8 @@ void TouchObserver::begin(const Track::Step& step, const Algs& algs) {
             return false;
         const auto i = static_cast<std::size_t>(first - bank.on.begin());
         _touch.checks.push_back({.rule = Rule::Activation,
-                                 .value = static_cast<float>(bank.value[i]),
-                                 .bound = Pixel::activationLevel(troughs[i]) * threshold,
+                                 .value = static_cast<double>(bank.value[i]),
+                                 .bound = static_cast<double>(Pixel::activationLevel(troughs[i]) * threshold),
                                  .passed = true});
         return true;
     };
@@ -148,8 +148,8 @@ void TouchObserver::followTimeout(const Track::Step& step, const HandStats& hand
         return;
     _touchScore =
         Check{.rule = Rule::TouchScore,
-              .value = hand.touchScore,
-              .bound = hand.holdScoreThreshold,
+              .value = static_cast<double>(hand.touchScore),
+              .bound = static_cast<double>(hand.holdScoreThreshold),
               .passed = hand.holding,
               .contributions = _contributions == Contributions::Follow ? _score.byRank() : std::vector<float>()};
 }

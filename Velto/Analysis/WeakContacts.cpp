@@ -57,8 +57,8 @@ void WeakContacts::look(const Algs& algs) {
         if (rise > static_cast<float>(kNoiseFloor) && share >= kReportedShare && share > _reached) {
             _reached = share;
             _contact.check = {.rule = level > 1.0F ? Rule::Residual : Rule::Activation,
-                              .value = static_cast<float>(bank.value[i]),
-                              .bound = level * threshold,
+                              .value = static_cast<double>(bank.value[i]),
+                              .bound = static_cast<double>(level * threshold),
                               .passed = false};
             _contact.peak = {.pixel = name, .value = static_cast<float>(bank.value[i])};
         }
