@@ -18,3 +18,7 @@ install(DIRECTORY ${VELTO_DOCS_DIR}/man1 ${VELTO_DOCS_DIR}/man5 DESTINATION ${CM
 install(FILES ${VELTO_DOCS_DIR}/completions/velto.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
         RENAME velto)
 install(FILES ${VELTO_DOCS_DIR}/completions/_velto DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+
+# What the README links to.
+file(GLOB VELTO_PAGES CONFIGURE_DEPENDS Docs/*.md)
+install(FILES ${VELTO_PAGES} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velto-touch)

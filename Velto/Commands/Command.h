@@ -27,6 +27,7 @@ struct Command {
 [[nodiscard]] Command makeExplainCommand(App& program);
 [[nodiscard]] Command makeScoreCommand(App& program);
 [[nodiscard]] Command makeCompareCommand(App& program);
+[[nodiscard]] Command makeTuneCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);

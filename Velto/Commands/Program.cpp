@@ -28,6 +28,7 @@ constexpr std::array kCommands{
     Row{"Why", makeExplainCommand},          //
     Row{"Why", makeScoreCommand},            //
     Row{"Why", makeCompareCommand},          //
+    Row{"Why", makeTuneCommand},             //
     Row{"Live", makeRunCommand},             //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeServeCommand},   //

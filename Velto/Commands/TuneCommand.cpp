@@ -1,0 +1,179 @@
+#include "Platform/JSON.h"
+#include "Plugin/Pipeline/Properties.h"
+#include "Velto/Analysis/Tuning.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Options/Jobs.h"
+#include "Velto/Options/KeyOptions.h"
+#include "Velto/Options/Keys.h"
+#include "Velto/Options/Numbers.h"
+#include "Velto/Options/Sweeps.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
+
+#include <iterator>
+#include <memory>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using namespace Analysis;
+
+constexpr std::size_t kMostPoints = 100'000;
+constexpr std::size_t kMostShown = 20; // of the front, to people
+
+struct Options {
+    std::vector<std::string> paths;
+    std::vector<Setting> settings;
+    std::vector<Sweep> sweeps;
+    std::size_t folds = 0;
+    std::size_t jobs = 1;
+    bool jsonl = false;
+};
+
+// What the present settings have for the swept keys: what --set says, else the default.
+std::vector<Setting> presentOf(const Options& options) {
+    std::vector<Setting> present;
+    for (const Sweep& sweep : options.sweeps) {
+        const auto given = std::ranges::find(options.settings, sweep.key, &Setting::key);
+        present.push_back(
+            {.key = sweep.key,
+             .value = given != options.settings.end() ? given->value : defaultOf(*settingUnder(sweep.key))});
+    }
+    return present;
+}
+
+std::vector<Faults> faultsOf(const Options& options, const std::vector<std::vector<Setting>>& points,
+                             const std::string& file) {
+    const PipelineRecording recording = loadRecording(file);
+    return faultsAt(points, options.settings,
+                    {.track = Track(recording.frames()), .labels = labelsOf(recording.frames())});
+}
+
+std::string settingsObject(const std::vector<Setting>& settings) {
+    std::string text;
+    for (const Setting& setting : settings)
+        text += fmt::format(R"({}"{}":{})", text.empty() ? "" : ",", setting.key, shortText(setting.value.get()));
+    return '{' + text + '}';
+}
+
+std::string settingsText(const std::vector<Setting>& settings) {
+    std::string text;
+    for (const Setting& setting : settings)
+        text += fmt::format("{}{}={}", text.empty() ? "" : "  ", setting.key.substr(setting.key.rfind('.') + 1),
+                            shortText(setting.value.get()));
+    return text;
+}
+
+std::string orNull(const std::optional<std::uint64_t>& number) { return number ? fmt::format("{}", *number) : "null"; }
+
+struct Answer {
+    std::vector<std::vector<Setting>> points;
+    std::vector<Setting> present;
+    Tuned tuned;
+
+    [[nodiscard]] const std::vector<Setting>& bestSettings() const {
+        return tuned.best ? points[*tuned.best] : present;
+    }
+    [[nodiscard]] const Faults& bestFaults() const { return tuned.best ? tuned.points[*tuned.best] : tuned.present; }
+};
+
+std::string asLines(const Answer& answer) {
+    std::string text;
+    const Tuned& tuned = answer.tuned;
+    for (std::size_t i = 0; i < tuned.points.size(); ++i) {
+        const Faults& faults = tuned.points[i];
+        fmt::format_to(
+            std::back_inserter(text),
+            R"({{"kind":"point","settings":{},"missed":{},"wrong":{},"false":{},"stray":{},"cost":{},"onFront":{}}})"
+            "\n",
+            settingsObject(answer.points[i]), faults.missed, faults.wrong, faults.isFalse, faults.stray, faults.cost(),
+            static_cast<bool>(tuned.isOnFront[i]));
+    }
+    const auto presentHeldOut = tuned.heldOutCost ? std::optional(tuned.present.cost()) : std::nullopt;
+    return text + fmt::format(R"({{"kind":"best","settings":{},"cost":{},"heldOutCost":{},"isPresent":{},"present":)"
+                              R"({{"settings":{},"cost":{},"heldOutCost":{}}}}})"
+                              "\n",
+                              settingsObject(answer.bestSettings()), answer.bestFaults().cost(),
+                              orNull(tuned.heldOutCost), !tuned.best, settingsObject(answer.present),
+                              tuned.present.cost(), orNull(presentHeldOut));
+}
+
+std::string row(const Faults& faults, const std::string& settings) {
+    return fmt::format("  {:>6} {:>6} {:>6} {:>6} {:>6}  {}\n", faults.missed, faults.wrong, faults.isFalse,
+                       faults.stray, faults.cost(), settings);
+}
+
+std::string asText(const Answer& answer) {
+    const Tuned& tuned = answer.tuned;
+    std::string text = coloured(Colour::Bold, fmt::format("  {:>6} {:>6} {:>6} {:>6} {:>6}  {}", "missed", "wrong",
+                                                          "false", "stray", "cost", "points that no other beats")) +
+                       "\n";
+    std::size_t onFront = 0;
+    for (std::size_t i = 0; i < tuned.points.size(); ++i) {
+        if (tuned.isOnFront[i] && ++onFront <= kMostShown)
+            text += row(tuned.points[i], settingsText(answer.points[i]));
+    }
+    if (onFront > kMostShown)
+        text += fmt::format("  ... and {} more points of the front (--jsonl has all)\n", onFront - kMostShown);
+    text += row(tuned.present, settingsText(answer.present) + "  (present)");
+    text += tuned.best ? coloured(Colour::Green, "\nbest: " + settingsText(answer.bestSettings())) +
+                             fmt::format(", cost {} in place of {}\n", answer.bestFaults().cost(), tuned.present.cost())
+                       : std::string("\nthe present settings are best: no point costs less\n");
+    if (tuned.heldOutCost)
+        text += fmt::format("on recordings that were not chosen on: cost {}, with the present settings {}\n",
+                            *tuned.heldOutCost, tuned.present.cost());
+    return text;
+}
+
+int tune(const Options& options) {
+    Answer answer{.points = gridOf(options.sweeps), .present = presentOf(options), .tuned = {}};
+    std::vector<std::vector<Setting>> played = answer.points;
+    played.emplace_back(); // the present settings
+    std::vector<std::vector<Faults>> recordings;
+    const int status = forEachRecordingInOrder(
+        options.paths, options.jobs, "tuning on",
+        [&](const std::string& file) { return faultsOf(options, played, file); },
+        [&](const std::string&, std::vector<Faults> faults) { recordings.push_back(std::move(faults)); });
+    if (recordings.empty())
+        return status;
+    answer.tuned = tuned(recordings, options.folds);
+    writeStandardOutput(options.jsonl ? asLines(answer) : asText(answer));
+    return status;
+}
+
+} // namespace
+
+Command makeTuneCommand(App& program) {
+    const auto options = std::make_shared<Options>();
+    App* app = program.addCommand(
+        "tune", {"velto tune recordings/ --sweep Pipeline.Algs.ActivationThreshold=150:300:10 --folds 5"},
+        "Plays labelled recordings with every point of a grid of settings and says\n"
+        "which go wrong least often.\n"
+        "\n"
+        "With folds, points are also chosen on some of the recordings and tried on the\n"
+        "others: that cost says what to expect of recordings still to come.");
+    addRecordings(*app, options->paths);
+    addSweeps(*app, options->sweeps);
+    addSettings(*app, options->settings, KeyScope::Pipeline,
+                "Write a setting before the first frame at every point and leave out the recording's own writes of its "
+                "key; may be given several times")
+        ->allow_extra_args(false);
+    addNumber(*app, "--folds", options->folds,
+              "Split the recordings into so many parts, and choose without each in turn", std::size_t{2},
+              std::size_t{1000})
+        ->type_name("K");
+    addJobs(*app, options->jobs);
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines: every point, then the best");
+    app->callback([options] {
+        std::size_t points = 1;
+        for (const Sweep& sweep : options->sweeps)
+            points *= std::min(sweep.values.size(), kMostPoints);
+        if (points > kMostPoints)
+            throw CLI::ValidationError("--sweep", fmt::format("the grid has more than {} points", kMostPoints));
+    });
+    return {app, [options] { return tune(*options); }};
+}
+
+} // namespace VeltoTouch::Velto
