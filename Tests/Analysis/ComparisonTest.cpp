@@ -82,7 +82,10 @@ const Row kRows[]{
     {"TouchThatIsNew", {}, {{0, 9, Tap, PlayPause, ATap}}, "fixed tap ->1"},
     {"NotLabelled", {{0, 9, Tap}, {20, 29, Tap}}, {{0, 9, Tap}, {20, 29, Tap, VolumeUp}}, "same 1>1, other 2>2"},
     {"SplitInTwo", {{0, 90, Hold}}, {{0, 20, Tap}, {30, 90, Hold}}, "same 1>2, other ->1"},
-    {"JoinedToOne", {{0, 20, Tap}, {30, 90, Hold}}, {{0, 90, Hold}}, "other 1>1, same 2>1"},
+    {"JoinedToOne",
+     {{0, 20, Cancel}, {30, 90, Tap, PlayPause, ATap}},
+     {{0, 90, Hold, PlayPause, ATap}},
+     "other 1>1, broken tap 2>1"},
     // Its touch is another now, and it is found as before: neither fixed nor broken.
     {"LabelOfAnotherTouch",
      {{0, 90, Tap, PlayPause, ATap}},

@@ -139,7 +139,7 @@ ReadShard readShard(const std::string& file) {
             read.recordings.push_back(*std::move(recording));
     });
     if (!reader.shard())
-        throw std::invalid_argument("no result of velto score --jsonl --shard");
+        throw std::invalid_argument("no whole result of velto score --jsonl");
     read.shard = *reader.shard();
     return read;
 }

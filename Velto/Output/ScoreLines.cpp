@@ -99,13 +99,14 @@ Stray strayIn(const Dictionary& line) {
             .endNs = require(unsignedUnder(line, "endNs"))};
 }
 
-std::optional<Shard> shardIn(const Dictionary& line) {
+// A run that was not split is its only shard.
+Shard shardIn(const Dictionary& line) {
     const auto number = unsignedUnder(line, "shard");
     const auto of = unsignedUnder(line, "shards");
     const auto run = unsignedUnder(line, "run");
     if (!number || !of || !run)
-        return std::nullopt;
-    return Shard{.number = *number, .of = *of, .run = *run};
+        return {};
+    return {.number = *number, .of = *of, .run = *run};
 }
 
 } // namespace
