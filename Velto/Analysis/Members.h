@@ -31,4 +31,15 @@ namespace VeltoTouch::Analysis {
     return number != nullptr ? std::optional(number->doubleValue()) : std::nullopt;
 }
 
+// A value of an enumeration that is named in a text; its names are those of 0 to `count` - 1.
+template <class Named>
+[[nodiscard]] std::optional<Named> valueUnder(const Dictionary& object, std::string_view name, std::size_t count) {
+    const auto text = textUnder(object, name);
+    for (std::size_t i = 0; text && i < count; ++i) {
+        if (nameOf(static_cast<Named>(i)) == *text)
+            return static_cast<Named>(i);
+    }
+    return std::nullopt;
+}
+
 } // namespace VeltoTouch::Analysis

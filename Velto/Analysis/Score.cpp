@@ -38,19 +38,7 @@ bool isInItsRegions(const Label& label, const Touch& touch) {
     const std::vector<std::string_view> path = holdPath(touch);
     if (label.gesture == "hold")
         return path.size() == 1 && path.front() == label.region;
-    return path.front() == label.region && path.back() == label.endRegion;
-}
-
-Result resultOf(const Label& label, const Touch* touch) {
-    const bool isAnything = touch != nullptr && isGesture(*touch);
-    if (!label.isMeant())
-        return isAnything ? Result::False : Result::Quiet;
-    if (!isAnything)
-        return Result::Missed;
-    const Outcome meant = label.gesture == "tap" ? Outcome::Tap : Outcome::Hold;
-    if (touch->outcome != meant)
-        return Result::WrongKind;
-    return isInItsRegions(label, *touch) ? Result::Found : Result::WrongRegion;
+    return !path.empty() && path.front() == label.region && path.back() == label.endRegion;
 }
 
 std::optional<double> delayMsOf(const Label& label, const Touch& touch) {
@@ -75,6 +63,18 @@ MovedBy movedBy(const Touch& touch) {
 }
 
 } // namespace
+
+Result resultOf(const Label& label, const Touch* touch) {
+    const bool isAnything = touch != nullptr && isGesture(*touch);
+    if (!label.isMeant())
+        return isAnything ? Result::False : Result::Quiet;
+    if (!isAnything)
+        return Result::Missed;
+    const Outcome meant = label.gesture == "tap" ? Outcome::Tap : Outcome::Hold;
+    if (touch->outcome != meant)
+        return Result::WrongKind;
+    return isInItsRegions(label, *touch) ? Result::Found : Result::WrongRegion;
+}
 
 RecordingScore scoreOf(const std::vector<Label>& labels, const std::vector<Touch>& touches) {
     RecordingScore score;

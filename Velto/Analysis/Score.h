@@ -31,6 +31,13 @@ inline constexpr std::array<std::string_view, 6> kResultNames{"found",  "wrongKi
     return kResultNames[static_cast<std::size_t>(result)];
 }
 
+[[nodiscard]] constexpr bool isRight(Result result) noexcept {
+    return result == Result::Found || result == Result::Quiet;
+}
+
+// `touch` is the one that was paired with the label, null if there is none.
+[[nodiscard]] Result resultOf(const Label& label, const Touch* touch);
+
 struct LabelScore {
     std::size_t label = 0; // its index
     std::string gesture;

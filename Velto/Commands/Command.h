@@ -26,6 +26,7 @@ struct Command {
 [[nodiscard]] Command makeSimulateCommand(App& program);
 [[nodiscard]] Command makeExplainCommand(App& program);
 [[nodiscard]] Command makeScoreCommand(App& program);
+[[nodiscard]] Command makeCompareCommand(App& program);
 [[nodiscard]] Command makeTuneCommand(App& program);
 [[nodiscard]] Command makeStatsCommand(App& program);
 [[nodiscard]] Command makeRecoverCommand(App& program);

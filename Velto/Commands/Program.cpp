@@ -27,6 +27,7 @@ constexpr std::array kCommands{
     Row{"Recordings", makeSimulateCommand},  //
     Row{"Why", makeExplainCommand},          //
     Row{"Why", makeScoreCommand},            //
+    Row{"Why", makeCompareCommand},          //
     Row{"Why", makeTuneCommand},             //
     Row{"Why", makeStatsCommand},            //
     Row{"Why", makeRecoverCommand},          //

@@ -133,22 +133,14 @@ struct ReadShard {
 };
 
 ReadShard readShard(const std::string& file) {
-    const Ref<Data> content = readFile(file);
-    std::string_view rest = content->bytes();
     ReadShard read;
     ScoreReader reader;
-    for (std::size_t line = 1; !rest.empty(); ++line) {
-        const std::size_t end = std::min(rest.find('\n'), rest.size());
-        try {
-            if (auto recording = reader.read(rest.substr(0, end)))
-                read.recordings.push_back(*std::move(recording));
-        } catch (const std::invalid_argument& error) {
-            throw std::invalid_argument(fmt::format("{} (line {})", error.what(), line));
-        }
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
+    forEachLine(file, [&](std::string_view line) {
+        if (auto recording = reader.read(line))
+            read.recordings.push_back(*std::move(recording));
+    });
     if (!reader.shard())
-        throw std::invalid_argument("no result of velto score --jsonl --shard");
+        throw std::invalid_argument("no whole result of velto score --jsonl");
     read.shard = *reader.shard();
     return read;
 }

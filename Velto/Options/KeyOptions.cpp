@@ -2,7 +2,9 @@
 
 #include "Velto/Options/Keys.h"
 
+#include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -23,7 +25,9 @@ CLI::Option* addSettingOption(App& app, const std::string& name, std::vector<Set
         for (const std::string& text : texts)
             target.push_back(asUsage(text, [&] { return parseSetting(text, scope); }));
     };
-    app.addList(settingList());
+    HelpList list = settingList();
+    if (std::ranges::find(app.lists(), list.heading, &HelpList::heading) == app.lists().end())
+        app.addList(std::move(list));
     return app.offer(app.add_option_function<std::vector<std::string>>(name, parse, description),
                      keyCandidates(writableKeys(), "="));
 }
@@ -42,8 +46,9 @@ CLI::Option* addKeyOption(App& app, const std::string& name, std::vector<std::st
 
 } // namespace
 
-CLI::Option* addSettings(App& app, std::vector<Setting>& target, KeyScope scope, const std::string& description) {
-    return addSettingOption(app, "--set", target, scope, description)->type_name("KEY=VALUE");
+CLI::Option* addSettings(App& app, std::vector<Setting>& target, KeyScope scope, const std::string& description,
+                         const std::string& name) {
+    return addSettingOption(app, name, target, scope, description)->type_name("KEY=VALUE");
 }
 
 CLI::Option* addSettingArguments(App& app, std::vector<Setting>& target, const std::string& description) {

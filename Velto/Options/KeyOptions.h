@@ -12,7 +12,9 @@
 namespace VeltoTouch::Velto {
 
 // --set KEY=VALUE, any number of times; as an argument, KEY=VALUE... The help lists the settings.
-CLI::Option* addSettings(App& app, std::vector<Setting>& target, KeyScope scope, const std::string& description);
+// A command with two sets of settings names them otherwise.
+CLI::Option* addSettings(App& app, std::vector<Setting>& target, KeyScope scope, const std::string& description,
+                         const std::string& name = "--set");
 CLI::Option* addSettingArguments(App& app, std::vector<Setting>& target, const std::string& description);
 
 // --get KEY, any number of times; as an argument, KEY... The help lists what is only read.

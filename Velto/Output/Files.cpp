@@ -11,6 +11,8 @@
 
 #include <fcntl.h>
 
+#include <fmt/format.h>
+
 namespace VeltoTouch::Velto {
 namespace {
 
@@ -121,6 +123,20 @@ Ref<Data> readFile(const std::string& path) {
     const FileDescriptor file = opened(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     const auto size = static_cast<std::size_t>(statusOf(file.get()).st_size); // of a pipe or device 0
     return makeRef<Data>(readAll(file.get(), size > 0 ? size : kChunk, path));
+}
+
+void forEachLine(const std::string& path, const std::function<void(std::string_view line)>& handle) {
+    const Ref<Data> content = readFile(path);
+    std::string_view rest = content->bytes();
+    for (std::size_t number = 1; !rest.empty(); ++number) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size());
+        try {
+            handle(rest.substr(0, end));
+        } catch (const std::invalid_argument& error) {
+            throw std::invalid_argument(fmt::format("{} (line {})", error.what(), number));
+        }
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
 }
 
 bool isStandardOutput(std::string_view path) noexcept { return path.empty() || path == "-"; }

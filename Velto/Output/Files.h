@@ -2,6 +2,7 @@
 
 #include "Platform/Value.h"
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -21,6 +22,9 @@ struct OutputFailed : std::runtime_error {
 // Returns the whole content of a file, or of the standard input for "-". Throws std::runtime_error with the system's
 // message ("No such file or directory"), or "4 GiB or larger", which no reader takes.
 [[nodiscard]] Ref<Data> readFile(const std::string& path);
+
+// Handles each line of a file. A std::invalid_argument of the handler is thrown on with the line's number in brackets.
+void forEachLine(const std::string& path, const std::function<void(std::string_view line)>& handle);
 
 // Returns whether an output's path means the standard output.
 [[nodiscard]] bool isStandardOutput(std::string_view path) noexcept;

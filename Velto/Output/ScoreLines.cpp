@@ -77,16 +77,6 @@ T require(std::optional<T> member) {
     return *std::move(member);
 }
 
-// The value of an enumeration by its name, from the first on.
-template <class Named>
-std::optional<Named> valueCalled(const std::optional<std::string>& name, std::size_t count) {
-    for (std::size_t i = 0; name && i < count; ++i) {
-        if (nameOf(static_cast<Named>(i)) == *name)
-            return static_cast<Named>(i);
-    }
-    return std::nullopt;
-}
-
 LabelScore labelIn(const Dictionary& line) {
     return {.label = require(unsignedUnder(line, "label")),
             .gesture = require(textUnder(line, "gesture")),
@@ -94,28 +84,29 @@ LabelScore labelIn(const Dictionary& line) {
             .endRegion = textUnder(line, "endRegion").value_or(""),
             .startNs = require(unsignedUnder(line, "startNs")),
             .endNs = require(unsignedUnder(line, "endNs")),
-            .result = require(valueCalled<Result>(textUnder(line, "result"), kResultNames.size())),
+            .result = require(valueUnder<Result>(line, "result", kResultNames.size())),
             .touch = unsignedUnder(line, "touch"),
-            .reason = valueCalled<Rule>(textUnder(line, "reason"), kRuleRows.size()),
-            .movedBy = valueCalled<MovedBy>(textUnder(line, "movedBy"), kMovedByNames.size()),
+            .reason = valueUnder<Rule>(line, "reason", kRuleRows.size()),
+            .movedBy = valueUnder<MovedBy>(line, "movedBy", kMovedByNames.size()),
             .delayMs = doubleUnder(line, "delayMs")};
 }
 
 Stray strayIn(const Dictionary& line) {
     return {.touch = require(unsignedUnder(line, "touch")),
-            .gesture = require(valueCalled<Outcome>(textUnder(line, "gesture"), kOutcomeNames.size())),
+            .gesture = require(valueUnder<Outcome>(line, "gesture", kOutcomeNames.size())),
             .region = require(regionCalled(require(textUnder(line, "region")))),
             .startNs = require(unsignedUnder(line, "startNs")),
             .endNs = require(unsignedUnder(line, "endNs"))};
 }
 
-std::optional<Shard> shardIn(const Dictionary& line) {
+// A run that was not split is its only shard.
+Shard shardIn(const Dictionary& line) {
     const auto number = unsignedUnder(line, "shard");
     const auto of = unsignedUnder(line, "shards");
     const auto run = unsignedUnder(line, "run");
     if (!number || !of || !run)
-        return std::nullopt;
-    return Shard{.number = *number, .of = *of, .run = *run};
+        return {};
+    return {.number = *number, .of = *of, .run = *run};
 }
 
 } // namespace

@@ -30,7 +30,7 @@ public:
     // that is none of these.
     [[nodiscard]] std::optional<Analysis::RecordingScore> read(std::string_view line);
 
-    // Of the line of all; none before it, and if that was no shard's.
+    // Of the line of all; none before it. A run that was not split is its only shard.
     [[nodiscard]] const std::optional<Shard>& shard() const noexcept { return _shard; }
 
 private:

@@ -13,8 +13,6 @@ namespace {
 
 using namespace Analysis;
 
-bool isRight(Result result) noexcept { return result == Result::Found || result == Result::Quiet; }
-
 std::string_view phraseOf(Result result) noexcept {
     static constexpr std::array<std::string_view, kResultNames.size()> kPhrases{
         "found", "wrong kind", "wrong region", "missed", "quiet", "false gesture"};

@@ -60,6 +60,8 @@ std::string alternativeObject(const Alternative& alternative) {
                        alternative.outcome ? nameOf(*alternative.outcome) : "none");
 }
 
+} // namespace
+
 std::string labelObject(const Label* label) {
     if (label == nullptr)
         return "null";
@@ -73,8 +75,6 @@ std::string labelObject(const Label* label) {
     }
     return text + fmt::format(R"(,"startNs":{},"endNs":{}}})", label->startNs, label->endNs);
 }
-
-} // namespace
 
 std::string numberMember(std::string_view name, double number, std::string_view textName) {
     if (!std::isfinite(number))

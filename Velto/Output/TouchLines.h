@@ -17,6 +17,9 @@ void appendTouchLine(std::string& text, std::string_view file, const Analysis::T
                      const Analysis::Label* label, const Analysis::Typicals& typicals);
 void appendWeakLine(std::string& text, std::string_view file, const Analysis::WeakContact& contact);
 
+// Returns a label as an object, or null for nothing.
+[[nodiscard]] std::string labelObject(const Analysis::Label* label);
+
 // Returns ,"NAME":NUMBER. A number that is not finite is null, with its text in a member `textName` beside it.
 [[nodiscard]] std::string numberMember(std::string_view name, double number, std::string_view textName = "text");
 
