@@ -68,35 +68,5 @@ TEST(ActiveRegionTest, IsThePeaksUnlessLastGestureOrAGroupTakesIt) {
     }
 }
 
-TEST(ActiveRegionTest, HoldStaysUntilAnotherRegionHasGainedEnough) {
-    struct Row {
-        const char* name;
-        float otherBefore; // excess over the noise floor, as those that follow; that of the own region was 100
-        int own, other;
-        PixelRegion region;
-    };
-    for (const Row& row : {
-             Row{"steady, gain below 1.3", 20, 100, 25, VolumeDown},
-             Row{"steady, gain above 1.3", 20, 100, 27, PlayPause},
-             Row{"35 % drop, gain below 3.15", 20, 65, 40, VolumeDown},
-             Row{"35 % drop, gain above 3.15", 20, 65, 41, PlayPause},
-             Row{"80 % drop, gain above 5", 20, 20, 21, PlayPause},
-             Row{"own region gone", 20, 0, 1, PlayPause},
-             Row{"other region is new", 0, 100, 1, PlayPause},
-         }) {
-        Algs algs;
-        HandStats& hand = algs.handStats;
-        hand.activeRegion = VolumeDown;
-        hand.regionMax = {0, row.otherBefore, 100, 0};
-        algs.pixels.value[padIndex('N')] = kNoiseFloor + row.own;
-        algs.pixels.value[padIndex('E')] = kNoiseFloor + row.other;
-        EXPECT_EQ(hand.changeActiveRegion(algs.pixels, 'N' - 'A'), VolumeDown) << row.name;
-        EXPECT_EQ(hand.regionMax[1], row.otherBefore) << "kept while the hold stays in one region";
-        EXPECT_EQ(hand.changeActiveRegion(algs.pixels, 'E' - 'A'), row.region) << row.name;
-        EXPECT_EQ(hand.previousRegion, VolumeDown) << row.name;
-        EXPECT_EQ(hand.regionMax[1], static_cast<float>(row.other)) << row.name;
-    }
-}
-
 } // namespace
 } // namespace VeltoTouch::Tests

@@ -39,56 +39,6 @@ TEST_F(GestureTest, TouchBecomesAHoldWhenItOutlastsTheTimeout) {
     }
 }
 
-// A contact too weak for its duration, with a kind of suppression set before, and set again for the last 50 ms.
-TEST_F(GestureTest, SuppressionCanBeSwitchedDuringATouch) {
-    struct Row {
-        const char* key;
-        std::uint32_t durationMs;
-        bool before, after;
-        testing::Matcher<HIDEvents> events;
-    };
-    const GestureMatcher begin = MayBegin(VolumeUp);
-    const GestureMatcher end = HoldEnd(VolumeUp).atFrame(60);
-    const auto hold = ElementsAre(begin, HoldStart(VolumeUp).atFrame(51), end);
-    for (const Row& row : {
-             Row{"EnableHoldSuppression", 600, true, true, ElementsAre(begin, Cancel().atFrame(60))},
-             Row{"EnableHoldSuppression", 600, false, false, hold},
-             Row{"EnableHoldSuppression", 600, true, false, ElementsAre(begin, HoldStart(VolumeUp).atFrame(55), end)},
-             Row{"EnableHoldSuppression", 600, false, true, hold}, // it has begun and goes on
-             Row{"EnableTapSuppression", 450, true, true, ElementsAre(begin, Cancel())},
-             Row{"EnableTapSuppression", 450, false, false, ElementsAre(begin, Tap(VolumeUp))},
-             Row{"EnableTapSuppression", 450, true, false, ElementsAre(begin, Tap(VolumeUp))},
-             Row{"EnableTapSuppression", 450, false, true, ElementsAre(begin, Cancel())},
-         }) {
-        TouchSurface fresh;
-        fresh.set(row.key, row.before).at(1000).brush(VolumeUp).forMs(row.durationMs - 50);
-        fresh.set(row.key, row.after).forMs(50).lift().idle();
-        EXPECT_THAT(fresh.events(), row.events) << row.key << " from " << row.before << " to " << row.after;
-    }
-}
-
-TEST_F(GestureTest, SuppressionSwitchedOffInAHoldLeavesItsTimeout) {
-    surface.at(1000).brush(PlayPause).forMs(550).set("EnableHoldSuppression", false).lift();
-    surface.at(5000).finger(PlayPause).forMs(80).lift();
-    EXPECT_THAT(surface.events(), ElementsAre(MayBegin(PlayPause), Cancel(), MayBegin(PlayPause), Cancel()))
-        << "flags that nothing clears keep the next touch from being a tap";
-    surface.set("EnableHoldSuppression", true).at(8000).idle().finger(PlayPause).forMs(80).lift();
-    EXPECT_THAT(surface.events().back(), Tap(PlayPause));
-}
-
-TEST_F(GestureTest, FirmwareResetEndsATouchAtTimeZero) {
-    surface.at(1000).finger(VolumeDown).forMs(600).reset();
-    EXPECT_THAT(surface.events(), ElementsAre(MayBegin(VolumeDown), HoldStart(VolumeDown),
-                                              HoldEnd(VolumeDown).atFrame(0), FirmwareReset()));
-    EXPECT_EQ(surface.hand.touchEndTime, 0U);
-}
-
-TEST_F(GestureTest, OfEqualPadsTheFirstDecides) {
-    surface.at(1000).press({{'H', 312}, {'N', 300}}).forFrames(1).press({{'N', 300}}).forFrames(1);
-    EXPECT_EQ(surface.hand.activeRegion, VolumeUp) << "an equal peak displaces none";
-    EXPECT_EQ(surface.press({{'N', 301}}).forFrames(1).hand.activeRegion, VolumeDown);
-}
-
 TEST_F(GestureTest, FrameLogsThreeTextsAtDebugLevel) {
     // What the recognizer logs of the next frame.
     const auto logOfFrame = [this](os_log_type_t level) {
@@ -112,31 +62,6 @@ TEST_F(GestureTest, FrameLogsThreeTextsAtDebugLevel) {
     EXPECT_THAT(logOfFrame(OS_LOG_TYPE_DEFAULT), IsEmpty());
     surface.set("ActivationThreshold", 0.0).forFrames(1);
     EXPECT_THAT(logOfFrame(OS_LOG_TYPE_DEBUG).at(1), AllOf(HasSubstr("sd=nan, "), testing::Not(HasSubstr("-nan"))));
-}
-
-TEST_F(GestureTest, CountsSuppressionThatTakesOverAHold) {
-    // Switched off, hold suppression leaves its flags behind: they count before the hold does.
-    surface.at(1000).brush(VolumeUp).forMs(550).set("EnableHoldSuppression", false).set("ResetEventStats", true);
-    const Ref<Value> stats = surface.forFrames(2).get("EventStats");
-    EXPECT_THAT(JSON::text(stats.get()),
-                AllOf(HasSubstr(R"("numHolding2Suppressed":1)"), HasSubstr(R"("numRejectedVolumeIncrement":2)")));
-
-    HandStats outlived; // the time-out that it came with
-    outlived.touching = outlived.wasTouching = outlived.suppressingHold = true;
-    EventStats counters;
-    counters.update(outlived);
-    EXPECT_EQ(counters.numRejectedBeginHold + counters.numRejectedIncrementHold, 0U);
-}
-
-TEST_F(GestureTest, TimeoutIsTheNumbersUnsignedReading) {
-    EXPECT_EQ(surface.set("HoldTimeoutMilliseconds", 1e19).hand.holdTimeoutMs, 2313682944U);
-    EXPECT_EQ(surface.set("HoldTimeoutMilliseconds", -1.5).hand.holdTimeoutMs, 4294967295U);
-}
-
-TEST_F(GestureTest, OnlyWholeKeysNameSettings) {
-    for (const char* key : {"activationThreshold", "ActivationThreshold.0", "VirtualNormalizationFactors",
-                            "VirtualNormalizationFactors.4294967296", "Algs.ActivationThreshold"})
-        EXPECT_FALSE(surface.set(key, 1).get(key)) << key;
 }
 
 } // namespace

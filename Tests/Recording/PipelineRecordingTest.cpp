@@ -9,7 +9,6 @@ namespace VeltoTouch::Tests {
 namespace {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 
 class RecordingTest : public testing::Test {
 protected:
@@ -18,29 +17,6 @@ protected:
     const std::shared_ptr<CallLog> log = std::make_shared<CallLog>();
     PipelineRecording recording;
 };
-
-TEST_F(RecordingTest, CallsBecomeFramesAndAreForwarded) {
-    const std::array<std::uint8_t, 3> report{0x01, 0x00, 0xFF};
-    const Ref<Value> value = json(R"({"X":0.5})");
-    std::vector<std::string> newest;
-    log->whenCalled = [&] { newest.push_back(textOf(recording.frames().back())); };
-    for (const bool hasTarget : {true, false}) {
-        recording = PipelineRecording();
-        if (hasTarget)
-            recording.pipeline = log;
-        recording.setState(~std::uint64_t{0}, "", nullptr);
-        recording.handleInputReport(5, nullptr, 0);
-        recording.handleInputReport(9, report.data(), report.size());
-        recording.handleMetadata(8, "Accel", value);
-
-        const std::array calls{"=@18446744073709551615", "[]@5", "[01 00 ff]@9", "Accel:{\"X\":0.5}@8"};
-        EXPECT_THAT(textsOf(recording.frames()), ElementsAreArray(calls));
-        EXPECT_THAT(textsOf(log->calls), ElementsAreArray(calls));
-        EXPECT_THAT(newest, ElementsAreArray(calls)) << "in the list before the pipeline sees the call";
-        EXPECT_EQ(log->calls.back().value, value) << "the object itself, no copy of it";
-        EXPECT_EQ(recording.frames().back().value, value);
-    }
-}
 
 TEST_F(RecordingTest, CopiesAndMovesKeepTargetAndBoundNotPlayback) {
     recording.setMaxFrameCount(1);

@@ -66,13 +66,5 @@ TEST(RecordingBoundTest, TrimsAtTwiceTheBoundAndUsesFramesAgain) {
     EXPECT_THAT(recording.frames(), SizeIs(6));
 }
 
-TEST(RecordingSortTest, EqualTimesKeepTheirOrder) {
-    std::list<Frame> frames{reportFrame({1}, 5),      reportFrame({2}, 3), reportFrame({3}, ~std::uint64_t{0}),
-                            setting("k", nullptr, 5), reportFrame({4}, 1), reportFrame({5}, 5)};
-    PipelineRecording::sortFrames(frames);
-    EXPECT_THAT(textsOf(frames),
-                ElementsAre("[04]@1", "[02]@3", "[01]@5", "k=@5", "[05]@5", "[03]@18446744073709551615"));
-}
-
 } // namespace
 } // namespace VeltoTouch::Tests

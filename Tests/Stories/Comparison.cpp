@@ -47,6 +47,8 @@ public:
             _difference = _seen.differenceAfterStep();
         if (_difference.empty() && _recording.frames().size() != _theirs.frames.size())
             _difference = "number of frames recorded";
+        if (_difference.empty() && _recording.playCanContinue() != _theirs.playCanContinue())
+            _difference = "whether playback can go on";
         return std::move(_difference);
     }
 
@@ -110,6 +112,12 @@ private:
     void take(const Steps::Copy& /*copy*/) {
         PipelineRecording copy = _recording;
         _recording = std::move(copy);
+        _theirs.play = {};
+    }
+    void take(const Steps::MoveOut& /*move*/) {
+        const PipelineRecording other = std::move(_recording);
+        _recording.pipeline = other.pipeline;
+        _theirs.frames.clear();
         _theirs.play = {};
     }
     void take(const Steps::CopySome& some) {

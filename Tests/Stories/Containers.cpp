@@ -45,9 +45,9 @@ constexpr std::array<std::string_view, 32> kValues{"null",
                                                    R"([1,{"a":null}])",
                                                    "{}",
                                                    R"({"X":0.5,"Y":-1})"};
-constexpr std::array<std::string_view, 16> kNumberTexts{"+0a ",  "-ff01 ", "-1 ",      "0x1 ", "0x ",   "100 ",
+constexpr std::array<std::string_view, 18> kNumberTexts{"+0a ",  "-ff01 ", "-1 ",      "0x1 ", "0x ",   "100 ",
                                                         "ffff ", "10000 ", "zz ",      "  ",   "\\t7 ", "0a0x0b ",
-                                                        "1",     "FF ",    "\\u0031 ", "7,"};
+                                                        "1",     "FF ",    "\\u0031 ", "7,",   "0g ",   "G0 "};
 
 class ContainerTeller {
 public:

@@ -1,6 +1,7 @@
 #include "Tests/Stories/Clock.h"
 #include "Tests/Stories/Comparison.h"
 #include "Tests/Stories/Containers.h"
+#include "Tests/Stories/Differences.h"
 #include "Tests/Stories/Teller.h"
 #include "Tests/Support/Program.h"
 
@@ -21,7 +22,7 @@ std::uint64_t chosen(const char* variable, std::uint64_t usual) {
     return text == nullptr ? usual : std::strtoull(text, nullptr, 10);
 }
 const std::uint64_t kSeed = chosen("VELTO_STORY_SEED", 1);
-const std::uint64_t kFrames = chosen("VELTO_STORY_FRAMES", 60'000);
+const std::uint64_t kFrames = chosen("VELTO_STORY_FRAMES", 90'000);
 constexpr int kContainersPerStory = 30;
 const std::uint64_t kSeconds = chosen("VELTO_STORY_SECONDS", 0);
 
@@ -73,6 +74,27 @@ INSTANTIATE_TEST_SUITE_P(Timebases, StoriesTest,
                          testing::Values(Row{"Nanoseconds", {1, 1}}, Row{"Slower", {125, 3}}, Row{"Faster", {3, 125}},
                                          Row{"Broken", {0, 1}}),
                          [](const auto& row) { return row.param.name; });
+
+// Pixels that hosts make for themselves; the recognizer keeps its own in banks.
+TEST(PixelStoriesTest, AgreeWithTheReference) {
+    Choices choices(kSeed);
+    for (int story = 0; story < 200; ++story) {
+        VirtualPixel ours(3, 0.5F, "DEF");
+        Reference::VirtualPixel theirs(3, 0.5F, "DEF");
+        for (int i = 0; i < 30; ++i) {
+            ASSERT_EQ(differenceOfPixel(ours, theirs), nullptr) << story << ", " << i;
+            const int sum = static_cast<int>(choices.below(1000)) - 300;
+            const float threshold = choices.oneIn(4) ? 90.0F : 200.0F;
+            const auto pad = static_cast<std::int32_t>(choices.below(kPadCount));
+            ours.updatePixelState(sum, threshold, pad);
+            theirs.updatePixelState(sum, threshold, pad);
+            if (choices.oneIn(5)) {
+                ours.resetGlobalStats();
+                theirs.resetGlobalStats();
+            }
+        }
+    }
+}
 
 [[noreturn]] void agreeOnKnownRecordings() {
     std::uint64_t frames = 0;

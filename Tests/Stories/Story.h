@@ -53,8 +53,9 @@ struct Bound {
     std::uint64_t count = 0;
 };
 struct Sort {};
-struct Copy {};   // the recording goes on as a copy of itself
-struct CopySome { // a copy in pieces goes on by so many frames; when it is complete, the recording goes on as the copy
+struct Copy {};    // the recording goes on as a copy of itself
+struct MoveOut {}; // all that was recorded is moved to another recording; this one goes on empty
+struct CopySome {  // a copy in pieces goes on by so many frames; when it is complete, the recording goes on as the copy
     std::size_t count = 1;
 };
 struct WriteAndRead {}; // and as what is read from its container
@@ -73,9 +74,10 @@ struct Batch { // so many events of another's are handed out by the pipeline
 
 } // namespace Steps
 
-using Step = std::variant<Steps::Images, Steps::Report, Steps::Setting, Steps::Metadata, Steps::Read, Steps::Clock,
-                          Steps::Callbacks, Steps::Bound, Steps::Sort, Steps::Copy, Steps::WriteAndRead,
-                          Steps::PlayReset, Steps::Play, Steps::CopySome, Steps::Counters, Steps::Batch>;
+using Step =
+    std::variant<Steps::Images, Steps::Report, Steps::Setting, Steps::Metadata, Steps::Read, Steps::Clock,
+                 Steps::Callbacks, Steps::Bound, Steps::Sort, Steps::Copy, Steps::WriteAndRead, Steps::PlayReset,
+                 Steps::Play, Steps::MoveOut, Steps::CopySome, Steps::Counters, Steps::Batch>;
 
 struct Story {
     bool isLogged = false; // whether the recognizer's debug lines are compared too

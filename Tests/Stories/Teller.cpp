@@ -18,33 +18,38 @@ struct PadSignal {
     int signal;
 };
 using Contact = std::array<PadSignal, 9>;
-constexpr std::array<Contact, 16> kContacts{{
-    {{{'E', 150}, {'F', 60}, {'K', 40}}},  // a finger in each region
-    {{{'G', 250}, {'H', 100}, {'I', 60}}}, //
-    {{{'L', 200}, {'M', 60}}},             //
-    {{{'A', 140}, {'B', 80}, {'E', 60}}},  //
-    {{{'N', 240}, {'O', 180}, {'M', 90}}}, //
-    {{{'C', 120}, {'D', 110}}},            //
-    {{{'K', 110}, {'M', 100}, {'L', 60}}}, // between regions
-    {{{'K', 110}, {'I', 105}, {'J', 70}}}, //
-    {{{'E', 110}, {'L', 130}, {'K', 50}}}, //
-    {{{'G', 210}, {'O', 205}}},            //
-    {{{'J', 90}, {'E', 100}, {'G', 150}}}, //
-    {{{'H', 203}}},                        // weak ones
-    {{{'O', 194}}},                        //
-    {{{'E', 106}}},                        //
+constexpr std::array<Contact, 17> kContacts{{
+    {{{'E', 150}, {'F', 60}, {'K', 40}}},   // a finger in each region
+    {{{'G', 250}, {'H', 100}, {'I', 60}}},  //
+    {{{'L', 200}, {'M', 60}}},              //
+    {{{'A', 140}, {'B', 80}, {'E', 60}}},   //
+    {{{'N', 240}, {'O', 180}, {'M', 90}}},  //
+    {{{'C', 120}, {'D', 110}}},             //
+    {{{'K', 110}, {'M', 100}, {'L', 60}}},  // between regions
+    {{{'K', 110}, {'I', 105}, {'J', 70}}},  //
+    {{{'E', 110}, {'L', 130}, {'K', 50}}},  //
+    {{{'G', 210}, {'O', 205}}},             //
+    {{{'J', 90}, {'E', 100}, {'G', 150}}},  //
+    {{{'A', 140}, {'B', 138}, {'L', 150}}}, // the third in another region
+    {{{'H', 203}}},                         // weak ones
+    {{{'O', 194}}},                         //
+    {{{'E', 106}}},                         //
     {{{'A', 70}, {'B', 72}, {'C', 70}, {'D', 71}, {'E', 70}, {'F', 72}, {'J', 60}, {'K', 50}, {'L', 60}}}, // a palm
     {{{'I', 51}, {'J', 50}, {'L', 49}, {'M', 49}}}, // just above the noise
 }};
+
+// Each gives its pad the value 208: pads that tie. Alone, each is a touch.
+constexpr std::array<PadSignal, 9> kLevelPads{
+    {{'C', 108}, {'E', 109}, {'F', 115}, {'G', 207}, {'H', 208}, {'J', 139}, {'M', 135}, {'N', 200}, {'O', 199}}};
 
 constexpr std::array<std::string_view, 6> kSettingKeys{
     "Algs.EnableHoldSuppression", "Algs.EnableTapSuppression", "Algs.HoldTimeoutMilliseconds",
     "Algs.ActivationThreshold",   "Algs.ResetEventStats",      "Algs.VirtualNormalizationFactors."};
 constexpr std::array<std::string_view, 11> kIndexTexts{
     "0", "7", "22", "23", "-1", "", "x", " 5", "+3", "4.9", "99999999999999999999999"};
-constexpr std::array<std::string_view, 9> kOtherKeys{"Algs.EventStats", "Algs.DebugInfo", "DebugInfo",
-                                                     "debuginfo",       "Algs.",          "Algs",
-                                                     "algs.EventStats", "Other",          "Algs.Algs.EventStats"};
+constexpr std::array<std::string_view, 10> kOtherKeys{
+    "Algs.EventStats", "Algs-EventStats", "Algs.DebugInfo",      "DebugInfo", "debuginfo", "Algs.", "Algs",
+    "algs.EventStats", "Other",           "Algs.Algs.EventStats"};
 constexpr std::array<double, 16> kNumbers{0,    1,     200,  150.5, 500,  0.5,   -1,           -0.0,
                                           1e-3, 1e-40, 3e38, 1e39,  1e19, -1e19, 4294967296.5, 2e19};
 
@@ -55,6 +60,8 @@ public:
     Story tell(std::size_t stepCount) {
         _isHostile = _choices.oneIn(4);
         _story.isLogged = _choices.oneIn(8);
+        if (_story.isLogged)
+            stepCount = 1 + stepCount / 2; // the lines of a frame take longer than ten frames
         _frame = _choices.oneIn(4) ? 0x80000000U + static_cast<std::uint32_t>(_choices.below(1000)) : 0;
         _timeMs = static_cast<std::uint32_t>(_choices.oneIn(3) ? _choices.bits() : 1000);
         add(Steps::Clock{_choices.oneIn(8) ? _choices.bits() : 1'000'000'000});
@@ -126,6 +133,13 @@ private:
                 signal = static_cast<std::int16_t>(_choices.bits());
             return signals;
         }
+        if (_choices.oneIn(16)) {
+            for (std::uint64_t count = 2 + _choices.below(2); count != 0; --count) {
+                const auto& [pad, signal] = _choices.oneOf(kLevelPads);
+                signals.at(static_cast<std::size_t>(pad - 'A')) = static_cast<std::int16_t>(signal);
+            }
+            return signals;
+        }
         for (const auto& [pad, signal] : contact) {
             if (pad == 0)
                 break;
@@ -139,15 +153,16 @@ private:
 
     void idle(std::uint32_t count) { images(_choices.oneIn(6) ? signalsOf(kContacts.back(), 1) : Signals{}, count); }
 
+    [[nodiscard]] bool isBrief() const { return _mostImages < 16; }
+
     // A story of few images makes up for them by greater steps of time.
     void images(const Signals& signals, std::uint32_t count) {
-        const bool isBrief = _mostImages < 16;
         const std::uint32_t last = _isHostile ? 0U - 10 : 33;
         const std::array<std::uint32_t, 8> usual{10, 10, 10, 10, 10, 1, 0, last};
         const std::array<std::uint32_t, 8> great{10, 10, 60, 130, 280, 1, 0, last};
         count = 1 + (count - 1) % _mostImages;
         const Steps::Images step{
-            _frame, _timeMs, signals, count, _choices.oneIn(64) ? 0U : 1U, _choices.oneOf(isBrief ? great : usual)};
+            _frame, _timeMs, signals, count, _choices.oneIn(64) ? 0U : 1U, _choices.oneOf(isBrief() ? great : usual)};
         _frame += count * step.frameStep;
         _timeMs += count * step.timeStepMs;
         add(step);
@@ -186,25 +201,31 @@ private:
         }
         for (std::uint64_t pieces = 1 + _choices.below(4); pieces != 0; --pieces) {
             add(Steps::CopySome{1 + _choices.below(_choices.oneIn(4) ? 2000 : 30)});
-            switch (_choices.below(6)) {
-            case 0:
-                add(Steps::Sort{});
-                break;
-            case 1:
-                add(Steps::Bound{1 + _choices.below(20)});
-                break;
-            case 2:
-                add(Steps::Copy{});
-                break;
-            default:
+            change();
+            if (_choices.oneIn(2))
                 idle(1);
-            }
+        }
+    }
+
+    void change() {
+        switch (_choices.below(7)) {
+        case 0:
+            return add(Steps::Sort{});
+        case 1:
+            return add(Steps::Bound{1 + _choices.below(20)});
+        case 2:
+            return add(Steps::Copy{});
+        case 3:
+            return add(Steps::MoveOut{});
+        default:
+            return;
         }
     }
 
     void tellOfRecording() {
-        const std::array<float, 8> speeds{
-            1, 2, 0.5F, 0, -1, std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), 1e-30F};
+        const std::array<float, 9> speeds{
+            1,     2, 3, 0.5F, 0, -1, std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
+            1e-30F};
         switch (_choices.below(12)) {
         case 0:
             return add(Steps::Bound{_choices.below(40)});
@@ -226,6 +247,7 @@ private:
         default:
             add(Steps::PlayReset{});
             add(Steps::Play{_choices.oneOf(speeds), static_cast<std::uint32_t>(1 + _choices.below(100))});
+            return change(); // while it plays
         }
     }
 
@@ -257,7 +279,7 @@ private:
         case 4:
             return json(static_cast<std::int64_t>(_choices.bits()));
         case 5:
-            return json("text");
+            return json("text }]\"{");
         case 6:
             return json::array({1, 2.5, "x", nullptr});
         case 7:
