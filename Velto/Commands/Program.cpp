@@ -31,6 +31,7 @@ constexpr std::array kCommands{
     Row{"Why", makeTuneCommand},             //
     Row{"Why", makeStatsCommand},            //
     Row{"Why", makeRecoverCommand},          //
+    Row{"Why", makeExportCommand},           //
     Row{"Live", makeRunCommand},             //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeServeCommand},   //

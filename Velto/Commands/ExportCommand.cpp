@@ -1,0 +1,78 @@
+#include "Velto/Analysis/TouchObserver.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Options/Jobs.h"
+#include "Velto/Output/CSV.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
+
+#include <map>
+#include <memory>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+struct Options {
+    std::vector<std::string> paths;
+    Exported what = Exported::Images;
+    std::string output; // empty: standard output
+    std::size_t jobs = 1;
+};
+
+std::string rowsOf(const Options& options, const std::string& file) {
+    const PipelineRecording recording = loadRecording(file);
+    const Analysis::Track track(recording.frames());
+    return csvRows(options.what, {.file = file,
+                                  .track = track,
+                                  .touches = touchesOf(track, {}),
+                                  .labels = Analysis::labelsOf(recording.frames())});
+}
+
+// The standard output gets rows as they come; a file appears whole.
+int exportAll(const Options& options) {
+    const bool isFile = !isStandardOutput(options.output);
+    if (isFile)
+        requireWritable(options.output);
+    std::string text = csvHeading(options.what);
+    const int status = forEachRecordingInOrder(
+        options.paths, options.jobs, "exporting", [&](const std::string& file) { return rowsOf(options, file); },
+        [&](const std::string&, const std::string& rows) {
+            text += rows;
+            if (!isFile)
+                writeStandardOutput(std::exchange(text, {}));
+        });
+    if (!isFile) {
+        writeStandardOutput(text);
+        return status;
+    }
+    return std::max(status, forEachFile({options.output}, [&](const std::string& file) { writeFile(file, text); }));
+}
+
+} // namespace
+
+Command makeExportCommand(App& program) {
+    const auto options = std::make_shared<Options>();
+    App* app = program.addCommand("export", {"velto export --what touches recordings/ -o touches.csv"},
+                                  "Writes what recordings hold as comma-separated values, one table for all of\n"
+                                  "them, for spreadsheets and notebooks.");
+    static const std::map<std::string, Exported> kTables{{"images", Exported::Images},
+                                                         {"touches", Exported::Touches},
+                                                         {"events", Exported::Events},
+                                                         {"labels", Exported::Labels}};
+    const auto parse = [options](const std::string& name) {
+        const auto table = kTables.find(name);
+        if (table == kTables.end())
+            throw CLI::ValidationError("--what", "images, touches, events or labels is wanted");
+        options->what = table->second;
+    };
+    app->offer(
+           app->add_option_function<std::string>("--what", parse, "Which table: a row an image, touch, event or label"),
+           {.words = {"images", "touches", "events", "labels"}, .openings = {}, .filePrefixes = {}, .patterns = {}})
+        ->type_name("images|touches|events|labels")
+        ->required();
+    addRecordings(*app, options->paths);
+    addOutput(*app, options->output);
+    addJobs(*app, options->jobs);
+    return {app, [options] { return exportAll(*options); }};
+}
+
+} // namespace VeltoTouch::Velto
