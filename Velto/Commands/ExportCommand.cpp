@@ -65,9 +65,9 @@ Command makeExportCommand(App& program) {
         options->what = table->second;
     };
     app->offer(
-           app->add_option_function<std::string>("--what", parse, "Which table: a row an image, touch, event or label"),
+           app->add_option_function<std::string>("--what", parse, "What a row is: images, touches, events or labels"),
            {.words = {"images", "touches", "events", "labels"}, .openings = {}, .filePrefixes = {}, .patterns = {}})
-        ->type_name("images|touches|events|labels")
+        ->type_name("TABLE")
         ->required();
     addRecordings(*app, options->paths);
     addOutput(*app, options->output);

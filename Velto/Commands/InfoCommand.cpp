@@ -151,7 +151,10 @@ Command makeInfoCommand(App& program) {
     const auto options = std::make_shared<Options>();
     App* app = program.addCommand("info", {"velto info gestures.json"},
                                   "Tells what recordings hold: frames, duration, gaps, settings in force,\n"
-                                  "gestures found.");
+                                  "gestures found.\n"
+                                  "\n"
+                                  "For how steadily reports came see velto stats, for why touches were decided\n"
+                                  "so velto explain.");
     addRecordings(*app, options->paths);
     app->add_flag("--json", options->json, "One JSON object a file");
     return {app, [options] {

@@ -126,7 +126,9 @@ Command makeReplayCommand(App& program) {
                                   {"velto replay gestures.json",
                                    "velto replay --jsonl --set Pipeline.Algs.HoldTimeoutMilliseconds=250 recordings/"},
                                   "Plays recordings of any version through a fresh recognizer and shows the\n"
-                                  "gestures that it finds.");
+                                  "gestures that it finds.\n"
+                                  "\n"
+                                  "For why a touch became none see velto explain, against labels velto score.");
     addRecordings(*app, options->paths);
     addSpeed(*app, options->speed, "Pace: a factor on the recorded one, or max (the default)");
     addSettings(*app, options->settings, KeyScope::Pipeline,

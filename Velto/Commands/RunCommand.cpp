@@ -24,7 +24,9 @@ namespace {
 
 constexpr const char* kText = "Loads the touch service's plug-in, opens a device for it and shows the\n"
                               "gestures as they come. Ends at the device's end, after --duration or with\n"
-                              "Ctrl-C.";
+                              "Ctrl-C.\n"
+                              "\n"
+                              "What it records (--record) is for velto explain, score and stats.";
 
 struct Options {
     DeviceChoice device;

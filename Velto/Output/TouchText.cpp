@@ -133,8 +133,7 @@ std::string touchDetails(const Touch& touch, const Typicals& typicals) {
     std::string text;
     for (const Check& check : touch.checks)
         text += checkLine(check, typicals);
-    text +=
-        fmt::format("   peak {} counts on {}\n", numberText(static_cast<double>(touch.peak.value)), touch.peak.pixel);
+    text += fmt::format("   peak {:.0f} counts on {}\n", touch.peak.value, touch.peak.pixel);
     text += pathLine(touch);
     if (touch.isCutByReset)
         text += "   a firmware reset ended it\n";
