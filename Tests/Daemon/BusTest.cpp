@@ -39,6 +39,9 @@ TEST_F(BusTest, ADeviceThatDoesNotAnswerHoldsUpNothingElse) {
         callSlowly(writer, "SetProperty", written, "sv", "Key", "u", 1);
     EXPECT_TRUE(happens(writers, [&] { return written.refused == 4; }));
     EXPECT_EQ(textOf(connection().get(), "Device"), kDevice);
+    EXPECT_EQ(call(connection().get(), Bus::kInterface, "GetPublicProperty", "sv", "Version", "u", 1),
+              SD_BUS_ERROR_INVALID_ARGS)
+        << "no value waits but one to write";
 
     EventLoop loop;
     std::string seen;

@@ -29,22 +29,23 @@ bool isOurs(sd_bus_message* call) {
     return interface == nullptr || std::string_view(interface) == kInterface;
 }
 
+bool isWrite(sd_bus_message* call) { return isOurs(call) && sd_bus_message_get_member(call) == kSetProperty; }
+
 bool isRequest(sd_bus_message* call) {
     const std::string_view member = sd_bus_message_get_member(call);
-    return isOurs(call) && (member == "GetProperty" || member == "GetPublicProperty" || member == kSetProperty);
+    return isWrite(call) || (isOurs(call) && (member == "GetProperty" || member == "GetPublicProperty"));
 }
 
 // Whether anything comes of a call.
-bool hasEffect(sd_bus_message* call) {
-    return sd_bus_message_get_expect_reply(call) > 0 || sd_bus_message_get_member(call) == kSetProperty;
-}
+bool hasEffect(sd_bus_message* call) { return sd_bus_message_get_expect_reply(call) > 0 || isWrite(call); }
 
 bool isNext(sd_bus_message* call, char type) {
     char next = 0;
     return checked(sd_bus_message_peek_type(call, &next, nullptr), "call") > 0 && next == type;
 }
 
-// Whether a call carries a value. Throws CallError for what may not wait: anything that has no bound.
+// Whether a call carries a value: one that writes a property may. Throws CallError for anything else that has no bound,
+// which may not wait.
 bool checkArguments(sd_bus_message* call) {
     std::size_t texts = 0;
     const auto check = [&](const char* text) {
@@ -59,7 +60,7 @@ bool checkArguments(sd_bus_message* call) {
         checked(sd_bus_message_read_basic(call, SD_BUS_TYPE_STRING, &text), "call");
         check(text);
     }
-    const bool hasValue = isNext(call, SD_BUS_TYPE_VARIANT);
+    const bool hasValue = isWrite(call) && isNext(call, SD_BUS_TYPE_VARIANT);
     if (hasValue)
         std::ignore = readVariant(call, CallQueue::kLargestValue);
     if (sd_bus_message_at_end(call, 1) == 0)

@@ -26,11 +26,11 @@ namespace VeltoTouch::Bus {
 // The loop's thread.
 class CallQueue {
 public:
-    static constexpr std::size_t kMostOfOneCaller = 16; // waiting; the bus bounds how many callers there are
-    static constexpr std::size_t kMostWithValues = 16;  // waiting, of all callers: those that carry a value
-    static constexpr std::size_t kLongestText = 256;    // bytes, of a path or a key
-    static constexpr std::size_t kMostTexts = 3;        // a path, and two arguments
-    static constexpr std::size_t kLargestValue = 65'536;
+    static constexpr std::size_t kMostOfOneCaller = 16;         // waiting; the bus bounds how many callers there are
+    static constexpr std::size_t kMostWithValues = 16;          // waiting, of all callers: those that carry a value
+    static constexpr std::size_t kLongestText = 256;            // bytes, of a path or a key
+    static constexpr std::size_t kMostTexts = 3;                // a path, and two arguments
+    static constexpr std::size_t kLargestValue = 65'536;        // bytes in its message
     static constexpr std::uint64_t kMostUnread = 32 << 10;      // bytes of one caller, before its last answer
     static constexpr std::uint64_t kMostUnreadOfAll = 64 << 20; // the bus keeps 127 MiB of ours
 
