@@ -1,8 +1,10 @@
 #include "Tests/Daemon/BusFixture.h"
 
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -113,6 +115,28 @@ TEST_F(BusTest, ValuesAreTakenUpToTheirBound) {
     EXPECT_STREQ(error.get()->name, SD_BUS_ERROR_LIMITS_EXCEEDED) << "variants in one another count too";
 }
 
+TEST_F(BusTest, LargeAnswersThatNobodyReadsLeaveRoomForOthers) {
+    constexpr std::size_t kLarge = 10'000'000;
+    constexpr std::size_t kMost = Bus::CallQueue::kMostUnreadOfAll / kLarge;
+    properties.put("Large", makeRef<String>(std::string(kLarge, 'x')));
+    properties.put("Key", makeRef<Null>());
+    Bus::Client other = client();
+    std::vector<BusHandle> silent(kMost + 3);
+    std::ranges::generate(silent, connection);
+    Replies replies, written;
+    for (const BusHandle& caller : silent) {
+        callSlowly(caller, "GetProperty", replies, "s", "Large");
+        sd_bus_flush(caller.get());
+    }
+    std::ignore = other.getProperty("Key"); // which comes last
+    for (std::size_t i = 0; i < Bus::CallQueue::kMostWithValues; ++i)
+        callSlowly(silent.front(), "SetProperty", written, "sv", "Key", "u", 1);
+    sd_bus_flush(silent.front().get());
+    EXPECT_NO_THROW(other.setProperty("Key", Null())) << "the values of one that does not read give way";
+    EXPECT_TRUE(happens(silent, [&] { return replies.answered == kMost; }));
+    EXPECT_EQ(replies.refused, 3U);
+}
+
 TEST_F(BusTest, WhatCannotBeDoneIsRefused) {
     constexpr const char* kUnknown = SD_BUS_ERROR_UNKNOWN_PROPERTY;
     constexpr const char* kInvalid = SD_BUS_ERROR_INVALID_ARGS;
@@ -126,6 +150,7 @@ TEST_F(BusTest, WhatCannotBeDoneIsRefused) {
         return call(raw.get(), Bus::kInterface, "SetProperty", "sv", key, types, values...);
     };
     EXPECT_EQ(get("Deep"), "v");
+    EXPECT_EQ(get("Broken"), SD_BUS_ERROR_FAILED);
     EXPECT_EQ(get("Nothing"), kUnknown);
     EXPECT_EQ(get(megabyte.c_str()), kInvalid);
     EXPECT_EQ(get(std::string(Bus::CallQueue::kLongestText, 'x').c_str()), kUnknown);
