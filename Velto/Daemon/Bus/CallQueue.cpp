@@ -120,9 +120,9 @@ struct CallQueue::Handlers {
             return 0;
         });
     }
-    static int told(sd_bus_message* reply, void* queue, sd_bus_error* /*error*/) {
+    static int handleStatistics(sd_bus_message* reply, void* queue, sd_bus_error* /*error*/) {
         return with(queue, [&](CallQueue& calls) {
-            calls.told(reply);
+            calls.handleStatistics(reply);
             return 1;
         });
     }
@@ -243,14 +243,14 @@ void CallQueue::ask() {
     if (next == _callers.end())
         return;
     if (sd_bus_call_method_async(_bus, nullptr, kBus, "/org/freedesktop/DBus", "org.freedesktop.DBus.Debug.Stats",
-                                 "GetConnectionStats", Handlers::told, this, "s", next->first.c_str()) < 0)
+                                 "GetConnectionStats", Handlers::handleStatistics, this, "s", next->first.c_str()) < 0)
         return;
     _askedAbout = next->first;
     _unreadThen = next->second.unread;
     next->second.hasCalled = false;
 }
 
-void CallQueue::told(sd_bus_message* reply) {
+void CallQueue::handleStatistics(sd_bus_message* reply) {
     const auto found = _callers.find(std::exchange(_askedAbout, {}));
     if (found == _callers.end())
         return;
