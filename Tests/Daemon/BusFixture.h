@@ -14,6 +14,7 @@
 #include <mutex>
 #include <optional>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -62,6 +63,8 @@ private:
     Ref<Value> get(const std::string& key) {
         std::unique_lock guard(_lock);
         ++_reads[key];
+        if (key == "Broken")
+            throw std::runtime_error("broken");
         if (key == "Slow") {
             _changed.notify_all();
             _changed.wait(guard, [&] { return !_isSlow; });

@@ -105,7 +105,7 @@ TEST(MediaKeysTest, WhatIsPressedIsReleasedOnce) {
     EXPECT_THAT(output.presses, ElementsAre("+Down", "-Down", "+Down")) << "a hold that goes on is one again";
 }
 
-TEST(MediaKeysTest, AKeyThatCouldNotBePressedIsNotReleased) {
+TEST(MediaKeysTest, AKeyThatCouldNotBeWrittenCountsAsReleased) {
     WrittenKeys output;
     MediaKeys keys(output);
     output.isBroken = true;
@@ -113,6 +113,12 @@ TEST(MediaKeysTest, AKeyThatCouldNotBePressedIsNotReleased) {
     output.isBroken = false;
     keys.handle(holdEnd(VolumeUp));
     EXPECT_THAT(output.presses, IsEmpty());
+    keys.handle(holdStart(VolumeUp));
+    output.isBroken = true;
+    EXPECT_THROW(keys.handle(holdEnd(VolumeUp)), std::runtime_error);
+    output.isBroken = false;
+    keys.releaseAll();
+    EXPECT_THAT(output.presses, ElementsAre("+Up"));
 }
 
 TEST(SurfaceKeysTest, ASurfaceThatFallsSilentKeepsNoKey) {

@@ -8,6 +8,7 @@
 #include "Velto/Options/BusOptions.h"
 
 #include <chrono>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +45,16 @@ Bus::ServedSurface servedSurface(const Surface::ConnectedDevice& device, const H
             .deliveredReports = [&device] { return device.backend().deliveredReports(); }};
 }
 
+// Runs the loop; returns what it throws.
+std::exception_ptr failureOf(EventLoop& loop) noexcept {
+    try {
+        loop.run();
+        return nullptr;
+    } catch (...) {
+        return std::current_exception();
+    }
+}
+
 int serve(const Options& options) {
     EventLoop loop;
     const auto endServing = [&loop] { loop.stop(); };
@@ -71,12 +82,14 @@ int serve(const Options& options) {
 
     service.schedule();
     sd_notify(0, "READY=1");
-    loop.run();
+    const std::exception_ptr failure = failureOf(loop);
     sd_notify(0, "STOPPING=1");
     signals.beginEnd();
     service.unschedule();
     if (keys)
         keys->end();
+    if (failure) // what is destroyed now may wait for the device, until a signal ends the program
+        std::rethrow_exception(failure);
     return 0;
 }
 

@@ -9,11 +9,11 @@
 
 namespace VeltoTouch {
 
-// The media keys of a served surface. Gestures arrive on the host's queue, all other calls on other threads.
+// MediaKeys behind a lock, for the host's queue and the loop. Any thread.
 class SurfaceKeys {
 public:
     // `output` outlives this. `deliveredReports` returns the surface's reports so far, on any thread. `failureHandler`
-    // is called if a key cannot be passed on, on the thread that tried.
+    // is called if a key cannot be passed on, on the thread that tried and under the lock: it must not call this.
     SurfaceKeys(KeyOutput& output, std::function<std::uint64_t()> deliveredReports,
                 std::function<void()> failureHandler);
 

@@ -29,22 +29,23 @@ bool isOurs(sd_bus_message* call) {
     return interface == nullptr || std::string_view(interface) == kInterface;
 }
 
+bool isWrite(sd_bus_message* call) { return isOurs(call) && sd_bus_message_get_member(call) == kSetProperty; }
+
 bool isRequest(sd_bus_message* call) {
     const std::string_view member = sd_bus_message_get_member(call);
-    return isOurs(call) && (member == "GetProperty" || member == "GetPublicProperty" || member == kSetProperty);
+    return isWrite(call) || (isOurs(call) && (member == "GetProperty" || member == "GetPublicProperty"));
 }
 
 // Whether anything comes of a call.
-bool hasEffect(sd_bus_message* call) {
-    return sd_bus_message_get_expect_reply(call) > 0 || sd_bus_message_get_member(call) == kSetProperty;
-}
+bool hasEffect(sd_bus_message* call) { return sd_bus_message_get_expect_reply(call) > 0 || isWrite(call); }
 
 bool isNext(sd_bus_message* call, char type) {
     char next = 0;
     return checked(sd_bus_message_peek_type(call, &next, nullptr), "call") > 0 && next == type;
 }
 
-// Whether a call carries a value. Throws CallError for what may not wait: anything that has no bound.
+// Whether a call carries a value: one that writes a property may. Throws CallError for anything else that has no bound,
+// which may not wait.
 bool checkArguments(sd_bus_message* call) {
     std::size_t texts = 0;
     const auto check = [&](const char* text) {
@@ -59,7 +60,7 @@ bool checkArguments(sd_bus_message* call) {
         checked(sd_bus_message_read_basic(call, SD_BUS_TYPE_STRING, &text), "call");
         check(text);
     }
-    const bool hasValue = isNext(call, SD_BUS_TYPE_VARIANT);
+    const bool hasValue = isWrite(call) && isNext(call, SD_BUS_TYPE_VARIANT);
     if (hasValue)
         std::ignore = readVariant(call, CallQueue::kLargestValue);
     if (sd_bus_message_at_end(call, 1) == 0)
@@ -119,9 +120,9 @@ struct CallQueue::Handlers {
             return 0;
         });
     }
-    static int told(sd_bus_message* reply, void* queue, sd_bus_error* /*error*/) {
+    static int handleStatistics(sd_bus_message* reply, void* queue, sd_bus_error* /*error*/) {
         return with(queue, [&](CallQueue& calls) {
-            calls.told(reply);
+            calls.handleStatistics(reply);
             return 1;
         });
     }
@@ -242,14 +243,14 @@ void CallQueue::ask() {
     if (next == _callers.end())
         return;
     if (sd_bus_call_method_async(_bus, nullptr, kBus, "/org/freedesktop/DBus", "org.freedesktop.DBus.Debug.Stats",
-                                 "GetConnectionStats", Handlers::told, this, "s", next->first.c_str()) < 0)
+                                 "GetConnectionStats", Handlers::handleStatistics, this, "s", next->first.c_str()) < 0)
         return;
     _askedAbout = next->first;
     _unreadThen = next->second.unread;
     next->second.hasCalled = false;
 }
 
-void CallQueue::told(sd_bus_message* reply) {
+void CallQueue::handleStatistics(sd_bus_message* reply) {
     const auto found = _callers.find(std::exchange(_askedAbout, {}));
     if (found == _callers.end())
         return;

@@ -18,19 +18,19 @@ namespace VeltoTouch::Bus {
 //
 // The bus buffers what a client does not read, and once it buffers too much of ours it accepts nothing more from us,
 // for any client. So every answer, errors and the library's own included, counts against its caller until the bus
-// reports that the caller has read it, or cannot say. The next call is that of the caller with the fewest unread bytes.
-// A caller with `kMostUnread` must wait, its calls beyond `kMostOfOneCaller` are dropped without an answer (after 128
-// of them the bus accepts no more), and its waiting values give way to those of others. A call is admitted once the bus
-// has taken all that was sent before, so that a gesture never waits behind a queue of answers.
+// reports it as read. If the bus cannot report that, the count is cleared. The next call is that of the caller with the
+// fewest unread bytes. A caller with `kMostUnread` must wait, its calls beyond `kMostOfOneCaller` are dropped without
+// an answer (after 128 of them the bus accepts no more), and its waiting values give way to those of others. A call is
+// admitted once the bus has taken all that was sent before, so that a gesture never waits behind a queue of answers.
 //
 // The loop's thread.
 class CallQueue {
 public:
-    static constexpr std::size_t kMostOfOneCaller = 16; // waiting; the bus bounds how many callers there are
-    static constexpr std::size_t kMostWithValues = 16;  // waiting, of all callers: those that carry a value
-    static constexpr std::size_t kLongestText = 256;    // bytes, of a path or a key
-    static constexpr std::size_t kMostTexts = 3;        // a path, and two arguments
-    static constexpr std::size_t kLargestValue = 65'536;
+    static constexpr std::size_t kMostOfOneCaller = 16;         // waiting; the bus bounds how many callers there are
+    static constexpr std::size_t kMostWithValues = 16;          // waiting, of all callers: those that carry a value
+    static constexpr std::size_t kLongestText = 256;            // bytes, of a path or a key
+    static constexpr std::size_t kMostTexts = 3;                // a path, and two arguments
+    static constexpr std::size_t kLargestValue = 65'536;        // bytes in its message
     static constexpr std::uint64_t kMostUnread = 32 << 10;      // bytes of one caller, before its last answer
     static constexpr std::uint64_t kMostUnreadOfAll = 64 << 20; // the bus keeps 127 MiB of ours
 
@@ -75,7 +75,7 @@ private:
     [[nodiscard]] Callers::iterator next();
     void letIn();
     void ask();
-    void told(sd_bus_message* reply);
+    void handleStatistics(sd_bus_message* reply);
     void forget(const std::string& caller);
     void add(Caller& caller, std::uint64_t bytes);
 
@@ -85,7 +85,7 @@ private:
     std::uint64_t _unreadOfAll = 0;
     std::uint64_t _lastNumber = 0;
     std::size_t _waitingWithValues = 0;
-    BusMessage _letIn;       // until the library has it again
+    BusMessage _letIn;       // The admitted call, until the library passes it to `take`.
     std::string _askedAbout; // the caller that the bus is being asked about; empty: none
     std::uint64_t _unreadThen = 0;
     EventSourceHandle _afterEachEvent;

@@ -1,6 +1,7 @@
 #include "Velto/Daemon/Bus/PropertyRequests.h"
 
 #include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/Bus/Replies.h"
 
 #include <utility>
 
@@ -20,6 +21,13 @@ Ref<Value> checkedSetting(const std::string& key, Ref<Value> value) {
     }
     const auto setting = settingUnder(key);
     return setting && setting->row.is<SettingRow::Action>() ? makeRef<Null>() : std::move(value);
+}
+
+// What the work returns, or throws.
+PropertyRequests::Outcome outcomeOf(const std::function<PropertyRequests::Outcome()>& work) {
+    PropertyRequests::Outcome outcome;
+    attempt([&] { outcome = work(); }, [&](const CallError& error) { outcome = error; });
+    return outcome;
 }
 
 } // namespace
@@ -50,10 +58,10 @@ void PropertyRequests::set(const std::string& key, Ref<Value> value, Answer answ
 }
 
 void PropertyRequests::begin(std::function<Outcome()> work, Answer answer) {
-    _answer = std::move(answer);
     dispatch_async(_queue.get(), [this, work = std::move(work)] {
-        _loop.post([this, outcome = work()] { std::exchange(_answer, nullptr)(outcome); });
+        _loop.post([this, outcome = outcomeOf(work)] { std::exchange(_answer, nullptr)(outcome); });
     });
+    _answer = std::move(answer); // if the request is queued; this thread, the loop's, answers it later
 }
 
 } // namespace VeltoTouch::Bus

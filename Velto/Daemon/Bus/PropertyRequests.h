@@ -28,7 +28,7 @@ public:
     using Outcome = std::variant<Ref<Value>, CallError>;
     using Answer = std::function<void(const Outcome& outcome)>;
 
-    // `loop` outlives this.
+    // `loop` outlives this, but must not run after this is destroyed.
     PropertyRequests(EventLoop& loop, ServiceProperties properties);
     PropertyRequests(const PropertyRequests&) = delete;
     PropertyRequests& operator=(const PropertyRequests&) = delete;
@@ -39,7 +39,7 @@ public:
     [[nodiscard]] bool isBusy() const noexcept { return _answer != nullptr; }
 
     // Both answer later, on the loop's thread: UnknownProperty if there is no value, PropertyReadOnly if the device
-    // does not take it. `set` throws CallError for what is refused immediately:
+    // does not take it, Failed if the service throws. `set` throws CallError for what is refused immediately:
     //
     //   InvalidArgs        a setting that is a number is given something else
     //   UnknownProperty    a key of the pipeline that nothing knows: each would stay in the recording for good

@@ -38,7 +38,7 @@ struct ServedSurface {
 // The loop's thread.
 class TouchObject {
 public:
-    // `loop` and what `surface` refers to outlive this.
+    // `loop` and what `surface` refers to outlive this; `loop` must not run after this is destroyed.
     TouchObject(EventLoop& loop, Which which, ServedSurface surface);
     TouchObject(const TouchObject&) = delete;
     TouchObject& operator=(const TouchObject&) = delete;

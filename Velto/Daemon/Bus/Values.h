@@ -34,8 +34,8 @@ constexpr std::size_t kAnySize = std::numeric_limits<std::size_t>::max();
 // The bus allows 64 containers in one another; a level of values takes three.
 constexpr std::size_t kDeepestValue = 16;
 
-// Reads the next variant of a message. `room` is the most bytes it may hold, keys and numbers included. Throws
-// CallError if it is no value, too large or too deep, and std::system_error if there is no variant.
+// Reads the next variant of a message. `room` bounds the bytes that it takes, as appendVariant counts them.
+// Throws CallError if it is no value, too large or too deep, and std::system_error if there is no variant.
 [[nodiscard]] Ref<Value> readVariant(sd_bus_message* message, std::size_t room);
 
 // The bus disconnects a client that sends a message of 32 MiB.
