@@ -118,7 +118,7 @@ TEST_F(BusTest, ValuesAreTakenUpToTheirBound) {
 TEST_F(BusTest, LargeAnswersThatNobodyReadsLeaveRoomForOthers) {
     constexpr std::size_t kLarge = 10'000'000;
     constexpr std::size_t kMost = Bus::CallQueue::kMostUnreadOfAll / kLarge;
-    properties.put("Large", makeRef<String>(std::string(kLarge, 'x')));
+    properties.put("Large", makeRef<Data>(std::string(kLarge, 'x')));
     properties.put("Key", makeRef<Null>());
     Bus::Client other = client();
     std::vector<BusHandle> silent(kMost + 3);
