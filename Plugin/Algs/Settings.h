@@ -13,8 +13,8 @@
 
 namespace VeltoTouch {
 
-// A setting of the recognizer. It is read, written, judged, listed and offered by its row; its default is what a new
-// recognizer has in its place.
+// A setting of the recognizer. Reading, writing, judging, lists and completion all use its row; the default is the
+// value in a new recognizer. A new setting is a field of HandStats or VirtualImage, and a row here.
 struct SettingRow {
     // What stands in the place decides which values there are.
     using Switch = bool HandStats::*;

@@ -10,7 +10,7 @@
 #include <string_view>
 
 // The service's properties by their full keys: the recognizer's settings and what is only read. One place judges what
-// may be read and written. The service itself takes any value; who stands in front of it refuses what it will.
+// may be read and written. The service takes any value; its callers decide what to refuse.
 
 namespace VeltoTouch {
 
@@ -65,8 +65,8 @@ struct Judgement {
 // Whether a property is for those who may only see what the surface does: settings and public rows.
 [[nodiscard]] bool isPublic(const std::string& key);
 
-// Whether a key that is not the pipeline's may be read or written, and with what, is for the device to say: here it is
-// sensible. A factor's number must be spelled as it is: what the service reads as one besides is not meant.
+// Keys outside the pipeline are the device's and are judged Sensible. A factor's number must be plain decimal; other
+// spellings that the service reads are Unknown.
 [[nodiscard]] Judgement judgeWrite(const std::string& key, const Value* value);
 [[nodiscard]] Judgement judgeRead(const std::string& key);
 

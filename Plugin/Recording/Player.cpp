@@ -24,7 +24,7 @@ void handOver(const Frame& frame, std::uint64_t timestamp, PipelineInput& target
 
 } // namespace
 
-// Assigned to itself as well: the list is a new one then too.
+// Self-assignment clears the position too: the owner's list is replaced in that case as well.
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 Player& Player::operator=(const Player& /*other*/) noexcept {
     clear();

@@ -77,16 +77,15 @@ void VeltoTouchHIDService::raiseThreadPriority() const {
 
 void VeltoTouchHIDService::inputReportCallback(void* context, IOReturn /*result*/, void* /*sender*/,
                                                IOHIDReportType type, std::uint32_t reportID, std::uint8_t* report,
-                                               CFIndex reportLength, std::uint64_t timeStamp) {
+                                               CFIndex reportLength, std::uint64_t backendTime) {
     static_cast<VeltoTouchHIDService*>(context)->handleInputReport(type, static_cast<std::uint8_t>(reportID), report,
-                                                                   static_cast<std::size_t>(reportLength), timeStamp);
+                                                                   static_cast<std::size_t>(reportLength), backendTime);
 }
 
-// The report's time is the host clock once the lock is held; the device's own stamp is only logged.
 void VeltoTouchHIDService::handleInputReport(IOHIDReportType type, std::uint8_t reportID, const std::uint8_t* report,
-                                             std::size_t length, std::uint64_t timeStamp) {
+                                             std::size_t length, std::uint64_t backendTime) {
     log(OS_LOG_TYPE_DEBUG, "Received input report (type {}, reportID {}, reportLength {}, timestampMach {})",
-        static_cast<std::uint32_t>(type), reportID, length, timeStamp);
+        static_cast<std::uint32_t>(type), reportID, length, backendTime);
     const MutexLock guard(_pipelineLock);
     _recording.handleInputReport(mach_absolute_time(), report, length);
 }

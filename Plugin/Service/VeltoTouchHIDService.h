@@ -84,9 +84,10 @@ private:
     void raiseThreadPriority() const;
     static void inputReportCallback(void* context, IOReturn result, void* sender, IOHIDReportType type,
                                     std::uint32_t reportID, std::uint8_t* report, CFIndex reportLength,
-                                    std::uint64_t timeStamp);
+                                    std::uint64_t backendTime);
+    // A report's time is the host clock, read once `_pipelineLock` is held; the backend's is only logged.
     void handleInputReport(IOHIDReportType type, std::uint8_t reportID, const std::uint8_t* report, std::size_t length,
-                           std::uint64_t timeStamp);
+                           std::uint64_t backendTime);
     void handleAccelEvent(const HIDEvent& event);
 
     // The device at this moment, or null. Any thread; the reference keeps it for a request whatever start and stop do

@@ -20,7 +20,7 @@ void addFileOptions(App& app, Options& options) {
     addOutput(app, options.output);
 }
 
-// Reads the recording, lets `change` act on it and writes it. Failures are told under the file they belong to.
+// Reads the recording, lets `change` act on it and writes it. Failures are reported under the file they belong to.
 int rewrite(const Options& options, const std::function<void(PipelineRecording&)>& change) {
     Ref<Data> container;
     const int status = forEachFile({options.file}, [&](const std::string& file) {

@@ -10,10 +10,10 @@ namespace {
 HelpList deviceList() {
     return {.heading = "Devices",
             .entries = {{"sim", "the simulated surface with a made-up user, without end"},
-                        {"sim:STEP,...", "the simulated surface, steps as velto simulate --help tells them"},
+                        {"sim:STEP,...", "the simulated surface, steps as in velto simulate --help"},
                         {"replay:FILE", "a recording's reports; its settings are left out"},
                         {"surface", "the first surface on this machine"},
-                        {"/dev/hidrawN", "a surface on this machine, as velto devices tells them"}},
+                        {"/dev/hidrawN", "a surface on this machine, as listed by velto devices"}},
             .remarks = {},
             .textColumn = 18};
 }

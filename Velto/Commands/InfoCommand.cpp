@@ -150,7 +150,7 @@ std::string asJSON(const std::string& file, const Info& info) {
 Command makeInfoCommand(App& program) {
     const auto options = std::make_shared<Options>();
     App* app = program.addCommand("info", {"velto info gestures.json"},
-                                  "Tells what recordings hold: frames, duration, gaps, settings in force,\n"
+                                  "Shows what recordings hold: frames, duration, gaps, settings in force,\n"
                                   "gestures found.\n"
                                   "\n"
                                   "For how steadily reports came see velto stats, for why touches were decided\n"

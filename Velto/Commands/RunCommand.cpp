@@ -39,7 +39,7 @@ struct Options {
     bool jsonl = false;
 };
 
-// These give the exit status; the other keys are still seen to.
+// Return 1 if a property was refused; the others are still read or written.
 int writeSettings(const HostedService& service, const std::vector<Setting>& settings) {
     int status = 0;
     for (const Setting& setting : settings) {

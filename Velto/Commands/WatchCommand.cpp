@@ -24,7 +24,7 @@ struct Options {
     bool jsonl = false;
 };
 
-// Whoever shows a gesture throws where the standard output fails; the loop passes it on.
+// If the standard output fails, the handler throws and the loop's `run` rethrows it.
 void showOn(EventLoop& loop, Bus::Client& client, GestureText& gestures) {
     const HostTime start = hostTimeNow();
     writeStandardOutput(gestures.heading());

@@ -8,7 +8,8 @@
 #include <optional>
 #include <string_view>
 
-// Gestures of the touch service. An event is translated into a `Gesture` here, once; no room above knows events.
+// Gestures of the touch service. An event is translated into a `Gesture` here, once. Code above Host handles gestures,
+// never events.
 
 namespace VeltoTouch {
 

@@ -79,8 +79,7 @@ void addExamples(Roff& page, const App& app) {
 void addCommonSections(Roff& page) {
     page.section("Exit status");
     page.item(bold("0"), "All was done.");
-    page.item(bold("1"), "Something failed and was told on standard error; where there were more files, they were "
-                         "still processed.");
+    page.item(bold("1"), "Something failed and was reported on standard error; the other files were still processed.");
     page.item(bold("2"), "Wrong usage.");
     page.section("Environment");
     page.item(bold("VELTO_LOG"), "LEVEL or LEVEL:FILE: what is logged, and where. LEVEL is debug (each frame is "
