@@ -44,9 +44,12 @@ template <class Make, class Take>
     };
     return handleRecordings(files, work, [&](const std::string& file) {
         beginAhead();
-        std::future<Result> result = std::move(ahead.front());
+        std::future<Result> next = std::move(ahead.front());
         ahead.pop_front();
-        take(file, result.get());
+        Result result = next.get();
+        if (jobs > 1 && begun < files.size())
+            beginAhead(); // works while this one is taken
+        take(file, std::move(result));
     });
 }
 
