@@ -1,8 +1,5 @@
-#include "Platform/Linux/HidrawDevice.h"
-
 #include "Platform/Clock.h"
-#include "Platform/JSON.h"
-#include "Tests/Kernel/VirtualDevice.h"
+#include "Tests/Kernel/HidrawFixture.h"
 #include "Tests/Support/Reports.h"
 #include "Velto/Surface/ReportDescriptor.h"
 
@@ -25,83 +22,7 @@ using testing::Ge;
 using testing::IsEmpty;
 using testing::Le;
 
-constexpr double kPatienceSeconds = 20;
-constexpr int kKernelsRoom = 60; // reports that the kernel surely keeps for a reader
-
-// Keeps the reports that a device delivers.
-class Reports final : public InputReportSink {
-public:
-    std::vector<Report> reports;
-    std::vector<std::uint64_t> times;
-
-    [[nodiscard]] std::span<std::uint8_t> buffer() noexcept override { return std::span(_buffer).first(room); }
-    void deliver(std::size_t length, std::uint64_t timeStamp) override {
-        const auto report = std::span(_buffer).first(std::min(length, room));
-        reports.emplace_back(report.begin(), report.end());
-        times.push_back(timeStamp);
-    }
-
-    std::size_t room = 512;
-
-private:
-    std::array<std::uint8_t, 512> _buffer{};
-};
-
-// An image whose bytes all differ from its neighbours'.
-Report imageNumber(std::uint32_t number) {
-    Report report(InputReport::kImageReportLength);
-    for (std::size_t i = 0; i < report.size(); ++i)
-        report[i] = static_cast<std::uint8_t>(number * 31 + i * 7);
-    report[0] = InputReport::Image::kReportID;
-    return report;
-}
-
-// A plugged-in surface, the device on it, and what it has delivered on the test's run loop.
-class HidrawDeviceTest : public testing::Test {
-protected:
-    VirtualDevice surface;
-    Ref<HidrawDevice> device = makeRef<HidrawDevice>(surface.path());
-    Reports received;
-    RunLoopSource source;
-    int removals = 0;
-    const Ref<String> mode = makeRef<String>("Reports");
-
-    void SetUp() override {
-        device->removalHandler = [this] { ++removals; };
-    }
-    void start() { source = device->startReports(RunLoop::current(), mode->text(), received); }
-    void openAndStart() {
-        ASSERT_EQ(device->open(1), kIOReturnSuccess);
-        start();
-    }
-    [[nodiscard]] CFRunLoopRunResult run(double seconds = kPatienceSeconds) const {
-        return CFRunLoopRunInMode(mode.get(), seconds, true);
-    }
-    // Runs until so many reports have come in all.
-    [[nodiscard]] bool receive(std::size_t count) const {
-        while (received.reports.size() < count && run() == kCFRunLoopRunHandledSource) {
-        }
-        return received.reports.size() == count;
-    }
-
-    struct Answer {
-        IOReturn status;
-        Report report; // as much as the length tells
-        friend bool operator==(const Answer&, const Answer&) = default;
-    };
-    [[nodiscard]] Answer ask(std::uint32_t reportID, std::size_t room = 128,
-                             IOHIDReportType type = kIOHIDReportTypeFeature) const {
-        Report buffer(room, 0xAA);
-        std::size_t length = 9999;
-        const IOReturn status = device->getReport(type, reportID, buffer, length);
-        EXPECT_LE(length, room);
-        buffer.resize(std::min(length, room));
-        return {status, buffer};
-    }
-};
-
-// In JSON; null where there is none.
-std::string property(HidrawDevice& device, const std::string& key) { return JSON::text(device.getProperty(key).get()); }
+class HidrawDeviceTest : public HidrawFixture {};
 
 TEST_F(HidrawDeviceTest, PropertiesAreKnownBeforeItIsOpenAndAfterItHasGone) {
     const std::pair<const char*, const char*> rows[]{
@@ -267,69 +188,6 @@ TEST_F(HidrawDeviceTest, ReportsAreAskedForOnOtherThreadsUntilItHasGone) {
     EXPECT_EQ(ask(0x1F), (Answer{kIOReturnNoDevice, {}})) << "before the loop has noticed";
     EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
     EXPECT_EQ(removals, 1);
-}
-
-TEST_F(HidrawDeviceTest, UnpluggedItHandsOnTheLastReportsAndHasGone) {
-    openAndStart();
-    for (std::uint32_t i = 0; i < 3; ++i)
-        surface.send(imageReport(makeImage(i, 10 * i, {{'E', 150}, {'F', 60}})));
-    surface.unplug();
-    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
-    EXPECT_EQ(received.reports.size(), 3U);
-    EXPECT_EQ(removals, 1);
-    EXPECT_EQ(run(), kCFRunLoopRunFinished);
-    EXPECT_EQ(ask(0x1F), (Answer{kIOReturnNoDevice, {}}));
-    EXPECT_EQ(ask(1, 128, kIOHIDReportTypeInput), (Answer{kIOReturnNoDevice, {}}));
-    start();
-    EXPECT_EQ(run(), kCFRunLoopRunFinished) << "one that has gone adds no source";
-    device->close(0);
-    EXPECT_EQ(device->open(0), kIOReturnNoDevice);
-    EXPECT_EQ(removals, 1);
-}
-
-TEST_F(HidrawDeviceTest, UnpluggedWhileTheLoopWaitsItTakesNoTimeAfterwards) {
-    openAndStart();
-    std::thread puller([&] { surface.unplug(); });
-    EXPECT_EQ(run(), kCFRunLoopRunHandledSource);
-    puller.join();
-    EXPECT_EQ(removals, 1);
-    // Something else keeps the loop waiting.
-    const RunLoopSource timer =
-        RunLoop::current().addTimer(mode->text(), mach_absolute_time() + 500'000'000'000, [] { return std::nullopt; });
-    const std::clock_t before = std::clock();
-    EXPECT_EQ(run(1), kCFRunLoopRunTimedOut);
-    EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 10) << "of a second";
-    EXPECT_EQ(removals, 1);
-}
-
-TEST_F(HidrawDeviceTest, PluggedInAgainItIsAnotherDevice) {
-    openAndStart();
-    const std::string& oldPath = surface.path();
-    surface.unplug();
-    VirtualDevice again;
-    EXPECT_NE(again.path(), oldPath) << "the kernel keeps the name while the old node is open";
-    const auto next = makeRef<HidrawDevice>(again.path());
-    ASSERT_EQ(next->open(0), kIOReturnSuccess);
-    Reports ofNext;
-    const RunLoopSource nextSource = next->startReports(RunLoop::current(), mode->text(), ofNext);
-    again.send(imageNumber(7));
-    while ((ofNext.reports.empty() || removals == 0) && run() == kCFRunLoopRunHandledSource) {
-    }
-    EXPECT_THAT(ofNext.reports, ElementsAre(imageNumber(7)));
-    EXPECT_THAT(received.reports, IsEmpty());
-    EXPECT_EQ(removals, 1);
-    device->close(0); // sets the name free
-    const VirtualDevice underTheOldName;
-    ASSERT_EQ(underTheOldName.path(), oldPath);
-    EXPECT_EQ(device->open(0), kIOReturnNoDevice) << "though it looks the same";
-}
-
-TEST_F(HidrawDeviceTest, ANodeThatIsAnotherDevicesByNowIsNotOpened) {
-    surface.unplug(); // nobody has it open, so that its name is free
-    const VirtualDevice another({.product = "Another", .serialNumber = "K-2"});
-    ASSERT_EQ(another.path(), surface.path());
-    EXPECT_EQ(device->open(0), kIOReturnNoDevice);
-    EXPECT_EQ(ask(0x1F).status, kIOReturnNotOpen);
 }
 
 } // namespace
