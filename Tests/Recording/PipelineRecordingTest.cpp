@@ -1,7 +1,8 @@
 #include "Plugin/Recording/RecordingCopy.h"
 #include "Tests/Support/Frames.h"
 
-#include <array>
+#include <limits>
+#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -55,6 +56,22 @@ TEST_F(RecordingTest, CopiesAndMovesKeepTargetAndBoundNotPlayback) {
     expectRecords(moved);
     expectRecords(assigned);
     // NOLINTEND(bugprone-use-after-move)
+}
+
+TEST_F(RecordingTest, KeepsAFrameBeforeThePipelineSeesItAndHandsOnTheValueItself) {
+    std::vector<std::size_t> kept;
+    log->whenCalled = [&] { kept.push_back(recording.frames().size()); };
+    const Ref<Value> value = json("[1]");
+    recording.setState(1, "k", value);
+    recording.handleMetadata(2, "m", value);
+    recording.handleInputReport(3, nullptr, 0);
+    EXPECT_THAT(kept, ElementsAre(1U, 2U, 3U));
+    recording.playReset();
+    for (int i = 0; i < 2; ++i)
+        recording.playNextFrame(std::numeric_limits<float>::infinity());
+    ASSERT_EQ(log->calls.size(), 5U);
+    for (const std::size_t i : {0U, 1U, 3U, 4U})
+        EXPECT_EQ(log->calls[i].value, value) << i;
 }
 
 // An exception in them, which can only be one of memory, ends the process.

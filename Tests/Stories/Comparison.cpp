@@ -114,8 +114,10 @@ private:
         _recording = std::move(copy);
         _theirs.play = {};
     }
-    void take(const Steps::MoveOut& /*move*/) {
-        const PipelineRecording other = std::move(_recording);
+    void take(const Steps::MoveOut& move) {
+        PipelineRecording other = move.isAssigned ? PipelineRecording() : std::move(_recording);
+        if (move.isAssigned)
+            other = std::move(_recording);
         _recording.pipeline = other.pipeline;
         _theirs.frames.clear();
         _theirs.play = {};

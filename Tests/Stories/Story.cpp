@@ -42,7 +42,7 @@ struct Printer {
     std::string operator()(const Steps::Bound& bound) const { return fmt::format("Bound{{{}}}", bound.count); }
     std::string operator()(const Steps::Sort& /*sort*/) const { return "Sort{}"; }
     std::string operator()(const Steps::Copy& /*copy*/) const { return "Copy{}"; }
-    std::string operator()(const Steps::MoveOut& /*move*/) const { return "MoveOut{}"; }
+    std::string operator()(const Steps::MoveOut& move) const { return fmt::format("MoveOut{{{}}}", move.isAssigned); }
     std::string operator()(const Steps::CopySome& some) const { return fmt::format("CopySome{{{}}}", some.count); }
     std::string operator()(const Steps::Counters& counters) const {
         return fmt::format("Counters{{{}u}}", counters.count);

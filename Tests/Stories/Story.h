@@ -53,9 +53,11 @@ struct Bound {
     std::uint64_t count = 0;
 };
 struct Sort {};
-struct Copy {};    // the recording goes on as a copy of itself
-struct MoveOut {}; // all that was recorded is moved to another recording; this one goes on empty
-struct CopySome {  // a copy in pieces goes on by so many frames; when it is complete, the recording goes on as the copy
+struct Copy {};  // the recording goes on as a copy of itself
+struct MoveOut { // all that was recorded is moved to another recording; this one goes on empty
+    bool isAssigned = false;
+};
+struct CopySome { // a copy in pieces goes on by so many frames; when it is complete, the recording goes on as the copy
     std::size_t count = 1;
 };
 struct WriteAndRead {}; // and as what is read from its container

@@ -176,7 +176,7 @@ private:
         case 2:
             return add(Steps::Copy{});
         case 3:
-            return add(Steps::MoveOut{});
+            return add(Steps::MoveOut{_choices.oneIn(2)});
         default:
             return;
         }
