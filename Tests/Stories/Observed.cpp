@@ -134,6 +134,7 @@ void Observed::setCounters(std::uint64_t count) {
         for (auto& [name, counter] : *counters)
             counter = count;
     }
+    _ours.resetCount = _theirs.resetCount = static_cast<std::uint32_t>(count);
 }
 
 std::string Observed::differenceOfStamps(std::uint64_t time, std::size_t count) {

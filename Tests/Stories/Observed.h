@@ -19,7 +19,7 @@ public:
     // Installs the callbacks whose bits are set, in the order of `Pipeline`, and clears the others.
     void install(std::uint32_t callbacks);
 
-    void setCounters(std::uint64_t count); // all of the gestures' counters, of both
+    void setCounters(std::uint64_t count); // of gestures and of resets, of both
 
     // Each gives the name of the first thing that differs, or nothing.
     [[nodiscard]] std::string differenceAfterFrame() const; // state of recognizer and pipeline

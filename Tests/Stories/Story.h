@@ -67,7 +67,7 @@ struct Play {
     std::uint32_t count = 1;
 };
 
-struct Counters { // all counters of gestures are set to it
+struct Counters { // all counters of gestures and of resets are set to it
     std::uint64_t count = 0;
 };
 struct Batch { // so many events of another's are handed out by the pipeline
