@@ -5,11 +5,16 @@
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 
-#include <map>
+#include <algorithm>
+#include <array>
 #include <memory>
+#include <string_view>
 
 namespace VeltoTouch::Velto {
 namespace {
+
+// In the order of Exported.
+constexpr std::array<std::string_view, 4> kTables{"images", "touches", "events", "labels"};
 
 struct Options {
     std::vector<std::string> paths;
@@ -54,19 +59,15 @@ Command makeExportCommand(App& program) {
     App* app = program.addCommand("export", {"velto export --what touches recordings/ -o touches.csv"},
                                   "Writes what recordings hold as comma-separated values, one table for all of\n"
                                   "them, for spreadsheets and notebooks.");
-    static const std::map<std::string, Exported> kTables{{"images", Exported::Images},
-                                                         {"touches", Exported::Touches},
-                                                         {"events", Exported::Events},
-                                                         {"labels", Exported::Labels}};
     const auto parse = [options](const std::string& name) {
-        const auto table = kTables.find(name);
+        const auto table = std::ranges::find(kTables, name);
         if (table == kTables.end())
             throw CLI::ValidationError("--what", "images, touches, events or labels is wanted");
-        options->what = table->second;
+        options->what = static_cast<Exported>(table - kTables.begin());
     };
     app->offer(
            app->add_option_function<std::string>("--what", parse, "What a row is: images, touches, events or labels"),
-           {.words = {"images", "touches", "events", "labels"}, .openings = {}, .filePrefixes = {}, .patterns = {}})
+           {.words = {kTables.begin(), kTables.end()}, .openings = {}, .filePrefixes = {}, .patterns = {}})
         ->type_name("TABLE")
         ->required();
     addRecordings(*app, options->paths);
