@@ -1,5 +1,7 @@
 #include "Velto/Analysis/Pulls.h"
 
+#include "Velto/Analysis/NearestRank.h"
+
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -77,9 +79,7 @@ std::optional<float> Typicals::medianOf(Rule rule, std::size_t contribution) con
     }
     if (values.empty())
         return std::nullopt;
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>((values.size() - 1) / 2); // the lower of two
-    std::ranges::nth_element(values, middle);
-    return known->second = *middle;
+    return known->second = nearestRank(values, 50);
 }
 
 } // namespace VeltoTouch::Analysis

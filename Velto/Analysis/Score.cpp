@@ -1,9 +1,9 @@
 #include "Velto/Analysis/Score.h"
 
+#include "Velto/Analysis/NearestRank.h"
 #include "Velto/Analysis/Pairing.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace VeltoTouch::Analysis {
@@ -143,13 +143,7 @@ double ScoreTotal::recall() const noexcept {
 std::optional<ScoreTotal::Delays> ScoreTotal::delaysOf(std::vector<double> delaysMs) {
     if (delaysMs.empty())
         return std::nullopt;
-    const auto atRank = [&delaysMs](double share) {
-        const auto rank = static_cast<std::size_t>(std::ceil(share * static_cast<double>(delaysMs.size())));
-        const auto place = delaysMs.begin() + static_cast<std::ptrdiff_t>(std::max<std::size_t>(rank, 1) - 1);
-        std::ranges::nth_element(delaysMs, place);
-        return *place;
-    };
-    return Delays{.medianMs = atRank(0.5), .p95Ms = atRank(0.95)};
+    return Delays{.medianMs = nearestRank(delaysMs, 50), .p95Ms = nearestRank(delaysMs, 95)};
 }
 
 } // namespace VeltoTouch::Analysis

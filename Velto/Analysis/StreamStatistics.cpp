@@ -1,20 +1,13 @@
 #include "Velto/Analysis/StreamStatistics.h"
 
+#include "Velto/Analysis/NearestRank.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <utility>
 
 namespace VeltoTouch::Analysis {
 namespace {
-
-// The smallest value that at least `percent` of them do not exceed.
-template <class T>
-T nearestRank(std::vector<T>& values, std::size_t percent) {
-    const std::size_t rank = (values.size() * percent + 99) / 100;
-    const auto found = values.begin() + static_cast<std::ptrdiff_t>(rank - 1);
-    std::ranges::nth_element(values, found);
-    return *found;
-}
 
 // What a pad says while nothing is on.
 StreamStatistics::Rest restOf(std::vector<std::int32_t>& signals) {

@@ -168,10 +168,7 @@ Command makeExplainCommand(App& program) {
     app->add_flag("--rejected", options->rejected, "Only touches that became no gesture");
     app->add_flag("--weak", options->weak, "Contacts too weak to be touches, too");
     app->add_flag("--would-be", options->wouldBe, "Find for every touch shown the settings that would change it");
-    addSettings(*app, options->settings, KeyScope::Pipeline,
-                "Write a setting before the first frame and leave out the recording's own writes of its key; may be "
-                "given several times")
-        ->allow_extra_args(false);
+    addPlayedSettings(*app, options->settings);
     addJobs(*app, options->jobs);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines");
     return {app, [options] { return explainAll(*options); }};

@@ -131,10 +131,7 @@ Command makeReplayCommand(App& program) {
                                   "For why a touch became none see velto explain, against labels velto score.");
     addRecordings(*app, options->paths);
     addSpeed(*app, options->speed, "Pace: a factor on the recorded one, or max (the default)");
-    addSettings(*app, options->settings, KeyScope::Pipeline,
-                "Write a setting before the first frame and leave out the recording's own writes of its key; may be "
-                "given several times")
-        ->allow_extra_args(false);
+    addPlayedSettings(*app, options->settings);
     app->add_flag("--describe", options->describe, "Show the recognizer's state after every frame");
     app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then a summary of each file");
     return {app, [options] {

@@ -217,10 +217,7 @@ Command makeScoreCommand(App& program) {
         "Compares the gestures of labelled recordings with what was meant: what was\n"
         "found, missed, wrong or false, and how long the decisions took.");
     addRecordings(*app, options->paths);
-    addSettings(*app, options->settings, KeyScope::Pipeline,
-                "Write a setting before the first frame and leave out the recording's own writes of its key; may be "
-                "given several times")
-        ->allow_extra_args(false);
+    addPlayedSettings(*app, options->settings);
     addJobs(*app, options->jobs);
     addBounds(*app, *options);
     addShards(*app, *options);

@@ -51,6 +51,13 @@ CLI::Option* addSettings(App& app, std::vector<Setting>& target, KeyScope scope,
     return addSettingOption(app, name, target, scope, description)->type_name("KEY=VALUE");
 }
 
+CLI::Option* addPlayedSettings(App& app, std::vector<Setting>& target) {
+    return addSettings(app, target, KeyScope::Pipeline,
+                       "Write a setting before the first frame and leave out the recording's own writes of its key; "
+                       "may be given several times")
+        ->allow_extra_args(false);
+}
+
 CLI::Option* addSettingArguments(App& app, std::vector<Setting>& target, const std::string& description) {
     return addSettingOption(app, "KEY=VALUE", target, KeyScope::Service, description)->type_name("");
 }

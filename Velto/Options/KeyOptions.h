@@ -15,6 +15,8 @@ namespace VeltoTouch::Velto {
 // A command with two sets of settings names them otherwise.
 CLI::Option* addSettings(App& app, std::vector<Setting>& target, KeyScope scope, const std::string& description,
                          const std::string& name = "--set");
+// --set of a command that plays recordings.
+CLI::Option* addPlayedSettings(App& app, std::vector<Setting>& target);
 CLI::Option* addSettingArguments(App& app, std::vector<Setting>& target, const std::string& description);
 
 // --get KEY, any number of times; as an argument, KEY... The help lists what is only read.
