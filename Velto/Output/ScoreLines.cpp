@@ -3,11 +3,11 @@
 #include "Platform/JSON.h"
 #include "Velto/Analysis/Members.h"
 #include "Velto/Output/GestureText.h"
+#include "Velto/Output/LineMembers.h"
 #include "Velto/Output/TouchLines.h"
 
 #include <algorithm>
 #include <iterator>
-#include <stdexcept>
 #include <utility>
 
 #include <fmt/format.h>
@@ -69,13 +69,7 @@ std::string gestureObjects(const ScoreTotal& total) {
     return '{' + text + '}';
 }
 
-// The members of a line; what is missing or wrong is std::invalid_argument.
-template <class T>
-T require(std::optional<T> member) {
-    if (!member)
-        throw std::invalid_argument("no line of velto score --jsonl");
-    return *std::move(member);
-}
+constexpr LineOf require{"velto score"};
 
 LabelScore labelIn(const Dictionary& line) {
     return {.label = require(unsignedUnder(line, "label")),
@@ -97,6 +91,17 @@ Stray strayIn(const Dictionary& line) {
             .region = require(regionCalled(require(textUnder(line, "region")))),
             .startNs = require(unsignedUnder(line, "startNs")),
             .endNs = require(unsignedUnder(line, "endNs"))};
+}
+
+// Every count of a total, under its name in the line of all.
+std::vector<std::pair<std::string_view, std::uint64_t>> countsOf(const ScoreTotal& total) {
+    std::vector<std::pair<std::string_view, std::uint64_t>> counts{{"recordings", total.recordings()},
+                                                                   {"failed", total.failed()},
+                                                                   {"labels", total.counts().labels},
+                                                                   {"stray", total.strays()}};
+    for (std::size_t i = 0; i < kResultNames.size(); ++i)
+        counts.emplace_back(kResultNames[i], total.counts().results[i]);
+    return counts;
 }
 
 // A run that was not split is its only shard.
@@ -148,13 +153,30 @@ std::optional<RecordingScore> ScoreReader::read(std::string_view line) {
         _recording.file = require(textUnder(*object, "file"));
         _recording.durationNs = require(unsignedUnder(*object, "durationNs"));
         _recording.error = textUnder(*object, "error").value_or("");
+        _total.add(_recording);
         return std::exchange(_recording, {});
     } else if (kind == "score") {
         _shard = shardIn(*object);
+        _announced.clear();
+        for (const auto& [name, count] : countsOf(_total))
+            _announced.push_back(require(unsignedUnder(*object, name)));
     } else {
-        throw std::invalid_argument("no line of velto score --jsonl");
+        require.refuse();
     }
     return std::nullopt;
+}
+
+std::string ScoreReader::missing() const {
+    if (!_shard)
+        return "no whole result of velto score --jsonl";
+    const auto counts = countsOf(_total);
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        if (counts[i].second != _announced[i])
+            return fmt::format(R"(no whole result: "{}" says {}, and {} are there)", counts[i].first, _announced[i],
+                               counts[i].second);
+    }
+    return _recording.labels.empty() && _recording.strays.empty() ? ""
+                                                                  : "no whole result: the last lines have no recording";
 }
 
 } // namespace VeltoTouch::Velto
