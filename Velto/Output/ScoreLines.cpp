@@ -28,15 +28,26 @@ std::string orNull(const std::optional<T>& value) {
     return value ? fmt::format("{}", *value) : "null";
 }
 
+// How a label became the wrong kind; empty for others.
+std::string kindMembers(const LabelScore& label) {
+    if (!label.became)
+        return {};
+    return fmt::format(R"(,"became":"{}","decidedBy":{})", nameOf(*label.became),
+                       label.decidedBy
+                           ? fmt::format(R"({{"rule":"{}","value":{},"bound":{}}})", nameOf(label.decidedBy->rule),
+                                         label.decidedBy->value, label.decidedBy->bound)
+                           : "null");
+}
+
 void appendLabel(std::string& text, const std::string& file, const LabelScore& label) {
     fmt::format_to(std::back_inserter(text),
                    R"({{"kind":"label"{},"label":{},"gesture":{},"region":{},"endRegion":{},"startNs":{},"endNs":{},)"
-                   R"("result":"{}","touch":{},"reason":{},"movedBy":{},"delayMs":{}}})"
+                   R"("result":"{}","touch":{},"reason":{},"movedBy":{}{},"delayMs":{}}})"
                    "\n",
                    file, label.label, quoted(label.gesture), quoted(label.region),
                    label.endRegion.empty() ? "null" : quoted(label.endRegion), label.startNs, label.endNs,
                    nameOf(label.result), orNull(label.touch), nameOrNull(label.reason), nameOrNull(label.movedBy),
-                   orNull(label.delayMs));
+                   kindMembers(label), orNull(label.delayMs));
 }
 
 void appendStray(std::string& text, const std::string& file, const Stray& stray) {
@@ -71,6 +82,15 @@ std::string gestureObjects(const ScoreTotal& total) {
 
 constexpr LineOf require{"velto score"};
 
+std::optional<Check> decisionIn(const Dictionary& line) {
+    const auto* check = as<Dictionary>(line.find("decidedBy"));
+    if (check == nullptr)
+        return std::nullopt;
+    return Check{.rule = require(valueUnder<Rule>(*check, "rule", kRuleRows.size())),
+                 .value = require(doubleUnder(*check, "value")),
+                 .bound = require(doubleUnder(*check, "bound"))};
+}
+
 LabelScore labelIn(const Dictionary& line) {
     return {.label = require(unsignedUnder(line, "label")),
             .gesture = require(textUnder(line, "gesture")),
@@ -82,6 +102,8 @@ LabelScore labelIn(const Dictionary& line) {
             .touch = unsignedUnder(line, "touch"),
             .reason = valueUnder<Rule>(line, "reason", kRuleRows.size()),
             .movedBy = valueUnder<MovedBy>(line, "movedBy", kMovedByNames.size()),
+            .became = valueUnder<Outcome>(line, "became", kOutcomeNames.size()),
+            .decidedBy = decisionIn(line),
             .delayMs = doubleUnder(line, "delayMs")};
 }
 
