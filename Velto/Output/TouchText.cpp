@@ -80,7 +80,7 @@ std::string remarkOn(const Check& check, const Typicals& typicals) {
         check.passed == false && difference > 0 ? fmt::format("by {}", numberText(difference)) : std::string();
     for (const Pull& pull : typicals.pullsOf(check)) {
         text += text.empty() ? "" : ", ";
-        text += fmt::format("{} {}", pull.of, orDash(pull.value, "{:+.2f}"));
+        text += fmt::format("{} {}", pull.of, orDash(static_cast<double>(pull.value), "{:+.2f}"));
         if (pull.typical)
             text += fmt::format(" (typical {:+.2f})", *pull.typical);
     }
@@ -137,7 +137,8 @@ std::string touchDetails(const Touch& touch, const Typicals& typicals) {
     std::string text;
     for (const Check& check : touch.checks)
         text += checkLine(check, typicals);
-    text += fmt::format("   peak {} counts on {}\n", orDash(touch.peak.value, "{:.0f}"), touch.peak.pixel);
+    text += fmt::format("   peak {} counts on {}\n", orDash(static_cast<double>(touch.peak.value), "{:.0f}"),
+                        touch.peak.pixel);
     text += pathLine(touch);
     if (touch.isCutByReset)
         text += "   a firmware reset ended it\n";
