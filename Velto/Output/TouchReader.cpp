@@ -2,21 +2,14 @@
 
 #include "Platform/JSON.h"
 #include "Velto/Analysis/Members.h"
-
-#include <stdexcept>
-#include <utility>
+#include "Velto/Output/LineMembers.h"
 
 namespace VeltoTouch::Velto {
 namespace {
 
 using namespace Analysis;
 
-template <class T>
-T require(std::optional<T> member) {
-    if (!member)
-        throw std::invalid_argument("no line of velto explain --jsonl");
-    return *std::move(member);
-}
+constexpr LineOf require{"velto explain"};
 
 // A value of a kind; nothing if it is of another or not there.
 template <class Kind, class AnyValue>
