@@ -2,12 +2,14 @@
 
 #include "Platform/Thread.h"
 
+#include <cstdio>
 #include <thread>
 
 #include <fmt/format.h>
 #include <spdlog/logger.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
+#include <unistd.h>
 
 namespace VeltoTouch {
 namespace {
@@ -26,13 +28,23 @@ spdlog::level::level_enum spdlogLevel(os_log_type_t type) noexcept {
     return spdlog::level::off;
 }
 
+// By a stream of the writer's own: while nobody reads, the writer holds its lock, and the end of the program flushes
+// stderr.
+spdlog::sink_ptr standardError() {
+    std::FILE* const stream = ::fdopen(STDERR_FILENO, "w");
+    if (stream == nullptr)
+        return std::make_shared<spdlog::sinks::stderr_sink_st>();
+    std::setvbuf(stream, nullptr, _IONBF, 0);
+    return std::make_shared<spdlog::sinks::stdout_sink_base<spdlog::details::console_nullmutex>>(stream);
+}
+
 spdlog::sink_ptr makeSink(const std::string& file) {
     if (file.empty())
-        return std::make_shared<spdlog::sinks::stderr_sink_st>();
+        return standardError();
     try {
         return std::make_shared<spdlog::sinks::basic_file_sink_st>(file);
     } catch (const spdlog::spdlog_ex&) {
-        return std::make_shared<spdlog::sinks::stderr_sink_st>();
+        return standardError();
     }
 }
 
