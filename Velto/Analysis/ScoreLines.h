@@ -9,7 +9,7 @@
 
 // Scores as JSON Lines, and back.
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Analysis {
 
 // One of the parts that a run over many recordings was split into: every `of`-th file from the `number`-th.
 struct Shard {
@@ -19,23 +19,23 @@ struct Shard {
 };
 
 // Appends the lines of a recording: its labels, its strays, itself.
-void appendScoreLines(std::string& text, const Analysis::RecordingScore& recording);
+void appendScoreLines(std::string& text, const RecordingScore& recording);
 // Appends the line of all. `shard` is what was scored; none if it was everything.
-void appendTotalLine(std::string& text, const Analysis::ScoreTotal& total, const std::optional<Shard>& shard);
+void appendTotalLine(std::string& text, const ScoreTotal& total, const std::optional<Shard>& shard);
 
 // Reads the lines of a shard again, one after the other.
 class ScoreReader {
 public:
     // Takes in a line. Returns the recording that it completes, if it does. Throws std::invalid_argument for a line
     // that is none of these.
-    [[nodiscard]] std::optional<Analysis::RecordingScore> read(std::string_view line);
+    [[nodiscard]] std::optional<RecordingScore> read(std::string_view line);
 
     // Of the line of all; none before it. A run that was not split is its only shard.
     [[nodiscard]] const std::optional<Shard>& shard() const noexcept { return _shard; }
 
 private:
-    Analysis::RecordingScore _recording;
+    RecordingScore _recording;
     std::optional<Shard> _shard;
 };
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Analysis

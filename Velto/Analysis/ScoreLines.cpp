@@ -1,9 +1,9 @@
-#include "Velto/Output/ScoreLines.h"
+#include "Velto/Analysis/ScoreLines.h"
 
 #include "Platform/JSON.h"
+#include "Velto/Analysis/EventLines.h"
 #include "Velto/Analysis/Members.h"
-#include "Velto/Output/GestureText.h"
-#include "Velto/Output/TouchLines.h"
+#include "Velto/Analysis/TouchLines.h"
 
 #include <algorithm>
 #include <iterator>
@@ -12,10 +12,8 @@
 
 #include <fmt/format.h>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Analysis {
 namespace {
-
-using namespace Analysis;
 
 std::string quoted(std::string_view text) {
     std::string literal;
@@ -157,4 +155,4 @@ std::optional<RecordingScore> ScoreReader::read(std::string_view line) {
     return std::nullopt;
 }
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Analysis
