@@ -4,7 +4,7 @@
 
 #include <pybind11/numpy.h>
 
-// What a recording holds beside its images, as arrays. See velto/__init__.pyi for the fields.
+// What a recording holds beside its images, as arrays. Recording.cpp describes the fields.
 
 namespace VeltoTouch::Python {
 

@@ -4,7 +4,7 @@
 
 #include <pybind11/numpy.h>
 
-// A recording's images as an array, and back. See velto/__init__.pyi for the fields.
+// A recording's images as an array, and back. Recording.cpp describes the fields.
 
 namespace VeltoTouch::Python {
 

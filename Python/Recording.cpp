@@ -105,7 +105,7 @@ constexpr const char* kSettings = R"(Writes of settings, a row each: structured 
 constexpr const char* kAccelerometer = R"(Samples around gestures, a row each: structured array, shape (samples,).
 
     ns        u8   ns
-    X, Y, Z   f4   acceleration in g, as the accelerometer gives it)";
+    X, Y, Z   f4   as the accelerometer gives them; NaN for what is no number)";
 
 constexpr const char* kFromImages = R"(Makes a recording of images.
 
@@ -136,8 +136,9 @@ Recording Recording::loadBytes(const py::bytes& content, std::string file) {
 void bindRecording(py::module_& module) {
     registerImages();
     registerColumns();
-    py::class_<Recording>(module, "Recording", kClass)
-        .def(py::init(&Recording::load), py::arg("source"))
+    py::class_<Recording> type(module, "Recording", kClass);
+    type.attr("__module__") = "velto"; // where its users find it
+    type.def(py::init(&Recording::load), py::arg("source"))
         .def_static("from_images", &recordingOf, py::arg("images"), kFromImages)
         .def(
             "save",
