@@ -24,7 +24,7 @@ void registerStates() {
                          nonActivePixels, timeDurationRatio, tapScore, aboveNoise, touching, holding, suppressingHold,
                          holdTimedOut, tapCandidate, tapRejected, tapDetected, activeRegion, previousRegion,
                          eventRegion, pads, groups);
-    PYBIND11_NUMPY_DTYPE(TapRow, touch, endNs, peakSignal, signalPerTouchDuration, signalPerDuration, nonActivePixels,
+    PYBIND11_NUMPY_DTYPE(TapRow, touch, endNs, signalPerTouchDuration, signalPerDuration, nonActivePixels,
                          timeDurationRatio, tapScore, tapRejected);
 }
 

@@ -47,7 +47,6 @@ StateRow stateOf(const Track::Step& step, const Algs& algs) {
 TapRow tapOf(const Track::Step& step, const HandStats& hand, std::uint64_t touch) {
     return {.touch = touch,
             .endNs = step.ns,
-            .peakSignal = hand.peakSignal,
             .signalPerTouchDuration = hand.signalPerTouchDuration,
             .signalPerDuration = hand.signalPerDuration,
             .nonActivePixels = hand.nonActivePixels,

@@ -43,7 +43,6 @@ struct StateRow {
 struct TapRow {
     std::uint64_t touch; // its number
     std::uint64_t endNs;
-    float peakSignal;
     float signalPerTouchDuration;
     float signalPerDuration;
     std::int32_t nonActivePixels;

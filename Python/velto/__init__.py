@@ -47,7 +47,6 @@ class Features(NamedTuple):
 
     touch                   u8     number of the touch
     endNs                   u8     ns
-    peakSignal              f4     counts
     signalPerTouchDuration  f4     counts / ms, less 0.65
     signalPerDuration       f4     counts / ms, less 0.51
     nonActivePixels         i4     21 less the pixels that were above noise and never turned on

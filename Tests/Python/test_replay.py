@@ -52,9 +52,35 @@ def test_states_are_the_programs(path, velto_lines):
         assert (state["groups"] == np.array(groups, "f4") / np.float32(170.5)).all()
         assert state["touching"] == ("<==ON" in line["touch"] + line["virtual"])
         assert region in (None, state["activeRegion"])
+        assert (" ABOVENOISE" in line["touch"]) <= state["aboveNoise"] <= (" BELOWNOISE" not in line["touch"])
         assert state["tapDetected"] == (" TAP " in line["touch"])
         assert (state["holding"], state["suppressingHold"]) == (
             bool(re.search("HOLDING|STARTHOLD", line["touch"])), "SUPPRESSHOLD" in line["touch"])
+
+
+def test_states_agree_with_each_other_and_with_events(path):
+    played = velto.replay(path)
+    before, after = played.states[:-1], played.states[1:]
+    goesOn = before["aboveNoise"] & after["aboveNoise"] & (after["touching"] >= before["touching"])
+    score = (before["touchScore"] + after["classifier"]).clip(-100, 100)
+    assert (score == after["touchScore"])[goesOn & (after["timeMs"] > before["timeMs"])].all()
+    for event in played.events:
+        states = played.states[played.states["ns"] == event["timeNs"]]
+        if event["gesture"] == "tap" and len(states) == 1:
+            state = states[0]
+            assert state["tapDetected"] and state["tapCandidate"] and not state["holdTimedOut"]
+            assert velto.REGIONS[state["activeRegion"]] == velto.REGIONS[state["eventRegion"]] == event["region"]
+    for row, touch in zip(played.features.taps, played.touches):
+        states = played.states[played.states["ns"] == row["endNs"]]
+        if len(states) == 1 and touch["cutBy"] is None:
+            assert states[0]["tapRejected"] == row["tapRejected"]
+
+
+def test_a_hold_that_moves():
+    states = velto.replay(velto.simulate("slide:volume-up-volume-down")).states
+    held = states[states["holding"]]
+    assert held["holdTimedOut"].all() and (held["previousRegion"] != held["activeRegion"]).any()
+    assert velto.REGIONS[held["activeRegion"][0]] == "VolumeUp" and velto.REGIONS[held["activeRegion"][-1]] == "VolumeDown"
 
 
 def test_tap_features_are_those_of_the_checks(path):
