@@ -45,8 +45,15 @@ PipelineRecording recordingIn(const Ref<Data>& container) {
     }
 }
 
+// A path's bytes, and back: names of files need not be text.
 std::string pathOf(const py::object& path) {
-    return py::module_::import("os").attr("fsdecode")(path).cast<std::string>();
+    std::string bytes = py::bytes(py::module_::import("os").attr("fsencode")(path));
+    if (bytes.find('\0') != std::string::npos)
+        throw py::value_error("embedded null byte");
+    return bytes;
+}
+py::object textOf(const std::string& path) {
+    return path.empty() ? py::object(py::none()) : py::module_::import("os").attr("fsdecode")(py::bytes(path));
 }
 
 std::string contentOf(const Recording& recording) {
@@ -58,7 +65,7 @@ std::string reprOf(const Recording& recording) {
     std::uint64_t images = 0;
     for (const Frame& frame : recording.frames())
         images += InputReport::Image::parse(frame.report.data(), frame.report.size()) ? 1U : 0U;
-    const std::string name = recording.file().empty() ? "" : " " + recording.file();
+    const auto name = recording.file().empty() ? "" : " " + py::repr(textOf(recording.file())).cast<std::string>();
     return fmt::format("<velto.Recording{}: {:.3f} s, {} images, {} labels>", name,
                        static_cast<double>(recording.durationNs()) / 1e9, images,
                        Analysis::labelsOf(recording.frames()).size());
@@ -153,10 +160,7 @@ void bindRecording(py::module_& module) {
             "to_bytes", [](const Recording& recording) { return py::bytes(contentOf(recording)); },
             "What `save` writes.")
         .def_property_readonly(
-            "file",
-            [](const Recording& recording) {
-                return recording.file().empty() ? py::object(py::none()) : py::object(py::str(recording.file()));
-            },
+            "file", [](const Recording& recording) { return textOf(recording.file()); },
             "The path as it was given, None without one.")
         .def_property_readonly("duration_ns", &Recording::durationNs, "ns from the first frame to the last.")
         .def_property_readonly("images", &imagesOf, kImages)
@@ -169,7 +173,7 @@ void bindRecording(py::module_& module) {
         .def("__repr__", &reprOf)
         .def(py::pickle(
             [](const Recording& recording) {
-                return py::make_tuple(recording.file(), py::bytes(contentOf(recording)));
+                return py::make_tuple(py::bytes(recording.file()), py::bytes(contentOf(recording)));
             },
             [](const py::tuple& state) { return Recording::loadBytes(state[1], state[0].cast<std::string>()); }));
 }

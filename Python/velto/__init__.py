@@ -103,7 +103,7 @@ class Replay:
     def __repr__(self) -> str:
         outcomes = [touch["outcome"] for touch in self.touches]
         counts = ", ".join(f"{outcomes.count(kind)} {kind}" for kind in ("tap", "hold", "cancel", "unfinished"))
-        return f"<velto.Replay{' ' + self.file if self.file else ''}: {len(outcomes)} touches ({counts})>"
+        return f"<velto.Replay{f' {self.file!r}' if self.file else ''}: {len(outcomes)} touches ({counts})>"
 
 
 def replay(recording: Recording | Path, settings: Settings | None = None, states: bool = True) -> Replay:
@@ -159,7 +159,7 @@ def _score_one(source: Recording | Path, settings: Settings) -> str:
     try:
         recording = source if isinstance(source, Recording) else Recording(source)
     except (OSError, ValueError) as error:
-        return _velto.failed(os.fsdecode(source), getattr(error, "strerror", None) or str(error))
+        return _velto.failed(os.fsencode(source), getattr(error, "strerror", None) or str(error))
     return _velto.score(recording, settings)
 
 

@@ -1,3 +1,4 @@
+import ast
 import csv
 import io
 import json
@@ -104,6 +105,19 @@ def test_what_the_system_refuses_is_an_os_error(tmp_path):
         velto.simulate("idle").save(tmp_path / "none" / "out.json")
     with pytest.raises(TypeError):
         velto.Recording(5)
+    with pytest.raises(ValueError, match="embedded null byte"):
+        velto.Recording("a\0b")
+
+
+def test_the_stub_has_what_the_extension_has():
+    def names(body):
+        return {node.name: names(node.body) if isinstance(node, ast.ClassDef) else None for node in body
+                if isinstance(node, (ast.ClassDef, ast.FunctionDef))}
+
+    stub = names(ast.parse((ROOT / "Python/velto/_velto.pyi").read_text()).body)
+    public = {name for name in vars(velto.Recording) if not name.startswith("_")}
+    assert set(stub["Recording"]) == public | {"__init__"}
+    assert set(stub) == {name for name in vars(velto._velto) if name[0] != "_"} - {"GROUPS", "REGIONS"}
 
 
 def test_saving_keeps_rights_links_and_pipes(tmp_path):
@@ -141,6 +155,7 @@ def test_a_recording_is_pickled(path):
     recording = velto.Recording(path)
     again = pickle.loads(pickle.dumps(recording))
     assert (again.file, again.to_bytes(), repr(again)) == (path, recording.to_bytes(), repr(recording))
+    assert repr(recording).startswith(f"<velto.Recording {path!r}: ")
 
 
 def test_a_simulation_is_the_programs(velto_run):
