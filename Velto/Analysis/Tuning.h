@@ -48,8 +48,8 @@ struct LabelledTrack {
 
 struct Tuned {
     std::vector<Faults> points; // over all recordings, in the grid's order
-    std::vector<bool>
-        isOnFront; // no other point is better in one of missed, wrong and false, and as good in the others
+    // No other point is at least as good in missed, wrong and (false + stray), and better in one of them.
+    std::vector<bool> isOnFront;
     std::optional<std::size_t> best; // place of the best point; none if the present settings are as good as any
     Faults present;
     // Cost of the recordings of each fold at the point that is best on the others, in sum; none without folds. The

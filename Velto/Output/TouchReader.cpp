@@ -1,22 +1,15 @@
 #include "Velto/Output/TouchReader.h"
 
 #include "Platform/JSON.h"
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/Members.h"
-
-#include <stdexcept>
-#include <utility>
 
 namespace VeltoTouch::Velto {
 namespace {
 
 using namespace Analysis;
 
-template <class T>
-T require(std::optional<T> member) {
-    if (!member)
-        throw std::invalid_argument("no line of velto explain --jsonl");
-    return *std::move(member);
-}
+constexpr LineOf require{"velto explain"};
 
 // A value of a kind; nothing if it is of another or not there.
 template <class Kind, class AnyValue>
