@@ -9,8 +9,6 @@
 namespace VeltoTouch::Analysis {
 namespace {
 
-bool isGesture(const Touch& touch) noexcept { return touch.outcome == Outcome::Tap || touch.outcome == Outcome::Hold; }
-
 const TouchEvent* firstEvent(const Touch& touch, GestureKind kind) {
     const auto event = std::ranges::find(touch.events, kind, &TouchEvent::kind);
     return event == touch.events.end() ? nullptr : &*event;

@@ -61,8 +61,10 @@ std::optional<ReadTouch> readTouchLine(std::string_view line) {
     const Ref<Value> parsed = JSON::parse(line);
     const auto* object = as<Dictionary>(parsed);
     const std::string kind = require(object != nullptr ? textUnder(*object, "kind") : std::nullopt);
-    if (kind != "touch")
+    if (kind == "weak")
         return std::nullopt;
+    if (kind != "touch")
+        require.refuse();
     return ReadTouch{.file = require(textUnder(*object, "file")), .touch = touchIn(*object), .label = labelIn(*object)};
 }
 
