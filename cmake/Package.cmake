@@ -1,5 +1,5 @@
-# `cpack -G DEB` in a build folder makes two packages of what Install.cmake lays out: the program as part of a system,
-# and what a host of one's own is made with.
+# `cpack -G DEB` in a build folder makes packages of what Install.cmake lays out: the program as part of a system, what
+# a host of one's own is made with, and the Python module.
 
 # What makes the program part of a system. Its files name the program by its path, so that only packages have them.
 function(velto_install_system file destination)
@@ -23,6 +23,9 @@ function(velto_install_package_documents component package)
 endfunction()
 velto_install_package_documents(runtime velto-touch)
 velto_install_package_documents(development velto-touch-dev)
+if(VELTO_PYTHON)
+    velto_install_package_documents(python python3-velto)
+endif()
 
 # The packages' release is that of the newest entry of their changelog, which must be one of this version.
 file(STRINGS Packaging/Debian/changelog VELTO_PACKAGE_ENTRY LIMIT_COUNT 1)
@@ -68,4 +71,20 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 "Headers, libraries and CMake package files for programs that host the plug-in
 of the touch surface, or that recognize gestures by themselves.")
+if(VELTO_PYTHON)
+    list(APPEND CPACK_COMPONENTS_ALL python)
+    math(EXPR VELTO_NEXT_PYTHON "${Python_VERSION_MINOR} + 1")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-velto)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/Platform) # the other package's
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "velto-touch (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}), \
+python3 (>= 3.${Python_VERSION_MINOR}), python3 (<< 3.${VELTO_NEXT_PYTHON}), python3-numpy")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-distributed, python3-matplotlib, python3-pandas")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/Packaging/Debian/python/postinst
+                                                  ${PROJECT_SOURCE_DIR}/Packaging/Debian/python/prerm)
+    set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+"Recordings of the touch surface as numpy arrays, what recognition makes of
+them, image by image, and how well: for notebooks, training, large corpora.")
+endif()
 include(CPack)

@@ -68,6 +68,15 @@ constexpr SVM::ByRank column(float Rank::*field) noexcept {
 constexpr std::size_t kLanes = (kRankCount + 3) / 4 * 4;
 using Values = std::array<std::int32_t, kLanes>;
 
+Values valuesOf(const Pixels& pixels, const VirtualPixels& virtualPixels) noexcept {
+    static constexpr std::int32_t kBehindAll = -(1 << 20); // below every value; it passes no test for worth
+    Values values;
+    values.fill(kBehindAll);
+    std::copy_n(pixels.value.begin(), kPadCount, values.begin());
+    std::copy_n(virtualPixels.value.begin(), kGroupCount, values.begin() + kPadCount);
+    return values;
+}
+
 // Values from largest to smallest. Each value's rank is the number of values before it, counted for all of them at
 // once: a comparison sort would spend most of a frame's time on mispredicted branches. A key is unique, since it ends
 // with the place of its value, and fits its type: values stay below 2^17.
@@ -106,14 +115,15 @@ constexpr SVM::ByRank SVM::means = column(&Rank::mean);
 constexpr SVM::ByRank SVM::stdDevs = column(&Rank::stdDev);
 constexpr SVM::ByRank SVM::weights = column(&Rank::weight);
 
+SVM::RankedValues SVM::rankedValues(const Pixels& pixels, const VirtualPixels& virtualPixels) noexcept {
+    RankedValues values;
+    std::copy_n(ranked(valuesOf(pixels, virtualPixels)).begin(), kRankCount, values.begin());
+    return values;
+}
+
 void SVM::updateSVMScore(const Pixels& pixels, const VirtualPixels& virtualPixels, float threshold,
                          std::uint32_t /*timeMs*/) noexcept {
-    static constexpr std::int32_t kBehindAll = -(1 << 20); // below every value; it passes no test for worth
-    Values values;
-    values.fill(kBehindAll);
-    std::copy_n(pixels.value.begin(), kPadCount, values.begin());
-    std::copy_n(virtualPixels.value.begin(), kGroupCount, values.begin() + kPadCount);
-
+    const Values values = valuesOf(pixels, virtualPixels);
     score = 0;
     if (!isWorthJudging(values, threshold))
         return;

@@ -25,6 +25,10 @@ public:
     static const ByRank weights;
     static constexpr float bias = 2.0083F;
 
+    // Returns the frame's values from largest to smallest, as the score reads them.
+    using RankedValues = std::array<std::int32_t, kRankCount>;
+    [[nodiscard]] static RankedValues rankedValues(const Pixels& pixels, const VirtualPixels& virtualPixels) noexcept;
+
     float score = 0; // of the last frame
 };
 

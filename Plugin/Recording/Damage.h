@@ -34,4 +34,10 @@ public:
     return damage != nullptr ? &damage->place() : nullptr;
 }
 
+// Returns the message of what was thrown, with its place in brackets if one is known.
+[[nodiscard]] inline std::string placedMessageOf(const std::exception& error) {
+    const std::string* place = placeOf(error);
+    return place != nullptr ? error.what() + (" (" + *place + ")") : error.what();
+}
+
 } // namespace VeltoTouch

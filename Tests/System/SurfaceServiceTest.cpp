@@ -89,7 +89,7 @@ TEST(SurfaceServiceTest, ItComesAndGoesWithThePackage) {
     EXPECT_TRUE(surface.waitUntilServed(2));
     EXPECT_NE(surface.property("MainPID"), before);
 
-    EXPECT_EQ(shell("dpkg --remove velto-touch-dev velto-touch").status, 0);
+    EXPECT_EQ(shell("dpkg --remove python3-velto velto-touch-dev velto-touch").status, 0);
     EXPECT_EQ(shell("systemctl list-units --all --plain --no-legend 'velto-touch@*'").output, "");
     EXPECT_EQ(ownersOf(surface.node()) + ", " + ownersOf("/dev/uinput"), "root root 600, root root 600");
 

@@ -28,10 +28,7 @@ void ScoreContributions::add(const Algs& algs) {
         clear();
     if (hand.svm.getSVMScore() == 0.0F) // nothing to judge
         return;
-    std::array<std::int32_t, SVM::kRankCount> values;
-    std::copy_n(algs.pixels.value.begin(), kPadCount, values.begin());
-    std::copy_n(algs.virtualPixels.value.begin(), kGroupCount, values.begin() + kPadCount);
-    std::ranges::sort(values, std::greater());
+    const SVM::RankedValues values = SVM::rankedValues(algs.pixels, algs.virtualPixels);
     for (std::size_t k = 0; k < SVM::kRankCount; ++k)
         _byRank[k] += (static_cast<float>(values[k]) - SVM::means[k]) / SVM::stdDevs[k] * SVM::weights[k];
 }

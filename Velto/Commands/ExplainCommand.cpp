@@ -1,4 +1,5 @@
 #include "Velto/Analysis/Pairing.h"
+#include "Velto/Analysis/TouchLines.h"
 #include "Velto/Analysis/TouchObserver.h"
 #include "Velto/Analysis/WeakContacts.h"
 #include "Velto/Analysis/WouldBe.h"
@@ -9,7 +10,6 @@
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
-#include "Velto/Output/TouchLines.h"
 #include "Velto/Output/TouchText.h"
 
 #include <algorithm>

@@ -1,11 +1,11 @@
 #include "Platform/JSON.h"
+#include "Velto/Analysis/ScoreLines.h"
 #include "Velto/Analysis/TouchObserver.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Numbers.h"
 #include "Velto/Output/Files.h"
-#include "Velto/Output/ScoreLines.h"
 #include "Velto/Output/ScoreText.h"
 #include "Velto/Output/Terminal.h"
 

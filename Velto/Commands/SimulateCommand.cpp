@@ -76,20 +76,9 @@ std::string faultOf(const std::string& step) {
     }
 }
 
-std::vector<Step> scriptFor(const Options& options) {
-    std::vector<Step> script;
-    for (const std::string& step : options.steps)
-        script.push_back(parseStep(step));
-    MadeUpUser user(options.simulation.seed);
-    for (std::uint32_t gesture = 0; gesture < options.madeUpGestures; ++gesture) {
-        script.push_back(user.next()); // a pause
-        script.push_back(user.next()); // a gesture
-    }
-    return script;
-}
-
 int simulate(const Options& options) {
-    Simulation simulation(options.simulation, scriptOf(scriptFor(options)));
+    std::vector<Step> script = scriptFor(options.steps, options.simulation.seed, options.madeUpGestures);
+    Simulation simulation(options.simulation, scriptOf(std::move(script)));
     const Ref<Data> container = recordingOf(simulation).json();
     return forEachFile({options.output}, [&](const std::string& file) { writeFile(file, container->bytes()); });
 }

@@ -1,8 +1,8 @@
 #include "Velto/Output/ComparisonText.h"
 
+#include "Velto/Analysis/TouchLines.h"
 #include "Velto/Output/GestureText.h"
 #include "Velto/Output/Terminal.h"
-#include "Velto/Output/TouchLines.h"
 
 #include <iterator>
 

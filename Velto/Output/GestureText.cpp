@@ -1,10 +1,8 @@
 #include "Velto/Output/GestureText.h"
 
-#include "Platform/JSON.h"
 #include "Velto/Output/GestureTable.h"
 #include "Velto/Output/Terminal.h"
 
-#include <iterator>
 #include <utility>
 
 #include <fmt/format.h>
@@ -12,32 +10,11 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-void appendStart(std::string& text, std::string_view kind, std::string_view file, const Gesture& gesture) {
-    fmt::format_to(std::back_inserter(text), R"({{"kind":"{}"{},"timeNs":{},"gesture":"{}")", kind, file,
-                   gesture.time.count(), nameOf(gesture.kind));
-}
-
-void appendTouch(std::string& text, const Gesture& gesture) {
-    const std::string region = gesture.region ? fmt::format("\"{}\"", nameOf(*gesture.region)) : "null";
-    fmt::format_to(std::back_inserter(text), R"(,"frame":{},"region":{},"phase":{})", gesture.frame, region,
-                   eventMembersOf(gesture).phase);
-}
-
 class EventLines final : public GestureText {
 public:
     explicit EventLines(std::string_view file) : _file(fileMember(file)) {}
 
-    void add(std::string& text, const Gesture& gesture) override {
-        const EventMembers event = eventMembersOf(gesture);
-        appendStart(text, "event", _file, gesture);
-        if (gesture.kind == GestureKind::FirmwareReset) {
-            fmt::format_to(std::back_inserter(text), R"(,"usagePage":{},"usage":{})", event.usagePage, event.usage);
-        } else {
-            appendTouch(text, gesture);
-            fmt::format_to(std::back_inserter(text), R"(,"eventMask":{},"y":{:.1f})", event.eventMask, event.y);
-        }
-        text += "}\n";
-    }
+    void add(std::string& text, const Gesture& gesture) override { Analysis::appendEventLine(text, _file, gesture); }
 
 private:
     const std::string _file; // the member of each line
@@ -45,11 +22,7 @@ private:
 
 class GestureLines final : public GestureText {
 public:
-    void add(std::string& text, const Gesture& gesture) override {
-        appendStart(text, "gesture", "", gesture);
-        appendTouch(text, gesture);
-        text += "}\n";
-    }
+    void add(std::string& text, const Gesture& gesture) override { Analysis::appendGestureLine(text, gesture); }
 };
 
 class Table final : public GestureText {
@@ -103,14 +76,6 @@ private:
 };
 
 } // namespace
-
-std::string fileMember(std::string_view path) {
-    if (path.empty())
-        return {};
-    std::string member = R"(,"file":)";
-    JSON::appendString(member, path);
-    return member;
-}
 
 std::unique_ptr<GestureText> GestureText::eventLines(std::string_view file) {
     return std::make_unique<EventLines>(file);

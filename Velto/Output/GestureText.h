@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Velto/Analysis/EventLines.h"
 #include "Velto/Host/Gesture.h"
 
 #include <memory>
@@ -8,8 +9,7 @@
 
 namespace VeltoTouch::Velto {
 
-// The member ,"file":"PATH" that stands behind "kind" in every line that belongs to a file; empty for an empty path.
-[[nodiscard]] std::string fileMember(std::string_view path);
+using Analysis::fileMember;
 
 // Gestures as text, one after the other as they come: JSON Lines for programs or a table for people. Their times are
 // since the start.

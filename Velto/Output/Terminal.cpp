@@ -76,8 +76,7 @@ void complain(std::string_view subject, std::string_view message) {
 std::string messageOf(const std::exception& error) {
     if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr)
         return "out of memory";
-    const std::string* place = placeOf(error);
-    return place != nullptr ? fmt::format("{} ({})", error.what(), *place) : error.what();
+    return placedMessageOf(error);
 }
 
 int forEachFile(const std::vector<std::string>& files, const std::function<void(const std::string& file)>& handle) {

@@ -1,8 +1,8 @@
 #include "Velto/Output/TouchReader.h"
 
 #include "Platform/JSON.h"
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/Members.h"
-#include "Velto/Output/LineMembers.h"
 
 namespace VeltoTouch::Velto {
 namespace {

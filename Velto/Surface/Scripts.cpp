@@ -68,4 +68,16 @@ std::size_t MadeUpUser::somePlace() {
     return aims ? padOf(kRegionsWithPads[_random.below(kRegionsWithPads.size())].middlePad) : _random.below(kPadCount);
 }
 
+std::vector<Step> scriptFor(const std::vector<std::string>& steps, std::uint64_t seed, std::uint32_t madeUpGestures) {
+    std::vector<Step> script;
+    for (const std::string& step : steps)
+        script.push_back(parseStep(step));
+    MadeUpUser user(seed);
+    for (std::uint32_t gesture = 0; gesture < madeUpGestures; ++gesture) {
+        script.push_back(user.next()); // a pause
+        script.push_back(user.next()); // a gesture
+    }
+    return script;
+}
+
 } // namespace VeltoTouch::Surface

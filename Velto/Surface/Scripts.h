@@ -5,6 +5,7 @@
 #include "Velto/Surface/Step.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 // Where a simulation's steps come from.
@@ -33,5 +34,10 @@ private:
     Random _random;
     bool _pausesNext = true;
 };
+
+// The steps that these texts say (Step.h), and behind them as many gestures of a made-up user, with pauses. Throws
+// std::invalid_argument for a text that is no step.
+[[nodiscard]] std::vector<Step> scriptFor(const std::vector<std::string>& steps, std::uint64_t seed,
+                                          std::uint32_t madeUpGestures);
 
 } // namespace VeltoTouch::Surface

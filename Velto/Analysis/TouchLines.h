@@ -9,16 +9,16 @@
 
 // Touches as JSON Lines.
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Analysis {
 
 // Appends the line of a touch. `file` is the path as it was given; `label` is what was meant by the touch, null if that
 // is not known.
-void appendTouchLine(std::string& text, std::string_view file, const Analysis::Touch& touch,
-                     const Analysis::Label* label, const Analysis::Typicals& typicals);
-void appendWeakLine(std::string& text, std::string_view file, const Analysis::WeakContact& contact);
+void appendTouchLine(std::string& text, std::string_view file, const Touch& touch, const Label* label,
+                     const Typicals& typicals);
+void appendWeakLine(std::string& text, std::string_view file, const WeakContact& contact);
 
 // Returns a label as an object, or null for nothing.
-[[nodiscard]] std::string labelObject(const Analysis::Label* label);
+[[nodiscard]] std::string labelObject(const Label* label);
 
 // Returns ,"NAME":NUMBER. A number that is not finite is null, with its text in a member `textName` beside it.
 [[nodiscard]] std::string numberMember(std::string_view name, double number, std::string_view textName = "text");
@@ -29,4 +29,4 @@ template <class Named>
     return value ? '"' + std::string(nameOf(*value)) + '"' : "null";
 }
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Analysis

@@ -1,17 +1,15 @@
-#include "Velto/Output/TouchLines.h"
+#include "Velto/Analysis/TouchLines.h"
 
 #include "Platform/JSON.h"
-#include "Velto/Output/GestureText.h"
+#include "Velto/Analysis/EventLines.h"
 
 #include <cmath>
 #include <iterator>
 
 #include <fmt/format.h>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Analysis {
 namespace {
-
-using namespace Analysis;
 
 // [A,B,...], each made by `make`.
 template <class Range, class Make>
@@ -115,4 +113,4 @@ void appendWeakLine(std::string& text, std::string_view file, const WeakContact&
                    peakObject(contact.peak), checkObject(contact.check, Typicals()), nameOf(contact.check.rule));
 }
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Analysis

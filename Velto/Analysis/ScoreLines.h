@@ -10,7 +10,7 @@
 
 // Scores as JSON Lines, and back.
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Analysis {
 
 // One of the parts that a run over many recordings was split into: every `of`-th file from the `number`-th.
 struct Shard {
@@ -20,16 +20,16 @@ struct Shard {
 };
 
 // Appends the lines of a recording: its labels, its strays, itself.
-void appendScoreLines(std::string& text, const Analysis::RecordingScore& recording);
+void appendScoreLines(std::string& text, const RecordingScore& recording);
 // Appends the line of all. `shard` is what was scored; none if it was everything.
-void appendTotalLine(std::string& text, const Analysis::ScoreTotal& total, const std::optional<Shard>& shard);
+void appendTotalLine(std::string& text, const ScoreTotal& total, const std::optional<Shard>& shard);
 
 // Reads the lines of a shard again, one after the other.
 class ScoreReader {
 public:
     // Takes in a line. Returns the recording that it completes, if it does. Throws std::invalid_argument for a line
     // that is none of these.
-    [[nodiscard]] std::optional<Analysis::RecordingScore> read(std::string_view line);
+    [[nodiscard]] std::optional<RecordingScore> read(std::string_view line);
 
     // What the lines read lack of what the line of all counts, or have beyond it; empty if they are whole.
     [[nodiscard]] std::string missing() const;
@@ -38,10 +38,10 @@ public:
     [[nodiscard]] const std::optional<Shard>& shard() const noexcept { return _shard; }
 
 private:
-    Analysis::RecordingScore _recording; // as far as it is read
-    Analysis::ScoreTotal _total;
+    RecordingScore _recording; // as far as it is read
+    ScoreTotal _total;
     std::optional<Shard> _shard;
     std::vector<std::uint64_t> _announced; // the counts of the line of all
 };
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Analysis

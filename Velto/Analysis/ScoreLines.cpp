@@ -1,10 +1,10 @@
-#include "Velto/Output/ScoreLines.h"
+#include "Velto/Analysis/ScoreLines.h"
 
 #include "Platform/JSON.h"
+#include "Velto/Analysis/EventLines.h"
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/Members.h"
-#include "Velto/Output/GestureText.h"
-#include "Velto/Output/LineMembers.h"
-#include "Velto/Output/TouchLines.h"
+#include "Velto/Analysis/TouchLines.h"
 
 #include <algorithm>
 #include <iterator>
@@ -12,10 +12,8 @@
 
 #include <fmt/format.h>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Analysis {
 namespace {
-
-using namespace Analysis;
 
 std::string quoted(std::string_view text) {
     std::string literal;
@@ -201,4 +199,4 @@ std::string ScoreReader::missing() const {
                                                                   : "no whole result: the last lines have no recording";
 }
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Analysis

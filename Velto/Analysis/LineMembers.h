@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Analysis {
 
 // What a line needs to be one that a command printed with --jsonl.
 struct LineOf {
@@ -22,4 +22,4 @@ struct LineOf {
     [[noreturn]] void refuse() const { throw std::invalid_argument("no line of " + std::string(command) + " --jsonl"); }
 };
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Analysis

@@ -1,0 +1,42 @@
+#!/usr/bin/python3
+"""Scores a corpus on a Dask cluster: a bag of files, a score for each, merged. Prints what `velto score --jsonl` prints.
+
+    score_with_dask.py PATH [SCHEDULER]
+
+SCHEDULER is the address of a running one, such as tcp://head:8786, whose workers see PATH and have python3-velto; without
+it two workers are started on this machine.
+"""
+
+import sys
+
+import dask.bag
+from dask.distributed import Client, LocalCluster
+
+import velto
+
+
+def score(path):
+    return velto.score(path, jobs=1)  # the cluster has the cores
+
+
+def add_up(scores):
+    return [sum(scores, velto.Score())]
+
+
+def score_corpus(files):
+    """A score a partition comes back, in the order of the files."""
+    parts = dask.bag.from_sequence(files).map(score).map_partitions(add_up).compute()
+    return sum(parts, velto.Score())
+
+
+def main(path, scheduler=None):
+    files = velto.files(path)
+    if scheduler:
+        with Client(scheduler):
+            return score_corpus(files)
+    with LocalCluster(n_workers=2, threads_per_worker=1, host="127.0.0.1", dashboard_address=None) as two, Client(two):
+        return score_corpus(files)
+
+
+if __name__ == "__main__":
+    sys.stdout.write(main(*sys.argv[1:]).jsonl)

@@ -1,0 +1,54 @@
+#!/usr/bin/python3
+"""Where do my taps go? What the touches of recordings became, by region and by the pad that felt them most.
+
+    where_taps_go.py PATH... [-o where.png]
+
+Paste it into a notebook cell by cell; PATH is a recording or a folder of them.
+"""
+
+import argparse
+
+import matplotlib
+import pandas
+
+import velto
+
+matplotlib.use("Agg")  # a notebook does not need this line
+
+
+def touches_of(paths):
+    """A table with a row for each touch."""
+    rows = []
+    for path in (each for folder in paths for each in velto.files(folder)):
+        for touch in velto.replay(path, states=False).touches:
+            label = touch["label"] or {}
+            rows.append({"file": path, "outcome": touch["outcome"], "region": touch["region"],
+                         "peak": touch["peak"]["pixel"], "durationMs": touch["durationMs"], "reason": touch["reason"],
+                         "meant": label.get("gesture", "-"), "meantRegion": label.get("region", "-")})
+    return pandas.DataFrame(rows)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("paths", nargs="+", metavar="PATH")
+    parser.add_argument("-o", default="where.png", metavar="OUT")
+    options = parser.parse_args()
+
+    touches = touches_of(options.paths)
+    print(pandas.crosstab(touches["outcome"], touches["region"], margins=True), end="\n\n")
+
+    meant = touches[touches["meant"] == "tap"]
+    print("Taps that were meant, and what became of them:")
+    print(pandas.crosstab(meant["meantRegion"], [meant["outcome"], meant["region"]]), end="\n\n")
+    rejected = touches[touches["outcome"] == "cancel"]
+    print("Why touches became nothing:", rejected["reason"].value_counts().to_dict())
+
+    by_pad = pandas.crosstab(touches["peak"], touches["outcome"])
+    axes = by_pad.plot.bar(stacked=True, figsize=(10, 4), title="What touches became, by the pad or group that felt most")
+    axes.set(xlabel="", ylabel="touches")
+    axes.figure.tight_layout()
+    axes.figure.savefig(options.o)
+
+
+if __name__ == "__main__":
+    main()

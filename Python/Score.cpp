@@ -1,0 +1,43 @@
+#include "Python/Score.h"
+
+#include "Velto/Analysis/ScoreLines.h"
+#include "Velto/Analysis/TouchObserver.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace VeltoTouch::Python {
+
+using namespace Analysis;
+
+std::string scoreLines(const Recording& recording, const std::vector<Setting>& settings) {
+    const Track track(recording.frames());
+    RecordingScore score = scoreOf(labelsOf(recording.frames()), touchesOf(track, settings));
+    score.file = recording.file().empty() ? "-" : recording.file();
+    score.durationNs = track.durationNs();
+    std::string lines;
+    appendScoreLines(lines, score);
+    return lines;
+}
+
+std::string failedLine(const std::string& file, const std::string& message) {
+    std::string line;
+    appendScoreLines(line, {.file = file, .error = message});
+    return line;
+}
+
+std::string totalLine(std::string_view lines) {
+    ScoreReader reader;
+    ScoreTotal total;
+    while (!lines.empty()) {
+        const std::size_t end = std::min(lines.find('\n'), lines.size());
+        if (const auto recording = reader.read(lines.substr(0, end)))
+            total.add(*recording);
+        lines.remove_prefix(std::min(end + 1, lines.size()));
+    }
+    std::string line;
+    appendTotalLine(line, total, std::nullopt);
+    return line;
+}
+
+} // namespace VeltoTouch::Python
