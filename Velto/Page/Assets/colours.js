@@ -26,8 +26,16 @@ const themeNames = ["ink", "soft", "faint", "panel", "tap", "hold", "cancel", "u
 function themeColours() {
   const style = getComputedStyle(document.documentElement);
   const colours = Object.fromEntries(themeNames.map((name) => [name, style.getPropertyValue("--" + name).trim()]));
-  return {...colours, heat: heatColours()};
+  const words = Object.fromEntries(themeNames.map((name) => [name, wordOf(colours[name])]));
+  return {...colours, words, heat: heatColours()};
+}
+
+// "#rrggbb" as a word of a canvas.
+function wordOf(text) {
+  const rgb = parseInt(text.slice(1), 16);
+  return ((255 << 24) | ((rgb & 255) << 16) | (rgb & 0xff00) | (rgb >> 16)) >>> 0;
 }
 
 // A place in the scale of signals, 0 to 255: weak contacts are seen beside strong ones.
-const heatOf = (value, top) => (value > 0 ? Math.min(255, Math.round(Math.sqrt(value / top) * 255)) : 0);
+const heatOf = (value, top) => (value > 0 ? heatPlaces[Math.min(255, Math.round((value / top) * 255))] : 0);
+const heatPlaces = Uint8Array.from({length: 256}, (_, i) => Math.round((i / 255) ** 0.7 * 255));

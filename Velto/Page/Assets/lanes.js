@@ -71,6 +71,8 @@ function drawGestures(g, box, range, gestures, colours, texts) {
     if (gesture.kind === "hold") {
       g.fillRect(x, middle - 5, width, 10);
       if (width > 70) texts.put(name, x + 4, box.y + 3, "tag region", width - 8);
+    } else if (gesture.kind === "tap" && box.width / range.span < 8) {
+      g.fillRect(x, middle - 5, leastWidth, 10);
     } else if (gesture.kind === "tap") {
       g.beginPath();
       g.arc(x, middle, 5, 0, 7);
@@ -88,7 +90,7 @@ function drawGestures(g, box, range, gestures, colours, texts) {
       g.lineWidth = 1;
     } else {
       g.fillStyle = colours.soft;
-      g.fillRect(x, box.y + 4, 1.5, box.height - 8);
+      g.fillRect(x, box.y + 4, 1, box.height - 8);
     }
   }
 }
@@ -136,8 +138,9 @@ function drawMarks(g, box, range, items, colours) {
   }
 }
 
-// Across all rows: where images are missing, and resets.
+// Across map and traces: where images are missing, and resets.
 function drawInterruptions(g, box, range, items, colours) {
+  g.globalAlpha = 0.6;
   for (const item of items) {
     const extent = extentOf(item, box, range);
     if (!extent || item.kind === "invalid") continue;
@@ -145,4 +148,5 @@ function drawInterruptions(g, box, range, items, colours) {
     g.fillStyle = colours.cancel;
     g.fillRect(extent.x + (item.kind === "gap" ? extent.width - 1 : 0), box.y, 1, box.height);
   }
+  g.globalAlpha = 1;
 }

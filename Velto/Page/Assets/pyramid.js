@@ -1,21 +1,14 @@
-// The highest, the lowest or all bits of any stretch of a column in a few steps: each level holds the result of four
-// neighbours of the level below. Nothing is sampled, so that no short touch is lost at any zoom.
-
-const highest = {none: -Infinity, of: (a, b) => (a >= b ? a : b >= a ? b : a !== a ? b : a)};
-const lowest = {none: Infinity, of: (a, b) => (a <= b ? a : b <= a ? b : a !== a ? b : a)};
-const anyBit = {none: 0, of: (a, b) => a | b};
+// The highest value of any stretch of a column in a few steps: each level holds that of four neighbours of the level
+// below. Nothing is sampled, so that no short touch is lost at any zoom. What is no number counts as nothing.
 
 class Pyramid {
-  // What is no number counts as nothing.
-  constructor(column, kind) {
-    this.kind = kind;
+  constructor(column) {
     this.levels = [column];
     for (let below = column; below.length > 16; below = this.levels[this.levels.length - 1]) {
       const level = new column.constructor(Math.ceil(below.length / 4));
-      for (let i = 0, k = 0; k < level.length; ++k, i += 4) {
-        let value = below[i];
-        const end = Math.min(i + 4, below.length);
-        for (let j = i + 1; j < end; ++j) value = kind.of(value, below[j]);
+      for (let k = 0; k < level.length; ++k) {
+        let value = -Infinity;
+        for (let i = 4 * k, end = Math.min(i + 4, below.length); i < end; ++i) if (below[i] > value) value = below[i];
         level[k] = value;
       }
       this.levels.push(level);
@@ -24,19 +17,22 @@ class Pyramid {
 
   // Of the rows from `first` to `last`, both included.
   over(first, last) {
-    const {none, of} = this.kind;
-    let value = none;
+    let value = -Infinity;
     for (let depth = 0; ; ++depth) {
       const level = this.levels[depth];
       if (last - first < 8 || depth + 1 === this.levels.length) {
-        for (let i = first; i <= last; ++i) value = of(value, level[i]);
+        for (let i = first; i <= last; ++i) if (level[i] > value) value = level[i];
         return value;
       }
-      while (first & 3) value = of(value, level[first++]);
-      while ((last & 3) !== 3) value = of(value, level[last--]);
+      for (; first & 3; ++first) if (level[first] > value) value = level[first];
+      for (; (last & 3) !== 3; --last) if (level[last] > value) value = level[last];
       first >>= 2;
       last >>= 2;
     }
+  }
+
+  get highest() {
+    return this.over(0, this.levels[0].length - 1);
   }
 }
 

@@ -54,7 +54,8 @@ class RecordingPage {
     this.cursor = null;
     this.selected = null;
     this.texts = new Texts();
-    this.heatRows = plays.map((play) => ({pads: this.padRow(play), groups: this.groupRow(play)}));
+    this.picture = new Picture();
+    this.heats = {};
     const begins = plays.flatMap((play) => (play.images.count ? [play.images.time[0]] : []));
     const ends = plays.flatMap((play) => (play.images.count ? [play.images.time[play.images.count - 1]] : []));
     this.range = new TimeRange(Math.min(...begins, 1e9), Math.max(...ends, 0), () => this.changed());
@@ -64,23 +65,22 @@ class RecordingPage {
     new ResizeObserver(() => this.layOut()).observe(this.chart);
   }
 
-  topOf(member) {
-    return Math.max(1, ...this.plays.flatMap((play) =>
-      play.images[member].map((column) => new Pyramid(column, highest).over(0, column.length - 1))));
+  // The maps of all plays, made when they are first wanted; one scale for both.
+  heatRows(kind) {
+    return (this.heats[kind] ??= this.makeHeatRows(kind));
   }
-  heatRow(play, member, on, names, regions, sequence) {
-    const isOn = new Pyramid(play.images[on], anyBit);
-    return new HeatRow(sequence.map((i) => ({name: names[i], region: regions[i], bit: i, on: isOn,
-      value: new Pyramid(play.images[member][i], highest)})), (this.top ??= {})[member] ??= this.topOf(member));
-  }
-  padRow(play) {
-    const {padRegions} = this.surface, regions = ["PlayPause", "VolumeUp", "VolumeDown"];
-    const sequence = regions.flatMap((region) => padRegions.flatMap((own, pad) => (own === region ? [pad] : [])));
-    return this.heatRow(play, "pads", "padsOn", padRegions.map((_, pad) => padLetter(pad)), padRegions, sequence);
-  }
-  groupRow(play) {
-    const {groups} = this.surface;
-    return this.heatRow(play, "groups", "groupsOn", groups, groups.map(() => "None"), groups.map((_, i) => i));
+  makeHeatRows(kind) {
+    const {padRegions, groups} = this.surface;
+    const isPads = kind === "pads";
+    const names = isPads ? padRegions.map((_, pad) => padLetter(pad)) : groups;
+    const regions = isPads ? padRegions : groups.map(() => "None");
+    const sequence = ["PlayPause", "VolumeUp", "VolumeDown", "None"].flatMap((region) =>
+      regions.flatMap((own, i) => (own === region ? [i] : [])));
+    const bitsOf = (bits, i) => Uint8Array.from(bits, (word) => (word >> i) & 1);
+    const rows = this.plays.map(({images}) => sequence.map((i) => ({name: names[i], region: regions[i],
+      value: new Pyramid(images[kind][i]), on: new Pyramid(bitsOf(images[kind + "On"], i))})));
+    const top = Math.max(1, ...rows.flat().map((pixel) => pixel.value.highest));
+    return rows.map((pixels) => new HeatRow(pixels, top));
   }
 
   build() {
@@ -92,14 +92,14 @@ class RecordingPage {
     this.chart = element("div", {class: "chart", tabindex: "0", role: "application", "aria-describedby": "summary",
       "aria-label": "Chart of the recording over time. Arrow keys move it, plus and minus zoom, c goes to the next touch " +
         "that became no gesture, a question mark lists all keys."}, this.canvas, this.titles, this.texts.layer, this.line);
-    this.picture = new SurfacePicture(this.surface, this.top.pads);
+    this.view = new SurfacePicture(this.surface, this.heatRows("pads")[0].top);
     this.explanation = new Explanation();
-    this.list = new TouchList((touch) => this.select(touch));
+    this.list = new TouchList(this.plays.length > 1, (touch) => this.select(touch));
     const keys = this.keys();
     this.help = helpDialog(keys);
     page.replaceChildren(this.header(), this.toolbar(),
       element("div", {class: "columns"}, element("div", {class: "chart-box"}, this.chart, this.scaleLegend()),
-        this.picture.node), this.explanation.node, this.list.node);
+        this.view.node), this.explanation.node, this.list.node);
     followKeys(keys);
     followPointers(this.chart, this.range, (event) => this.timeAt(event), (event) => this.hover(event),
       (event) => this.click(event));
@@ -109,7 +109,8 @@ class RecordingPage {
     const names = this.plays.map((play, i) =>
       element("h1", {}, ...(this.plays.length > 1 ? [element("b", {class: `number n${i + 1}`, text: `${i + 1}`})] : []),
         element("span", {text: play.file}), element("small", {text: play.settings})));
-    return element("header", {class: "head"}, ...names, element("p", {id: "summary", text: this.summary()}));
+    const sentences = this.summary().map((text) => element("p", {text}));
+    return element("header", {class: "head"}, ...names, element("div", {id: "summary"}, ...sentences));
   }
   summary() {
     const sentences = this.plays.map((play, i) => {
@@ -125,7 +126,7 @@ class RecordingPage {
     });
     if (this.plays.length > 1)
       sentences.push(`${plural(this.changes.length, "touch is", "touches are")} decided otherwise.`);
-    return sentences.join(" ");
+    return sentences;
   }
 
   toolbar() {
@@ -145,16 +146,19 @@ class RecordingPage {
     return bar;
   }
   nameButtons() {
-    this.kindButton.textContent = this.pixelKind === "pads" ? "15 pads" : "23 groups";
-    if (this.playButton) this.playButton.textContent = `pads of ${this.shownPlay + 1}`;
+    this.kindButton.textContent = this.pixelKind === "pads" ? "Show 23 groups" : "Show 15 pads";
+    if (this.playButton) this.playButton.textContent = `Show pads of ${2 - this.shownPlay}`;
   }
 
   scaleLegend() {
     this.scale = element("canvas", {width: "160", height: "10", "aria-hidden": "true"});
     this.scaleTop = element("span");
     const chip = (name) => element("span", {class: `key ${name}`, text: name === "cancel" ? "no gesture" : name});
+    const line = (colour, text) => element("span", {class: `key line ${colour}`, text});
     return element("p", {class: "legend"}, element("span", {text: "0"}), this.scale, this.scaleTop,
-      ...["tap", "hold", "cancel", "unfinished"].map(chip));
+      line("on", "turns on above"), line("off", "stays on above"),
+      ...(this.plays.length > 1 ? [line("second", "second")] : []),
+      ...(this.plays.some((play) => play.accel.rows) ? [line("PlayPause", "x"), line("VolumeUp", "y"), line("VolumeDown", "z")] : []), ...["tap", "hold", "cancel", "unfinished"].map(chip));
   }
 
   keys() {
@@ -207,27 +211,26 @@ class RecordingPage {
         drawMarks(g, box, this.range, play.disturbances, this.colours));
       if (play.accel.rows) lanes.push(this.accelRow(play, mark));
     }
-    const heat = this.heatRows[this.shownPlay][this.pixelKind];
+    const heat = this.heatRows(this.pixelKind)[this.shownPlay];
     this.signal ??= this.signalRow();
     this.score ??= this.scoreRow();
     return [
       {pixels: heat.pixels, height: heat.pixels.length * (this.pixelKind === "pads" ? rowHeights.heat : 11),
-       draw: (g, box) => heat.draw(g, box, this.columns[this.shownPlay], this.colours)},
+       paint: (box) => heat.paint(this.picture, box, this.columns[this.shownPlay], this.colours)},
       {title: "strongest", marks: this.signal, height: rowHeights.signal,
-       draw: (g, box) => this.signal.draw(g, box, this.columns, this.colours)},
+       paint: (box) => this.signal.paint(this.picture, box, this.columns, this.colours)},
       {title: "touch score", marks: this.score, height: rowHeights.score,
-       draw: (g, box) => this.score.draw(g, box, this.columns, this.colours)},
+       paint: (box) => this.score.paint(this.picture, box, this.columns, this.colours)},
       ...lanes,
     ];
   }
   signalRow() {
-    const top = Math.max(...this.plays.map(({images}) => new Pyramid(images.signal, highest).over(0, images.count - 1)), 1);
+    const top = Math.max(...this.plays.map(({images}) => new Pyramid(images.signal).highest), 1);
     const row = new TraceRow(0, top * 1.08, [{value: this.surface.noise, text: `noise ${this.surface.noise}`, colour: "noise"}]);
-    for (const {images} of [...this.plays].reverse()) {
-      const isSecond = images !== this.plays[0].images, play = isSecond ? 1 : 0;
-      row.add(new Trace(images.signal, isSecond ? "second" : "signal", isSecond ? "line" : "area"), play);
-      if (isSecond) continue;
-      row.add(new Trace(images.onLevel, "on"), play).add(new Trace(images.offLevel, "off"), play);
+    for (const {images, number} of [...this.plays].reverse()) {
+      row.add(new Trace(images.signal, number ? "second" : "signal", number ? "line" : "area"), number);
+      if (number) continue;
+      row.add(new Trace(images.onLevel, "on", "bound")).add(new Trace(images.offLevel, "off", "bound"));
     }
     return row;
   }
@@ -235,20 +238,20 @@ class RecordingPage {
     const {scoreLimit, holdScore} = this.surface;
     const row = new TraceRow(-scoreLimit * 1.15, scoreLimit * 1.15, [
       {value: scoreLimit, text: `limit ${scoreLimit}`, colour: "soft"},
-      {value: holdScore, text: `hold from ${holdScore}`, colour: "on"},
+      {value: holdScore, text: `hold ≥ ${holdScore}`, colour: "on"},
       {value: -scoreLimit, text: `limit ${-scoreLimit}`, colour: "soft"}]);
-    this.plays.forEach(({images}, play) => row.add(new Trace(images.touchScore, play ? "second" : "score"), play));
+    for (const {images, number} of [...this.plays].reverse())
+      row.add(new Trace(images.touchScore, number ? "second" : "score"), number);
     return row;
   }
   accelRow(play, mark) {
     const {axes, time} = play.accel;
-    const most = Math.max(1e-3, ...axes.flatMap((axis) => [...new Set([Math.abs(new Pyramid(axis, highest).over(0, axis.length - 1)),
-      Math.abs(new Pyramid(axis, lowest).over(0, axis.length - 1))])]));
+    const most = Math.max(1e-3, ...axes.map((axis) => new Pyramid(axis.map(Math.abs)).highest));
     const row = new TraceRow(-most * 1.1, most * 1.1, [{value: 0, text: "0", colour: "soft"}]);
     ["PlayPause", "VolumeUp", "VolumeDown"].forEach((colour, i) => row.add(new Trace(axes[i], colour)));
-    return {title: "accel x y z" + mark, marks: row, height: rowHeights.accel, draw: (g, box) => {
+    return {title: "accel x y z" + mark, marks: row, height: rowHeights.accel, paint: (box) => {
       const columns = rowsByColumn(time, this.range.from, this.range.to, this.width, time[time.length - 1]);
-      row.draw(g, box, [columns], this.colours);
+      row.paint(this.picture, box, [columns], this.colours);
     }};
   }
 
@@ -259,6 +262,7 @@ class RecordingPage {
     this.gutter = width < 600 ? 58 : 84;
     let y = 22; // the axis
     this.boxes = this.rows().map((row) => {
+      y += row.marks ? 16 : 0; // its title stands above
       const box = {x: this.gutter, y, width: width - this.gutter, height: row.height};
       y += row.height + 8;
       return {row, box};
@@ -268,9 +272,11 @@ class RecordingPage {
     this.width = Math.max(1, Math.round((width - this.gutter) * this.ratio)); // of the plot, in the device's pixels
     this.canvas.width = Math.round(width * this.ratio);
     this.canvas.height = Math.round(y * this.ratio);
+    this.picture.resize(this.width, this.canvas.height);
     this.chart.style.height = `${y}px`;
     this.titles.replaceChildren(...this.boxes.flatMap(({row, box}) => this.titlesOf(row, box)));
     this.nameButtons();
+    this.scaleTop.textContent = `${this.heatRows(this.pixelKind)[0].top} counts`;
     this.changed();
   }
   titlesOf(row, box) {
@@ -285,18 +291,17 @@ class RecordingPage {
     }
     if (!row.marks) return [title(row.title, box.y + 4, "title")];
     const scale = row.marks.scaleIn(box);
-    return [title(row.title, box.y - 3, "title"),
-      ...row.marks.marks.map((mark) => title(mark.text, scale(mark.value) - 8, "mark"))];
+    return [title(row.title, box.y - 17, "title over"),
+      ...row.marks.marks.map((mark) => title(mark.text, scale(mark.value) - 7, "mark"))];
   }
 
   themed() {
     this.colours = themeColours();
     const g = this.scale.getContext("2d");
     for (let x = 0; x < 160; ++x) {
-      g.fillStyle = this.colours.heat.texts[heatOf(x / 159 * this.top.pads, this.top.pads)];
+      g.fillStyle = this.colours.heat.texts[heatOf(x, 159)];
       g.fillRect(x, 0, 1, 10);
     }
-    this.scaleTop.textContent = `${this.top.pads} counts`;
     this.changed();
     this.showCursor();
   }
@@ -311,24 +316,31 @@ class RecordingPage {
 
   draw() {
     const {range, colours} = this, g = this.canvas.getContext("2d");
-    g.setTransform(this.ratio, 0, 0, this.ratio, 0, 0);
-    g.clearRect(0, 0, this.chart.clientWidth, this.height);
     this.columns = this.plays.map(({images, end}) => rowsByColumn(images.time, range.from, range.to, this.width, end));
     const whole = {x: this.gutter, y: 20, width: this.chart.clientWidth - this.gutter, height: this.height - 20};
+    this.picture.clear();
+    for (const {row, box} of this.boxes)
+      row.paint?.({y: Math.round(box.y * this.ratio), height: Math.round(box.height * this.ratio)});
+    g.setTransform(this.ratio, 0, 0, this.ratio, 0, 0);
+    g.putImageData(this.picture.image, this.canvas.width - this.width, 0);
     this.texts.begin();
     this.drawAxis(g, whole);
     g.save();
     g.beginPath();
     g.rect(whole.x, 0, whole.width, this.height);
     g.clip();
+    g.globalCompositeOperation = "destination-over"; // the map keeps its colours
     this.drawSelected(g, whole);
-    for (const {row, box} of this.boxes) row.draw(g, box);
-    for (const play of this.plays.slice(0, 2)) drawInterruptions(g, whole, range, play.disturbances, colours);
+    g.globalCompositeOperation = "source-over";
+    for (const {row, box} of this.boxes) row.draw?.(g, box);
+    const traces = {...whole, height: this.boxes.findLast(({row}) => row.marks === this.score).box.y + rowHeights.score - 20};
+    drawInterruptions(g, traces, range, this.plays[this.shownPlay].disturbances, colours);
     g.restore();
     this.texts.end();
     this.placeCursor();
     this.list.show(this.plays.flatMap(({touches}) =>
-      touches.filter((touch) => touch.end >= range.from && touch.start <= range.to)), this.selected);
+      touches.filter((touch) => touch.end >= range.from && touch.start <= range.to))
+      .sort((a, b) => a.start - b.start), this.selected);
   }
   drawAxis(g, box) {
     const {range} = this, least = (range.span * 90) / box.width;
@@ -338,7 +350,7 @@ class RecordingPage {
     g.fillStyle = this.colours.faint;
     for (let k = Math.ceil(range.from / step); k * step <= range.to; ++k) {
       const x = box.x + ((k * step - range.from) / range.span) * box.width;
-      g.fillRect(Math.round(x), 18, 1, this.height - 18);
+      g.fillRect(Math.round(x), 14, 1, 6);
       if (x < box.x + box.width - 40) this.texts.put(secondsText(k * step, digits), x + 3, 2, "tick");
     }
   }
@@ -347,7 +359,7 @@ class RecordingPage {
     const extent = extentOf(this.selected, box, this.range);
     if (!extent) return;
     g.fillStyle = this.colours.select;
-    g.globalAlpha = 0.16;
+    g.globalAlpha = 0.2;
     g.fillRect(extent.x, box.y, extent.width, box.height);
     g.globalAlpha = 1;
   }
@@ -384,14 +396,14 @@ class RecordingPage {
   showCursor() {
     const play = this.plays[this.shownPlay];
     const row = this.cursor === null ? -1 : rowAt(play.images.time, this.cursor);
-    this.picture.show(play.images, row, this.colours);
+    this.view.show(play.images, row, this.colours);
     const near = (this.range.span / Math.max(this.width ?? 1, 1)) * 5 * (this.ratio ?? 1);
     const here = this.cursor === null ? [] : this.plays.flatMap((one) =>
       [...one.disturbances, ...one.writes, ...one.labels].filter((item) =>
         item.start - near <= this.cursor && item.end + near >= this.cursor).map((item) => item.text));
     const touches = this.cursor === null ? [] : this.plays.flatMap((one) =>
       one.touches.filter((touch) => touch.start <= this.cursor && touch.end >= this.cursor));
-    this.picture.say([
+    this.view.say([
       ["time", this.cursor === null ? "point at the chart" : secondsText(this.cursor)],
       ...factsOf(this.surface, play, row),
       ["touch", touches.map((touch) => `${touch.number} ${touch.outcome}`).join(", ") || "none"],

@@ -14,7 +14,7 @@ class SurfacePicture {
     this.picture.append(svgElement("circle", {class: "rim", cx: 0, cy: 0, r: 17.6}));
     this.plates = surface.plates.map(([pad, x, y]) => {
       const region = surface.padRegions[pad];
-      const disc = svgElement("circle", {class: `plate ${region}`, cx: x, cy: -y, r: 2.25});
+      const disc = svgElement("circle", {class: `plate ${region}`, cx: x, cy: -y, r: 1.9});
       const letter = svgElement("text", {class: "letter", x, y: -y - 0.35});
       const value = svgElement("text", {class: "value", x, y: -y + 1.3});
       letter.textContent = padLetter(pad);
@@ -68,20 +68,16 @@ function namesOn(surface, images, row) {
   return [pads.join(" "), groups.join(" ")].filter(Boolean).join(", ") || "nothing";
 }
 
-function factsOf(surface, play, row) {
-  const {images} = play;
-  if (row < 0) return [["image", "none yet"]];
-  const pixel = images.strongest[row];
-  const name = pixel < surface.padRegions.length ? padLetter(pixel) : surface.groups[pixel - surface.padRegions.length];
-  const isOff = Number.isNaN(images.offLevel[row]);
-  const level = isOff ? images.onLevel[row] : images.offLevel[row];
-  return [
-    ["image", `${images.frame[row]}, ${images.timeMs[row]} ms on the device`],
-    ["strongest", `${images.signal[row]} counts on ${name}`],
-    [isOff ? "turns on above" : "stays on above", `${level.toFixed(1)} counts`],
-    [isOff ? "stays on above" : "turns on above", "–"],
-    ["on", namesOn(surface, images, row)],
-    ["touch score", images.touchScore[row].toFixed(2)],
-    ["region", surface.regions[images.region[row]]],
+function factsOf(surface, {images}, row) {
+  const terms = ["image", "device time", "strongest", "turns on above", "stays on above", "on", "touch score", "region"];
+  if (row < 0) return terms.map((term) => [term, "–"]);
+  const pixel = images.strongest[row], pads = surface.padRegions.length;
+  const counts = (level) => (Number.isNaN(level) ? "–" : `${level.toFixed(1)} counts`);
+  const texts = [
+    images.frame[row], `${images.timeMs[row]} ms`,
+    `${images.signal[row]} counts on ${pixel < pads ? padLetter(pixel) : surface.groups[pixel - pads]}`,
+    counts(images.onLevel[row]), counts(images.offLevel[row]), namesOn(surface, images, row),
+    images.touchScore[row].toFixed(2), surface.regions[images.region[row]],
   ];
+  return terms.map((term, i) => [term, String(texts[i])]);
 }

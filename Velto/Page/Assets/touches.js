@@ -3,7 +3,8 @@
 const mostListed = 200;
 
 class TouchList {
-  constructor(select) {
+  constructor(areTwo, select) {
+    this.areTwo = areTwo;
     this.select = select;
     this.only = element("input", {type: "checkbox", id: "only", change: () => this.update()});
     this.count = element("span", {class: "count"});
@@ -27,7 +28,7 @@ class TouchList {
     this.count.textContent = plural(wanted.length, "touch", "touches") + (more > 0 ? `, the first ${mostListed}` : "");
     this.list.replaceChildren(...wanted.slice(0, mostListed).map((touch) => {
       const button = element("button", {class: touch.outcome, click: () => this.select(touch)},
-        element("i", {class: "chip"}), element("span", {text: headingOf(touch)}));
+        element("i", {class: "chip"}), element("span", {text: (this.areTwo ? `${touch.play + 1}  ` : "") + headingOf(touch)}));
       if (touch === this.selected) button.setAttribute("aria-current", "true");
       return element("li", {}, button);
     }));
@@ -49,7 +50,7 @@ class Explanation {
     const parts = [element("h2", {text: `Why touch ${touch.number} became ${wordOfOutcome[touch.outcome]}`})];
     for (const one of [touch, touch.other].filter(Boolean).sort((a, b) => a.play - b.play)) {
       if (plays.length > 1)
-        parts.push(element("h3", {text: `${one.play + 1}  ${plays[one.play].name}`}));
+        parts.push(element("h3", {}, element("b", {class: `number n${one.play + 1}`, text: `${one.play + 1}`}), plays[one.play].name));
       parts.push(element("pre", {tabindex: "0", text: one.heading + one.details}));
     }
     if (plays.length > 1 && !touch.other)

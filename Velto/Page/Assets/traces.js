@@ -1,42 +1,39 @@
 // Lines over time. A column of pixels shows all from the lowest to the highest of its rows, and what leads there from
-// the column before: a step stays a step at every zoom.
+// the column before: a step stays a step at every zoom. Where many rows share a column, their highest and lowest stand
+// out, and what lies between is shaded.
+
+const manyRows = 12;
 
 class Trace {
+  // `kind`: a line, a bound (nothing is shaded), or an area (all below is).
   constructor(column, colour, kind = "line") {
     this.column = column;
     this.colour = colour;
-    this.kind = kind; // "line", "area"
-    this.low = new Pyramid(column, lowest);
-    this.high = new Pyramid(column, highest);
+    this.kind = kind;
+    this.high = new Pyramid(column);
+    this.low = new Pyramid(column.map((value) => -value));
   }
 
-  draw(g, box, columns, scale, colours) {
-    const {first, last, width} = columns, step = box.width / width, bottom = scale(0);
-    const thickness = this.kind === "area" ? 1 : 1.5;
-    const line = new Path2D(), area = new Path2D();
+  paint(picture, {first, last, width}, scale, bottom, thickness, colours) {
+    const word = colours.words[this.colour], shade = ((word & 0xffffff) | 0x48000000) >>> 0;
     let before = NaN;
     for (let x = 0; x < width; ++x) {
       if (last[x] < first[x]) continue;
-      let low = this.low.over(first[x], last[x]), high = this.high.over(first[x], last[x]);
-      const {column} = this;
+      let low = -this.low.over(first[x], last[x]), high = this.high.over(first[x], last[x]);
       if (low > high) {
         before = NaN; // nothing but what is no number
         continue;
       }
       if (before < low) low = before;
       if (before > high) high = before;
-      before = column[last[x]];
-      const y = scale(high), left = box.x + x * step;
-      line.rect(left, y - thickness / 2, step, scale(low) - y + thickness);
-      if (this.kind === "area") area.rect(left, y, step, bottom - y);
+      before = this.column[last[x]];
+      const y = scale(high), end = scale(low) + thickness;
+      const isDense = last[x] - first[x] >= manyRows;
+      if (this.kind === "area") picture.column(x, y, bottom, shade);
+      else if (isDense && this.kind === "line") picture.column(x, y, end, shade);
+      picture.column(x, y, isDense ? y + thickness : end, word);
+      if (isDense && this.kind !== "area") picture.column(x, end - thickness, end, word);
     }
-    g.fillStyle = colours[this.colour];
-    if (this.kind === "area") {
-      g.globalAlpha = 0.25;
-      g.fill(area);
-      g.globalAlpha = 1;
-    }
-    g.fill(line);
   }
 }
 
@@ -56,20 +53,16 @@ class TraceRow {
     const {low, high} = this;
     return (value) => {
       const share = (Math.min(Math.max(value, low), high) - low) / (high - low);
-      return box.y + box.height - 1 - share * (box.height - 2);
+      return Math.round(box.y + (1 - share) * (box.height - 3));
     };
   }
-  draw(g, box, columnsOf, colours) {
-    const scale = this.scaleIn(box);
+  paint(picture, box, columnsOf, colours) {
+    const scale = this.scaleIn(box), bottom = Math.round(box.y + box.height);
+    const thickness = Math.max(1, Math.round(1.4 * (devicePixelRatio || 1)));
+    for (const {trace, play} of this.traces) trace.paint(picture, columnsOf[play], scale, bottom, thickness, colours);
     for (const {value, colour} of this.marks) {
-      g.strokeStyle = colours[colour];
-      g.setLineDash([4, 4]);
-      g.beginPath();
-      g.moveTo(box.x, scale(value));
-      g.lineTo(box.x + box.width, scale(value));
-      g.stroke();
+      for (let x = 0, y = scale(value); x < picture.width; ++x)
+        if ((x & 7) < 4) picture.words[y * picture.width + x] = colours.words[colour];
     }
-    g.setLineDash([]);
-    for (const {trace, play} of this.traces) trace.draw(g, box, columnsOf[play], scale, colours);
   }
 }
