@@ -62,6 +62,7 @@ function hatch(g, x, y, width, height, colour, slope) {
 // What the host saw: a hold is a bar of the regions that it went through, a tap a disc, a cancel a cross.
 function drawGestures(g, box, range, gestures, colours, texts) {
   const middle = box.y + box.height / 2;
+  let free = box.x; // for the next text
   for (const gesture of gestures) {
     const extent = extentOf(gesture, box, range);
     if (!extent) continue;
@@ -77,7 +78,8 @@ function drawGestures(g, box, range, gestures, colours, texts) {
       g.beginPath();
       g.arc(x, middle, 5, 0, 7);
       g.fill();
-      if (box.width / range.span > 60) texts.put(name, x + 8, box.y + 3, "plain");
+      if (box.width / range.span > 60 && x > free) texts.put(name, x + 8, box.y + 3, "plain");
+      free = Math.max(free, x + 76);
     } else if (gesture.kind === "cancel") {
       g.strokeStyle = colours.cancel;
       g.lineWidth = 2;

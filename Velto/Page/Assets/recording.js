@@ -407,7 +407,7 @@ class RecordingPage {
       ["time", this.cursor === null ? "point at the chart" : secondsText(this.cursor)],
       ...factsOf(this.surface, play, row),
       ["touch", touches.map((touch) => `${touch.number} ${touch.outcome}`).join(", ") || "none"],
-      ["here", here.slice(0, 4).join("; ") || "–"],
+      ["here", [...new Set(here)].slice(0, 4).join("; ") || "–"],
     ]);
   }
 
