@@ -22,7 +22,8 @@ namespace {
 using namespace Analysis;
 
 struct Options {
-    std::vector<std::string> files; // one or two
+    std::string file;
+    std::string second; // empty: none
     std::vector<Setting> settings;
     std::vector<Setting> b; // of the second play, beyond those of both
     std::optional<double> fromSeconds;
@@ -41,8 +42,8 @@ struct Options {
 };
 
 void requireOneSecondPlay(const Options& options) {
-    if (options.files.size() > 1 && !options.b.empty())
-        throw CLI::ValidationError("--b", "a second FILE has the place of a second play already");
+    if (!options.second.empty() && !options.b.empty())
+        throw CLI::ValidationError("--b", "there is a second play already: SECOND");
     if (options.fromSeconds && options.toSeconds && *options.fromSeconds >= *options.toSeconds)
         throw CLI::ValidationError("--to", "a later time than that of --from is wanted");
 }
@@ -92,12 +93,15 @@ int plot(const Options& options) {
     std::list<PipelineRecording> recordings;
     std::vector<Page::Play> plays;
     std::string page;
-    const int status = forEachFile(options.files, [&](const std::string& file) {
+    std::vector<std::string> files{options.file};
+    if (!options.second.empty())
+        files.push_back(options.second);
+    const int status = forEachFile(files, [&](const std::string& file) {
         PipelineRecording& recording = recordings.emplace_back(loadRecording(file));
         plays.push_back(play(options, file, recording, options.settings));
         if (!options.b.empty())
             plays.push_back(play(options, file, recording, options.secondSettings()));
-        if (recordings.size() == options.files.size())
+        if (recordings.size() == files.size())
             page = Page::recordingPage(plays, rangeOf(options));
     });
     if (status != 0)
@@ -117,10 +121,8 @@ Command makePlotCommand(App& program) {
                                   "\n"
                                   "The page is one file that asks no network for anything. A second recording, or\n"
                                   "the same with other settings, lies over the first.");
-    app->offer(app->add_option("FILE", options->files, "A recording, or two; - is the standard input"), fileNames())
-        ->type_name("")
-        ->expected(1, 2)
-        ->required();
+    addRecording(*app, options->file);
+    app->offer(app->add_option("SECOND", options->second, "A recording that lies over it"), fileNames())->type_name("");
     addPlayedSettings(*app, options->settings);
     addSettings(*app, options->b, KeyScope::Pipeline,
                 "A setting of a second play, beyond those of --set; may be given several times", "--b")

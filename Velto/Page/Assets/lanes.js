@@ -24,7 +24,7 @@ function drawTouches(g, box, range, touches, colours, texts, selected) {
   for (const [touch, {x, width}] of shown) {
     const y = box.y + 2, height = box.height - 4;
     g.fillStyle = colours[touch.outcome];
-    g.fillRect(x, y, width, height);
+    g.fillRect(x, y, width > leastWidth ? width - 1 : width, height);
     if (touch.outcome === "cancel" || touch.outcome === "unfinished")
       hatch(g, x, y, width, height, colours.panel, touch.outcome === "cancel" ? 1 : -1);
     if (touch.outcome === "hold") {

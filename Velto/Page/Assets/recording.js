@@ -56,9 +56,8 @@ class RecordingPage {
     this.texts = new Texts();
     this.picture = new Picture();
     this.heats = {};
-    const begins = plays.flatMap((play) => (play.images.count ? [play.images.time[0]] : []));
-    const ends = plays.flatMap((play) => (play.images.count ? [play.images.time[play.images.count - 1]] : []));
-    this.range = new TimeRange(Math.min(...begins, 1e9), Math.max(...ends, 0), () => this.changed());
+    const times = plays.flatMap(({images, end}) => (images.count ? [images.time[0], images.time[images.count - 1]] : [0, end]));
+    this.range = new TimeRange(Math.min(...times), Math.max(...times), () => this.changed());
     this.build();
     this.themed();
     darkTheme.addEventListener("change", () => this.themed());
@@ -381,6 +380,7 @@ class RecordingPage {
   }
   step(count) {
     const {time} = this.plays[this.shownPlay].images;
+    if (!time.length) return;
     const row = Math.min(Math.max(rowAt(time, this.cursor ?? this.range.from) + count, 0), time.length - 1);
     this.cursor = time[row];
     if (this.cursor < this.range.from || this.cursor > this.range.to)
