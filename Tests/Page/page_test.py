@@ -239,6 +239,9 @@ class PageTest(unittest.TestCase):
         self.assertTrue(self.browser.text("h1").startswith(self.path(name)))
         self.assertIn(name, self.browser.run("return document.title"))
         self.assertEqual(self.browser.run("return document.images.length + document.scripts.length"), 1)
+        owned = self.browser.run("""const script = document.createElement("script");
+            script.textContent = "window.owned = true"; document.head.append(script); return window.owned""")
+        self.assertIsNone(owned, "a script that is not ours runs")
 
     def test_long_recordings(self):
         for name, gestures, least, most in (("ten minutes", 381, 60_000, 4_000_000), ("an hour", 2210, 360_000, 25_000_000)):

@@ -86,7 +86,8 @@ Page::Play play(const Options& options, const std::string& file, PipelineRecordi
 }
 
 int plot(const Options& options) {
-    warnOfDoubtfulSettings(options.secondSettings());
+    warnOfDoubtfulSettings(options.settings);
+    warnOfDoubtfulSettings(options.b);
     leaveOutColours();
     if (!isStandardOutput(options.output))
         requireWritable(options.output);

@@ -32,12 +32,12 @@ Images::Strongest Images::strongestOf(const Algs& algs) const {
         for (std::size_t i = 0; i < count; ++i) {
             if (bank.value[i] <= strongest.value)
                 continue;
-            const Pixel pixel = before[i];
+            const bool wasOn = before.on[i] != 0;
             strongest = {.pixel = first + i,
                          .value = bank.value[i],
-                         .wasOn = pixel.on,
-                         .level =
-                             pixel.on ? pixel.onPeak * Pixel::kHysteresis : Pixel::activationLevel(pixel.offTrough)};
+                         .wasOn = wasOn,
+                         .level = wasOn ? before.onPeak[i] * Pixel::kHysteresis
+                                        : Pixel::activationLevel(before.offTrough[i])};
         }
     };
     look(algs.pixels, _padsBefore, kPadCount, 0);

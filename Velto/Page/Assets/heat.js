@@ -2,12 +2,13 @@
 // line where it is on.
 
 class HeatRow {
-  constructor(pixels, top) {
-    this.pixels = pixels; // [{name, region, value: Pyramid, on: Pyramid of 0 and 1}]
-    this.top = top;
+  // `pixels`: [{name, region, value: Pyramid, on: Pyramid of 0 and 1}].
+  constructor(pixels, top, play, step) {
+    Object.assign(this, {pixels, top, play, height: pixels.length * step});
   }
 
-  paint(picture, box, {first, last, width}, colours) {
+  paint(picture, box, {columns, colours}) {
+    const {first, last, width} = columns[this.play];
     const heat = colours.heat.words, on = colours.words.on;
     const colour = new Uint32Array(width), line = new Uint32Array(width);
     const step = box.height / this.pixels.length, thickness = Math.max(2, Math.round(step / 6));

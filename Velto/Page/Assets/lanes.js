@@ -14,7 +14,7 @@ function extentOf(item, box, range) {
 
 const order = {tap: 0, hold: 1, unfinished: 2, cancel: 3}; // what did not work is never hidden
 
-function drawTouches(g, box, range, touches, colours, texts, selected) {
+function drawTouches(g, box, {range, colours, texts, selected}, touches) {
   const shown = [];
   for (const touch of touches) {
     const extent = extentOf(touch, box, range);
@@ -60,7 +60,7 @@ function hatch(g, x, y, width, height, colour, slope) {
 }
 
 // What the host saw: a hold is a bar of the regions that it went through, a tap a disc, a cancel a cross.
-function drawGestures(g, box, range, gestures, colours, texts) {
+function drawGestures(g, box, {range, colours, texts}, gestures) {
   const middle = box.y + box.height / 2;
   let free = box.x; // for the next text
   for (const gesture of gestures) {
@@ -111,11 +111,11 @@ function gesturesOf(events) {
   return gestures;
 }
 
-function drawBars(g, box, range, items, colour, texts) {
+function drawBars(g, box, {range, colours, texts}, items) {
   for (const item of items) {
     const extent = extentOf(item, box, range);
     if (!extent) continue;
-    g.strokeStyle = g.fillStyle = colour;
+    g.strokeStyle = g.fillStyle = colours.soft;
     g.globalAlpha = 0.18;
     g.fillRect(extent.x, box.y + 3, extent.width, box.height - 6);
     g.globalAlpha = 1;
@@ -125,7 +125,7 @@ function drawBars(g, box, range, items, colour, texts) {
 }
 
 // Points in time, a shape a kind: {kind, start, end, text}.
-function drawMarks(g, box, range, items, colours) {
+function drawMarks(g, box, {range, colours}, items) {
   for (const item of items) {
     const extent = extentOf(item, box, range);
     if (!extent) continue;
@@ -141,7 +141,7 @@ function drawMarks(g, box, range, items, colours) {
 }
 
 // Across map and traces: where images are missing, and resets.
-function drawInterruptions(g, box, range, items, colours) {
+function drawInterruptions(g, box, {range, colours}, items) {
   g.globalAlpha = 0.6;
   for (const item of items) {
     const extent = extentOf(item, box, range);

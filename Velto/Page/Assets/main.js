@@ -3,17 +3,21 @@
 const pages = {
   recording: async (data) => {
     const page = new RecordingPage(data, await Promise.all(data.plays.map(readPlay)));
-    page.layOut();
-    page.draw();
+    page.chart.draw();
     page.range.readAddress();
     return page;
   },
 };
 
-(async () => {
+async function showPage() {
   const block = document.getElementById("data");
   const data = JSON.parse(block.textContent);
   block.remove(); // its text is as large as the file
   await pages[data.kind](data);
   document.documentElement.dataset.ready = Math.round(performance.now());
-})();
+}
+
+showPage().catch((error) => {
+  document.getElementById("page").prepend(element("p", {text: `This page cannot be shown: ${error.message}`}));
+  throw error;
+});

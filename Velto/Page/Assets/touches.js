@@ -50,7 +50,7 @@ class Explanation {
     const parts = [element("h2", {text: `Why touch ${touch.number} became ${wordOfOutcome[touch.outcome]}`})];
     for (const one of [touch, touch.other].filter(Boolean).sort((a, b) => a.play - b.play)) {
       if (plays.length > 1)
-        parts.push(element("h3", {}, element("b", {class: `number n${one.play + 1}`, text: `${one.play + 1}`}), plays[one.play].name));
+        parts.push(element("h3", {}, playBadge(one.play), plays[one.play].name));
       parts.push(element("pre", {tabindex: "0", text: one.heading + one.details}));
     }
     if (plays.length > 1 && !touch.other)

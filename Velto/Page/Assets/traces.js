@@ -37,13 +37,11 @@ class Trace {
   }
 }
 
-// A row of traces with marks at values that mean something: [{value, text, colour}].
+// A row of traces with marks at values that mean something: [{value, text, colour}]. `times`, if they are set, are the
+// traces' own; else those of their plays' images.
 class TraceRow {
-  constructor(low, high, marks) {
-    this.low = low;
-    this.high = high;
-    this.marks = marks;
-    this.traces = [];
+  constructor(title, height, low, high, marks) {
+    Object.assign(this, {title, height, low, high, marks, traces: []});
   }
   add(trace, play = 0) {
     this.traces.push({trace, play});
@@ -56,7 +54,9 @@ class TraceRow {
       return Math.round(box.y + (1 - share) * (box.height - 3));
     };
   }
-  paint(picture, box, columnsOf, colours) {
+  paint(picture, box, {columns, colours, range, width}) {
+    const {times} = this;
+    const columnsOf = times ? [rowsByColumn(times, range.from, range.to, width, times[times.length - 1])] : columns;
     const scale = this.scaleIn(box), bottom = Math.round(box.y + box.height);
     const thickness = Math.max(1, Math.round(1.4 * (devicePixelRatio || 1)));
     for (const {trace, play} of this.traces) trace.paint(picture, columnsOf[play], scale, bottom, thickness, colours);
