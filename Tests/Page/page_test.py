@@ -108,8 +108,10 @@ class PageTest(unittest.TestCase):
                     self.assertEqual(sum(bool(group[2]) << i for i, group in enumerate(groups)), images["groupsOn"][row])
                     self.assertAlmostEqual(float(re.search(r"ts=([^,]+)", frame["touch"])[1]), float(images["touchScore"][row]),
                                            delta=2e-6)
-                    # The strongest is on if it is above the level that it had to exceed.
+                    # The strongest is on if it is above the level that it had to exceed, which is that of staying on if
+                    # it was on in the image before.
                     pixel, level = images["strongest"][row], float(images["onLevel"][row])
+                    self.assertEqual(level != level, row > 0 and bool(bits >> pixel & 1))
                     level = float(images["offLevel"][row]) if level != level else level
                     bits = images["padsOn"][row] | images["groupsOn"][row] << len(pads)
                     if level > 0:  # with a threshold below 0 all is the other way round
