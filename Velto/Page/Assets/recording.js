@@ -11,11 +11,11 @@ class RecordingPage {
     document.title = plays.map((play) => play.file).join(", ") + " – velto";
     this.pixelKind = "pads";
     this.maps = {};
-    this.chart = new Chart(plays, () => this.listTouches());
+    this.chart = new Chart(plays, () => this.list.showSoon(this.chart.selected));
     this.range = this.chart.range;
     this.view = new SurfacePicture(this.surface, this.map("pads").top);
     this.explanation = new Explanation();
-    this.list = new TouchList(plays.length > 1, (touch) => this.select(touch));
+    this.list = new TouchList(plays.length > 1, () => this.touchesInView(), (touch) => this.select(touch));
     this.traces = [signalRow(plays, this.surface), scoreRow(plays, this.surface)];
     this.lanes = laneRows(plays, this.changes);
     const keys = this.keys();
@@ -124,10 +124,9 @@ class RecordingPage {
     this.chart.changed();
     this.showCursor();
   }
-  listTouches() {
+  touchesInView() {
     const {from, to} = this.range;
-    const inView = this.plays.flatMap(({touches}) => touches.filter(({start, end}) => end >= from && start <= to));
-    this.list.show(inView.sort(byTime), this.chart.selected);
+    return this.plays.flatMap(({touches}) => touches.filter(({start, end}) => end >= from && start <= to)).sort(byTime);
   }
 
   // The cursor.

@@ -23,8 +23,9 @@ function signalRow(plays, surface) {
     [{value: surface.noise, text: `noise ${surface.noise}`, colour: "noise"}]);
   for (const {images, number} of [...plays].reverse())
     row.add(new Trace(images.signal, number ? "second" : "signal", number ? "line" : "area"), number);
-  const {onLevel, offLevel} = plays[0].images;
-  return row.add(new Trace(onLevel, "on", "bound")).add(new Trace(offLevel, "off", "bound"));
+  for (const {images, number} of plays)
+    row.add(new Trace(images.onLevel, "on", "bound"), number).add(new Trace(images.offLevel, "off", "bound"), number);
+  return row;
 }
 
 function scoreRow(plays, {scoreLimit, holdScore}) {

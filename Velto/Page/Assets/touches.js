@@ -3,8 +3,10 @@
 const mostListed = 200;
 
 class TouchList {
-  constructor(areTwo, select) {
+  // `touches()` are those that are listed.
+  constructor(areTwo, touches, select) {
     this.areTwo = areTwo;
+    this.touches = touches;
     this.select = select;
     this.only = element("input", {type: "checkbox", id: "only", change: () => this.update()});
     this.count = element("span", {class: "count"});
@@ -15,15 +17,14 @@ class TouchList {
   }
 
   // Later, when the chart rests.
-  show(touches, selected) {
-    this.touches = touches;
+  showSoon(selected) {
     this.selected = selected;
     clearTimeout(this.waiting);
     this.waiting = setTimeout(() => this.update(), 150);
   }
 
   update() {
-    const wanted = this.touches.filter((touch) => !this.only.checked || touch.outcome === "cancel");
+    const wanted = this.touches().filter((touch) => !this.only.checked || touch.outcome === "cancel");
     const more = wanted.length - mostListed;
     this.count.textContent = plural(wanted.length, "touch", "touches") + (more > 0 ? `, the first ${mostListed}` : "");
     this.list.replaceChildren(...wanted.slice(0, mostListed).map((touch) => {

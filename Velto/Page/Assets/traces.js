@@ -5,7 +5,7 @@
 const manyRows = 12;
 
 class Trace {
-  // `kind`: a line, a bound (nothing is shaded), or an area (all below is).
+  // `kind`: a line, a bound (nothing is shaded, and only that of the play that is shown), or an area (all below is).
   constructor(column, colour, kind = "line") {
     this.column = column;
     this.colour = colour;
@@ -54,12 +54,14 @@ class TraceRow {
       return Math.round(box.y + (1 - share) * (box.height - 3));
     };
   }
-  paint(picture, box, {columns, colours, range, width}) {
+  paint(picture, box, {columns, colours, range, width, shownPlay}) {
     const {times} = this;
     const columnsOf = times ? [rowsByColumn(times, range.from, range.to, width, times[times.length - 1])] : columns;
     const scale = this.scaleIn(box), bottom = Math.round(box.y + box.height);
     const thickness = Math.max(1, Math.round(1.4 * (devicePixelRatio || 1)));
-    for (const {trace, play} of this.traces) trace.paint(picture, columnsOf[play], scale, bottom, thickness, colours);
+    for (const {trace, play} of this.traces)
+      if (trace.kind !== "bound" || play === shownPlay)
+        trace.paint(picture, columnsOf[play], scale, bottom, thickness, colours);
     for (const {value, colour} of this.marks) {
       for (let x = 0, y = scale(value); x < picture.width; ++x)
         if ((x & 7) < 4) picture.words[y * picture.width + x] = colours.words[colour];
