@@ -20,7 +20,7 @@ function heatRows(plays, surface, kind) {
 function signalRow(plays, surface) {
   const top = Math.max(1, ...plays.map(({images}) => new Pyramid(images.signal).highest));
   const row = new TraceRow("strongest", 110, 0, top * 1.08,
-    [{value: surface.noise, text: `noise ${surface.noise}`, colour: "noise"}]);
+    [{value: surface.noise, text: `noise ${surface.noise}`, colour: "noise"}, {value: top, text: `${top}`, colour: "faint"}]);
   for (const {images, number} of [...plays].reverse())
     row.add(new Trace(images.signal, number ? "second" : "signal", number ? "line" : "area"), number);
   for (const {images, number} of plays)
@@ -40,7 +40,8 @@ function scoreRow(plays, {scoreLimit, holdScore}) {
 
 function accelRow({accel: {axes, time}}, title) {
   const most = Math.max(1e-3, ...axes.map((axis) => new Pyramid(axis.map(Math.abs)).highest));
-  const row = new TraceRow(title, 64, -most * 1.1, most * 1.1, [{value: 0, text: "0", colour: "soft"}]);
+  const row = new TraceRow(title, 64, -most * 1.1, most * 1.1, [{value: 0, text: "0", colour: "soft"},
+    {value: most, text: most.toFixed(2), colour: "faint"}, {value: -most, text: (-most).toFixed(2), colour: "faint"}]);
   axes.forEach((axis, i) => row.add(new Trace(axis, regionSequence[i])));
   row.times = time;
   return row;

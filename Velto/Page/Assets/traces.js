@@ -63,8 +63,9 @@ class TraceRow {
       if (trace.kind !== "bound" || play === shownPlay)
         trace.paint(picture, columnsOf[play], scale, bottom, thickness, colours);
     for (const {value, colour} of this.marks) {
-      for (let x = 0, y = scale(value); x < picture.width; ++x)
-        if ((x & 7) < 4) picture.words[y * picture.width + x] = colours.words[colour];
+      const at = scale(value) * picture.width;
+      for (let x = 0; x < picture.width; ++x) // below the lines
+        if ((x & 7) < 4 && picture.words[at + x] >>> 24 < 255) picture.words[at + x] = colours.words[colour];
     }
   }
 }
