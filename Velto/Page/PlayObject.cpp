@@ -1,5 +1,6 @@
 #include "Velto/Page/PlayObject.h"
 
+#include "Plugin/Shared/Keys.h"
 #include "Velto/Analysis/Members.h"
 #include "Velto/Analysis/Pairing.h"
 #include "Velto/Analysis/Replay.h"
@@ -9,6 +10,8 @@
 #include "Velto/Page/JSONText.h"
 
 #include <algorithm>
+#include <array>
+#include <list>
 #include <optional>
 
 #include <fmt/format.h>

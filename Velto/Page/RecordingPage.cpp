@@ -7,8 +7,8 @@
 #include "Velto/Page/PlayObject.h"
 #include "Velto/Surface/Geometry.h"
 
-#include <algorithm>
-#include <list>
+#include <array>
+#include <string_view>
 
 #include <fmt/format.h>
 
