@@ -29,6 +29,7 @@ struct Command {
 [[nodiscard]] Command makeCompareCommand(App& program);
 [[nodiscard]] Command makeTuneCommand(App& program);
 [[nodiscard]] Command makeExportCommand(App& program);
+[[nodiscard]] Command makePlotCommand(App& program);
 [[nodiscard]] Command makeStatsCommand(App& program);
 [[nodiscard]] Command makeRecoverCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);

@@ -29,6 +29,7 @@ constexpr std::array kCommands{
     Row{"Why", makeScoreCommand},            //
     Row{"Why", makeCompareCommand},          //
     Row{"Why", makeTuneCommand},             //
+    Row{"Why", makePlotCommand},             //
     Row{"Why", makeStatsCommand},            //
     Row{"Why", makeRecoverCommand},          //
     Row{"Why", makeExportCommand},           //

@@ -72,9 +72,9 @@ void addRecording(App& app, std::string& target) {
     app.offer(option, fileNames())->type_name("")->required();
 }
 
-void addOutput(App& app, std::string& target) {
+CLI::Option* addOutput(App& app, std::string& target) {
     CLI::Option* option = app.add_option("-o", target, "Where to write (default: standard output)");
-    app.offer(option, fileNames())->type_name("OUT");
+    return app.offer(option, fileNames())->type_name("OUT");
 }
 
 int forEachRecording(const std::vector<std::string>& paths, const std::string& work,

@@ -21,7 +21,7 @@ void addRecordings(App& app, std::vector<std::string>& target);
 void addRecording(App& app, std::string& target);
 
 // -o OUT: the file to write. Unset, the target is empty, which is the standard output.
-void addOutput(App& app, std::string& target);
+CLI::Option* addOutput(App& app, std::string& target);
 
 // Handles each recording as `forEachFile` does. A folder stands for its *.json files and those of its subfolders, in
 // byte order of their paths, which begin with the folder as it was given; links to folders are not followed. A folder

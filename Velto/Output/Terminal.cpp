@@ -5,6 +5,7 @@
 #include "Velto/Output/Files.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -19,12 +20,14 @@ namespace {
 
 constexpr const char* kWipedLine = "\r\x1b[K";
 
+std::atomic<bool> areColoursLeftOut = false;
+
 bool coloursAreWanted() {
     static const bool wanted = [] {
         const char* noColour = std::getenv("NO_COLOR");
         return (noColour == nullptr || *noColour == '\0') && standardOutputIsTerminal();
     }();
-    return wanted;
+    return wanted && !areColoursLeftOut;
 }
 
 // The character that a well-formed sequence stands for.
@@ -113,6 +116,8 @@ std::string printable(std::string_view text) {
 }
 
 bool standardOutputIsTerminal() noexcept { return ::isatty(STDOUT_FILENO) != 0; }
+
+void leaveOutColours() noexcept { areColoursLeftOut = true; }
 
 std::string coloured(Colour colour, std::string_view text) {
     if (colour == Colour::Plain || !coloursAreWanted())

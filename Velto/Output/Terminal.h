@@ -35,4 +35,7 @@ void complain(std::string_view subject, std::string_view message);
 enum class Colour { Plain, Bold, Green, Yellow, Red };
 [[nodiscard]] std::string coloured(Colour colour, std::string_view text);
 
+// From now on nothing is coloured: what is written goes elsewhere.
+void leaveOutColours() noexcept;
+
 } // namespace VeltoTouch::Velto

@@ -1,0 +1,139 @@
+#include "Velto/Analysis/Pairing.h"
+#include "Velto/Analysis/TouchObserver.h"
+#include "Velto/Analysis/WouldBe.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Options/KeyOptions.h"
+#include "Velto/Options/PlayOptions.h"
+#include "Velto/Options/RecordingFiles.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
+#include "Velto/Output/TouchText.h"
+#include "Velto/Page/RecordingPage.h"
+
+#include <algorithm>
+#include <iterator>
+#include <list>
+#include <memory>
+#include <optional>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using namespace Analysis;
+
+struct Options {
+    std::string file;
+    std::string second; // empty: none
+    std::vector<Setting> settings;
+    std::vector<Setting> b; // of the second play, beyond those of both
+    std::optional<double> fromSeconds;
+    std::optional<double> toSeconds;
+    bool wouldBe = false;
+    std::string output; // empty: standard output
+
+    [[nodiscard]] std::vector<Setting> secondSettings() const {
+        std::vector<Setting> both;
+        std::ranges::copy_if(settings, std::back_inserter(both), [this](const Setting& setting) {
+            return std::ranges::find(b, setting.key, &Setting::key) == b.end();
+        });
+        both.insert(both.end(), b.begin(), b.end());
+        return both;
+    }
+};
+
+void requireOneSecondPlay(const Options& options) {
+    if (!options.second.empty() && !options.b.empty())
+        throw CLI::ValidationError("--b", "there is a second play already: SECOND");
+    if (options.fromSeconds && options.toSeconds && *options.fromSeconds >= *options.toSeconds)
+        throw CLI::ValidationError("--to", "a later time than that of --from is wanted");
+}
+
+std::uint64_t nsOf(double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); }
+
+Page::Range rangeOf(const Options& options) {
+    Page::Range range;
+    if (options.fromSeconds)
+        range.fromNs = nsOf(*options.fromSeconds);
+    if (options.toSeconds)
+        range.toNs = nsOf(*options.toSeconds);
+    return range;
+}
+
+Page::Play play(const Options& options, const std::string& file, PipelineRecording& recording,
+                const std::vector<Setting>& settings) {
+    const Track track(recording.frames());
+    Page::Play play{.file = file,
+                    .recording = recording,
+                    .settings = settings,
+                    .touches = touchesOf(track, settings, TouchObserver::Contributions::Follow),
+                    .labels = labelsOf(recording.frames()),
+                    .texts = {}};
+    const Page::Range range = rangeOf(options);
+    std::vector<Touch*> shown;
+    Typicals typicals;
+    for (Touch& touch : play.touches) {
+        typicals.add(touch);
+        if (range.holds(touch.startNs, touch.endNs))
+            shown.push_back(&touch);
+    }
+    if (options.wouldBe)
+        findAlternatives(track, settings, shown);
+    const std::vector<const Label*> labels = labelsByTouch(play.labels, play.touches);
+    for (const Touch& touch : play.touches)
+        play.texts.push_back(
+            {.heading = touchHeading(touch, labels[touch.number - 1]), .details = touchDetails(touch, typicals)});
+    return play;
+}
+
+int plot(const Options& options) {
+    warnOfDoubtfulSettings(options.settings);
+    warnOfDoubtfulSettings(options.b);
+    leaveOutColours();
+    if (!isStandardOutput(options.output))
+        requireWritable(options.output);
+    std::list<PipelineRecording> recordings;
+    std::vector<Page::Play> plays;
+    std::string page;
+    std::vector<std::string> files{options.file};
+    if (!options.second.empty())
+        files.push_back(options.second);
+    const int status = forEachFile(files, [&](const std::string& file) {
+        PipelineRecording& recording = recordings.emplace_back(loadRecording(file));
+        plays.push_back(play(options, file, recording, options.settings));
+        if (!options.b.empty())
+            plays.push_back(play(options, file, recording, options.secondSettings()));
+        if (recordings.size() == files.size())
+            page = Page::recordingPage(plays, rangeOf(options));
+    });
+    if (status != 0)
+        return status;
+    return forEachFile({options.output}, [&page](const std::string& output) { writeFile(output, page); });
+}
+
+} // namespace
+
+Command makePlotCommand(App& program) {
+    const auto options = std::make_shared<Options>();
+    App* app = program.addCommand("plot",
+                                  {"velto plot gestures.json -o gestures.html",
+                                   "velto plot gestures.json --b Pipeline.Algs.ActivationThreshold=160 -o both.html"},
+                                  "Draws a recording as a page for a browser: the pads over time, what the\n"
+                                  "recognizer made of them, and why each touch became what it became.\n"
+                                  "\n"
+                                  "The page is one file that asks no network for anything. A second recording, or\n"
+                                  "the same with other settings, lies over the first.");
+    addRecording(*app, options->file);
+    app->offer(app->add_option("SECOND", options->second, "A recording that lies over it"), fileNames())->type_name("");
+    addPlayedSettings(*app, options->settings);
+    addSettings(*app, options->b, KeyScope::Pipeline,
+                "A setting of a second play, beyond those of --set; may be given several times", "--b")
+        ->allow_extra_args(false);
+    addSeconds(*app, "--from", options->fromSeconds, "Show nothing before this time of the recording");
+    addSeconds(*app, "--to", options->toSeconds, "Show nothing after this time of the recording");
+    app->add_flag("--would-be", options->wouldBe, "Find for every touch shown the settings that would change it");
+    addOutput(*app, options->output)->description("Where to write the page")->required();
+    app->callback([options] { requireOneSecondPlay(*options); });
+    return {app, [options] { return plot(*options); }};
+}
+
+} // namespace VeltoTouch::Velto

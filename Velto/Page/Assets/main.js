@@ -1,0 +1,23 @@
+// What the data is decides which page it becomes.
+
+const pages = {
+  recording: async (data) => {
+    const page = new RecordingPage(data, await Promise.all(data.plays.map(readPlay)));
+    page.chart.draw();
+    page.range.readAddress();
+    return page;
+  },
+};
+
+async function showPage() {
+  const block = document.getElementById("data");
+  const data = JSON.parse(block.textContent);
+  block.remove(); // its text is as large as the file
+  await pages[data.kind](data);
+  document.documentElement.dataset.ready = Math.round(performance.now());
+}
+
+showPage().catch((error) => {
+  document.getElementById("page").prepend(element("p", {text: `This page cannot be shown: ${error.message}`}));
+  throw error;
+});

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Platform/JSON.h"
+
+#include <string>
+#include <string_view>
+
+namespace VeltoTouch::Page {
+
+[[nodiscard]] inline std::string quoted(std::string_view text) {
+    std::string json;
+    JSON::appendString(json, text);
+    return json;
+}
+
+// An array of what `textOf` returns for each item; nothing for an empty text.
+template <class Items, class TextOf>
+[[nodiscard]] std::string arrayOf(const Items& items, const TextOf& textOf) {
+    std::string json = "[";
+    for (const auto& item : items) {
+        const std::string text = textOf(item);
+        if (text.empty())
+            continue;
+        json += json.size() > 1 ? "," : "";
+        json += text;
+    }
+    return json + "]";
+}
+
+} // namespace VeltoTouch::Page
