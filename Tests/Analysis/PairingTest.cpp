@@ -48,6 +48,7 @@ const Row kRows[]{
     {"SecondBestIsLeft", {{100, 200}, {300, 400}}, {{210, 340}, {341, 420}}, "1 2"},
     {"LongTouchBeforeShortOnes", {{100, 110}, {900, 910}}, {{0, 2000}, {890, 920}}, "1 2"},
     {"NoTouch", {{100, 200}}, {}, "-"},
+    {"GivesWayAndMovesOn", {{0, 1000}, {100, 2000}}, {{0, 400}, {500, 1400}}, "1 2"},
 };
 
 TEST_P(PairingTest, PairsOneToOne) {
@@ -59,6 +60,18 @@ TEST_P(PairingTest, PairsOneToOne) {
 }
 INSTANTIATE_TEST_SUITE_P(Windows, PairingTest, testing::ValuesIn(kRows),
                          [](const auto& row) { return row.param.name; });
+
+// Windows of weeks: each label could have every touch.
+TEST(PairingOfMany, GivesEachLabelTheLongestThatIsLeft) {
+    std::vector<Span> spans(600, Span{0, 4'233'600'000});
+    const auto labels = made<Label>(spans);
+    for (std::size_t i = 0; i < spans.size(); ++i)
+        spans[i] = {1000 * i, 1000 * i + 100 + i}; // the later the longer
+    const auto touches = made<Touch>(spans);
+    const auto paired = pair(labels, touches);
+    for (std::size_t i = 0; i < spans.size(); ++i)
+        ASSERT_EQ(600 - i, paired[i]->number);
+}
 
 } // namespace
 } // namespace VeltoTouch::Tests

@@ -120,8 +120,7 @@ Events replayed(const std::list<Frame>& frames, const Setting& setting) {
 }
 
 std::string faultOf(const Touch& touch) {
-    const bool isGesture = touch.outcome == Outcome::Tap || touch.outcome == Outcome::Hold;
-    if (isGesture != hasGesture(touch.events, touch))
+    if (isGesture(touch) != hasGesture(touch.events, touch))
         return "outcome and events differ";
     if ((touch.outcome == Outcome::Cancel) != touch.reason().has_value())
         return "a reason where there is none, or none where there is one";

@@ -17,31 +17,35 @@ namespace VeltoTouch::Analysis {
 struct LabelledTouches {
     std::vector<Touch> touches = {};               // in time order
     std::vector<std::optional<Label>> labels = {}; // by touch: what was meant by it
+    bool isLabelled = false;                       // the recording has labels: by all other touches nothing was meant
 };
 
 // Pairs labels and touches (Pairing.h).
 [[nodiscard]] LabelledTouches labelled(const std::vector<Label>& labels, std::vector<Touch> touches);
 
-//   Fixed    the label's result (Score.h) became right: found or quiet
-//   Broken   it was right and no longer is
+//   Fixed    the label's result (Score.h) became right: found or quiet; or a stray is no more
+//   Broken   the result was right and no longer is; or a stray is new
 //   Other    neither, but the outcome or the region is another
+//
+// A stray is a tap or hold without a label in a recording that has labels. So what was fixed less what was broken is
+// the cost (Tuning.h) of the first play less that of the second.
 enum class Change : std::uint8_t { Same, Fixed, Broken, Other };
 inline constexpr std::array<std::string_view, 4> kChangeNames{"same", "fixed", "broken", "other"};
 [[nodiscard]] constexpr std::string_view nameOf(Change change) noexcept {
     return kChangeNames[static_cast<std::size_t>(change)];
 }
 
-// A touch of the first play and the touch of the second that overlaps it most. They point into what was compared.
+// The touches that were paired with a label, or a touch of the first play without a label and the touch of the second
+// that overlaps it most. They point into what was compared.
 struct ComparedTouch {
     Change change = Change::Same;
-    const Label* label = nullptr; // what was meant; null if that is not known
+    const Label* label = nullptr; // what was meant; null if that is not known, or nothing
     const Touch* a = nullptr;     // null: the first play has no such touch
     const Touch* b = nullptr;
 };
 
-// Compares two plays of a recording: each touch of `a` in order, then those of `b` that belong to none of `a`, or whose
-// label had no touch in `a` and was not looked at yet. A label is judged once, by the touches that were paired with it
-// on either side. Labels of equal index are the same.
+// Compares two plays of a recording, in time order: each label that has a touch in either, and each touch without one.
+// Labels of equal index are the same.
 [[nodiscard]] std::vector<ComparedTouch> compare(const LabelledTouches& a, const LabelledTouches& b);
 
 } // namespace VeltoTouch::Analysis

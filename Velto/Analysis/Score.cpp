@@ -9,8 +9,6 @@
 namespace VeltoTouch::Analysis {
 namespace {
 
-bool isGesture(const Touch& touch) noexcept { return touch.outcome == Outcome::Tap || touch.outcome == Outcome::Hold; }
-
 const TouchEvent* firstEvent(const Touch& touch, GestureKind kind) {
     const auto event = std::ranges::find(touch.events, kind, &TouchEvent::kind);
     return event == touch.events.end() ? nullptr : &*event;
@@ -48,6 +46,14 @@ std::optional<double> delayMsOf(const Label& label, const Touch& touch) {
         return std::nullopt;
     const auto from = static_cast<std::int64_t>(isTap ? label.endNs : label.startNs);
     return static_cast<double>(static_cast<std::int64_t>(event->ns) - from) / 1e6;
+}
+
+// What made a touch a hold or kept it from being one.
+std::optional<Check> decisionOn(const Touch& touch) {
+    const auto fork = std::ranges::find(touch.checks, Rule::HoldTimeout, &Check::rule);
+    const bool isDecisive =
+        fork != touch.checks.end() && (fork->value > fork->bound) == (touch.outcome == Outcome::Hold);
+    return isDecisive ? std::optional(*fork) : std::nullopt;
 }
 
 // What gave the touch its region when it was decided.
@@ -97,6 +103,10 @@ RecordingScore scoreOf(const std::vector<Label>& labels, const std::vector<Touch
                 one.delayMs = delayMsOf(label, *touch);
             else if (one.result == Result::WrongRegion)
                 one.movedBy = movedBy(*touch);
+            else if (one.result == Result::WrongKind) {
+                one.became = touch->outcome;
+                one.decidedBy = decisionOn(*touch);
+            }
         }
         score.labels.push_back(std::move(one));
     }

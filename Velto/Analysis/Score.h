@@ -49,6 +49,8 @@ struct LabelScore {
     std::optional<std::size_t> touch = {}; // number of the touch that was paired with it
     std::optional<Rule> reason = {};       // why the touch became no gesture
     std::optional<MovedBy> movedBy = {};   // what moved the region, if it is wrong
+    std::optional<Outcome> became = {};    // the other kind, if it is wrong
+    std::optional<Check> decidedBy = {};   // the check that made it so; none if a setting changed within the touch
     std::optional<double> delayMs = {};    // if found: from the label's start to the hold, from its end to the tap
 };
 
@@ -102,7 +104,9 @@ public:
     // Gestures that should not be: false ones and strays; nothing per hour of no time.
     [[nodiscard]] std::uint64_t falseGestures() const noexcept { return _counts.of(Result::False) + _strays; }
     [[nodiscard]] std::optional<double> falsePerHour() const noexcept;
-    // Found of those meant as tap, hold or slide; 1 without any.
+    // Labels of a tap, hold or slide.
+    [[nodiscard]] std::uint64_t meant() const noexcept { return _meant; }
+    // Found of those meant; 1 without any.
     [[nodiscard]] double recall() const noexcept;
     // Nearest rank; nothing without any.
     [[nodiscard]] std::optional<Delays> holdDelays() const { return delaysOf(_holdDelaysMs); }

@@ -134,6 +134,10 @@ struct Touch {
     }
 };
 
+[[nodiscard]] inline bool isGesture(const Touch& touch) noexcept {
+    return touch.outcome == Outcome::Tap || touch.outcome == Outcome::Hold;
+}
+
 // A stretch above noise, outside of touches, in which something reached half of the level that it had to exceed, and
 // nothing turned on.
 struct WeakContact {

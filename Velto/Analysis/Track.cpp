@@ -50,6 +50,11 @@ Track::Track(const std::list<Frame>& frames) {
     }
 }
 
+bool Track::writes(std::string_view key) const noexcept {
+    const auto own = Keys::belowAlgs(key);
+    return own && std::ranges::find(_writes, *own, &Setting::key) != _writes.end();
+}
+
 void Track::play(const std::vector<Setting>& settings, const FrameHandler& handleFrame) const {
     Algs algs;
     std::vector<std::string> written;

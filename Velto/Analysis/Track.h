@@ -9,6 +9,7 @@
 #include <functional>
 #include <list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace VeltoTouch::Analysis {
@@ -38,6 +39,9 @@ public:
     // writes of their keys are left out; keys that are not the recognizer's do nothing. `handleFrame` is called for
     // every image and reset, on the caller's thread; what it throws ends the play.
     void play(const std::vector<Setting>& settings, const FrameHandler& handleFrame) const;
+
+    // Whether the recording itself writes a setting of the recognizer. `key` is the full one.
+    [[nodiscard]] bool writes(std::string_view key) const noexcept;
 
     [[nodiscard]] std::size_t imageCount() const noexcept { return _imageCount; }
     // From the recording's first frame to its last.

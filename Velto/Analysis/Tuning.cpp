@@ -4,6 +4,9 @@
 #include "Velto/Analysis/TouchObserver.h"
 
 #include <algorithm>
+#include <array>
+#include <map>
+#include <numeric>
 
 namespace VeltoTouch::Analysis {
 namespace {
@@ -40,12 +43,36 @@ std::vector<Setting> merged(const std::vector<Setting>& present, const std::vect
     return settings;
 }
 
-// Whether `other` is nowhere worse and somewhere better.
-bool isBeaten(const Faults& point, const Faults& other) {
-    const std::uint64_t pointFalse = point.isFalse + point.stray;
-    const std::uint64_t otherFalse = other.isFalse + other.stray;
-    const bool isNowhereWorse = other.missed <= point.missed && other.wrong <= point.wrong && otherFalse <= pointFalse;
-    return isNowhereWorse && (other.missed < point.missed || other.wrong < point.wrong || otherFalse < pointFalse);
+// What points are weighed by.
+using Weights = std::array<std::uint64_t, 3>;
+Weights weightsOf(const Faults& faults) { return {faults.missed, faults.wrong, faults.isFalse + faults.stray}; }
+
+// Which points no other beats: one that is nowhere worse and somewhere better. In the order of missed, wrong and false,
+// only those before a point can beat it. Of them, few are not beaten in wrong and false: `steps` has their false by
+// wrong, falling as wrong rises.
+std::vector<bool> frontOf(const std::vector<Faults>& points) {
+    std::vector<std::size_t> order(points.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::sort(order, {}, [&points](std::size_t i) { return weightsOf(points[i]); });
+    std::vector<bool> isOnFront(points.size());
+    std::map<std::uint64_t, std::uint64_t> steps;
+    for (std::size_t k = 0; k < order.size(); ++k) {
+        const Weights weights = weightsOf(points[order[k]]);
+        if (k > 0 && weights == weightsOf(points[order[k - 1]])) { // equals do not beat each other
+            isOnFront[order[k]] = isOnFront[order[k - 1]];
+            continue;
+        }
+        const auto [missed, wrong, falseOnes] = weights;
+        const auto next = steps.upper_bound(wrong);
+        isOnFront[order[k]] = next == steps.begin() || std::prev(next)->second > falseOnes;
+        if (!isOnFront[order[k]])
+            continue;
+        const auto step = steps.insert_or_assign(wrong, falseOnes).first;
+        auto beaten = std::next(step);
+        while (beaten != steps.end() && beaten->second >= falseOnes)
+            beaten = steps.erase(beaten);
+    }
+    return isOnFront;
 }
 
 std::vector<Faults> sumOf(const std::vector<std::vector<Faults>>& recordings, std::size_t folds, std::size_t leftOut) {
@@ -105,7 +132,7 @@ Tuned tuned(const std::vector<std::vector<Faults>>& recordings, std::size_t fold
         return result;
     if (const std::size_t best = bestOf(sum); best + 1 < sum.size())
         result.best = best;
-    if (folds > 1) {
+    if (folds > 1 && recordings.size() > 1) {
         std::uint64_t heldOut = 0;
         for (std::size_t fold = 0; fold < folds; ++fold) {
             const std::size_t chosen = bestOf(sumOf(recordings, folds, fold));
@@ -116,9 +143,7 @@ Tuned tuned(const std::vector<std::vector<Faults>>& recordings, std::size_t fold
     }
     result.present = sum.back();
     sum.pop_back();
-    for (const Faults& point : sum)
-        result.isOnFront.push_back(
-            std::ranges::none_of(sum, [&point](const Faults& other) { return isBeaten(point, other); }));
+    result.isOnFront = frontOf(sum);
     result.points = std::move(sum);
     return result;
 }

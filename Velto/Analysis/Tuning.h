@@ -48,17 +48,18 @@ struct LabelledTrack {
 
 struct Tuned {
     std::vector<Faults> points; // over all recordings, in the grid's order
-    std::vector<bool>
-        isOnFront; // no other point is better in one of missed, wrong and false, and as good in the others
+    // No other point is at least as good in missed, wrong and (false + stray), and better in one of them.
+    std::vector<bool> isOnFront;
     std::optional<std::size_t> best; // place of the best point; none if the present settings are as good as any
     Faults present;
     // Cost of the recordings of each fold at the point that is best on the others, in sum; none without folds. The
-    // present settings are chosen on nothing: their held-out cost is their cost.
+    // present settings are chosen on nothing: their held-out cost is their cost. Nor is there one for one recording.
     std::optional<std::uint64_t> heldOutCost;
 };
 
 // Chooses. `recordings` are the faults of each recording, its last element at the present settings, those before at
-// the points. Recording i belongs to fold i modulo `folds`; fewer than 2 are none. Of equals the first point is best.
+// the points. Recording i belongs to fold i modulo `folds`, so that fewer recordings are each a fold; fewer than 2
+// folds are none. Of equals the first point is best.
 [[nodiscard]] Tuned tuned(const std::vector<std::vector<Faults>>& recordings, std::size_t folds);
 
 } // namespace VeltoTouch::Analysis

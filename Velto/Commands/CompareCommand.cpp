@@ -76,14 +76,19 @@ int compareSettings(const Options& options) {
 class Results {
 public:
     void read(const std::string& path, LabelledTouches Plays::*side) {
+        bool hasTouch = false;
         forEachLine(path, [&](std::string_view line) {
             auto touch = readTouchLine(line);
             if (!touch)
                 return;
+            hasTouch = true;
             LabelledTouches& touches = playsOf(touch->file).*side;
+            touches.isLabelled |= touch->label.has_value();
             touches.touches.push_back(std::move(touch->touch));
             touches.labels.push_back(std::move(touch->label));
         });
+        if (!hasTouch) // as of recordings without any, or of a command that failed
+            complain(path, "no touch is in it");
     }
 
     [[nodiscard]] const std::vector<std::pair<std::string, Plays>>& recordings() const noexcept { return _recordings; }
@@ -103,6 +108,10 @@ private:
 int compareResults(const Options& options) {
     if (options.paths.size() != 2) {
         complain("compare", "--a or --b is wanted, or two results of velto explain --jsonl");
+        return kWrongUsage;
+    }
+    if (options.paths[0] == "-" && options.paths[1] == "-") {
+        complain("compare", "the standard input can be one of the two results, not both");
         return kWrongUsage;
     }
     Results results;
@@ -127,6 +136,9 @@ Command makeCompareCommand(App& program) {
                                    "velto compare before.jsonl after.jsonl"},
                                   "Says which touches become something else with other settings: what is\n"
                                   "fixed, what is broken, and why.\n"
+                                  "\n"
+                                  "In a recording with labels nothing was meant by a touch without one: a tap\n"
+                                  "or hold of such a touch that goes is fixed, one that comes is broken.\n"
                                   "\n"
                                   "Without settings, PATHs are two results of velto explain --jsonl, of the\n"
                                   "same recordings.");

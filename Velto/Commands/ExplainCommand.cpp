@@ -164,8 +164,11 @@ Command makeExplainCommand(App& program) {
                                   "that would have made it something else.");
     addRecordings(*app, options->paths);
     CLI::Option* touch = addNumber(*app, "--touch", options->touch, "Only this touch, counted from 1", std::size_t{1});
-    addSeconds(*app, "--at", options->atSeconds, "Only the touch at this time of the recording")->excludes(touch);
-    app->add_flag("--rejected", options->rejected, "Only touches that became no gesture");
+    CLI::Option* at = addSeconds(*app, "--at", options->atSeconds, "Only the touch at this time of the recording");
+    at->excludes(touch);
+    app->add_flag("--rejected", options->rejected, "Only touches that became no gesture")
+        ->excludes(touch)
+        ->excludes(at);
     app->add_flag("--weak", options->weak, "Contacts too weak to be touches, too");
     app->add_flag("--would-be", options->wouldBe, "Find for every touch shown the settings that would change it");
     addPlayedSettings(*app, options->settings);

@@ -83,7 +83,8 @@ Command makeRecoverCommand(App& program) {
     app->offer(output, fileNames())->type_name("OUT")->required()->check([](const std::string& path) {
         return path.empty() || isStandardOutput(path) ? "a file is wanted" : "";
     });
-    app->add_flag("--jsonl", options->jsonl, "JSON Lines: one that says what was saved and what was lost");
+    app->add_flag("--jsonl", options->jsonl,
+                  "JSON Lines: one that says what was saved and what was lost; toByte is the first byte that is not");
     return {app, [options] { return recover(*options); }};
 }
 

@@ -13,8 +13,6 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;
-
 struct Options {
     std::string file;
     bool isFrameWanted = false; // otherwise every frame

@@ -19,8 +19,6 @@ namespace {
 
 using Analysis::Replay;
 
-constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;
-
 struct Options {
     std::vector<std::string> paths;
     std::vector<Setting> settings;

@@ -132,21 +132,24 @@ struct ReadShard {
     Shard shard;
 };
 
-ReadShard readShard(const std::string& file) {
+// Returns none for a result that is not whole, which it reports.
+std::optional<ReadShard> readShard(const std::string& file) {
     ReadShard read;
     ScoreReader reader;
     forEachLine(file, [&](std::string_view line) {
         if (auto recording = reader.read(line))
             read.recordings.push_back(*std::move(recording));
     });
-    if (!reader.shard())
-        throw std::invalid_argument("no whole result of velto score --jsonl");
+    if (const std::string missing = reader.missing(); !missing.empty()) {
+        complain(file, missing);
+        return std::nullopt;
+    }
     read.shard = *reader.shard();
     return read;
 }
 
-// Sorts the shards by their numbers. Returns whether they are all of one run.
-bool areWhole(std::vector<ReadShard>& shards) {
+// Sorts the shards by their numbers. Returns whether they are all shards of one run.
+bool areAllOfOneRun(std::vector<ReadShard>& shards) {
     std::ranges::sort(shards, {}, [](const ReadShard& each) { return each.shard.number; });
     for (std::size_t i = 0; i < shards.size(); ++i) {
         const Shard& shard = shards[i].shard;
@@ -158,11 +161,15 @@ bool areWhole(std::vector<ReadShard>& shards) {
 
 int mergeShards(const Options& options) {
     std::vector<ReadShard> shards;
-    const int status =
-        forEachFile(options.paths, [&shards](const std::string& file) { shards.push_back(readShard(file)); });
+    const int status = forEachFile(options.paths, [&shards](const std::string& file) {
+        if (auto shard = readShard(file))
+            shards.push_back(*std::move(shard));
+    });
     if (status != 0)
         return status;
-    if (!areWhole(shards)) {
+    if (shards.size() < options.paths.size())
+        return kWrongUsage; // already reported
+    if (!areAllOfOneRun(shards)) {
         complain("--merge", fmt::format("all {} shards of one run are wanted", shards.front().shard.of));
         return kWrongUsage;
     }
@@ -199,13 +206,16 @@ void addBounds(App& app, Options& options) {
         ->type_name("N");
 }
 
-void addShards(App& app, Options& options) {
+// What would have no effect on results that are there is wrong usage.
+void addShards(App& app, Options& options, CLI::Option* settings, CLI::Option* jobs) {
     CLI::Option* shard = app.add_option_function<std::string>(
         "--shard", [&options](const std::string& text) { options.shard = parseShard(text); },
         "Only every N-th recording, from the K-th on; for batch engines");
     shard->type_name("K/N");
     app.add_flag("--merge", options.merge, "PATHs are the --jsonl results of all shards; print what one run would")
-        ->excludes(shard);
+        ->excludes(shard)
+        ->excludes(settings)
+        ->excludes(jobs);
 }
 
 } // namespace
@@ -217,10 +227,10 @@ Command makeScoreCommand(App& program) {
         "Compares the gestures of labelled recordings with what was meant: what was\n"
         "found, missed, wrong or false, and how long the decisions took.");
     addRecordings(*app, options->paths);
-    addPlayedSettings(*app, options->settings);
-    addJobs(*app, options->jobs);
+    CLI::Option* settings = addPlayedSettings(*app, options->settings);
+    CLI::Option* jobs = addJobs(*app, options->jobs);
     addBounds(*app, *options);
-    addShards(*app, *options);
+    addShards(*app, *options, settings, jobs);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines");
     return {app, [options] { return options->merge ? mergeShards(*options) : scoreRecordings(*options); }};
 }

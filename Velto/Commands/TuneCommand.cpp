@@ -10,6 +10,7 @@
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 
+#include <algorithm>
 #include <iterator>
 #include <memory>
 
@@ -32,29 +33,44 @@ struct Options {
     bool jsonl = false;
 };
 
-// What the present settings have for the swept keys: what --set says, else the default.
-std::vector<Setting> presentOf(const Options& options) {
-    std::vector<Setting> present;
-    for (const Sweep& sweep : options.sweeps) {
-        const auto given = std::ranges::find(options.settings, sweep.key, &Setting::key);
-        present.push_back(
-            {.key = sweep.key,
-             .value = given != options.settings.end() ? given->value : defaultOf(*settingUnder(sweep.key))});
-    }
-    return present;
+// A recording, played at every point.
+struct Played {
+    std::vector<Faults> faults;
+    std::vector<bool> writes; // by sweep: whether it writes the setting itself
+    bool hasLabels;
+};
+
+Played play(const Options& options, const std::vector<std::vector<Setting>>& points, const std::string& file) {
+    const PipelineRecording recording = loadRecording(file);
+    const LabelledTrack labelled{.track = Track(recording.frames()), .labels = labelsOf(recording.frames())};
+    Played played{
+        .faults = faultsAt(points, options.settings, labelled), .writes = {}, .hasLabels = !labelled.labels.empty()};
+    for (const Sweep& sweep : options.sweeps)
+        played.writes.push_back(labelled.track.writes(sweep.key));
+    return played;
 }
 
-std::vector<Faults> faultsOf(const Options& options, const std::vector<std::vector<Setting>>& points,
-                             const std::string& file) {
-    const PipelineRecording recording = loadRecording(file);
-    return faultsAt(points, options.settings,
-                    {.track = Track(recording.frames()), .labels = labelsOf(recording.frames())});
+// What the present settings have for the swept keys: what --set says, else the default; no value where a recording
+// writes its own.
+std::vector<Setting> presentOf(const Options& options, const std::vector<bool>& areWritten) {
+    std::vector<Setting> present;
+    for (std::size_t i = 0; i < options.sweeps.size(); ++i) {
+        const std::string& key = options.sweeps[i].key;
+        const auto given = std::ranges::find(options.settings, key, &Setting::key);
+        const bool isGiven = given != options.settings.end();
+        present.push_back({.key = key,
+                           .value = isGiven         ? given->value
+                                    : areWritten[i] ? Ref<Value>()
+                                                    : defaultOf(*settingUnder(key))});
+    }
+    return present;
 }
 
 std::string settingsObject(const std::vector<Setting>& settings) {
     std::string text;
     for (const Setting& setting : settings)
-        text += fmt::format(R"({}"{}":{})", text.empty() ? "" : ",", setting.key, shortText(setting.value.get()));
+        text += fmt::format(R"({}"{}":{})", text.empty() ? "" : ",", setting.key,
+                            setting.value ? shortText(setting.value.get()) : "null");
     return '{' + text + '}';
 }
 
@@ -62,7 +78,7 @@ std::string settingsText(const std::vector<Setting>& settings) {
     std::string text;
     for (const Setting& setting : settings)
         text += fmt::format("{}{}={}", text.empty() ? "" : "  ", setting.key.substr(setting.key.rfind('.') + 1),
-                            shortText(setting.value.get()));
+                            setting.value ? shortText(setting.value.get()) : "(as recorded)");
     return text;
 }
 
@@ -72,6 +88,7 @@ struct Answer {
     std::vector<std::vector<Setting>> points;
     std::vector<Setting> present;
     Tuned tuned;
+    bool isOneFold; // folds were asked for, and there is one recording
 
     [[nodiscard]] const std::vector<Setting>& bestSettings() const {
         return tuned.best ? points[*tuned.best] : present;
@@ -121,6 +138,8 @@ std::string asText(const Answer& answer) {
     text += tuned.best ? coloured(Colour::Green, "\nbest: " + settingsText(answer.bestSettings())) +
                              fmt::format(", cost {} in place of {}\n", answer.bestFaults().cost(), tuned.present.cost())
                        : std::string("\nthe present settings are best: no point costs less\n");
+    if (answer.isOneFold)
+        text += "one recording has none beside it to choose on: no cost on others\n";
     if (tuned.heldOutCost)
         text += fmt::format("on recordings that were not chosen on: cost {}, with the present settings {}\n",
                             *tuned.heldOutCost, tuned.present.cost());
@@ -129,17 +148,29 @@ std::string asText(const Answer& answer) {
 
 int tune(const Options& options) {
     warnOfDoubtfulSettings(options.settings);
-    Answer answer{.points = gridOf(options.sweeps), .present = presentOf(options), .tuned = {}};
-    std::vector<std::vector<Setting>> played = answer.points;
-    played.emplace_back(); // the present settings
+    const std::vector<std::vector<Setting>> points = gridOf(options.sweeps);
+    std::vector<std::vector<Setting>> withPresent = points;
+    withPresent.emplace_back();
     std::vector<std::vector<Faults>> recordings;
+    std::vector<bool> areWritten(options.sweeps.size());
+    bool areLabelled = false;
     const int status = forEachRecordingInOrder(
         options.paths, options.jobs, "tuning on",
-        [&](const std::string& file) { return faultsOf(options, played, file); },
-        [&](const std::string&, std::vector<Faults> faults) { recordings.push_back(std::move(faults)); });
+        [&](const std::string& file) { return play(options, withPresent, file); },
+        [&](const std::string&, Played played) {
+            recordings.push_back(std::move(played.faults));
+            for (std::size_t i = 0; i < areWritten.size(); ++i)
+                areWritten[i] = areWritten[i] || played.writes[i];
+            areLabelled |= played.hasLabels;
+        });
     if (recordings.empty())
         return status;
-    answer.tuned = tuned(recordings, options.folds);
+    if (!areLabelled)
+        complain("tune", "no recording has labels: nothing was meant, and every gesture counts as a stray");
+    const Answer answer{.points = points,
+                        .present = presentOf(options, areWritten),
+                        .tuned = tuned(recordings, options.folds),
+                        .isOneFold = options.folds > 1 && recordings.size() == 1};
     writeStandardOutput(options.jsonl ? asLines(answer) : asText(answer));
     return status;
 }
@@ -154,7 +185,10 @@ Command makeTuneCommand(App& program) {
         "which go wrong least often.\n"
         "\n"
         "With folds, points are also chosen on some of the recordings and tried on the\n"
-        "others: that cost says what to expect of recordings still to come.");
+        "others: that cost says what to expect of recordings still to come.\n"
+        "\n"
+        "The present settings are those of --set, else the defaults, but where a\n"
+        "recording writes one itself: then they are as recorded.");
     addRecordings(*app, options->paths);
     addSweeps(*app, options->sweeps);
     addSettings(*app, options->settings, KeyScope::Pipeline,

@@ -11,10 +11,10 @@ constexpr std::size_t kMostJobs = 1024;
 
 } // namespace
 
-void addJobs(App& app, std::size_t& target) {
+CLI::Option* addJobs(App& app, std::size_t& target) {
     target = std::max(1U, std::thread::hardware_concurrency());
-    addNumber(app, "--jobs", target, "How many recordings are worked on at the same time (default: one a core)",
-              std::size_t{1}, kMostJobs);
+    return addNumber(app, "--jobs", target, "How many recordings are worked on at the same time (default: one a core)",
+                     std::size_t{1}, kMostJobs);
 }
 
 } // namespace VeltoTouch::Velto

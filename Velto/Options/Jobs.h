@@ -17,7 +17,7 @@
 namespace VeltoTouch::Velto {
 
 // --jobs N: how many recordings are worked on at the same time; one a core unless it is given.
-void addJobs(App& app, std::size_t& target);
+CLI::Option* addJobs(App& app, std::size_t& target);
 
 // Handles recordings as handleRecordings does, `jobs` at a time: `make(file)` returns a result, on any thread, and
 // `take(file, result)` is called with it on the caller's thread, in the order of the files, so that what is printed is

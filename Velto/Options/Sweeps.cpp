@@ -91,7 +91,10 @@ void addSweeps(App& app, std::vector<Sweep>& target) {
     const auto parse = [&target](const std::vector<std::string>& texts) {
         for (const std::string& text : texts) {
             try {
-                target.push_back(parseSweep(text));
+                Sweep sweep = parseSweep(text);
+                if (std::ranges::find(target, sweep.key, &Sweep::key) != target.end())
+                    throw std::invalid_argument("a second sweep of this setting");
+                target.push_back(std::move(sweep));
             } catch (const std::invalid_argument& error) {
                 throw CLI::ValidationError(text, error.what());
             }

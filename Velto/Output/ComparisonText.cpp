@@ -42,9 +42,9 @@ std::string describe(const Touch* touch) {
                        reason ? nameOf(*reason) : "");
 }
 
-std::string meant(const Label* label) {
+std::string meant(const Label* label, Change change) {
     if (label == nullptr)
-        return "not labelled";
+        return change == Change::Other ? "not labelled" : "nothing";
     return fmt::format("{} {}{}{}", label->gesture, label->region, label->endRegion.empty() ? "" : " to ",
                        label->endRegion);
 }
@@ -65,10 +65,10 @@ void appendChangeLines(std::string& text, std::string_view file, const std::vect
 void appendChangeText(std::string& text, std::string_view file, const std::vector<ComparedTouch>& touches) {
     for (const auto& [change, label, a, b] : touches) {
         if (change != Change::Same)
-            fmt::format_to(std::back_inserter(text), "  {:>9.2f} s  {}  {:<28}  {:<46}  ->  {:<46}  {}\n",
+            fmt::format_to(std::back_inserter(text), "  {:>9.2f} s  {}  {:<28}  {:<47}  ->  {:<47}  {}\n",
                            static_cast<double>((a != nullptr ? a : b)->startNs) / 1e9,
-                           coloured(colourOf(change), fmt::format("{:<6}", nameOf(change))), printable(meant(label)),
-                           describe(a), describe(b), printable(file));
+                           coloured(colourOf(change), fmt::format("{:<6}", nameOf(change))),
+                           printable(meant(label, change)), describe(a), describe(b), printable(file));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "Platform/Value.h"
 
+#include <cstddef>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -38,6 +39,9 @@ void writeFile(const std::string& path, std::string_view content);
 
 // Throws what writeFile would throw before it writes. For a file that is written after long work.
 void requireWritable(const std::string& path);
+
+// Long texts are written in pieces of at least this size.
+inline constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;
 
 // Throws ClosedPipe if its reader is gone, OutputFailed("standard output: ...") for any other error.
 void writeStandardOutput(std::string_view text);

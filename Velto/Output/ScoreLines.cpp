@@ -3,11 +3,11 @@
 #include "Platform/JSON.h"
 #include "Velto/Analysis/Members.h"
 #include "Velto/Output/GestureText.h"
+#include "Velto/Output/LineMembers.h"
 #include "Velto/Output/TouchLines.h"
 
 #include <algorithm>
 #include <iterator>
-#include <stdexcept>
 #include <utility>
 
 #include <fmt/format.h>
@@ -28,15 +28,26 @@ std::string orNull(const std::optional<T>& value) {
     return value ? fmt::format("{}", *value) : "null";
 }
 
+// How a label became the wrong kind; empty for others.
+std::string kindMembers(const LabelScore& label) {
+    if (!label.became)
+        return {};
+    return fmt::format(R"(,"became":"{}","decidedBy":{})", nameOf(*label.became),
+                       label.decidedBy
+                           ? fmt::format(R"({{"rule":"{}","value":{},"bound":{}}})", nameOf(label.decidedBy->rule),
+                                         label.decidedBy->value, label.decidedBy->bound)
+                           : "null");
+}
+
 void appendLabel(std::string& text, const std::string& file, const LabelScore& label) {
     fmt::format_to(std::back_inserter(text),
                    R"({{"kind":"label"{},"label":{},"gesture":{},"region":{},"endRegion":{},"startNs":{},"endNs":{},)"
-                   R"("result":"{}","touch":{},"reason":{},"movedBy":{},"delayMs":{}}})"
+                   R"("result":"{}","touch":{},"reason":{},"movedBy":{}{},"delayMs":{}}})"
                    "\n",
                    file, label.label, quoted(label.gesture), quoted(label.region),
                    label.endRegion.empty() ? "null" : quoted(label.endRegion), label.startNs, label.endNs,
                    nameOf(label.result), orNull(label.touch), nameOrNull(label.reason), nameOrNull(label.movedBy),
-                   orNull(label.delayMs));
+                   kindMembers(label), orNull(label.delayMs));
 }
 
 void appendStray(std::string& text, const std::string& file, const Stray& stray) {
@@ -69,12 +80,15 @@ std::string gestureObjects(const ScoreTotal& total) {
     return '{' + text + '}';
 }
 
-// The members of a line; what is missing or wrong is std::invalid_argument.
-template <class T>
-T require(std::optional<T> member) {
-    if (!member)
-        throw std::invalid_argument("no line of velto score --jsonl");
-    return *std::move(member);
+constexpr LineOf require{"velto score"};
+
+std::optional<Check> decisionIn(const Dictionary& line) {
+    const auto* check = as<Dictionary>(line.find("decidedBy"));
+    if (check == nullptr)
+        return std::nullopt;
+    return Check{.rule = require(valueUnder<Rule>(*check, "rule", kRuleRows.size())),
+                 .value = require(doubleUnder(*check, "value")),
+                 .bound = require(doubleUnder(*check, "bound"))};
 }
 
 LabelScore labelIn(const Dictionary& line) {
@@ -88,6 +102,8 @@ LabelScore labelIn(const Dictionary& line) {
             .touch = unsignedUnder(line, "touch"),
             .reason = valueUnder<Rule>(line, "reason", kRuleRows.size()),
             .movedBy = valueUnder<MovedBy>(line, "movedBy", kMovedByNames.size()),
+            .became = valueUnder<Outcome>(line, "became", kOutcomeNames.size()),
+            .decidedBy = decisionIn(line),
             .delayMs = doubleUnder(line, "delayMs")};
 }
 
@@ -97,6 +113,17 @@ Stray strayIn(const Dictionary& line) {
             .region = require(regionCalled(require(textUnder(line, "region")))),
             .startNs = require(unsignedUnder(line, "startNs")),
             .endNs = require(unsignedUnder(line, "endNs"))};
+}
+
+// Every count of a total, under its name in the line of all.
+std::vector<std::pair<std::string_view, std::uint64_t>> countsOf(const ScoreTotal& total) {
+    std::vector<std::pair<std::string_view, std::uint64_t>> counts{{"recordings", total.recordings()},
+                                                                   {"failed", total.failed()},
+                                                                   {"labels", total.counts().labels},
+                                                                   {"stray", total.strays()}};
+    for (std::size_t i = 0; i < kResultNames.size(); ++i)
+        counts.emplace_back(kResultNames[i], total.counts().results[i]);
+    return counts;
 }
 
 // A run that was not split is its only shard.
@@ -148,13 +175,30 @@ std::optional<RecordingScore> ScoreReader::read(std::string_view line) {
         _recording.file = require(textUnder(*object, "file"));
         _recording.durationNs = require(unsignedUnder(*object, "durationNs"));
         _recording.error = textUnder(*object, "error").value_or("");
+        _total.add(_recording);
         return std::exchange(_recording, {});
     } else if (kind == "score") {
         _shard = shardIn(*object);
+        _announced.clear();
+        for (const auto& [name, count] : countsOf(_total))
+            _announced.push_back(require(unsignedUnder(*object, name)));
     } else {
-        throw std::invalid_argument("no line of velto score --jsonl");
+        require.refuse();
     }
     return std::nullopt;
+}
+
+std::string ScoreReader::missing() const {
+    if (!_shard)
+        return "no whole result of velto score --jsonl";
+    const auto counts = countsOf(_total);
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        if (counts[i].second != _announced[i])
+            return fmt::format(R"(no whole result: "{}" says {}, and {} are there)", counts[i].first, _announced[i],
+                               counts[i].second);
+    }
+    return _recording.labels.empty() && _recording.strays.empty() ? ""
+                                                                  : "no whole result: the last lines have no recording";
 }
 
 } // namespace VeltoTouch::Velto

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Scores as JSON Lines, and back.
 
@@ -30,12 +31,17 @@ public:
     // that is none of these.
     [[nodiscard]] std::optional<Analysis::RecordingScore> read(std::string_view line);
 
+    // What the lines read lack of what the line of all counts, or have beyond it; empty if they are whole.
+    [[nodiscard]] std::string missing() const;
+
     // Of the line of all; none before it. A run that was not split is its only shard.
     [[nodiscard]] const std::optional<Shard>& shard() const noexcept { return _shard; }
 
 private:
-    Analysis::RecordingScore _recording;
+    Analysis::RecordingScore _recording; // as far as it is read
+    Analysis::ScoreTotal _total;
     std::optional<Shard> _shard;
+    std::vector<std::uint64_t> _announced; // the counts of the line of all
 };
 
 } // namespace VeltoTouch::Velto

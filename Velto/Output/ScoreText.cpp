@@ -3,8 +3,8 @@
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>
-#include <cmath>
-#include <iterator>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -19,7 +19,18 @@ std::string_view phraseOf(Result result) noexcept {
     return kPhrases[static_cast<std::size_t>(result)];
 }
 
+// "1 recording", "2 recordings".
+std::string counted(std::uint64_t count, std::string_view what) {
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
 std::string causeOf(const LabelScore& label) {
+    if (label.became)
+        return fmt::format("became {}{}", nameOf(*label.became),
+                           label.decidedBy
+                               ? fmt::format(": {:.0f} ms {} hold time-out {:.0f} ms", label.decidedBy->value,
+                                             *label.became == Outcome::Hold ? ">" : "<=", label.decidedBy->bound)
+                               : "");
     if (label.movedBy)
         return fmt::format("moved by {}", nameOf(*label.movedBy));
     if (label.reason)
@@ -52,24 +63,8 @@ std::string delayLine(std::string_view name, const std::optional<ScoreTotal::Del
                : std::string();
 }
 
-} // namespace
-
-std::string faultLines(const RecordingScore& recording) {
-    std::string text;
-    for (const LabelScore& label : recording.labels) {
-        if (isRight(label.result))
-            continue;
-        const std::string way = label.endRegion.empty() ? label.region : label.region + " to " + label.endRegion;
-        text += faultLine(recording.file, label.startNs, phraseOf(label.result),
-                          fmt::format("{} {}", label.gesture, way), label.touch, causeOf(label));
-    }
-    for (const Stray& stray : recording.strays)
-        text += faultLine(recording.file, stray.startNs, "stray",
-                          fmt::format("{} {}", nameOf(stray.gesture), nameOf(stray.region)), stray.touch, "not meant");
-    return text;
-}
-
-std::string totalText(const ScoreTotal& total) {
+// A table kind by region.
+std::string countTable(const ScoreTotal& total) {
     std::string heading = fmt::format("  {:<22} {:>7}", "meant", "labels");
     for (std::size_t i = 0; i < kResultNames.size(); ++i)
         heading += fmt::format(" {:>13}", phraseOf(static_cast<Result>(i)));
@@ -78,16 +73,54 @@ std::string totalText(const ScoreTotal& total) {
         for (const auto& [region, counts] : regions)
             text += tableRow(fmt::format("{} {}", gesture, region), counts);
     }
-    text += tableRow("all", total.counts());
-    text += fmt::format("\n  {} recordings, {:.2f} h{}: {:.1f} % of what was meant found, {} stray gestures",
-                        total.recordings(), total.hours(),
-                        total.failed() > 0 ? fmt::format(", {} not read", total.failed()) : "", 100.0 * total.recall(),
-                        total.strays());
+    return text + tableRow("all", total.counts()) + "\n";
+}
+
+// A recall that nothing stands behind is not printed.
+std::string recallText(const ScoreTotal& total) {
+    if (total.counts().labels == 0)
+        return "no labels, so nothing was meant";
+    if (total.meant() == 0)
+        return "no tap, hold or slide was meant";
+    return fmt::format("{:.1f} % of what was meant found", 100.0 * total.recall());
+}
+
+} // namespace
+
+std::string faultLines(const RecordingScore& recording) {
+    std::vector<std::pair<std::uint64_t, std::string>> lines; // by their time
+    for (const LabelScore& label : recording.labels) {
+        if (isRight(label.result))
+            continue;
+        const std::string way = label.endRegion.empty() ? label.region : label.region + " to " + label.endRegion;
+        lines.emplace_back(label.startNs,
+                           faultLine(recording.file, label.startNs, phraseOf(label.result),
+                                     fmt::format("{} {}", label.gesture, way), label.touch, causeOf(label)));
+    }
+    for (const Stray& stray : recording.strays)
+        lines.emplace_back(stray.startNs, faultLine(recording.file, stray.startNs, "stray",
+                                                    fmt::format("{} {}", nameOf(stray.gesture), nameOf(stray.region)),
+                                                    stray.touch, "not meant"));
+    std::ranges::stable_sort(lines, {}, &decltype(lines)::value_type::first);
+    std::string text;
+    for (const auto& [startNs, line] : lines)
+        text += line;
+    return text;
+}
+
+std::string totalText(const ScoreTotal& total) {
+    std::string text = total.counts().labels == 0 ? std::string() : countTable(total);
+    text += fmt::format("  {}, {:.2f} h{}: {}, {}", counted(total.recordings(), "recording"), total.hours(),
+                        total.failed() > 0 ? fmt::format(", {} not read", total.failed()) : "", recallText(total),
+                        counted(total.strays(), "stray gesture"));
     if (const auto perHour = total.falsePerHour())
         text += fmt::format(", {:.1f} false gestures an hour", *perHour);
     text += "\n";
     text += delayLine("hold, from the label's start", total.holdDelays());
-    return text + delayLine("tap, from the label's end", total.tapDelays());
+    text += delayLine("tap, from the label's end", total.tapDelays());
+    if (total.failed() > 0)
+        text += "  of a damaged recording, velto recover saves what is whole\n";
+    return text;
 }
 
 } // namespace VeltoTouch::Velto

@@ -2,21 +2,14 @@
 
 #include "Platform/JSON.h"
 #include "Velto/Analysis/Members.h"
-
-#include <stdexcept>
-#include <utility>
+#include "Velto/Output/LineMembers.h"
 
 namespace VeltoTouch::Velto {
 namespace {
 
 using namespace Analysis;
 
-template <class T>
-T require(std::optional<T> member) {
-    if (!member)
-        throw std::invalid_argument("no line of velto explain --jsonl");
-    return *std::move(member);
-}
+constexpr LineOf require{"velto explain"};
 
 // A value of a kind; nothing if it is of another or not there.
 template <class Kind, class AnyValue>
@@ -68,8 +61,10 @@ std::optional<ReadTouch> readTouchLine(std::string_view line) {
     const Ref<Value> parsed = JSON::parse(line);
     const auto* object = as<Dictionary>(parsed);
     const std::string kind = require(object != nullptr ? textUnder(*object, "kind") : std::nullopt);
-    if (kind != "touch")
+    if (kind == "weak")
         return std::nullopt;
+    if (kind != "touch")
+        require.refuse();
     return ReadTouch{.file = require(textUnder(*object, "file")), .touch = touchIn(*object), .label = labelIn(*object)};
 }
 

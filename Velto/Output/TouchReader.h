@@ -18,7 +18,7 @@ struct ReadTouch {
     std::optional<Analysis::Label> label;
 };
 
-// Returns nothing for a line of another kind. Throws std::invalid_argument for what is no line of velto explain.
+// Returns nothing for a weak contact. Throws std::invalid_argument for what is no line of velto explain.
 [[nodiscard]] std::optional<ReadTouch> readTouchLine(std::string_view line);
 
 } // namespace VeltoTouch::Velto

@@ -45,11 +45,15 @@ Colour colourOf(Outcome outcome) noexcept {
 
 double secondsOf(std::uint64_t ns) noexcept { return static_cast<double>(ns) / 1e9; }
 
+// What is no number is a dash.
+std::string orDash(double number, const char* format) {
+    return std::isnan(number) ? "-" : fmt::format(fmt::runtime(format), number);
+}
+
 // With two decimals, and none for a whole number.
 std::string numberText(double number) {
-    return std::isfinite(number) && number == std::floor(number) && std::fabs(number) < 1e15
-               ? fmt::format("{:.0f}", number)
-               : fmt::format("{:.2f}", number);
+    const bool isWhole = std::isfinite(number) && number == std::floor(number) && std::fabs(number) < 1e15;
+    return orDash(number, isWhole ? "{:.0f}" : "{:.2f}");
 }
 
 // The setting's name without its domain, as there is no other of that name.
@@ -71,12 +75,12 @@ std::string verdictOf(const Check& check) {
 
 // By how much a check failed, and what pulled.
 std::string remarkOn(const Check& check, const Typicals& typicals) {
-    std::string text = check.passed == false && check.value != check.bound
-                           ? fmt::format("by {}", numberText(std::fabs(check.bound - check.value)))
-                           : std::string();
+    const double difference = std::fabs(check.bound - check.value);
+    std::string text =
+        check.passed == false && difference > 0 ? fmt::format("by {}", numberText(difference)) : std::string();
     for (const Pull& pull : typicals.pullsOf(check)) {
         text += text.empty() ? "" : ", ";
-        text += fmt::format("{} {:+.2f}", pull.of, pull.value);
+        text += fmt::format("{} {}", pull.of, orDash(static_cast<double>(pull.value), "{:+.2f}"));
         if (pull.typical)
             text += fmt::format(" (typical {:+.2f})", *pull.typical);
     }
@@ -133,7 +137,8 @@ std::string touchDetails(const Touch& touch, const Typicals& typicals) {
     std::string text;
     for (const Check& check : touch.checks)
         text += checkLine(check, typicals);
-    text += fmt::format("   peak {:.0f} counts on {}\n", touch.peak.value, touch.peak.pixel);
+    text += fmt::format("   peak {} counts on {}\n", orDash(static_cast<double>(touch.peak.value), "{:.0f}"),
+                        touch.peak.pixel);
     text += pathLine(touch);
     if (touch.isCutByReset)
         text += "   a firmware reset ended it\n";
