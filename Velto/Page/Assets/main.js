@@ -7,6 +7,7 @@ const pages = {
     page.range.readAddress();
     return page;
   },
+  report: showReport,
 };
 
 async function showPage() {
