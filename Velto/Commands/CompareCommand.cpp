@@ -38,7 +38,7 @@ struct Options {
 struct Plays {
     LabelledTouches a = {};
     LabelledTouches b = {};
-    std::vector<Page::Picture> pictures = {}; // of the first touches that became something else
+    std::vector<Page::Picture> pictures = {}; // of the first touches that are fixed or broken
 };
 
 std::vector<ComparedTouch> changedOf(const Plays& plays) {
@@ -49,13 +49,17 @@ std::vector<ComparedTouch> changedOf(const Plays& plays) {
 
 std::vector<Page::Picture> picturesOf(const Options& options, const std::string& file, PipelineRecording& recording,
                                       const Plays& plays, std::size_t most) {
-    std::vector<ComparedTouch> changed = changedOf(plays);
-    changed.resize(std::min(changed.size(), most));
     std::vector<Page::Picture> made;
-    if (changed.empty())
+    const std::vector<ComparedTouch> changed = changedOf(plays);
+    if (changed.empty() || most == 0)
         return made;
     const Pictures pictures(file, recording, {options.a, options.b});
     for (const auto& [change, label, a, b] : changed) {
+        if (change == Change::Other || most == 0) {
+            made.emplace_back();
+            continue;
+        }
+        --most;
         const Touch& first = a != nullptr ? *a : *b;
         const Touch& second = b != nullptr ? *b : *a;
         made.push_back(pictures.around(std::min(first.startNs, second.startNs), std::max(first.endNs, second.endNs),

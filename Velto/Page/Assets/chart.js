@@ -28,6 +28,7 @@ class Chart {
     const width = this.node.clientWidth;
     if (!width) return;
     this.gutter = width < 600 ? 58 : 84;
+    this.node.classList.toggle("narrow", width < 600);
     let y = 22; // the axis
     this.boxes = this.rows.map((row) => {
       y += row.marks ? 16 : 0; // its title stands above

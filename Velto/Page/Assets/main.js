@@ -8,6 +8,7 @@ const pages = {
     return page;
   },
   report: showReport,
+  tuning: showTuning,
 };
 
 async function showPage() {
