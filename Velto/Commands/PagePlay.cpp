@@ -8,6 +8,7 @@
 #include "Velto/Output/TouchText.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 namespace VeltoTouch::Velto {
@@ -75,7 +76,11 @@ void preparePage(const std::string& path) {
     if (path.empty())
         return;
     leaveOutColours(); // the texts stand in the page too
-    requireWritable(path);
+    try {
+        requireWritable(path);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(path + ": " + messageOf(error));
+    }
 }
 
 int writePage(const std::string& path, const std::function<std::string()>& pageOf) {

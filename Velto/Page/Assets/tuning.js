@@ -26,7 +26,7 @@ function showTuning({sweeps, points, front, best, present, text}) {
     const line = (name, y) => element("tr", {}, element("th", {scope: "row", text: name}),
       ...columns.values.map((_, x) => cell(pointAt([...(sweeps.length > 1 ? [y] : []), x, ...others]))));
     map.replaceChildren(element("div", {class: "wide map", tabindex: "0", role: "region", "aria-label": "Costs"}, element("table", {},
-      element("thead", {}, element("tr", {}, ...[`${shortName(rows.key)} ↓  ${shortName(columns.key)} →`, ...columns.values].map((name) =>
+      element("thead", {}, element("tr", {}, ...["", ...columns.values].map((name) =>
         element("th", {text: name})))), element("tbody", {}, ...rows.values.map(line)))));
   };
   if (best !== null) for (const [i, value] of valuesAt(best).slice(2).entries()) selects[i].value = sweeps[i + 2].values.indexOf(value);
@@ -36,6 +36,7 @@ function showTuning({sweeps, points, front, best, present, text}) {
     ...front.map((point) => [...points[point], ...valuesAt(point), point === best ? "best" : ""]), [...present.faults, ...present.values, "present"]];
   document.getElementById("page").replaceChildren(element("h1", {text: "Tuning"}), element("div", {id: "summary"},
     ...text.trim().split("\n").map((line) => element("p", {text: line}))), element("h2", {text: "Cost: missed, wrong, false and stray"}),
+    element("p", {class: "count", text: `${rows.key && `${shortName(rows.key)} ↓  `}${shortName(columns.key)} →`}),
     ...selects.map((select, i) => element("label", {for: select.id, text: shortName(sweeps[i + 2].key) + " "}, select)), map,
     element("h2", {text: "Points that no other beats"}), countTable(table));
 }
