@@ -245,6 +245,50 @@ class PageTest(unittest.TestCase):
             script.textContent = "window.owned = true"; document.head.append(script); return window.owned""")
         self.assertIsNone(owned, "a script that is not ours runs")
 
+    def test_a_score_as_a_page(self):
+        evil = self.recorded("<img src=x>", "--seed", "5", "--random", "40")
+        options = [self.story, evil, "--set", "Pipeline.Algs.ActivationThreshold=600"]
+        lines = [json.loads(line) for line in velto("score", "--jsonl", "--html", self.path("score.html"), *options).splitlines()]
+        velto("score", "--jobs", "1", "--html", self.path("one.html"), *options)
+        with open(self.path("score.html"), "rb") as file, open(self.path("one.html"), "rb") as one:
+            self.assertEqual(file.read(), one.read())
+        faults = [line for line in lines if line["kind"] == "stray" or line.get("result", "found") not in ("found", "quiet")]
+        self.assertGreater(len(faults), 5)
+        for width in (1280, 390):
+            self.open(self.path("score.html"), width=width)
+            self.browser.wait(lambda: self.browser.run("return document.querySelector('details canvas')"))
+            self.assertEqual(self.browser.run("return document.documentElement.scrollWidth"), width)
+        cases = self.browser.run("return [...document.querySelectorAll('.case')].map((one) => one.textContent)")
+        self.assertEqual(len(cases), len(faults))
+        for fault, text in zip(sorted(faults, key=lambda one: (one["file"] == evil, one["startNs"])), cases):
+            self.assertIn(f"{fault['startNs'] / 1e9:.2f} s", text)
+            self.assertTrue(text.endswith(fault["file"]))
+        row = self.browser.run("return [...document.querySelector('.wide tbody tr:last-child').cells].map((cell) => cell.textContent)")
+        total = lines[-1]
+        self.assertEqual(row, ["all"] + [str(total[name] or "-") for name in
+                                         ("labels", "found", "wrongKind", "wrongRegion", "missed", "quiet", "false")])
+        self.browser.run("document.querySelectorAll('summary')[1].focus()")
+        self.browser.driver.switch_to.active_element.send_keys(Keys.ENTER)
+        self.browser.wait(lambda: self.browser.run("return document.querySelectorAll('details canvas').length") == 2)
+
+    def test_a_comparison_and_a_grid_as_pages(self):
+        changed = velto("compare", self.story, "--b", "Pipeline.Algs.ActivationThreshold=9000", "--html", self.path("compare.html"))
+        self.open(self.path("compare.html"))
+        counts = self.browser.run("return [...document.querySelectorAll('.group')].map((one) => one.querySelectorAll('li').length)")
+        self.assertIn(f"{counts[1]} fixed, {counts[0]} broken, {counts[2]} otherwise", changed)
+        self.assertGreater(counts[0], 1)
+        sweeps = ["ActivationThreshold=200,900,9000", "HoldTimeoutMilliseconds=300,3000", "EnableTapSuppression=true,false"]
+        lines = velto("tune", "--jsonl", self.story, *[word for each in sweeps for word in ("--sweep", "Pipeline.Algs." + each)],
+                      "--html", self.path("tune.html")).splitlines()
+        costs = [str(json.loads(line)["cost"]) for line in lines[:12]]
+        self.open(self.path("tune.html"))
+        for place in (0, 1):
+            self.browser.run("""const select = document.querySelector("select"); select.value = arguments[0];
+                select.dispatchEvent(new Event("change"))""", place)
+            cells = self.browser.run("return [...document.querySelectorAll('.map td')].map((cell) => cell.firstChild.data)")
+            self.assertEqual(cells, costs[place::2])
+        self.assertGreater(len(set(costs)), 1)
+
     def test_long_recordings(self):
         for name, gestures, least, most in (("ten minutes", 381, 60_000, 4_000_000), ("an hour", 2210, 360_000, 25_000_000)):
             page = self.plotted(self.recorded("long", "--seed", "3", "--random", str(gestures)), "long")

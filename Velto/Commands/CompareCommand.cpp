@@ -1,16 +1,20 @@
 #include "Velto/Analysis/Comparison.h"
 #include "Velto/Analysis/TouchObserver.h"
 #include "Velto/Commands/Command.h"
+#include "Velto/Commands/PagePlay.h"
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Output/ComparisonText.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Output/TouchReader.h"
+#include "Velto/Page/ReportPage.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -25,6 +29,7 @@ struct Options {
     std::vector<Setting> b;
     std::size_t jobs = 1;
     bool jsonl = false;
+    std::string page; // empty: none
 
     [[nodiscard]] bool wantsResults() const noexcept { return a.empty() && b.empty(); }
 };
@@ -33,43 +38,102 @@ struct Options {
 struct Plays {
     LabelledTouches a = {};
     LabelledTouches b = {};
+    std::vector<Page::Picture> pictures = {}; // of the first touches that are fixed or broken
 };
 
-Plays play(const Options& options, const std::string& file) {
-    const PipelineRecording recording = loadRecording(file);
+std::vector<ComparedTouch> changedOf(const Plays& plays) {
+    std::vector<ComparedTouch> touches = compare(plays.a, plays.b);
+    std::erase_if(touches, [](const ComparedTouch& touch) { return touch.change == Change::Same; });
+    return touches;
+}
+
+std::vector<Page::Picture> picturesOf(const Options& options, const std::string& file, PipelineRecording& recording,
+                                      const Plays& plays, std::size_t most) {
+    std::vector<Page::Picture> made;
+    const std::vector<ComparedTouch> changed = changedOf(plays);
+    if (changed.empty() || most == 0)
+        return made;
+    const Pictures pictures(file, recording, {options.a, options.b});
+    for (const auto& [change, label, a, b] : changed) {
+        if (change == Change::Other || most == 0) {
+            made.emplace_back();
+            continue;
+        }
+        --most;
+        const Touch& first = a != nullptr ? *a : *b;
+        const Touch& second = b != nullptr ? *b : *a;
+        made.push_back(pictures.around(std::min(first.startNs, second.startNs), std::max(first.endNs, second.endNs),
+                                       {a != nullptr ? a->number : 0, b != nullptr ? b->number : 0}));
+    }
+    return made;
+}
+
+Plays play(const Options& options, const std::string& file, std::size_t mostPictures) {
+    PipelineRecording recording = loadRecording(file);
     const Track track(recording.frames());
     const std::vector<Label> labels = labelsOf(recording.frames());
-    return {.a = labelled(labels, touchesOf(track, options.a)), .b = labelled(labels, touchesOf(track, options.b))};
+    Plays plays{.a = labelled(labels, touchesOf(track, options.a)), .b = labelled(labels, touchesOf(track, options.b))};
+    plays.pictures = picturesOf(options, file, recording, plays, mostPictures);
+    return plays;
 }
 
 // Prints recordings as they come, and the counts at the end.
 class Output {
 public:
-    explicit Output(bool jsonl) : _jsonl(jsonl) {}
+    explicit Output(const Options& options) : _options(options) {}
 
-    void add(const std::string& file, const Plays& plays) {
+    // How many pictures the page still wants; any thread.
+    [[nodiscard]] std::size_t picturesWanted() const noexcept { return _options.page.empty() ? 0 : _bounds.left(); }
+
+    void add(const std::string& file, Plays plays) {
         const std::vector<ComparedTouch> touches = compare(plays.a, plays.b);
         for (const ComparedTouch& touch : touches)
             ++_counts[static_cast<std::size_t>(touch.change)];
         std::string text;
-        (_jsonl ? appendChangeLines : appendChangeText)(text, file, touches);
+        (_options.jsonl ? appendChangeLines : appendChangeText)(text, file, touches);
         writeStandardOutput(text);
+        if (!_options.page.empty())
+            addCases(file, plays);
     }
 
-    void finish() const { writeStandardOutput(_jsonl ? comparisonLine(_counts) : comparisonText(_counts)); }
+    // Returns the exit status.
+    [[nodiscard]] int finish() const {
+        writeStandardOutput(_options.jsonl ? comparisonLine(_counts) : comparisonText(_counts));
+        return writePage(_options.page, [this] {
+            return Page::reportPage({.title = "Comparison", .text = comparisonText(_counts), .groups = _groups});
+        });
+    }
 
 private:
-    const bool _jsonl;
+    void addCases(const std::string& file, Plays& plays) {
+        const std::vector<ComparedTouch> changed = changedOf(plays);
+        plays.pictures.resize(changed.size());
+        for (std::size_t i = 0; i < changed.size(); ++i) {
+            const auto& [change, label, a, b] = changed[i];
+            _bounds.apply(plays.pictures[i]);
+            Page::Group& group = _groups[change == Change::Broken ? 0 : change == Change::Fixed ? 1 : 2];
+            group.cases.push_back({.kind = std::string(nameOf(change)),
+                                   .startNs = (a != nullptr ? a : b)->startNs,
+                                   .file = file,
+                                   .texts = {"meant: " + meantText(label, change), touchText(a) + " → " + touchText(b)},
+                                   .picture = std::move(plays.pictures[i])});
+        }
+    }
+
+    const Options& _options;
     ChangeCounts _counts{};
+    std::vector<Page::Group> _groups{{.title = "Broken"}, {.title = "Fixed"}, {.title = "Otherwise changed"}};
+    Page::PictureBounds _bounds;
 };
 
 int compareSettings(const Options& options) {
-    Output output(options.jsonl);
+    preparePage(options.page);
+    Output output(options);
     const int status = forEachRecordingInOrder(
-        options.paths, options.jobs, "comparing", [&](const std::string& file) { return play(options, file); },
-        [&](const std::string& file, const Plays& plays) { output.add(file, plays); });
-    output.finish();
-    return status;
+        options.paths, options.jobs, "comparing",
+        [&](const std::string& file) { return play(options, file, output.picturesWanted()); },
+        [&](const std::string& file, Plays plays) { output.add(file, std::move(plays)); });
+    return std::max(status, output.finish());
 }
 
 // Recordings of two results, in the order in which their files are first met.
@@ -114,17 +178,17 @@ int compareResults(const Options& options) {
         complain("compare", "the standard input can be one of the two results, not both");
         return kWrongUsage;
     }
+    preparePage(options.page);
     Results results;
     LabelledTouches Plays::*side = &Plays::a;
     const int status = forEachFile(
         options.paths, [&](const std::string& path) { results.read(path, std::exchange(side, &Plays::b)); });
     if (status != 0)
         return status;
-    Output output(options.jsonl);
+    Output output(options);
     for (const auto& [file, plays] : results.recordings())
         output.add(file, plays);
-    output.finish();
-    return 0;
+    return output.finish();
 }
 
 } // namespace
@@ -141,7 +205,7 @@ Command makeCompareCommand(App& program) {
                                   "or hold of such a touch that goes is fixed, one that comes is broken.\n"
                                   "\n"
                                   "Without settings, PATHs are two results of velto explain --jsonl, of the\n"
-                                  "same recordings.");
+                                  "same recordings; a page of --html then has no pictures.");
     addRecordings(*app, options->paths);
     for (const auto& [name, target] : {std::pair("--a", &options->a), std::pair("--b", &options->b)})
         addSettings(*app, *target, KeyScope::Pipeline,
@@ -151,6 +215,7 @@ Command makeCompareCommand(App& program) {
             ->allow_extra_args(false);
     addJobs(*app, options->jobs);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines");
+    addPage(*app, options->page);
     return {app, [options] { return options->wantsResults() ? compareResults(*options) : compareSettings(*options); }};
 }
 

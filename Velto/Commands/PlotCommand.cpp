@@ -1,13 +1,10 @@
-#include "Velto/Analysis/Pairing.h"
-#include "Velto/Analysis/TouchObserver.h"
-#include "Velto/Analysis/WouldBe.h"
 #include "Velto/Commands/Command.h"
+#include "Velto/Commands/PagePlay.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
-#include "Velto/Output/TouchText.h"
 #include "Velto/Page/RecordingPage.h"
 
 #include <algorithm>
@@ -59,38 +56,13 @@ Page::Range rangeOf(const Options& options) {
     return range;
 }
 
-Page::Play play(const Options& options, const std::string& file, PipelineRecording& recording,
-                const std::vector<Setting>& settings) {
-    const Track track(recording.frames());
-    Page::Play play{.file = file,
-                    .recording = recording,
-                    .settings = settings,
-                    .touches = touchesOf(track, settings, TouchObserver::Contributions::Follow),
-                    .labels = labelsOf(recording.frames()),
-                    .texts = {}};
-    const Page::Range range = rangeOf(options);
-    std::vector<Touch*> shown;
-    Typicals typicals;
-    for (Touch& touch : play.touches) {
-        typicals.add(touch);
-        if (range.holds(touch.startNs, touch.endNs))
-            shown.push_back(&touch);
-    }
-    if (options.wouldBe)
-        findAlternatives(track, settings, shown);
-    const std::vector<const Label*> labels = labelsByTouch(play.labels, play.touches);
-    for (const Touch& touch : play.touches)
-        play.texts.push_back(
-            {.heading = touchHeading(touch, labels[touch.number - 1]), .details = touchDetails(touch, typicals)});
-    return play;
-}
-
 int plot(const Options& options) {
     warnOfDoubtfulSettings(options.settings);
     warnOfDoubtfulSettings(options.b);
     leaveOutColours();
     if (!isStandardOutput(options.output))
         requireWritable(options.output);
+    const auto shown = options.wouldBe ? std::optional(rangeOf(options)) : std::nullopt;
     std::list<PipelineRecording> recordings;
     std::vector<Page::Play> plays;
     std::string page;
@@ -99,9 +71,9 @@ int plot(const Options& options) {
         files.push_back(options.second);
     const int status = forEachFile(files, [&](const std::string& file) {
         PipelineRecording& recording = recordings.emplace_back(loadRecording(file));
-        plays.push_back(play(options, file, recording, options.settings));
+        plays.push_back(playForPage(file, recording, options.settings, shown));
         if (!options.b.empty())
-            plays.push_back(play(options, file, recording, options.secondSettings()));
+            plays.push_back(playForPage(file, recording, options.secondSettings(), shown));
         if (recordings.size() == files.size())
             page = Page::recordingPage(plays, rangeOf(options));
     });

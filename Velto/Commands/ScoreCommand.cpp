@@ -2,18 +2,23 @@
 #include "Velto/Analysis/ScoreLines.h"
 #include "Velto/Analysis/TouchObserver.h"
 #include "Velto/Commands/Command.h"
+#include "Velto/Commands/PagePlay.h"
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Numbers.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/ScoreText.h"
 #include "Velto/Output/Terminal.h"
+#include "Velto/Page/ReportPage.h"
 
+#include <algorithm>
 #include <charconv>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -31,20 +36,41 @@ struct Options {
     std::optional<Shard> shard;
     bool merge = false;
     bool jsonl = false;
+    std::string page; // empty: none
 };
 
-RecordingScore score(const Options& options, const std::string& file) {
-    RecordingScore result;
+// A recording's score, and a picture of each of its first faults.
+struct Scored {
+    RecordingScore score;
+    std::vector<Page::Picture> pictures = {};
+};
+
+std::vector<Page::Picture> picturesOf(const Options& options, const RecordingScore& score, PipelineRecording& recording,
+                                      std::size_t most) {
+    std::vector<Fault> faults = faultsOf(score);
+    faults.resize(std::min(faults.size(), most));
+    std::vector<Page::Picture> made;
+    if (faults.empty())
+        return made;
+    const Pictures pictures(score.file, recording, {options.settings});
+    for (const Fault& fault : faults)
+        made.push_back(pictures.around(fault.startNs, fault.endNs, {fault.touch.value_or(0)}));
+    return made;
+}
+
+Scored score(const Options& options, const std::string& file, std::size_t mostPictures) {
+    Scored scored;
     try {
-        const PipelineRecording recording = loadRecording(file);
+        PipelineRecording recording = loadRecording(file);
         const Track track(recording.frames());
-        result = scoreOf(labelsOf(recording.frames()), touchesOf(track, options.settings));
-        result.durationNs = track.durationNs();
+        scored.score = scoreOf(labelsOf(recording.frames()), touchesOf(track, options.settings));
+        scored.score.durationNs = track.durationNs();
+        scored.score.file = file;
+        scored.pictures = picturesOf(options, scored.score, recording, mostPictures);
     } catch (const std::exception& error) {
-        result.error = messageOf(error);
+        scored.score = {.file = file, .error = messageOf(error)};
     }
-    result.file = file;
-    return result;
+    return scored;
 }
 
 // Prints recordings as they come, and the total at the end.
@@ -52,7 +78,11 @@ class Output {
 public:
     explicit Output(const Options& options) : _options(options) {}
 
-    void add(const RecordingScore& recording) {
+    // How many pictures the page still wants; any thread.
+    [[nodiscard]] std::size_t picturesWanted() const noexcept { return _options.page.empty() ? 0 : _bounds.left(); }
+
+    void add(Scored scored) {
+        const RecordingScore& recording = scored.score;
         _total.add(recording);
         std::string text;
         if (_options.jsonl)
@@ -62,6 +92,8 @@ public:
         writeStandardOutput(text);
         if (!recording.error.empty())
             complain(recording.file, recording.error);
+        if (!_options.page.empty())
+            addCases(scored);
     }
 
     // Returns the exit status.
@@ -72,10 +104,32 @@ public:
         else
             text = totalText(_total);
         writeStandardOutput(text);
-        return keepsItsBounds() && _total.failed() == 0 ? 0 : 1;
+        const int written = writePage(_options.page, [this] { return page(); });
+        return std::max(written, keepsItsBounds() && _total.failed() == 0 ? 0 : 1);
     }
 
 private:
+    void addCases(Scored& scored) {
+        std::vector<Fault> faults = faultsOf(scored.score);
+        scored.pictures.resize(faults.size());
+        for (std::size_t i = 0; i < faults.size(); ++i) {
+            _bounds.apply(scored.pictures[i]);
+            _cases.push_back({.kind = std::string(faults[i].kind),
+                              .startNs = faults[i].startNs,
+                              .file = scored.score.file,
+                              .texts = {faults[i].meant, faults[i].cause},
+                              .picture = std::move(scored.pictures[i])});
+        }
+    }
+
+    [[nodiscard]] std::string page() const {
+        return Page::reportPage(
+            {.title = "Score",
+             .text = totalSentences(_total),
+             .table = _total.counts().labels == 0 ? std::vector<std::vector<std::string>>() : countRows(_total),
+             .groups = {{.title = "What went wrong", .cases = _cases}}});
+    }
+
     [[nodiscard]] bool keepsItsBounds() const {
         if (_options.leastRecall && _total.recall() < *_options.leastRecall) {
             complain("score", fmt::format("recall {} is below {}", _total.recall(), *_options.leastRecall));
@@ -91,6 +145,8 @@ private:
 
     const Options& _options;
     ScoreTotal _total;
+    std::vector<Page::Case> _cases;
+    Page::PictureBounds _bounds;
 };
 
 // FNV-1a over what a run is about.
@@ -112,6 +168,7 @@ std::uint64_t runOf(const std::vector<std::string>& files, const std::vector<Set
 
 int scoreRecordings(const Options& options) {
     warnOfDoubtfulSettings(options.settings);
+    preparePage(options.page);
     std::vector<std::string> files;
     const int found = findRecordings(options.paths, files);
     std::optional<Shard> shard = options.shard;
@@ -122,8 +179,9 @@ int scoreRecordings(const Options& options) {
     }
     Output output(options);
     const int handled = handleInOrder(
-        files, options.jobs, "scoring", [&](const std::string& file) { return score(options, file); },
-        [&](const std::string&, const RecordingScore& recording) { output.add(recording); });
+        files, options.jobs, "scoring",
+        [&](const std::string& file) { return score(options, file, output.picturesWanted()); },
+        [&](const std::string&, Scored scored) { output.add(std::move(scored)); });
     return std::max({found, handled, output.finish(shard)});
 }
 
@@ -160,6 +218,7 @@ bool areAllOfOneRun(std::vector<ReadShard>& shards) {
 }
 
 int mergeShards(const Options& options) {
+    preparePage(options.page);
     std::vector<ReadShard> shards;
     const int status = forEachFile(options.paths, [&shards](const std::string& file) {
         if (auto shard = readShard(file))
@@ -177,7 +236,7 @@ int mergeShards(const Options& options) {
     for (std::size_t i = 0; i < shards.front().recordings.size(); ++i) {
         for (const ReadShard& shard : shards) {
             if (i < shard.recordings.size())
-                output.add(shard.recordings[i]);
+                output.add({.score = shard.recordings[i]});
         }
     }
     return output.finish(std::nullopt);
@@ -225,13 +284,17 @@ Command makeScoreCommand(App& program) {
     App* app = program.addCommand(
         "score", {"velto score recordings/", "velto score recordings/ --min-recall 0.98 --max-false 5"},
         "Compares the gestures of labelled recordings with what was meant: what was\n"
-        "found, missed, wrong or false, and how long the decisions took.");
+        "found, missed, wrong or false, and how long the decisions took.\n"
+        "\n"
+        "A page of --html has pictures of the first 500 faults; with --merge, where no\n"
+        "recording is at hand, it has none.");
     addRecordings(*app, options->paths);
     CLI::Option* settings = addPlayedSettings(*app, options->settings);
     CLI::Option* jobs = addJobs(*app, options->jobs);
     addBounds(*app, *options);
     addShards(*app, *options, settings, jobs);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines");
+    addPage(*app, options->page);
     return {app, [options] { return options->merge ? mergeShards(*options) : scoreRecordings(*options); }};
 }
 

@@ -2,6 +2,7 @@
 #include "Plugin/Pipeline/Properties.h"
 #include "Velto/Analysis/Tuning.h"
 #include "Velto/Commands/Command.h"
+#include "Velto/Commands/PagePlay.h"
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Keys.h"
@@ -9,6 +10,7 @@
 #include "Velto/Options/Sweeps.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
+#include "Velto/Page/TuningPage.h"
 
 #include <algorithm>
 #include <iterator>
@@ -31,6 +33,7 @@ struct Options {
     std::size_t folds = 0;
     std::size_t jobs = 1;
     bool jsonl = false;
+    std::string page; // empty: none
 };
 
 // A recording, played at every point.
@@ -122,6 +125,21 @@ std::string row(const Faults& faults, const std::string& settings) {
                        faults.stray, faults.cost(), settings);
 }
 
+// What was found, a sentence a line.
+std::string conclusion(const Answer& answer) {
+    const Tuned& tuned = answer.tuned;
+    std::string text =
+        tuned.best ? coloured(Colour::Green, "best: " + settingsText(answer.bestSettings())) +
+                         fmt::format(", cost {} in place of {}\n", answer.bestFaults().cost(), tuned.present.cost())
+                   : std::string("the present settings are best: no point costs less\n");
+    if (answer.isOneFold)
+        text += "one recording has none beside it to choose on: no cost on others\n";
+    if (tuned.heldOutCost)
+        text += fmt::format("on recordings that were not chosen on: cost {}, with the present settings {}\n",
+                            *tuned.heldOutCost, tuned.present.cost());
+    return text;
+}
+
 std::string asText(const Answer& answer) {
     const Tuned& tuned = answer.tuned;
     std::string text = coloured(Colour::Bold, fmt::format("  {:>6} {:>6} {:>6} {:>6} {:>6}  {}", "missed", "wrong",
@@ -135,19 +153,25 @@ std::string asText(const Answer& answer) {
     if (onFront > kMostShown)
         text += fmt::format("  ... and {} more points of the front (--jsonl has all)\n", onFront - kMostShown);
     text += row(tuned.present, settingsText(answer.present) + "  (present)");
-    text += tuned.best ? coloured(Colour::Green, "\nbest: " + settingsText(answer.bestSettings())) +
-                             fmt::format(", cost {} in place of {}\n", answer.bestFaults().cost(), tuned.present.cost())
-                       : std::string("\nthe present settings are best: no point costs less\n");
-    if (answer.isOneFold)
-        text += "one recording has none beside it to choose on: no cost on others\n";
-    if (tuned.heldOutCost)
-        text += fmt::format("on recordings that were not chosen on: cost {}, with the present settings {}\n",
-                            *tuned.heldOutCost, tuned.present.cost());
-    return text;
+    return text + "\n" + conclusion(answer);
+}
+
+std::vector<Page::Axis> axesOf(const Options& options, const Answer& answer) {
+    std::vector<Page::Axis> axes;
+    for (std::size_t i = 0; i < options.sweeps.size(); ++i) {
+        const Ref<Value>& present = answer.present[i].value;
+        Page::Axis& axis = axes.emplace_back();
+        axis.key = options.sweeps[i].key;
+        axis.present = present ? shortText(present.get()) : "as recorded";
+        for (const Ref<Value>& value : options.sweeps[i].values)
+            axis.values.push_back(shortText(value.get()));
+    }
+    return axes;
 }
 
 int tune(const Options& options) {
     warnOfDoubtfulSettings(options.settings);
+    preparePage(options.page);
     const std::vector<std::vector<Setting>> points = gridOf(options.sweeps);
     std::vector<std::vector<Setting>> withPresent = points;
     withPresent.emplace_back();
@@ -172,7 +196,9 @@ int tune(const Options& options) {
                         .tuned = tuned(recordings, options.folds),
                         .isOneFold = options.folds > 1 && recordings.size() == 1};
     writeStandardOutput(options.jsonl ? asLines(answer) : asText(answer));
-    return status;
+    const int written = writePage(
+        options.page, [&] { return Page::tuningPage(axesOf(options, answer), answer.tuned, conclusion(answer)); });
+    return std::max(status, written);
 }
 
 } // namespace
@@ -201,6 +227,7 @@ Command makeTuneCommand(App& program) {
         ->type_name("K");
     addJobs(*app, options->jobs);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines: every point, then the best");
+    addPage(*app, options->page)->description("Also write a page for a browser, with a map of the costs");
     app->callback([options] {
         std::size_t points = 1;
         for (const Sweep& sweep : options->sweeps)

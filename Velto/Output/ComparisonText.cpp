@@ -34,7 +34,9 @@ Colour colourOf(Change change) noexcept {
     return Colour::Plain;
 }
 
-std::string describe(const Touch* touch) {
+} // namespace
+
+std::string touchText(const Touch* touch) {
     if (touch == nullptr)
         return "no touch";
     const auto reason = touch->reason();
@@ -42,14 +44,12 @@ std::string describe(const Touch* touch) {
                        reason ? nameOf(*reason) : "");
 }
 
-std::string meant(const Label* label, Change change) {
+std::string meantText(const Label* label, Change change) {
     if (label == nullptr)
         return change == Change::Other ? "not labelled" : "nothing";
     return fmt::format("{} {}{}{}", label->gesture, label->region, label->endRegion.empty() ? "" : " to ",
                        label->endRegion);
 }
-
-} // namespace
 
 void appendChangeLines(std::string& text, std::string_view file, const std::vector<ComparedTouch>& touches) {
     const std::string member = fileMember(file);
@@ -68,7 +68,7 @@ void appendChangeText(std::string& text, std::string_view file, const std::vecto
             fmt::format_to(std::back_inserter(text), "  {:>9.2f} s  {}  {:<28}  {:<47}  ->  {:<47}  {}\n",
                            static_cast<double>((a != nullptr ? a : b)->startNs) / 1e9,
                            coloured(colourOf(change), fmt::format("{:<6}", nameOf(change))),
-                           printable(meant(label, change)), describe(a), describe(b), printable(file));
+                           printable(meantText(label, change)), touchText(a), touchText(b), printable(file));
     }
 }
 

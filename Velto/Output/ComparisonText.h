@@ -19,6 +19,10 @@ using ChangeCounts = std::array<std::uint64_t, Analysis::kChangeNames.size()>;
 void appendChangeLines(std::string& text, std::string_view file, const std::vector<Analysis::ComparedTouch>& touches);
 void appendChangeText(std::string& text, std::string_view file, const std::vector<Analysis::ComparedTouch>& touches);
 
+// What their parts say: what was meant, and what a touch became; null: not known, or none.
+[[nodiscard]] std::string meantText(const Analysis::Label* label, Analysis::Change change);
+[[nodiscard]] std::string touchText(const Analysis::Touch* touch);
+
 // What stands below them.
 [[nodiscard]] std::string comparisonLine(const ChangeCounts& counts);
 [[nodiscard]] std::string comparisonText(const ChangeCounts& counts);

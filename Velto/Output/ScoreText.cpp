@@ -3,8 +3,6 @@
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>
-#include <utility>
-#include <vector>
 
 #include <fmt/format.h>
 
@@ -38,23 +36,22 @@ std::string causeOf(const LabelScore& label) {
     return label.result == Result::Missed && !label.touch ? "no touch" : "";
 }
 
-std::string faultLine(std::string_view file, std::uint64_t startNs, std::string_view fault, const std::string& meant,
-                      const std::optional<std::size_t>& touch, const std::string& cause) {
-    std::string text = fmt::format("  {:>9.2f} s  {}  {:<28}", static_cast<double>(startNs) / 1e9,
-                                   coloured(Colour::Red, fmt::format("{:<13}", fault)), printable(meant));
-    if (touch)
-        text += fmt::format("  touch {:<4}", *touch);
-    if (!cause.empty())
-        text += fmt::format("  {}", cause);
+std::string faultLine(std::string_view file, const Fault& fault) {
+    std::string text = fmt::format("  {:>9.2f} s  {}  {:<28}", static_cast<double>(fault.startNs) / 1e9,
+                                   coloured(Colour::Red, fmt::format("{:<13}", fault.kind)), printable(fault.meant));
+    if (fault.touch)
+        text += fmt::format("  touch {:<4}", *fault.touch);
+    if (!fault.cause.empty())
+        text += fmt::format("  {}", fault.cause);
     text.erase(text.find_last_not_of(' ') + 1);
     return fmt::format("{}  {}\n", text, printable(file));
 }
 
-std::string tableRow(const std::string& name, const ScoreTotal::Counts& counts) {
-    std::string text = fmt::format("  {:<22} {:>7}", printable(name), counts.labels);
+std::vector<std::string> countRow(const std::string& name, const ScoreTotal::Counts& counts) {
+    std::vector<std::string> row{name, fmt::format("{}", counts.labels)};
     for (const std::uint64_t count : counts.results)
-        text += count == 0 ? fmt::format(" {:>13}", "-") : fmt::format(" {:>13}", count);
-    return text + "\n";
+        row.push_back(count == 0 ? "-" : fmt::format("{}", count));
+    return row;
 }
 
 std::string delayLine(std::string_view name, const std::optional<ScoreTotal::Delays>& delays) {
@@ -63,17 +60,15 @@ std::string delayLine(std::string_view name, const std::optional<ScoreTotal::Del
                : std::string();
 }
 
-// A table kind by region.
 std::string countTable(const ScoreTotal& total) {
-    std::string heading = fmt::format("  {:<22} {:>7}", "meant", "labels");
-    for (std::size_t i = 0; i < kResultNames.size(); ++i)
-        heading += fmt::format(" {:>13}", phraseOf(static_cast<Result>(i)));
-    std::string text = coloured(Colour::Bold, heading) + "\n";
-    for (const auto& [gesture, regions] : total.byGesture()) {
-        for (const auto& [region, counts] : regions)
-            text += tableRow(fmt::format("{} {}", gesture, region), counts);
+    std::string table;
+    for (const std::vector<std::string>& row : countRows(total)) {
+        std::string line = fmt::format("  {:<22} {:>7}", printable(row[0]), row[1]);
+        for (std::size_t i = 2; i < row.size(); ++i)
+            line += fmt::format(" {:>13}", row[i]);
+        table += (table.empty() ? coloured(Colour::Bold, line) : line) + "\n";
     }
-    return text + tableRow("all", total.counts()) + "\n";
+    return table + "\n";
 }
 
 // A recall that nothing stands behind is not printed.
@@ -87,32 +82,57 @@ std::string recallText(const ScoreTotal& total) {
 
 } // namespace
 
-std::string faultLines(const RecordingScore& recording) {
-    std::vector<std::pair<std::uint64_t, std::string>> lines; // by their time
+std::vector<Fault> faultsOf(const RecordingScore& recording) {
+    std::vector<Fault> faults;
     for (const LabelScore& label : recording.labels) {
         if (isRight(label.result))
             continue;
         const std::string way = label.endRegion.empty() ? label.region : label.region + " to " + label.endRegion;
-        lines.emplace_back(label.startNs,
-                           faultLine(recording.file, label.startNs, phraseOf(label.result),
-                                     fmt::format("{} {}", label.gesture, way), label.touch, causeOf(label)));
+        faults.push_back({.startNs = label.startNs,
+                          .endNs = label.endNs,
+                          .kind = phraseOf(label.result),
+                          .meant = fmt::format("{} {}", label.gesture, way),
+                          .touch = label.touch,
+                          .cause = causeOf(label)});
     }
     for (const Stray& stray : recording.strays)
-        lines.emplace_back(stray.startNs, faultLine(recording.file, stray.startNs, "stray",
-                                                    fmt::format("{} {}", nameOf(stray.gesture), nameOf(stray.region)),
-                                                    stray.touch, "not meant"));
-    std::ranges::stable_sort(lines, {}, &decltype(lines)::value_type::first);
+        faults.push_back({.startNs = stray.startNs,
+                          .endNs = stray.endNs,
+                          .kind = "stray",
+                          .meant = fmt::format("{} {}", nameOf(stray.gesture), nameOf(stray.region)),
+                          .touch = stray.touch,
+                          .cause = "not meant"});
+    std::ranges::stable_sort(faults, {}, &Fault::startNs);
+    return faults;
+}
+
+std::string faultLines(const RecordingScore& recording) {
     std::string text;
-    for (const auto& [startNs, line] : lines)
-        text += line;
+    for (const Fault& fault : faultsOf(recording))
+        text += faultLine(recording.file, fault);
     return text;
 }
 
+std::vector<std::vector<std::string>> countRows(const ScoreTotal& total) {
+    std::vector<std::vector<std::string>> rows{{"meant", "labels"}};
+    for (std::size_t i = 0; i < kResultNames.size(); ++i)
+        rows.front().emplace_back(phraseOf(static_cast<Result>(i)));
+    for (const auto& [gesture, regions] : total.byGesture()) {
+        for (const auto& [region, counts] : regions)
+            rows.push_back(countRow(fmt::format("{} {}", gesture, region), counts));
+    }
+    rows.push_back(countRow("all", total.counts()));
+    return rows;
+}
+
 std::string totalText(const ScoreTotal& total) {
-    std::string text = total.counts().labels == 0 ? std::string() : countTable(total);
-    text += fmt::format("  {}, {:.2f} h{}: {}, {}", counted(total.recordings(), "recording"), total.hours(),
-                        total.failed() > 0 ? fmt::format(", {} not read", total.failed()) : "", recallText(total),
-                        counted(total.strays(), "stray gesture"));
+    return (total.counts().labels == 0 ? std::string() : countTable(total)) + totalSentences(total);
+}
+
+std::string totalSentences(const ScoreTotal& total) {
+    std::string text = fmt::format("  {}, {:.2f} h{}: {}, {}", counted(total.recordings(), "recording"), total.hours(),
+                                   total.failed() > 0 ? fmt::format(", {} not read", total.failed()) : "",
+                                   recallText(total), counted(total.strays(), "stray gesture"));
     if (const auto perHour = total.falsePerHour())
         text += fmt::format(", {:.1f} false gestures an hour", *perHour);
     text += "\n";

@@ -70,14 +70,14 @@ void Images::add(const Analysis::Track::Step& step, const Algs& algs, bool isSho
     _groupsBefore = algs.virtualPixels;
 }
 
-std::string Images::members() const {
+std::string Images::members(bool hasGroups) const {
     return fmt::format(R"("rows":{},"ns":"{}","frame":"{}","timeMs":"{}","pads":{},"groups":{},)"
                        R"("padsOn":"{}","groupsOn":"{}","strongest":"{}","signal":"{}","onLevel":"{}",)"
                        R"("offLevel":"{}","touchScore":"{}","region":"{}")",
                        count(), timesColumn(_ns), countersColumn(_frame), countersColumn(_timeMs), columnsOf(_pads),
-                       columnsOf(_groups), integersColumn(_padsOn), integersColumn(_groupsOn), bytesColumn(_strongest),
-                       integersColumn(_signal), floatsColumn(_onLevel), floatsColumn(_offLevel),
-                       floatsColumn(_touchScore), bytesColumn(_region));
+                       hasGroups ? columnsOf(_groups) : "[]", integersColumn(_padsOn), integersColumn(_groupsOn),
+                       bytesColumn(_strongest), integersColumn(_signal), floatsColumn(_onLevel),
+                       floatsColumn(_offLevel), floatsColumn(_touchScore), bytesColumn(_region));
 }
 
 } // namespace VeltoTouch::Page

@@ -19,8 +19,8 @@ public:
 
     [[nodiscard]] std::size_t count() const noexcept { return _ns.size(); }
 
-    // Returns the members of an object: the number of rows, and the columns.
-    [[nodiscard]] std::string members() const;
+    // Returns the members of an object: the number of rows, and the columns; those of groups if they are wanted.
+    [[nodiscard]] std::string members(bool hasGroups) const;
 
 private:
     // The strongest pixel of an image and the level that it had to exceed to turn on, or to stay on; the other level

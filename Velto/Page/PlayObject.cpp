@@ -34,7 +34,7 @@ std::string imageMembers(const Play& play, const Track& track, const Range& rang
     track.play(play.settings, [&](const Track::Step& step, const Algs& algs, const HIDEvents&) {
         images.add(step, algs, range.holds(step.ns, step.ns));
     });
-    return images.members();
+    return images.members(play.hasGroups);
 }
 
 std::string settingsArray(const std::vector<Setting>& settings) {

@@ -17,7 +17,20 @@ namespace {
 
 using namespace Analysis;
 
-// What holds for any recording: the surface, and the recognizer's bounds that no setting moves.
+// Touches of the two plays that belong together, by their numbers. Labels judge plays of one recording alone.
+std::string pairsArray(const Play& a, const Play& b) {
+    const bool isOneRecording = &a.recording == &b.recording;
+    const std::vector<Label> labels = isOneRecording ? a.labels : std::vector<Label>();
+    const LabelledTouches before = labelled(labels, a.touches);
+    const LabelledTouches after = labelled(labels, b.touches);
+    const auto number = [](const Touch* touch) { return touch == nullptr ? 0 : touch->number; };
+    return arrayOf(compare(before, after), [&](const ComparedTouch& touch) {
+        return fmt::format(R"([{},{},"{}"])", number(touch.a), number(touch.b), nameOf(touch.change));
+    });
+}
+
+} // namespace
+
 std::string surfaceObject() {
     const Algs algs;
     const auto plate = [](const Surface::Place& place) {
@@ -37,24 +50,15 @@ std::string surfaceObject() {
                        algs.handStats.holdScoreThreshold);
 }
 
-// Touches of the two plays that belong together, by their numbers. Labels judge plays of one recording alone.
-std::string pairsArray(const Play& a, const Play& b) {
-    const bool isOneRecording = &a.recording == &b.recording;
-    const std::vector<Label> labels = isOneRecording ? a.labels : std::vector<Label>();
-    const LabelledTouches before = labelled(labels, a.touches);
-    const LabelledTouches after = labelled(labels, b.touches);
-    const auto number = [](const Touch* touch) { return touch == nullptr ? 0 : touch->number; };
-    return arrayOf(compare(before, after), [&](const ComparedTouch& touch) {
-        return fmt::format(R"([{},{},"{}"])", number(touch.a), number(touch.b), nameOf(touch.change));
-    });
+std::string pictureMembers(const std::vector<Play>& plays, const Range& range) {
+    const auto object = [&range](const Play& play) { return playObject(play, range); };
+    return fmt::format(R"("plays":{},"pairs":{})", arrayOf(plays, object),
+                       plays.size() > 1 ? pairsArray(plays[0], plays[1]) : "[]");
 }
 
-} // namespace
-
 std::string recordingPage(const std::vector<Play>& plays, const Range& range) {
-    const auto object = [&range](const Play& play) { return playObject(play, range); };
-    return document(fmt::format(R"({{"kind":"recording","surface":{},"plays":{},"pairs":{}}})", surfaceObject(),
-                                arrayOf(plays, object), plays.size() > 1 ? pairsArray(plays[0], plays[1]) : "[]"));
+    return document(
+        fmt::format(R"({{"kind":"recording","surface":{},{}}})", surfaceObject(), pictureMembers(plays, range)));
 }
 
 } // namespace VeltoTouch::Page

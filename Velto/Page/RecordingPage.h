@@ -30,6 +30,7 @@ struct Play {
     std::vector<Analysis::Touch> touches;    // that this play gives, all of them
     std::vector<Analysis::Label> labels;     // of the recording
     std::vector<TouchTexts> texts;           // by touch
+    bool hasGroups = true;                   // groups of pads are shown too
 };
 
 // Nanoseconds from the first frame; what lies outside is played and not shown.
@@ -42,6 +43,12 @@ struct Range {
         return endNs >= fromNs && startNs <= toNs;
     }
 };
+
+// What holds for any recording: the surface, and the recognizer's bounds that no setting moves.
+[[nodiscard]] std::string surfaceObject();
+
+// All that a page shows of one or two plays, as members of an object.
+[[nodiscard]] std::string pictureMembers(const std::vector<Play>& plays, const Range& range);
 
 // Returns the whole file for one or two plays. Throws what the recording's values throw, and std::runtime_error.
 [[nodiscard]] std::string recordingPage(const std::vector<Play>& plays, const Range& range);

@@ -27,7 +27,8 @@ class Chart {
   layOut() {
     const width = this.node.clientWidth;
     if (!width) return;
-    this.gutter = width < 600 ? 58 : 84;
+    this.gutter = width < 600 ? 68 : 84;
+    this.node.classList.toggle("narrow", width < 600);
     let y = 22; // the axis
     this.boxes = this.rows.map((row) => {
       y += row.marks ? 16 : 0; // its title stands above

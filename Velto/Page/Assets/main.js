@@ -7,6 +7,8 @@ const pages = {
     page.range.readAddress();
     return page;
   },
+  report: showReport,
+  tuning: showTuning,
 };
 
 async function showPage() {

@@ -1,0 +1,90 @@
+#include "Velto/Commands/PagePlay.h"
+
+#include "Velto/Analysis/Pairing.h"
+#include "Velto/Analysis/TouchObserver.h"
+#include "Velto/Analysis/WouldBe.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
+#include "Velto/Output/TouchText.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace VeltoTouch::Velto {
+
+using namespace Analysis;
+
+Page::Play playForPage(const std::string& file, PipelineRecording& recording, const std::vector<Setting>& settings,
+                       const std::optional<Page::Range>& alternatives) {
+    const Track track(recording.frames());
+    Page::Play play{.file = file,
+                    .recording = recording,
+                    .settings = settings,
+                    .touches = touchesOf(track, settings, TouchObserver::Contributions::Follow),
+                    .labels = labelsOf(recording.frames()),
+                    .texts = {}};
+    std::vector<Touch*> shown;
+    Typicals typicals;
+    for (Touch& touch : play.touches) {
+        typicals.add(touch);
+        if (alternatives && alternatives->holds(touch.startNs, touch.endNs))
+            shown.push_back(&touch);
+    }
+    if (!shown.empty())
+        findAlternatives(track, settings, shown);
+    const std::vector<const Label*> labels = labelsByTouch(play.labels, play.touches);
+    for (const Touch& touch : play.touches)
+        play.texts.push_back(
+            {.heading = touchHeading(touch, labels[touch.number - 1]), .details = touchDetails(touch, typicals)});
+    return play;
+}
+
+Pictures::Pictures(const std::string& file, PipelineRecording& recording,
+                   const std::vector<std::vector<Setting>>& settings) {
+    for (const std::vector<Setting>& each : settings) {
+        Page::Play& play = _plays.emplace_back(playForPage(file, recording, each));
+        play.hasGroups = false;
+        _texts.push_back(std::exchange(play.texts, std::vector<Page::TouchTexts>(play.touches.size())));
+    }
+}
+
+Page::Picture Pictures::around(std::uint64_t startNs, std::uint64_t endNs,
+                               const std::vector<std::size_t>& touches) const {
+    constexpr std::uint64_t kSecond = 1'000'000'000;
+    Page::Picture picture{.members = Page::pictureMembers(
+                              _plays, {.fromNs = startNs - std::min(startNs, kSecond), .toNs = endNs + kSecond})};
+    for (std::size_t play = 0; play < touches.size(); ++play) {
+        if (touches[play] == 0)
+            continue;
+        const auto& [heading, details] = _texts[play][touches[play] - 1];
+        const std::string number = touches.size() > 1 ? std::to_string(play + 1) + ": " : "";
+        picture.explanations.push_back(number + heading + details);
+    }
+    return picture;
+}
+
+CLI::Option* addPage(App& app, std::string& target) {
+    CLI::Option* option = app.add_option("--html", target, "Also write a page for a browser, with pictures");
+    option->check([](const std::string& path) {
+        return isStandardOutput(path) ? std::string("a file is wanted: the standard output has the text") : "";
+    });
+    return app.offer(option, fileNames())->type_name("OUT");
+}
+
+void preparePage(const std::string& path) {
+    if (path.empty())
+        return;
+    leaveOutColours(); // the texts stand in the page too
+    try {
+        requireWritable(path);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(path + ": " + messageOf(error));
+    }
+}
+
+int writePage(const std::string& path, const std::function<std::string()>& pageOf) {
+    return path.empty() ? 0 : forEachFile({path}, [&](const std::string& file) { writeFile(file, pageOf()); });
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Velto/Options/App.h"
+#include "Velto/Page/RecordingPage.h"
+#include "Velto/Page/ReportPage.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace VeltoTouch::Velto {
+
+// Plays a recording for a page. Of touches within `alternatives` it finds what would change them.
+[[nodiscard]] Page::Play playForPage(const std::string& file, PipelineRecording& recording,
+                                     const std::vector<Analysis::Setting>& settings,
+                                     const std::optional<Page::Range>& alternatives = std::nullopt);
+
+// Pictures of what lies in one recording, played once or twice.
+class Pictures {
+public:
+    Pictures(const std::string& file, PipelineRecording& recording,
+             const std::vector<std::vector<Analysis::Setting>>& settings);
+
+    // From a second before to a second after. `touches` are explained: a number a play, 0 for none.
+    [[nodiscard]] Page::Picture around(std::uint64_t startNs, std::uint64_t endNs,
+                                       const std::vector<std::size_t>& touches) const;
+
+private:
+    std::vector<Page::Play> _plays;
+    std::vector<std::vector<Page::TouchTexts>> _texts; // by play
+};
+
+// --html OUT: a page beside what is printed.
+CLI::Option* addPage(App& app, std::string& target);
+
+// Before the work and after it; without a path they do nothing. `writePage` returns the exit status.
+void preparePage(const std::string& path);
+[[nodiscard]] int writePage(const std::string& path, const std::function<std::string()>& pageOf);
+
+} // namespace VeltoTouch::Velto
