@@ -7,7 +7,9 @@
 #include <cerrno>
 #include <filesystem>
 #include <optional>
+#include <random>
 #include <stdexcept>
+#include <string>
 #include <system_error>
 
 #include <fcntl.h>
@@ -40,16 +42,18 @@ void writeAll(const FileDescriptor& file, std::string_view content) {
     }
 }
 
-mode_t modeOfNewFiles() noexcept {
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return 0666 & ~mask;
+// No name that is taken, nor one that can be foreseen.
+std::string nameBeside(const std::string& path) {
+    std::random_device random;
+    return path + "." + std::to_string(random()) + std::to_string(random());
 }
 
 // Beside the file that it is to replace. Removed again unless it becomes that.
 class NewFile {
 public:
-    explicit NewFile(const std::string& path) : _path(path + ".XXXXXX"), _file(::mkostemp(_path.data(), O_CLOEXEC)) {
+    // The process's mask takes its share of the rights: it can be asked for only by changing it under other threads.
+    NewFile(const std::string& path, mode_t rights)
+        : _path(nameBeside(path)), _file(::open(_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, rights)) {
         check(_file.isOpen());
     }
     NewFile(const NewFile&) = delete;
@@ -59,9 +63,10 @@ public:
             ::unlink(_path.c_str());
     }
 
-    void become(const std::string& path, mode_t mode, std::string_view content) {
+    // `rights`: those of the file that it replaces.
+    void become(const std::string& path, std::optional<mode_t> rights, std::string_view content) {
         writeAll(_file, content);
-        check(::fchmod(_file.get(), mode) == 0);
+        check(!rights || ::fchmod(_file.get(), *rights) == 0);
         check(::fsync(_file.get()) == 0);
         check(::rename(_path.c_str(), path.c_str()) == 0);
         _path.clear();
@@ -110,8 +115,11 @@ void writeFile(const std::string& path, std::string_view content) {
     if (isThere)
         check(::access(path.c_str(), W_OK) == 0);                                          // a protected file stays
     const std::string target = isThere ? std::filesystem::canonical(path).string() : path; // links stay links
-    const mode_t rights = S_IRWXU | S_IRWXG | S_IRWXO;
-    NewFile(target).become(target, isThere ? status.st_mode & rights : modeOfNewFiles(), content);
+    constexpr mode_t kRights = S_IRWXU | S_IRWXG | S_IRWXO;
+    if (isThere)
+        NewFile(target, S_IRUSR | S_IWUSR).become(target, status.st_mode & kRights, content);
+    else
+        NewFile(target, 0666).become(target, {}, content);
 }
 
 } // namespace VeltoTouch::Python

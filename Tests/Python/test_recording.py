@@ -128,6 +128,9 @@ def test_saving_keeps_rights_links_and_pipes(tmp_path):
     link.symlink_to(target)
     recording.save(link)
     assert link.is_symlink() and target.read_bytes() == recording.to_bytes() and target.stat().st_mode & 0o777 == 0o640
+    mask = os.umask(0o027)
+    recording.save(tmp_path / "new.json")
+    assert os.umask(mask) == 0o027 and (tmp_path / "new.json").stat().st_mode & 0o777 == 0o640
     os.mkfifo(pipe)
     received = []
     reader = threading.Thread(target=lambda: received.append(pipe.read_bytes()))
