@@ -8,12 +8,31 @@
 #include "Velto/Output/TouchText.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace VeltoTouch::Velto {
 
 using namespace Analysis;
+
+namespace {
+
+// Whether a file is there that is no page: a recording, say, that was meant to be read.
+bool holdsAnother(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error) || std::filesystem::file_size(path, error) == 0)
+        return false;
+    constexpr std::string_view kPage = "<!DOCTYPE html>";
+    std::string begin(kPage.size(), '\0');
+    std::ifstream(path, std::ios::binary).read(begin.data(), static_cast<std::streamsize>(begin.size()));
+    return begin != kPage;
+}
+
+} // namespace
 
 Page::Play playForPage(const std::string& file, PipelineRecording& recording, const std::vector<Setting>& settings,
                        const std::optional<Page::Range>& alternatives) {
@@ -78,6 +97,8 @@ void preparePage(const std::string& path) {
     leaveOutColours(); // the texts stand in the page too
     try {
         requireWritable(path);
+        if (holdsAnother(path))
+            throw std::runtime_error("what is there is no page, and is kept");
     } catch (const std::exception& error) {
         throw std::runtime_error(path + ": " + messageOf(error));
     }

@@ -34,7 +34,8 @@ private:
 // --html OUT: a page beside what is printed.
 CLI::Option* addPage(App& app, std::string& target);
 
-// Before the work and after it; without a path they do nothing. `writePage` returns the exit status.
+// Before the work and after it; without a path they do nothing. `preparePage` throws std::runtime_error where no file
+// can be written, or one is there that is no page. `writePage` returns the exit status.
 void preparePage(const std::string& path);
 [[nodiscard]] int writePage(const std::string& path, const std::function<std::string()>& pageOf);
 

@@ -61,7 +61,7 @@ int plot(const Options& options) {
     warnOfDoubtfulSettings(options.b);
     leaveOutColours();
     if (!isStandardOutput(options.output))
-        requireWritable(options.output);
+        preparePage(options.output);
     const auto shown = options.wouldBe ? std::optional(rangeOf(options)) : std::nullopt;
     std::list<PipelineRecording> recordings;
     std::vector<Page::Play> plays;
