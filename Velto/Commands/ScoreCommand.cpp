@@ -47,11 +47,11 @@ struct Scored {
 
 std::vector<Page::Picture> picturesOf(const Options& options, const RecordingScore& score, PipelineRecording& recording,
                                       std::size_t most) {
-    std::vector<Fault> faults = faultsOf(score);
+    std::vector<Fault> faults = most == 0 ? std::vector<Fault>() : faultsOf(score);
     faults.resize(std::min(faults.size(), most));
-    std::vector<Page::Picture> made;
     if (faults.empty())
-        return made;
+        return {};
+    std::vector<Page::Picture> made;
     const Pictures pictures(score.file, recording, {options.settings});
     for (const Fault& fault : faults)
         made.push_back(pictures.around(fault.startNs, fault.endNs, {fault.touch.value_or(0)}));
