@@ -28,7 +28,7 @@ namespace VeltoTouch::Benchmarks {
 namespace {
 
 constexpr std::size_t kHandOffs = 20'000;
-constexpr std::size_t kFullest = 2 * 4350 - 1; // frames of the service's recording
+constexpr std::size_t kServiceFullest = 2 * 4350 - 1; // frames of the service's recording
 
 // Percentiles of end - start, in microseconds.
 class Latencies {
@@ -105,7 +105,7 @@ Reports simulatedReports(std::size_t count) {
 void reportsToCallback(benchmark::State& state, int readers) {
     for ([[maybe_unused]] auto _ : state) {
         const Latencies yardstick = bareHandOff();
-        const auto device = makeRef<PacedDevice>(Reports{resetReport()}, kFullest + kHandOffs);
+        const auto device = makeRef<PacedDevice>(Reports{resetReport()}, kServiceFullest + kHandOffs);
         const io_service_t registered = registerDevice(device);
         Times callbacks; // the queue's alone, until it is drained
         HostedService service(VeltoTouchHIDServiceFactory, registered, nullptr,
@@ -125,7 +125,7 @@ void reportsToCallback(benchmark::State& state, int readers) {
             thread.join();
         service.stop();
         unregisterDevice(registered);
-        const auto atBound = [](Times& times) { times.erase(times.begin(), times.begin() + kFullest); };
+        const auto atBound = [](Times& times) { times.erase(times.begin(), times.begin() + kServiceFullest); };
         atBound(device->arrivals);
         atBound(device->handled);
         atBound(callbacks);
@@ -147,12 +147,12 @@ BENCHMARK(ReportToCallbackWhileTwoThreadsRead)->Iterations(1)->Unit(benchmark::k
 // How long a read of the recording holds the lock: one piece of the copy, into memory that was taken before.
 void CopyPieceOfRecording(benchmark::State& state) {
     constexpr std::size_t kPiece = 64; // the service's
-    const PipelineRecording recording = simulatedRecording(kFullest);
+    const PipelineRecording recording = simulatedRecording(kServiceFullest);
     double longest = 0;
     std::optional<RecordingCopy> copy;
     for (bool isComplete = true; [[maybe_unused]] auto _ : state) {
         if (isComplete)
-            copy.emplace(kFullest);
+            copy.emplace(kServiceFullest);
         const std::uint64_t start = mach_absolute_time();
         isComplete = copy->copySome(recording, kPiece);
         const double duration = static_cast<double>(mach_absolute_time() - start) / 1e9;

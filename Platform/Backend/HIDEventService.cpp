@@ -6,13 +6,13 @@
 namespace VeltoTouch {
 namespace {
 
-struct Registry {
+struct ServiceRegistry {
     Mutex lock;
     std::vector<Ref<HIDEventService>> services VELTO_GUARDED_BY(lock);
 };
 
-Registry& registry() {
-    static auto* const theRegistry = new Registry; // never destroyed: threads may use it until the process ends
+ServiceRegistry& serviceRegistry() {
+    static auto* const theRegistry = new ServiceRegistry; // never destroyed: threads may use it until the process ends
     return *theRegistry;
 }
 
@@ -27,18 +27,18 @@ std::optional<double> reportIntervalUs(const std::string& key, const Ref<Value>&
 }
 
 void registerEventService(Ref<HIDEventService> service) {
-    const MutexLock guard(registry().lock);
-    registry().services.push_back(std::move(service));
+    const MutexLock guard(serviceRegistry().lock);
+    serviceRegistry().services.push_back(std::move(service));
 }
 
 void unregisterEventService(const Ref<HIDEventService>& service) {
-    const MutexLock guard(registry().lock);
-    std::erase(registry().services, service);
+    const MutexLock guard(serviceRegistry().lock);
+    std::erase(serviceRegistry().services, service);
 }
 
 std::vector<Ref<HIDEventService>> registeredEventServices() {
-    const MutexLock guard(registry().lock);
-    return registry().services;
+    const MutexLock guard(serviceRegistry().lock);
+    return serviceRegistry().services;
 }
 
 } // namespace VeltoTouch

@@ -2,6 +2,7 @@
 
 #include "Platform/Clock.h"
 #include "Platform/Linux/HidrawProperties.h"
+#include "Platform/Linux/ReportDescriptor.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -17,7 +18,6 @@
 namespace VeltoTouch {
 namespace {
 
-constexpr std::uint32_t kHighestReportID = 0xFF;
 constexpr std::size_t kMostRoom = 4096; // bytes; with more, some of the kernel's drivers refuse a request
 
 IOReturn statusOf(int error) noexcept {
@@ -125,7 +125,7 @@ IOReturn HidrawDevice::getReport(IOHIDReportType type, std::uint32_t reportID, s
                                  std::size_t& length) {
     length = 0;
     const auto request = requestFor(type, buffer.size());
-    if (!request || reportID > kHighestReportID)
+    if (!request || reportID > ReportDescriptor::kHighestReportID)
         return kIOReturnUnsupported;
     if (_hasGone)
         return kIOReturnNoDevice;

@@ -30,7 +30,6 @@ enum : std::uint8_t {
 constexpr std::uint8_t kSizeBits = 0x03;
 constexpr std::uint8_t kLongItem = 0xFE; // followed by the size of its data and a tag of its own; none is in use
 
-constexpr std::uint32_t kHighestReportID = 0xFF;
 constexpr std::size_t kShortUsage = 2; // bytes; a longer usage has its page in its upper half
 
 // No report comes near it; a sum that would is left there, so that no descriptor makes it wrap.

@@ -20,6 +20,8 @@ namespace VeltoTouch {
 // state, which ends with the next main item.
 class ReportDescriptor {
 public:
+    static constexpr std::uint32_t kHighestReportID = 0xFF;
+
     struct Usage {
         std::uint16_t page;
         std::uint16_t usage;

@@ -11,7 +11,7 @@ namespace VeltoTouch {
 namespace {
 
 constexpr std::string_view kEventStats = *Keys::belowAlgs(Keys::kEventStats);
-constexpr std::string_view kDebugInfo = *Keys::belowAlgs(Keys::kAlgsDebugInfo);
+constexpr std::string_view kAlgsDebugInfo = *Keys::belowAlgs(Keys::kAlgsDebugInfo);
 
 std::optional<std::size_t> factorIn(std::string_view text) {
     std::istringstream stream{std::string(text)};
@@ -80,7 +80,7 @@ void Algs::setState(const std::string& key, const Ref<Value>& value) {
 Ref<Value> Algs::getState(const std::string& key) const {
     if (key == kEventStats)
         return eventStats.statsDictionary();
-    if (key == kDebugInfo) {
+    if (key == kAlgsDebugInfo) {
         std::vector<Dictionary::Entry> entries;
         entries.push_back({.key = std::string(kEventStats), .value = eventStats.statsDictionary()});
         return makeRef<Dictionary>(std::move(entries));

@@ -8,7 +8,7 @@
 namespace VeltoTouch {
 namespace {
 
-constexpr std::string_view kDebugInfo = *Keys::belowPipeline(Keys::kDebugInfo);
+constexpr std::string_view kPipelineDebugInfo = *Keys::belowPipeline(Keys::kDebugInfo);
 
 // Calls a callback if there is one.
 template <class... Parameters, class... Arguments>
@@ -73,7 +73,7 @@ Ref<Value> Pipeline::getState(const std::string& key) noexcept {
     std::string rest = key;
     if (Util::stripDomainFromKey(rest, Keys::kAlgsDomain))
         return algs.getState(rest);
-    if (key != kDebugInfo)
+    if (key != kPipelineDebugInfo)
         return nullptr;
     std::vector<Dictionary::Entry> entries;
     entries.push_back({.key = "ResetCount", .value = Number::withUnsignedInt(resetCount)});

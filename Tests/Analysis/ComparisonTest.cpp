@@ -65,16 +65,16 @@ std::string textOf(const std::vector<ComparedTouch>& touches) {
     return text;
 }
 
-struct Row {
+struct ComparisonRow {
     const char* name;
     std::vector<Contact> a;
     std::vector<Contact> b;
     const char* changes;
 };
 
-class ComparisonTest : public testing::TestWithParam<Row> {};
+class ComparisonTest : public testing::TestWithParam<ComparisonRow> {};
 
-const Row kRows[]{
+const ComparisonRow kComparisonRows[]{
     {"Fixed", {{0, 9, Cancel, PlayPause, ATap}}, {{0, 9, Tap, PlayPause, ATap}}, "fixed tap 1>1"},
     {"Broken", {{0, 9, Tap, PlayPause, ATap}}, {{0, 9, Cancel, PlayPause, ATap}}, "broken tap 1>1"},
     {"WrongBothTimes", {{0, 9, Cancel, PlayPause, ATap}}, {{0, 9, Hold, PlayPause, ATap}}, "other tap 1>1"},
@@ -114,7 +114,7 @@ const Row kRows[]{
 TEST_P(ComparisonTest, JudgesEachLabelOnce) {
     EXPECT_EQ(GetParam().changes, textOf(compare(played(GetParam().a), played(GetParam().b))));
 }
-INSTANTIATE_TEST_SUITE_P(Plays, ComparisonTest, testing::ValuesIn(kRows),
+INSTANTIATE_TEST_SUITE_P(Plays, ComparisonTest, testing::ValuesIn(kComparisonRows),
                          [](const auto& row) { return row.param.name; });
 
 // Labels that are not right and strays. Labels are those that either play has.

@@ -26,16 +26,16 @@ std::vector<Spanned> made(const std::vector<Span>& spans) {
     return all;
 }
 
-struct Row {
+struct PairingRow {
     const char* name;
     std::vector<Span> labels;
     std::vector<Span> touches;
     const char* touchesByLabel; // numbers; - for none
 };
 
-class PairingTest : public testing::TestWithParam<Row> {};
+class PairingTest : public testing::TestWithParam<PairingRow> {};
 
-const Row kRows[]{
+const PairingRow kPairingRows[]{
     {"TouchesTheWindowBefore", {{100, 200}}, {{0, 50}}, "1"},
     {"EndsBeforeTheWindow", {{100, 200}}, {{0, 49}}, "-"},
     {"TouchesTheWindowBehind", {{100, 200}}, {{350, 400}}, "1"},
@@ -58,7 +58,7 @@ TEST_P(PairingTest, PairsOneToOne) {
         text += (text.empty() ? "" : " ") + (touch == nullptr ? "-" : std::to_string(touch->number));
     EXPECT_EQ(GetParam().touchesByLabel, text);
 }
-INSTANTIATE_TEST_SUITE_P(Windows, PairingTest, testing::ValuesIn(kRows),
+INSTANTIATE_TEST_SUITE_P(Windows, PairingTest, testing::ValuesIn(kPairingRows),
                          [](const auto& row) { return row.param.name; });
 
 // Windows of weeks: each label could have every touch.

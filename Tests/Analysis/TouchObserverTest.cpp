@@ -33,17 +33,17 @@ std::string textOf(const std::vector<Touch>& touches) {
     return text;
 }
 
-struct Row {
+struct TouchRow {
     const char* name;
     std::function<void(TouchSurface& surface)> story;
     const char* touches;
 };
 
-class TouchObserverTest : public RecordedSurfaceTest, public testing::WithParamInterface<Row> {};
+class TouchObserverTest : public RecordedSurfaceTest, public testing::WithParamInterface<TouchRow> {};
 
 #define TAP_RULES "signalPerTouchDuration signalPerDuration nonActivePixels timeDurationRatio tapScore"
 
-const Row kRows[]{
+const TouchRow kTouchRows[]{
     {"Tap", [](TouchSurface& s) { s.at(1000).idle().finger(PlayPause).forMs(80).lift(); },
      "tap | activation holdTimeout? " TAP_RULES "\n"},
     {"Hold", [](TouchSurface& s) { s.at(1000).idle().finger(VolumeUp).forMs(700).lift(); },
@@ -113,7 +113,7 @@ TEST_P(TouchObserverTest, SaysWhy) {
     GetParam().story(surface);
     EXPECT_EQ(GetParam().touches, textOf(touchesOf(track(), {})));
 }
-INSTANTIATE_TEST_SUITE_P(Stories, TouchObserverTest, testing::ValuesIn(kRows),
+INSTANTIATE_TEST_SUITE_P(Stories, TouchObserverTest, testing::ValuesIn(kTouchRows),
                          [](const auto& row) { return row.param.name; });
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "Platform/Clock.h"
 #include "Platform/Dispatch.h"
+#include "Tests/Platform/Times.h"
 
 #include <atomic>
 #include <memory>
@@ -16,8 +17,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr double kLong = 60; // seconds
-constexpr std::uint64_t kMillisecond = 1'000'000;
 constexpr std::uint64_t kNever = 3'600'000 * kMillisecond;
 
 // What is read on another thread, and what of it comes on the test's run loop.

@@ -2,6 +2,7 @@
 #include "Platform/Clock.h"
 #include "Platform/Dispatch.h"
 #include "Platform/FileDescriptor.h"
+#include "Tests/Platform/Times.h"
 
 #include <cstdio>
 #include <limits>
@@ -16,9 +17,7 @@
 namespace VeltoTouch::Tests {
 namespace {
 
-constexpr double kLong = 60; // seconds; a run that takes so long has missed what it waited for
 constexpr double kForEver = std::numeric_limits<double>::infinity();
-constexpr std::uint64_t kMillisecond = 1'000'000; // in host ticks
 
 class Pipe {
 public:

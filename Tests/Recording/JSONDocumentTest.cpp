@@ -18,7 +18,7 @@ struct Parsed {
     JSON::Document document;
 };
 
-std::vector<std::string> textsOf(const JSON::Element& list) {
+std::vector<std::string> elementTexts(const JSON::Element& list) {
     std::vector<std::string> texts;
     for (const JSON::Element element : list.elements())
         texts.push_back(JSON::text(element.value().get()));
@@ -32,7 +32,7 @@ TEST(JSONElementTest, AnAbsentElementAnswersNoAndANullOneIsThere) {
     for (const JSON::Element& absent : {withNull.member("nul"), noJSON.root(), noJSON.member("a")}) {
         EXPECT_FALSE(absent.isPresent() || absent.isDictionary() || absent.isArray());
         EXPECT_FALSE(absent.string() || absent.unsignedNumber() || absent.value());
-        EXPECT_THAT(textsOf(absent), ElementsAre());
+        EXPECT_THAT(elementTexts(absent), ElementsAre());
     }
 }
 
@@ -45,9 +45,9 @@ TEST(JSONElementTest, MembersComeInTheOrderAskedForAndTheLastOfEqualKeysCounts) 
 }
 
 TEST(JSONElementTest, ElementsOfAnArrayComeWholeAndInOrder) {
-    EXPECT_THAT(textsOf(Parsed(R"([[1,[2]],{"a":[3]},"x\n",0.5,null,[]])").root()),
+    EXPECT_THAT(elementTexts(Parsed(R"([[1,[2]],{"a":[3]},"x\n",0.5,null,[]])").root()),
                 ElementsAre("[1,[2]]", R"({"a":[3]})", R"("x\n")", "0.5", "null", "[]"));
-    EXPECT_THAT(textsOf(Parsed(R"({"a":1})").root()), ElementsAre());
+    EXPECT_THAT(elementTexts(Parsed(R"({"a":1})").root()), ElementsAre());
 }
 
 } // namespace

@@ -15,8 +15,6 @@
 namespace VeltoTouch::Tests {
 namespace {
 
-constexpr std::uint64_t kStepNs = 10'000'000;
-
 // What a call throws: the kind and the message, or nothing.
 template <class Call>
 std::string thrownBy(const Call& call) {
@@ -168,7 +166,7 @@ private:
     }
 
     std::uint64_t nextTime() {
-        _theirs.hostTime = storyClock().ticks += kStepNs;
+        _theirs.hostTime = storyClock().ticks += kStoryStepNs;
         return storyClock().ticks;
     }
     void send(const std::vector<std::uint8_t>& report) {

@@ -16,6 +16,8 @@ namespace VeltoTouch::Tests {
 
 using StoryValue = Reference::Value; // empty is nil
 
+constexpr std::uint64_t kStoryStepNs = 10'000'000; // of the host, from a step to the next
+
 namespace Steps {
 
 using Signals = std::array<std::int16_t, kPadCount>;

@@ -10,7 +10,7 @@
 namespace VeltoTouch::Tests {
 namespace {
 
-using nlohmann::json;
+using Json = nlohmann::json;
 using Steps::Signals;
 
 class Teller {
@@ -79,7 +79,7 @@ private:
             if (_choices.oneIn(8)) {
                 const std::size_t either = _choices.below(2);
                 _isSuppressing.at(either) = !_isSuppressing.at(either);
-                add(Steps::Setting{std::string(kSettingKeys.at(either)), json(_isSuppressing.at(either))});
+                add(Steps::Setting{std::string(kSettingKeys.at(either)), Json(_isSuppressing.at(either))});
             }
         }
         if (!_choices.oneIn(8))
@@ -221,7 +221,7 @@ private:
 
     // What a host means to write.
     StoryValue usualValue() {
-        const std::array<json, 8> usual{true, false, 250, 500, 120.0, 200.0, 90, 0};
+        const std::array<Json, 8> usual{true, false, 250, 500, 120.0, 200.0, 90, 0};
         return _choices.oneOf(usual);
     }
 
@@ -231,28 +231,28 @@ private:
         case 0:
             return std::nullopt;
         case 1:
-            return json(nullptr);
+            return Json(nullptr);
         case 2:
-            return json(_choices.oneIn(2));
+            return Json(_choices.oneIn(2));
         case 3:
-            return json(_choices.bits());
+            return Json(_choices.bits());
         case 4:
-            return json(static_cast<std::int64_t>(_choices.bits()));
+            return Json(static_cast<std::int64_t>(_choices.bits()));
         case 5:
-            return json("text }]\"{");
+            return Json("text }]\"{");
         case 6:
-            return json::array({1, 2.5, "x", nullptr});
+            return Json::array({1, 2.5, "x", nullptr});
         case 7:
-            return json{{"X", 0.5}, {"Y", json::array()}, {"Z", -1}};
+            return Json{{"X", 0.5}, {"Y", Json::array()}, {"Z", -1}};
         case 8:
-            return json::binary({1, 2});
+            return Json::binary({1, 2});
         case 9:
-            return json(_choices.oneIn(2) ? std::numeric_limits<double>::infinity()
+            return Json(_choices.oneIn(2) ? std::numeric_limits<double>::infinity()
                                           : std::numeric_limits<double>::quiet_NaN());
         case 10:
             return usualValue();
         default:
-            return json(_choices.oneOf(kNumbers));
+            return Json(_choices.oneOf(kNumbers));
         }
     }
 

@@ -20,12 +20,10 @@ namespace {
 
 using namespace Analysis;
 
-constexpr std::uint64_t kStepNs = 10'000'000;
-
 // What a story leaves in a recording.
 std::list<Frame> framesOf(const Story& story) {
     std::list<Frame> frames;
-    const auto now = [&frames] { return kStepNs * frames.size(); };
+    const auto now = [&frames] { return kStoryStepNs * frames.size(); };
     for (const Step& step : story.steps) {
         if (const auto* images = std::get_if<Steps::Images>(&step)) {
             InputReport::Image image = makeImage(images->frame, images->timeMs, {});
@@ -122,7 +120,7 @@ Events replayed(const std::list<Frame>& frames, const Setting& setting) {
 std::string faultOf(const Touch& touch) {
     if (isGesture(touch) != hasGesture(touch.events, touch))
         return "outcome and events differ";
-    if ((touch.outcome == Outcome::Cancel) != touch.reason().has_value())
+    if ((touch.outcome == Analysis::Outcome::Cancel) != touch.reason().has_value())
         return "a reason where there is none, or none where there is one";
     return {};
 }
@@ -132,7 +130,7 @@ std::string faultOfAlternatives(const std::list<Frame>& frames, const Track& tra
     for (const Alternative& alternative : touch.wouldBe) {
         const std::vector<Touch> touches = touchesOf(track, {alternative.setting});
         const Touch* const same = touchThatOverlapsMost(touches, touch.startNs, touch.endNs);
-        const auto found = same == nullptr ? std::optional<Outcome>() : same->outcome;
+        const auto found = same == nullptr ? std::optional<Analysis::Outcome>() : same->outcome;
         if (found != alternative.outcome || found == touch.outcome ||
             !std::ranges::equal(eventsOf(touches), replayed(frames, alternative.setting), isSame))
             return fmt::format("{}={} gives another outcome", alternative.setting.key,
@@ -152,7 +150,7 @@ TouchesCheck checkTouches(const Story& story, std::size_t mostAlternatives) {
         check.fault = "touches have other events than the pipeline";
     for (Touch& touch : touches) {
         std::string fault = faultOf(touch);
-        if (fault.empty() && touch.outcome == Outcome::Cancel) {
+        if (fault.empty() && touch.outcome == Analysis::Outcome::Cancel) {
             ++check.cancels;
             if (!hasGesture(eventsOf(frames, &touch), touch))
                 fault = "no gesture, although every failed check was turned round";

@@ -6,13 +6,11 @@
 namespace VeltoTouch::Tests {
 namespace {
 
-using nlohmann::json;
-
 bool areSameReals(double a, double b) {
     return (std::isnan(a) && std::isnan(b)) || std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
-bool areSameNumbers(const Number& ours, const json& theirs) {
+bool areSameNumbers(const Number& ours, const nlohmann::json& theirs) {
     if (ours.isBool() || theirs.is_boolean())
         return ours.isBool() && theirs.is_boolean() && ours.boolValue() == theirs.get<bool>();
     if (theirs.is_number_float())
@@ -21,7 +19,7 @@ bool areSameNumbers(const Number& ours, const json& theirs) {
     return ours.unsignedLongLongValue() == theirs.get<std::uint64_t>() && (ours.doubleValue() < 0) == isNegative;
 }
 
-bool areSameElements(const Array& ours, const json& theirs) {
+bool areSameElements(const Array& ours, const nlohmann::json& theirs) {
     if (ours.elements().size() != theirs.size())
         return false;
     for (std::size_t i = 0; i < theirs.size(); ++i) {
@@ -31,7 +29,7 @@ bool areSameElements(const Array& ours, const json& theirs) {
     return true;
 }
 
-bool areSameMembers(const Dictionary& ours, const json& theirs) {
+bool areSameMembers(const Dictionary& ours, const nlohmann::json& theirs) {
     if (ours.entries().size() != theirs.size())
         return false;
     for (const auto& entry : ours.entries()) {
@@ -47,25 +45,25 @@ Ref<Value> valueOf(const Reference::Value& value) {
     if (!value)
         return nullptr;
     switch (value->type()) {
-    case json::value_t::boolean:
+    case nlohmann::json::value_t::boolean:
         return Number::withBool(value->get<bool>());
-    case json::value_t::number_integer:
+    case nlohmann::json::value_t::number_integer:
         return Number::withLongLong(value->get<std::int64_t>());
-    case json::value_t::number_unsigned:
+    case nlohmann::json::value_t::number_unsigned:
         return Number::withUnsignedLong(value->get<std::uint64_t>());
-    case json::value_t::number_float:
+    case nlohmann::json::value_t::number_float:
         return Number::withDouble(value->get<double>());
-    case json::value_t::string:
+    case nlohmann::json::value_t::string:
         return makeRef<String>(value->get<std::string>());
-    case json::value_t::binary:
+    case nlohmann::json::value_t::binary:
         return makeRef<Data>(std::string(value->get_binary().begin(), value->get_binary().end()));
-    case json::value_t::array: {
+    case nlohmann::json::value_t::array: {
         std::vector<Ref<Value>> elements;
-        for (const json& element : *value)
+        for (const nlohmann::json& element : *value)
             elements.push_back(valueOf(element));
         return makeRef<Array>(std::move(elements));
     }
-    case json::value_t::object: {
+    case nlohmann::json::value_t::object: {
         std::vector<Dictionary::Entry> entries;
         for (const auto& [key, member] : value->items())
             entries.push_back({.key = key, .value = valueOf(member)});

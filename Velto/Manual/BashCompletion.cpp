@@ -9,7 +9,7 @@ namespace {
 
 // Bash splits words at colons and equals signs; the package's functions put them together, and take the front up to
 // a colon off again.
-constexpr const char* kHead = R"(# Completion of velto for bash. Made from the program's own description.
+constexpr const char* kBashHead = R"(# Completion of velto for bash. Made from the program's own description.
 
 # Offers words; behind a colon, a dot and an equals sign there is more to come. The value in KEY=VALUE may be anything.
 _velto_words() {
@@ -31,7 +31,7 @@ _velto_files() { # PREFIX
 }
 )";
 
-constexpr const char* kTail = R"(
+constexpr const char* kBashTail = R"(
 _velto() {
     local cur prev words cword split
     _init_completion -s -n : || return
@@ -106,7 +106,7 @@ std::string function(const std::string& name, const App& app, const std::string&
 } // namespace
 
 std::string bashCompletion(const App& program) {
-    std::string script = kHead;
+    std::string script = kBashHead;
     std::string commands;
     for (const App* command : program.commands()) {
         commands += " " + command->get_name();
@@ -116,7 +116,7 @@ std::string bashCompletion(const App& program) {
         script += function("_velto_command_" + command->get_name(), *command, arguments);
     }
     return script + function("_velto_program", program, fmt::format("                _velto_words{}\n", commands)) +
-           kTail;
+           kBashTail;
 }
 
 } // namespace VeltoTouch::Velto::Manual

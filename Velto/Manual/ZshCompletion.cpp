@@ -9,10 +9,10 @@
 namespace VeltoTouch::Velto::Manual {
 namespace {
 
-constexpr const char* kHead =
+constexpr const char* kZshHead =
     "#compdef velto\n# Completion of velto for zsh. Made from the program's own description.\n";
 
-constexpr const char* kTail = R"(
+constexpr const char* kZshTail = R"(
 if [[ $funcstack[1] == _velto ]]; then
     _velto "$@"
 else
@@ -143,10 +143,10 @@ _velto() {{
 } // namespace
 
 std::string zshCompletion(const App& program) {
-    std::string script = kHead;
+    std::string script = kZshHead;
     for (const App* command : program.commands())
         script += commandFunction(*command);
-    return script + programFunction(program) + kTail;
+    return script + programFunction(program) + kZshTail;
 }
 
 } // namespace VeltoTouch::Velto::Manual
