@@ -215,6 +215,7 @@ class PageTest(unittest.TestCase):
         self.browser.press("d")
         texts = self.browser.run("return [...document.querySelectorAll('.explanation pre')].map((pre) => pre.textContent)")
         self.assertEqual(["cancel" in texts[0], "hold " in texts[1].splitlines()[0]], [True, True])
+        self.browser.run("scrollTo(0, 0)")
         x, y = self.x_at(0.18), self.y_of("otherwise")
         pixel = self.browser.picture(PICTURES and f"{PICTURES}/both-1280-light.png")
         self.assertTrue(any(sum(pixel(x + dx, y)) < 150 for dx in range(-12, 12)), "no mark")

@@ -107,12 +107,14 @@ private:
                  .touches = {fault.touch.value_or(0)},
                  .command = _options.merge ? "" : plotCommand(recording.file, _options.settings, {}, time)});
         }
-        _groups[0].add(std::move(cases));
+        _groups[1].add(std::move(cases));
         if (!recording.error.empty())
-            _groups[1].add({{.kind = "not read", .file = recording.file, .texts = {recording.error}}});
+            _groups[0].add({{.kind = "not read", .file = recording.file, .texts = {recording.error}}});
     }
 
     [[nodiscard]] std::string page() {
+        if (_total.failed() == 0)
+            _groups.erase(_groups.begin());
         return Page::reportPage(
             {.title = "Score",
              .text = totalSentences(_total) + "  " + std::string(Page::kOrder),
@@ -136,7 +138,7 @@ private:
     const Options& _options;
     ScoreTotal _total;
     ReportPictures _pictures;
-    std::vector<Page::Group> _groups{Page::Group("What went wrong"), Page::Group("Not read")};
+    std::vector<Page::Group> _groups{Page::Group("Not read"), Page::Group("What went wrong")};
 };
 
 int scoreRecordings(const Options& options) {

@@ -72,7 +72,7 @@ void PlayObject::addLabels(const Play& play) {
         _labels.push_back(
             {label.startNs, label.endNs,
              fmt::format(R"({{"index":{},"startNs":{},"endNs":{},"gesture":{},"region":{},"endRegion":{},)"
-                         R"("result":"{}","isRight":{},"touch":{}}})",
+                         R"("result":"{}","isRight":{},"ofTouch":{}}})",
                          label.index, label.startNs, label.endNs, quoted(label.gesture), quoted(label.region),
                          quoted(label.endRegion), nameOf(result), isRight(result),
                          touches[i] == nullptr ? 0 : touches[i]->number)});
