@@ -123,8 +123,13 @@ int ReportPictures::draw(std::vector<Page::Group>& groups, std::size_t jobs) con
     std::size_t left = Page::kMostPictures;
     for (Page::Group& group : groups) {
         for (Page::Case* each : group.listed()) {
-            if (each->touches.empty() || left == 0)
+            if (each->touches.empty())
                 continue;
+            if (left == 0) {
+                each->picture.explanations = {
+                    fmt::format("No picture: the {} worst of this page have one.", Page::kMostPictures)};
+                continue;
+            }
             --left;
             Cases& cases = casesOf[each->file];
             if (cases.empty())

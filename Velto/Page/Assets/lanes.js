@@ -111,7 +111,7 @@ function drawLabels(g, box, {range, colours, texts}, labels) {
     g.globalAlpha = 1;
     if (!label.isRight) hatch(g, x, y, width, height, colours.cancel, 1);
     g.strokeRect(x + 0.5, y + 0.5, Math.max(width - 1, 1), height - 1);
-    if (width > 40) texts.put(label.text, x + 4, y, label.isRight ? "plain" : "tag", width - 8);
+    if (width > 60) texts.put(label.text, x + 4, y, label.isRight ? "plain" : "tag", width - 8);
   }
 }
 

@@ -37,9 +37,8 @@ function caseItem(item, surface) {
 
 function groupSection({title, total, cases}, surface) {
   const pictures = cases.filter(({picture}) => picture).length;
-  const worst = (count) => (count < total ? `the worst ${count}` : "all");
-  const notes = [`${total}`, cases.length < total && `${worst(cases.length)} are listed`,
-    pictures > 0 && `${worst(pictures)} with a picture`].filter(Boolean);
+  const notes = [`${total}`, cases.length < total && `the worst ${cases.length} are listed`,
+    pictures > 0 && `${pictures < total ? pictures : "all"} with a picture`].filter(Boolean);
   return element("section", {class: "group"}, element("header", {}, element("h2", {text: title}),
     element("span", {class: "count", text: total ? notes.join(", ") : "none"})),
     element("ol", {class: "cases"}, ...cases.map((item) => caseItem(item, surface))));
