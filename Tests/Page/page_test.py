@@ -215,6 +215,7 @@ class PageTest(unittest.TestCase):
         self.browser.press("d")
         texts = self.browser.run("return [...document.querySelectorAll('.explanation pre')].map((pre) => pre.textContent)")
         self.assertEqual(["cancel" in texts[0], "hold " in texts[1].splitlines()[0]], [True, True])
+        self.browser.run("scrollTo(0, 0)")
         x, y = self.x_at(0.18), self.y_of("otherwise")
         pixel = self.browser.picture(PICTURES and f"{PICTURES}/both-1280-light.png")
         self.assertTrue(any(sum(pixel(x + dx, y)) < 150 for dx in range(-12, 12)), "no mark")
@@ -288,6 +289,70 @@ class PageTest(unittest.TestCase):
             cells = self.browser.run("return [...document.querySelectorAll('.map td')].map((cell) => cell.firstChild.data)")
             self.assertEqual(cells, costs[place::2])
         self.assertGreater(len(set(costs)), 1)
+
+    def test_the_worst_cases_lead_and_large_pictures_are_left_out(self):
+        # A hold too long for a picture, then others; a label too long for the list; a recording that is cut off.
+        few = self.recorded("few", "--seed", "1", "tap:K", "tap:M")
+        many = self.recorded("many", "--seed", "2", "hold:volume-up:310000", "tap:K", "tap:M")
+        with open(many, encoding="utf-8") as file:
+            recording = json.load(file)
+        start = recording["Frames"][0]["Timestamp"]
+        recording["Frames"].append({"Type": "Metadata", "Timestamp": start, "Key": "Label",
+                                    "Value": {"gesture": "tap", "region": "<" * 150_000, "startMs": 0, "endMs": 1}})
+        recording["Frames"] += [{"Type": "State", "Timestamp": start + 310_300_000_000 + i, "Key": "K", "Value": "v" * 1_100_000}
+                                for i in range(2)]
+        with open(many, "w", encoding="utf-8") as file:
+            json.dump(recording, file)
+        cut = self.path("cut <b>.json")
+        with open(many, "rb") as whole, open(cut, "wb") as file:
+            file.write(whole.read(9000))
+        page, options = self.path("worst.html"), ["--set", "Pipeline.Algs.ActivationThreshold=9000"]
+        scored = subprocess.run([VELTO, "score", few, many, cut, *options, "--html", page], capture_output=True, text=True)
+        self.assertEqual(scored.returncode, 1)
+        self.open(page)
+        self.browser.run("document.querySelectorAll('details').forEach((one) => (one.open = true))")
+        self.browser.rest()
+        groups = self.browser.run("""return [...document.querySelectorAll(".group")].map((group) =>
+            [group.querySelector(".count").textContent, ...[...group.querySelectorAll("li")].map((item) =>
+                [item.textContent, item.querySelectorAll("canvas").length])])""")
+        (unread, (message, _)), (count, *cases) = groups
+        self.assertEqual(unread, "1")
+        self.assertIn(scored.stderr.split(": ", 2)[2].strip(), message)
+        self.assertEqual(count, "6, the worst 5 are listed, 2 with a picture")
+        self.assertEqual([many in text for text, _ in cases], [True] * 3 + [False] * 2)
+        self.assertIn("No picture: 31", cases[0][0])
+        self.assertIn("No picture: it would be too large", cases[1][0])
+        self.assertEqual([canvas > 0 for _, canvas in cases], [False] * 3 + [True] * 2)
+        # What it says to see a case shows the case.
+        command, address = self.browser.run("return document.querySelector('li:last-child details > pre').textContent").split("\n")
+        subprocess.run(command.replace("velto", VELTO, 1), shell=True, cwd=self.folder.name, check=True)
+        self.open(self.path(address.split("#")[0]), address="#" + address.split("#")[1])
+        self.browser.press("m", "m")
+        self.assertEqual(self.browser.text(".explanation h2"), "Label 2, missed: tap VolumeDown")
+
+    def test_a_reset_is_no_image_and_an_infinite_sample_no_scale(self):
+        recording = self.recorded("reset", "--seed", "3", "tap:K", "reset", "tap:M")
+        with open(recording, encoding="utf-8") as file:
+            data = json.load(file)
+        start = data["Frames"][0]["Timestamp"]
+        data["Frames"] += [{"Type": "Metadata", "Timestamp": start + i * 10_000_000, "Key": "Accel", "Value": {"X": x, "Y": 0, "Z": 0.5}}
+                           for i, x in enumerate((1e300, 1.75))]
+        with open(self.path("reset.json"), "w", encoding="utf-8") as file:
+            json.dump(data, file)
+        lines = [json.loads(line) for line in velto("replay", "--jsonl", self.path("reset.json")).splitlines()]
+        reset = next(line["timeNs"] for line in lines if line.get("gesture") == "firmwareReset") / 1e9
+        self.open(self.plotted(self.path("reset.json"), "reset"), address=f"#t={reset - 0.001:.4f},{reset + 0.05:.4f}")
+        images = re.search(r"images +(\d+)", velto("info", recording))[1]
+        self.assertIn(f" {images} images", self.browser.text("#summary"))
+        self.assertIn("1.75", self.browser.run("return [...document.querySelectorAll('.mark')].map((mark) => mark.textContent)"))
+        self.browser.press(".")
+        self.assertEqual((self.browser.fact("image"), self.browser.fact("strongest")), ("none: firmware reset", "–"))
+        self.browser.press(".")
+        self.assertRegex(self.browser.fact("image"), r"^\d+$")
+
+    def test_a_part_says_that_it_is_one(self):
+        self.open(self.plotted(self.story, "part", "--from", "0.1", "--to", "1.5"))
+        self.assertIn("0.10 s to 1.50 s of 2.63 s, 141 images. 2 touches", self.browser.text("#summary"))
 
     def test_long_recordings(self):
         for name, gestures, least, most in (("ten minutes", 381, 60_000, 4_000_000), ("an hour", 2210, 360_000, 25_000_000)):

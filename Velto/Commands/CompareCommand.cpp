@@ -2,6 +2,7 @@
 #include "Velto/Analysis/TouchObserver.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/PagePlay.h"
+#include "Velto/Commands/ReportPictures.h"
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Output/ComparisonText.h"
@@ -11,6 +12,7 @@
 #include "Velto/Page/ReportPage.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <memory>
 #include <utility>
@@ -38,52 +40,31 @@ struct Options {
 struct Plays {
     LabelledTouches a = {};
     LabelledTouches b = {};
-    std::vector<Page::Picture> pictures = {}; // of the first touches that are fixed or broken
+    std::shared_ptr<PipelineRecording> recording = {}; // if pictures of it are wanted and it cannot be read again
 };
 
-std::vector<ComparedTouch> changedOf(const Plays& plays) {
-    std::vector<ComparedTouch> touches = compare(plays.a, plays.b);
-    std::erase_if(touches, [](const ComparedTouch& touch) { return touch.change == Change::Same; });
-    return touches;
+// The lines that show a touch: both plays where one plot can have them, else the second.
+std::string commandOf(const Options& options, const std::string& file, const Page::Range& time) {
+    const bool isOnePlot = std::ranges::all_of(options.a, [&options](const Setting& setting) {
+        return std::ranges::find(options.b, setting.key, &Setting::key) != options.b.end();
+    });
+    return isOnePlot ? plotCommand(file, options.a, options.b, time) : plotCommand(file, options.b, {}, time);
 }
 
-std::vector<Page::Picture> picturesOf(const Options& options, const std::string& file, PipelineRecording& recording,
-                                      const Plays& plays, std::size_t most) {
-    std::vector<Page::Picture> made;
-    const std::vector<ComparedTouch> changed = changedOf(plays);
-    if (changed.empty() || most == 0)
-        return made;
-    const Pictures pictures(file, recording, {options.a, options.b});
-    for (const auto& [change, label, a, b] : changed) {
-        if (change == Change::Other || most == 0) {
-            made.emplace_back();
-            continue;
-        }
-        --most;
-        const Touch& first = a != nullptr ? *a : *b;
-        const Touch& second = b != nullptr ? *b : *a;
-        made.push_back(pictures.around(std::min(first.startNs, second.startNs), std::max(first.endNs, second.endNs),
-                                       {a != nullptr ? a->number : 0, b != nullptr ? b->number : 0}));
-    }
-    return made;
-}
-
-Plays play(const Options& options, const std::string& file, std::size_t mostPictures) {
+Plays play(const Options& options, const std::string& file) {
     PipelineRecording recording = loadRecording(file);
     const Track track(recording.frames());
     const std::vector<Label> labels = labelsOf(recording.frames());
     Plays plays{.a = labelled(labels, touchesOf(track, options.a)), .b = labelled(labels, touchesOf(track, options.b))};
-    plays.pictures = picturesOf(options, file, recording, plays, mostPictures);
+    if (!options.page.empty())
+        plays.recording = keptForPictures(file, std::move(recording));
     return plays;
 }
 
 // Prints recordings as they come, and the counts at the end.
 class Output {
 public:
-    explicit Output(const Options& options) : _options(options) {}
-
-    // How many pictures the page still wants; any thread.
-    [[nodiscard]] std::size_t picturesWanted() const noexcept { return _options.page.empty() ? 0 : _bounds.left(); }
+    explicit Output(const Options& options) : _options(options), _pictures({options.a, options.b}) {}
 
     void add(const std::string& file, Plays plays) {
         const std::vector<ComparedTouch> touches = compare(plays.a, plays.b);
@@ -93,45 +74,66 @@ public:
         (_options.jsonl ? appendChangeLines : appendChangeText)(text, file, touches);
         writeStandardOutput(text);
         if (!_options.page.empty())
-            addCases(file, plays);
+            addCases(file, touches);
+        _pictures.keep(file, std::move(plays.recording));
     }
 
     // Returns the exit status.
-    [[nodiscard]] int finish() const {
+    [[nodiscard]] int finish() {
         writeStandardOutput(_options.jsonl ? comparisonLine(_counts) : comparisonText(_counts));
-        return writePage(_options.page, [this] {
-            return Page::reportPage({.title = "Comparison", .text = comparisonText(_counts), .groups = _groups});
+        const int drawn = _pictures.draw(_groups, _options.jobs);
+        const int written = writePage(_options.page, [this] {
+            return Page::reportPage({.title = "Comparison",
+                                     .text = comparisonText(_counts) + std::string(Page::kOrder),
+                                     .groups = _groups});
         });
+        return std::max(drawn, written);
     }
 
 private:
-    void addCases(const std::string& file, Plays& plays) {
-        const std::vector<ComparedTouch> changed = changedOf(plays);
-        plays.pictures.resize(changed.size());
-        for (std::size_t i = 0; i < changed.size(); ++i) {
-            const auto& [change, label, a, b] = changed[i];
-            _bounds.apply(plays.pictures[i]);
-            Page::Group& group = _groups[change == Change::Broken ? 0 : change == Change::Fixed ? 1 : 2];
-            group.cases.push_back({.kind = std::string(nameOf(change)),
-                                   .startNs = (a != nullptr ? a : b)->startNs,
-                                   .file = file,
-                                   .texts = {"meant: " + meantText(label, change), touchText(a) + " → " + touchText(b)},
-                                   .picture = std::move(plays.pictures[i])});
+    void addCases(const std::string& file, const std::vector<ComparedTouch>& touches) {
+        std::array<std::vector<Page::Case>, 3> cases; // by group
+        for (const ComparedTouch& touch : touches) {
+            if (touch.change != Change::Same)
+                cases[groupOf(touch.change)].push_back(caseOf(file, touch));
         }
+        for (std::size_t i = 0; i < cases.size(); ++i)
+            _groups[i].add(std::move(cases[i]));
+    }
+
+    static std::size_t groupOf(Change change) { return change == Change::Broken ? 0 : change == Change::Fixed ? 1 : 2; }
+
+    // Results are compared without their recordings: then there is neither picture nor command. Nor has a picture what
+    // is neither broken nor fixed.
+    [[nodiscard]] Page::Case caseOf(const std::string& file, const ComparedTouch& touch) const {
+        const auto& [change, label, a, b] = touch;
+        const Touch& first = a != nullptr ? *a : *b;
+        const Touch& second = b != nullptr ? *b : *a;
+        const Page::Range time{.fromNs = std::min(first.startNs, second.startNs),
+                               .toNs = std::max(first.endNs, second.endNs)};
+        Page::Case made{.kind = std::string(nameOf(change)),
+                        .file = file,
+                        .texts = {"meant: " + meantText(label, change), touchText(a) + " → " + touchText(b)},
+                        .time = time};
+        if (_options.wantsResults())
+            return made;
+        made.command = commandOf(_options, file, time);
+        if (change != Change::Other)
+            made.touches = {a != nullptr ? a->number : 0, b != nullptr ? b->number : 0};
+        return made;
     }
 
     const Options& _options;
     ChangeCounts _counts{};
-    std::vector<Page::Group> _groups{{.title = "Broken"}, {.title = "Fixed"}, {.title = "Otherwise changed"}};
-    Page::PictureBounds _bounds;
+    ReportPictures _pictures;
+    std::vector<Page::Group> _groups{Page::Group("Broken"), Page::Group("Fixed"), Page::Group("Otherwise changed")};
 };
 
 int compareSettings(const Options& options) {
     preparePage(options.page);
     Output output(options);
     const int status = forEachRecordingInOrder(
-        options.paths, options.jobs, "comparing",
-        [&](const std::string& file) { return play(options, file, output.picturesWanted()); },
+        options.paths, options.jobs, "comparing", [&](const std::string& file) { return play(options, file); },
         [&](const std::string& file, Plays plays) { output.add(file, std::move(plays)); });
     return std::max(status, output.finish());
 }

@@ -13,7 +13,6 @@
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
-#include <utility>
 
 namespace VeltoTouch::Velto {
 
@@ -57,30 +56,6 @@ Page::Play playForPage(const std::string& file, PipelineRecording& recording, co
         play.texts.push_back(
             {.heading = touchHeading(touch, labels[touch.number - 1]), .details = touchDetails(touch, typicals)});
     return play;
-}
-
-Pictures::Pictures(const std::string& file, PipelineRecording& recording,
-                   const std::vector<std::vector<Setting>>& settings) {
-    for (const std::vector<Setting>& each : settings) {
-        Page::Play& play = _plays.emplace_back(playForPage(file, recording, each));
-        play.hasGroups = false;
-        _texts.push_back(std::exchange(play.texts, std::vector<Page::TouchTexts>(play.touches.size())));
-    }
-}
-
-Page::Picture Pictures::around(std::uint64_t startNs, std::uint64_t endNs,
-                               const std::vector<std::size_t>& touches) const {
-    constexpr std::uint64_t kSecond = 1'000'000'000;
-    Page::Picture picture{.members = Page::pictureMembers(
-                              _plays, {.fromNs = startNs - std::min(startNs, kSecond), .toNs = endNs + kSecond})};
-    for (std::size_t play = 0; play < touches.size(); ++play) {
-        if (touches[play] == 0)
-            continue;
-        const auto& [heading, details] = _texts[play][touches[play] - 1];
-        const std::string number = touches.size() > 1 ? std::to_string(play + 1) + ": " : "";
-        picture.explanations.push_back(number + heading + details);
-    }
-    return picture;
 }
 
 CLI::Option* addPage(App& app, std::string& target) {

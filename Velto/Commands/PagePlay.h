@@ -2,7 +2,6 @@
 
 #include "Velto/Options/App.h"
 #include "Velto/Page/RecordingPage.h"
-#include "Velto/Page/ReportPage.h"
 
 #include <functional>
 #include <optional>
@@ -15,21 +14,6 @@ namespace VeltoTouch::Velto {
 [[nodiscard]] Page::Play playForPage(const std::string& file, PipelineRecording& recording,
                                      const std::vector<Analysis::Setting>& settings,
                                      const std::optional<Page::Range>& alternatives = std::nullopt);
-
-// Pictures of what lies in one recording, played once or twice.
-class Pictures {
-public:
-    Pictures(const std::string& file, PipelineRecording& recording,
-             const std::vector<std::vector<Analysis::Setting>>& settings);
-
-    // From a second before to a second after. `touches` are explained: a number a play, 0 for none.
-    [[nodiscard]] Page::Picture around(std::uint64_t startNs, std::uint64_t endNs,
-                                       const std::vector<std::size_t>& touches) const;
-
-private:
-    std::vector<Page::Play> _plays;
-    std::vector<std::vector<Page::TouchTexts>> _texts; // by play
-};
 
 // --html OUT: a page beside what is printed.
 CLI::Option* addPage(App& app, std::string& target);

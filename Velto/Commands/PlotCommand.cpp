@@ -12,6 +12,9 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <stdexcept>
+
+#include <fmt/format.h>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -56,6 +59,15 @@ Page::Range rangeOf(const Options& options) {
     return range;
 }
 
+// Throws std::runtime_error if nothing of a recording is shown.
+void requireSomethingShown(const Options& options, const PipelineRecording& recording) {
+    const std::list<Frame>& frames = recording.frames();
+    const std::uint64_t endNs = frames.empty() ? 0 : frames.back().timestampNs - frames.front().timestampNs;
+    if (options.fromSeconds && *options.fromSeconds > 0 && nsOf(*options.fromSeconds) >= endNs)
+        throw std::runtime_error(fmt::format("nothing is to be shown from {} s on: the recording ends at {:.3f} s",
+                                             *options.fromSeconds, static_cast<double>(endNs) / 1e9));
+}
+
 int plot(const Options& options) {
     warnOfDoubtfulSettings(options.settings);
     warnOfDoubtfulSettings(options.b);
@@ -71,6 +83,7 @@ int plot(const Options& options) {
         files.push_back(options.second);
     const int status = forEachFile(files, [&](const std::string& file) {
         PipelineRecording& recording = recordings.emplace_back(loadRecording(file));
+        requireSomethingShown(options, recording);
         plays.push_back(playForPage(file, recording, options.settings, shown));
         if (!options.b.empty())
             plays.push_back(playForPage(file, recording, options.secondSettings(), shown));

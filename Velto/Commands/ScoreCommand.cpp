@@ -1,8 +1,9 @@
-#include "Platform/JSON.h"
 #include "Velto/Analysis/ScoreLines.h"
 #include "Velto/Analysis/TouchObserver.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/PagePlay.h"
+#include "Velto/Commands/ReportPictures.h"
+#include "Velto/Commands/ScoreShards.h"
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Numbers.h"
@@ -12,11 +13,8 @@
 #include "Velto/Page/ReportPage.h"
 
 #include <algorithm>
-#include <charconv>
 #include <memory>
 #include <optional>
-#include <stdexcept>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -39,26 +37,13 @@ struct Options {
     std::string page; // empty: none
 };
 
-// A recording's score, and a picture of each of its first faults.
+// A recording's score, and itself if pictures of it are wanted and it cannot be read again.
 struct Scored {
     RecordingScore score;
-    std::vector<Page::Picture> pictures = {};
+    std::shared_ptr<PipelineRecording> recording = {};
 };
 
-std::vector<Page::Picture> picturesOf(const Options& options, const RecordingScore& score, PipelineRecording& recording,
-                                      std::size_t most) {
-    std::vector<Fault> faults = most == 0 ? std::vector<Fault>() : faultsOf(score);
-    faults.resize(std::min(faults.size(), most));
-    if (faults.empty())
-        return {};
-    std::vector<Page::Picture> made;
-    const Pictures pictures(score.file, recording, {options.settings});
-    for (const Fault& fault : faults)
-        made.push_back(pictures.around(fault.startNs, fault.endNs, {fault.touch.value_or(0)}));
-    return made;
-}
-
-Scored score(const Options& options, const std::string& file, std::size_t mostPictures) {
+Scored score(const Options& options, const std::string& file) {
     Scored scored;
     try {
         PipelineRecording recording = loadRecording(file);
@@ -66,7 +51,8 @@ Scored score(const Options& options, const std::string& file, std::size_t mostPi
         scored.score = scoreOf(labelsOf(recording.frames()), touchesOf(track, options.settings));
         scored.score.durationNs = track.durationNs();
         scored.score.file = file;
-        scored.pictures = picturesOf(options, scored.score, recording, mostPictures);
+        if (!options.page.empty())
+            scored.recording = keptForPictures(file, std::move(recording));
     } catch (const std::exception& error) {
         scored.score = {.file = file, .error = messageOf(error)};
     }
@@ -76,10 +62,7 @@ Scored score(const Options& options, const std::string& file, std::size_t mostPi
 // Prints recordings as they come, and the total at the end.
 class Output {
 public:
-    explicit Output(const Options& options) : _options(options) {}
-
-    // How many pictures the page still wants; any thread.
-    [[nodiscard]] std::size_t picturesWanted() const noexcept { return _options.page.empty() ? 0 : _bounds.left(); }
+    explicit Output(const Options& options) : _options(options), _pictures({options.settings}) {}
 
     void add(Scored scored) {
         const RecordingScore& recording = scored.score;
@@ -93,41 +76,50 @@ public:
         if (!recording.error.empty())
             complain(recording.file, recording.error);
         if (!_options.page.empty())
-            addCases(scored);
+            addCases(recording);
+        _pictures.keep(recording.file, std::move(scored.recording));
     }
 
     // Returns the exit status.
-    [[nodiscard]] int finish(const std::optional<Shard>& shard) const {
+    [[nodiscard]] int finish(const std::optional<Shard>& shard) {
         std::string text;
         if (_options.jsonl)
             appendTotalLine(text, _total, shard);
         else
             text = totalText(_total);
         writeStandardOutput(text);
+        const int drawn = _options.merge ? 0 : _pictures.draw(_groups, _options.jobs);
         const int written = writePage(_options.page, [this] { return page(); });
-        return std::max(written, keepsItsBounds() && _total.failed() == 0 ? 0 : 1);
+        return std::max({drawn, written, keepsItsBounds() && _total.failed() == 0 ? 0 : 1});
     }
 
 private:
-    void addCases(Scored& scored) {
-        std::vector<Fault> faults = faultsOf(scored.score);
-        scored.pictures.resize(faults.size());
-        for (std::size_t i = 0; i < faults.size(); ++i) {
-            _bounds.apply(scored.pictures[i]);
-            _cases.push_back({.kind = std::string(faults[i].kind),
-                              .startNs = faults[i].startNs,
-                              .file = scored.score.file,
-                              .texts = {faults[i].meant, faults[i].cause},
-                              .picture = std::move(scored.pictures[i])});
+    // Of results that are merged nobody knows with which settings they came about: they have no command.
+    void addCases(const RecordingScore& recording) {
+        std::vector<Page::Case> cases;
+        for (const Fault& fault : faultsOf(recording)) {
+            const Page::Range time{.fromNs = fault.startNs, .toNs = fault.endNs};
+            cases.push_back(
+                {.kind = std::string(fault.kind),
+                 .file = recording.file,
+                 .texts = {fault.meant, fault.cause},
+                 .time = time,
+                 .touches = {fault.touch.value_or(0)},
+                 .command = _options.merge ? "" : plotCommand(recording.file, _options.settings, {}, time)});
         }
+        _groups[1].add(std::move(cases));
+        if (!recording.error.empty())
+            _groups[0].add({{.kind = "not read", .file = recording.file, .texts = {recording.error}}});
     }
 
-    [[nodiscard]] std::string page() const {
+    [[nodiscard]] std::string page() {
+        if (_total.failed() == 0)
+            _groups.erase(_groups.begin());
         return Page::reportPage(
             {.title = "Score",
-             .text = totalSentences(_total),
+             .text = totalSentences(_total) + "  " + std::string(Page::kOrder),
              .table = _total.counts().labels == 0 ? std::vector<std::vector<std::string>>() : countRows(_total),
-             .groups = {{.title = "What went wrong", .cases = _cases}}});
+             .groups = _groups});
     }
 
     [[nodiscard]] bool keepsItsBounds() const {
@@ -145,26 +137,9 @@ private:
 
     const Options& _options;
     ScoreTotal _total;
-    std::vector<Page::Case> _cases;
-    Page::PictureBounds _bounds;
+    ReportPictures _pictures;
+    std::vector<Page::Group> _groups{Page::Group("Not read"), Page::Group("What went wrong")};
 };
-
-// FNV-1a over what a run is about.
-std::uint64_t runOf(const std::vector<std::string>& files, const std::vector<Setting>& settings) {
-    std::uint64_t hash = 0xcbf29ce484222325;
-    const auto add = [&hash](std::string_view text) {
-        for (const char c : text)
-            hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
-        hash = (hash ^ 0xFF) * 0x100000001b3; // the end of a text
-    };
-    for (const std::string& file : files)
-        add(file);
-    for (const Setting& setting : settings) {
-        add(setting.key);
-        add(JSON::text(setting.value.get()));
-    }
-    return hash;
-}
 
 int scoreRecordings(const Options& options) {
     warnOfDoubtfulSettings(options.settings);
@@ -179,81 +154,20 @@ int scoreRecordings(const Options& options) {
     }
     Output output(options);
     const int handled = handleInOrder(
-        files, options.jobs, "scoring",
-        [&](const std::string& file) { return score(options, file, output.picturesWanted()); },
+        files, options.jobs, "scoring", [&](const std::string& file) { return score(options, file); },
         [&](const std::string&, Scored scored) { output.add(std::move(scored)); });
     return std::max({found, handled, output.finish(shard)});
 }
 
-struct ReadShard {
-    std::vector<RecordingScore> recordings;
-    Shard shard;
-};
-
-// Returns none for a result that is not whole, which it reports.
-std::optional<ReadShard> readShard(const std::string& file) {
-    ReadShard read;
-    ScoreReader reader;
-    forEachLine(file, [&](std::string_view line) {
-        if (auto recording = reader.read(line))
-            read.recordings.push_back(*std::move(recording));
-    });
-    if (const std::string missing = reader.missing(); !missing.empty()) {
-        complain(file, missing);
-        return std::nullopt;
-    }
-    read.shard = *reader.shard();
-    return read;
-}
-
-// Sorts the shards by their numbers. Returns whether they are all shards of one run.
-bool areAllOfOneRun(std::vector<ReadShard>& shards) {
-    std::ranges::sort(shards, {}, [](const ReadShard& each) { return each.shard.number; });
-    for (std::size_t i = 0; i < shards.size(); ++i) {
-        const Shard& shard = shards[i].shard;
-        if (shard.run != shards.front().shard.run || shard.of != shards.size() || shard.number != i + 1)
-            return false;
-    }
-    return true;
-}
-
 int mergeShards(const Options& options) {
     preparePage(options.page);
-    std::vector<ReadShard> shards;
-    const int status = forEachFile(options.paths, [&shards](const std::string& file) {
-        if (auto shard = readShard(file))
-            shards.push_back(*std::move(shard));
-    });
-    if (status != 0)
+    std::vector<RecordingScore> recordings;
+    if (const int status = readShards(options.paths, recordings); status != 0)
         return status;
-    if (shards.size() < options.paths.size())
-        return kWrongUsage; // already reported
-    if (!areAllOfOneRun(shards)) {
-        complain("--merge", fmt::format("all {} shards of one run are wanted", shards.front().shard.of));
-        return kWrongUsage;
-    }
     Output output(options);
-    for (std::size_t i = 0; i < shards.front().recordings.size(); ++i) {
-        for (const ReadShard& shard : shards) {
-            if (i < shard.recordings.size())
-                output.add({.score = shard.recordings[i]});
-        }
-    }
+    for (RecordingScore& recording : recordings)
+        output.add({.score = std::move(recording)});
     return output.finish(std::nullopt);
-}
-
-Shard parseShard(const std::string& text) {
-    Shard shard;
-    const auto slash = text.find('/');
-    const auto parse = [](std::string_view digits, std::size_t& number) {
-        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-        return error == std::errc() && end == digits.data() + digits.size();
-    };
-    const bool isRead = slash != std::string::npos && parse(std::string_view(text).substr(0, slash), shard.number) &&
-                        parse(std::string_view(text).substr(slash + 1), shard.of);
-    if (!isRead || shard.number < 1 || shard.number > shard.of)
-        throw CLI::ValidationError("--shard", "K/N is wanted, K from 1 to N");
-    return shard;
 }
 
 void addBounds(App& app, Options& options) {
@@ -286,8 +200,8 @@ Command makeScoreCommand(App& program) {
         "Compares the gestures of labelled recordings with what was meant: what was\n"
         "found, missed, wrong or false, and how long the decisions took.\n"
         "\n"
-        "A page of --html has pictures of the first 500 faults; with --merge, where no\n"
-        "recording is at hand, it has none.");
+        "A page of --html has pictures of the 500 worst faults: those of the recordings\n"
+        "with most of them. With --merge, where no recording is at hand, it has none.");
     addRecordings(*app, options->paths);
     CLI::Option* settings = addPlayedSettings(*app, options->settings);
     CLI::Option* jobs = addJobs(*app, options->jobs);

@@ -156,6 +156,13 @@ std::string asText(const Answer& answer) {
     return text + "\n" + conclusion(answer);
 }
 
+// Whether two values of a setting are the same number, however they are written.
+bool areEqual(const Ref<Value>& a, const Ref<Value>& b) {
+    const auto* const first = as<Number>(a);
+    const auto* const second = as<Number>(b);
+    return first != nullptr && second != nullptr && first->doubleValue() == second->doubleValue();
+}
+
 std::vector<Page::Axis> axesOf(const Options& options, const Answer& answer) {
     std::vector<Page::Axis> axes;
     for (std::size_t i = 0; i < options.sweeps.size(); ++i) {
@@ -163,8 +170,11 @@ std::vector<Page::Axis> axesOf(const Options& options, const Answer& answer) {
         Page::Axis& axis = axes.emplace_back();
         axis.key = options.sweeps[i].key;
         axis.present = present ? shortText(present.get()) : "as recorded";
-        for (const Ref<Value>& value : options.sweeps[i].values)
+        for (const Ref<Value>& value : options.sweeps[i].values) {
+            if (present && !axis.presentPlace && areEqual(value, present))
+                axis.presentPlace = axis.values.size();
             axis.values.push_back(shortText(value.get()));
+        }
     }
     return axes;
 }

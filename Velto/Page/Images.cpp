@@ -3,7 +3,9 @@
 #include "Velto/Page/Column.h"
 #include "Velto/Page/JSONText.h"
 
+#include <algorithm>
 #include <limits>
+#include <span>
 
 #include <fmt/format.h>
 
@@ -18,10 +20,16 @@ std::int32_t onBits(const Bank& bank) noexcept {
     return bits;
 }
 
+// A column's numbers of some rows.
+template <class Number>
+std::span<const Number> cut(const std::vector<Number>& column, const Images::Rows& rows) {
+    return std::span(column).subspan(rows.first, rows.count);
+}
+
 // The columns of pads or groups.
 template <class Columns>
-std::string columnsOf(const Columns& columns) {
-    return arrayOf(columns, [](const auto& column) { return '"' + integersColumn(column) + '"'; });
+std::string columnsOf(const Columns& columns, const Images::Rows& rows) {
+    return arrayOf(columns, [&rows](const auto& column) { return '"' + integersColumn(cut(column, rows)) + '"'; });
 }
 
 } // namespace
@@ -49,12 +57,14 @@ Images::Strongest Images::strongestOf(const Algs& algs) const {
 void Images::add(const Analysis::Track::Step& step, const Algs& algs, bool isShown) {
     constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
     if (isShown) {
+        if (step.kind == Analysis::Track::Step::Kind::Reset)
+            _resets.push_back(_ns.size());
         _ns.push_back(step.ns);
         _frame.push_back(step.image.frameNumber);
         _timeMs.push_back(step.image.timestampMs);
         for (std::size_t i = 0; i < kPadCount; ++i)
             _pads[i].push_back(algs.pixels.value[i]);
-        for (std::size_t i = 0; i < kGroupCount; ++i)
+        for (std::size_t i = 0; _hasGroups && i < kGroupCount; ++i)
             _groups[i].push_back(algs.virtualPixels.value[i]);
         _padsOn.push_back(onBits(algs.pixels));
         _groupsOn.push_back(onBits(algs.virtualPixels));
@@ -70,14 +80,26 @@ void Images::add(const Analysis::Track::Step& step, const Algs& algs, bool isSho
     _groupsBefore = algs.virtualPixels;
 }
 
-std::string Images::members(bool hasGroups) const {
-    return fmt::format(R"("rows":{},"ns":"{}","frame":"{}","timeMs":"{}","pads":{},"groups":{},)"
-                       R"("padsOn":"{}","groupsOn":"{}","strongest":"{}","signal":"{}","onLevel":"{}",)"
-                       R"("offLevel":"{}","touchScore":"{}","region":"{}")",
-                       count(), timesColumn(_ns), countersColumn(_frame), countersColumn(_timeMs), columnsOf(_pads),
-                       hasGroups ? columnsOf(_groups) : "[]", integersColumn(_padsOn), integersColumn(_groupsOn),
-                       bytesColumn(_strongest), integersColumn(_signal), floatsColumn(_onLevel),
-                       floatsColumn(_offLevel), floatsColumn(_touchScore), bytesColumn(_region));
+Images::Rows Images::rowsFrom(std::uint64_t fromNs, std::uint64_t toNs) const {
+    const auto begin = std::ranges::lower_bound(_ns, fromNs);
+    const auto end = std::ranges::upper_bound(begin, _ns.end(), toNs);
+    return {.first = static_cast<std::size_t>(begin - _ns.begin()), .count = static_cast<std::size_t>(end - begin)};
+}
+
+std::string Images::members(const Rows& rows) const {
+    const auto resets = arrayOf(_resets, [&rows](std::size_t row) {
+        const bool isWithin = row >= rows.first && row - rows.first < rows.count;
+        return isWithin ? fmt::format("{}", row - rows.first) : std::string();
+    });
+    return fmt::format(
+        R"("rows":{},"resets":{},"ns":"{}","frame":"{}","timeMs":"{}","pads":{},"groups":{},)"
+        R"("padsOn":"{}","groupsOn":"{}","strongest":"{}","signal":"{}","onLevel":"{}",)"
+        R"("offLevel":"{}","touchScore":"{}","region":"{}")",
+        rows.count, resets, timesColumn(cut(_ns, rows)), countersColumn(cut(_frame, rows)),
+        countersColumn(cut(_timeMs, rows)), columnsOf(_pads, rows), _hasGroups ? columnsOf(_groups, rows) : "[]",
+        integersColumn(cut(_padsOn, rows)), integersColumn(cut(_groupsOn, rows)), bytesColumn(cut(_strongest, rows)),
+        integersColumn(cut(_signal, rows)), floatsColumn(cut(_onLevel, rows)), floatsColumn(cut(_offLevel, rows)),
+        floatsColumn(cut(_touchScore, rows)), bytesColumn(cut(_region, rows)));
 }
 
 } // namespace VeltoTouch::Page

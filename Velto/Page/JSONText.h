@@ -15,9 +15,9 @@ namespace VeltoTouch::Page {
 
 // An array of what `textOf` returns for each item; nothing for an empty text.
 template <class Items, class TextOf>
-[[nodiscard]] std::string arrayOf(const Items& items, const TextOf& textOf) {
+[[nodiscard]] std::string arrayOf(Items&& items, const TextOf& textOf) {
     std::string json = "[";
-    for (const auto& item : items) {
+    for (auto&& item : items) {
         const std::string text = textOf(item);
         if (text.empty())
             continue;

@@ -1,18 +1,17 @@
 #include "Velto/Page/PlayObject.h"
 
 #include "Plugin/Shared/Keys.h"
-#include "Velto/Analysis/Members.h"
 #include "Velto/Analysis/Pairing.h"
 #include "Velto/Analysis/Replay.h"
+#include "Velto/Analysis/Score.h"
 #include "Velto/Analysis/Track.h"
-#include "Velto/Page/Column.h"
-#include "Velto/Page/Images.h"
 #include "Velto/Page/JSONText.h"
 
 #include <algorithm>
-#include <array>
 #include <list>
 #include <optional>
+#include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -29,82 +28,9 @@ std::string nameOrNull(const std::optional<Named>& value) {
     return value ? quoted(nameOf(*value)) : "null";
 }
 
-std::string imageMembers(const Play& play, const Track& track, const Range& range) {
-    Images images;
-    track.play(play.settings, [&](const Track::Step& step, const Algs& algs, const HIDEvents&) {
-        images.add(step, algs, range.holds(step.ns, step.ns));
-    });
-    return images.members(play.hasGroups);
-}
-
 std::string settingsArray(const std::vector<Setting>& settings) {
     return arrayOf(settings, [](const Setting& setting) {
         return fmt::format("[{},{}]", quoted(setting.key), quoted(JSON::text(setting.value.get())));
-    });
-}
-
-std::string touchesArray(const Play& play, const Range& range) {
-    const std::vector<const Label*> labels = labelsByTouch(play.labels, play.touches);
-    return arrayOf(play.touches, [&](const Touch& touch) -> std::string {
-        if (!range.holds(touch.startNs, touch.endNs))
-            return {};
-        const TouchTexts& texts = play.texts[touch.number - 1];
-        const Label* const label = labels[touch.number - 1];
-        return fmt::format(
-            R"({{"number":{},"startNs":{},"endNs":{},"outcome":"{}","region":"{}","reason":{},"label":{},)"
-            R"("heading":{},"details":{}}})",
-            touch.number, touch.startNs, touch.endNs, nameOf(touch.outcome), nameOf(touch.region),
-            nameOrNull(touch.reason()), label == nullptr ? 0 : label->index, quoted(texts.heading),
-            quoted(texts.details));
-    });
-}
-
-std::string labelsArray(const Play& play, const Range& range) {
-    return arrayOf(play.labels, [&](const Label& label) {
-        return range.holds(label.startNs, label.endNs)
-                   ? fmt::format(R"({{"index":{},"startNs":{},"endNs":{},"gesture":{},"region":{},"endRegion":{}}})",
-                                 label.index, label.startNs, label.endNs, quoted(label.gesture), quoted(label.region),
-                                 quoted(label.endRegion))
-                   : std::string();
-    });
-}
-
-// The settings that the recording writes; those whose key is set for the whole play do nothing.
-std::string writesArray(const Play& play, const Range& range) {
-    const std::list<Frame>& frames = play.recording.frames();
-    return arrayOf(frames, [&](const Frame& frame) -> std::string {
-        const std::uint64_t ns = frame.timestampNs - frames.front().timestampNs;
-        if (frame.type != Frame::Type::State || !range.holds(ns, ns))
-            return {};
-        const bool isLeftOut = std::ranges::any_of(
-            play.settings, [&frame](const Setting& setting) { return Keys::belowPipeline(setting.key) == frame.key; });
-        return fmt::format(R"({{"ns":{},"key":{},"value":{},"isLeftOut":{}}})", ns, quoted(frame.key),
-                           quoted(JSON::text(frame.value.get())), isLeftOut);
-    });
-}
-
-// What the host hears of a play, and what interrupted it.
-struct Heard {
-    std::vector<Gesture> gestures;
-    std::vector<Disturbance> disturbances;
-};
-
-Heard listenTo(const Play& play) {
-    Heard heard;
-    Replay replay;
-    replay.gestureHandler = [&heard](const Gesture& gesture) { heard.gestures.push_back(gesture); };
-    replay.disturbanceHandler = [&heard](const Disturbance& disturbance) { heard.disturbances.push_back(disturbance); };
-    replay.play(play.recording, play.settings, Replay::kMaxSpeed);
-    return heard;
-}
-
-std::string gesturesArray(const std::vector<Gesture>& gestures, const Range& range) {
-    return arrayOf(gestures, [&range](const Gesture& gesture) -> std::string {
-        const std::uint64_t ns = nsOf(gesture.time);
-        if (!range.holds(ns, ns))
-            return {};
-        return fmt::format(R"({{"ns":{},"kind":"{}","region":{}}})", ns, nameOf(gesture.kind),
-                           nameOrNull(gesture.region));
     });
 }
 
@@ -121,51 +47,105 @@ std::string disturbanceText(const Disturbance& disturbance) {
     return {};
 }
 
-std::string disturbancesArray(const std::vector<Disturbance>& disturbances, const Range& range) {
-    return arrayOf(disturbances, [&range](const Disturbance& disturbance) -> std::string {
+} // namespace
+
+void PlayObject::addTouches(const Play& play) {
+    const std::vector<const Label*> labels = labelsByTouch(play.labels, play.touches);
+    for (const Touch& touch : play.touches) {
+        const TouchTexts& texts = play.texts[touch.number - 1];
+        const Label* const label = labels[touch.number - 1];
+        _touches.push_back(
+            {touch.startNs, touch.endNs,
+             fmt::format(R"({{"number":{},"startNs":{},"endNs":{},"outcome":"{}","region":"{}","reason":{},"label":{},)"
+                         R"("heading":{},"details":{}}})",
+                         touch.number, touch.startNs, touch.endNs, nameOf(touch.outcome), nameOf(touch.region),
+                         nameOrNull(touch.reason()), label == nullptr ? 0 : label->index, quoted(texts.heading),
+                         quoted(texts.details))});
+    }
+}
+
+void PlayObject::addLabels(const Play& play) {
+    const std::vector<const Touch*> touches = pair(play.labels, play.touches);
+    for (std::size_t i = 0; i < touches.size(); ++i) {
+        const Label& label = play.labels[i];
+        const Result result = resultOf(label, touches[i]);
+        _labels.push_back(
+            {label.startNs, label.endNs,
+             fmt::format(R"({{"index":{},"startNs":{},"endNs":{},"gesture":{},"region":{},"endRegion":{},)"
+                         R"("result":"{}","isRight":{},"ofTouch":{}}})",
+                         label.index, label.startNs, label.endNs, quoted(label.gesture), quoted(label.region),
+                         quoted(label.endRegion), nameOf(result), isRight(result),
+                         touches[i] == nullptr ? 0 : touches[i]->number)});
+    }
+}
+
+// The settings that the recording writes; those whose key is set for the whole play do nothing.
+void PlayObject::addWrites(const Play& play) {
+    const std::list<Frame>& frames = play.recording.frames();
+    for (const Frame& frame : frames) {
+        if (frame.type != Frame::Type::State)
+            continue;
+        const std::uint64_t ns = frame.timestampNs - frames.front().timestampNs;
+        const bool isLeftOut = std::ranges::any_of(
+            play.settings, [&frame](const Setting& setting) { return Keys::belowPipeline(setting.key) == frame.key; });
+        _writes.push_back({ns, ns,
+                           fmt::format(R"({{"ns":{},"key":{},"value":{},"isLeftOut":{}}})", ns, quoted(frame.key),
+                                       quoted(JSON::text(frame.value.get())), isLeftOut)});
+    }
+}
+
+// What the host hears of a play, and what interrupted it.
+void PlayObject::listen(const Play& play) {
+    Replay replay;
+    replay.gestureHandler = [this](const Gesture& gesture) {
+        const std::uint64_t ns = nsOf(gesture.time);
+        _gestures.push_back({ns, ns,
+                             fmt::format(R"({{"ns":{},"kind":"{}","region":{}}})", ns, nameOf(gesture.kind),
+                                         nameOrNull(gesture.region))});
+    };
+    replay.disturbanceHandler = [this](const Disturbance& disturbance) {
         static constexpr std::string_view kKinds[] = {"invalid", "gap", "reset"};
         const std::uint64_t ns = nsOf(disturbance.time);
-        if (!range.holds(ns, ns))
-            return {};
-        return fmt::format(R"({{"ns":{},"kind":"{}","text":"{}"}})", ns,
-                           kKinds[static_cast<std::size_t>(disturbance.kind)], disturbanceText(disturbance));
+        _disturbances.push_back(
+            {ns, ns,
+             fmt::format(R"({{"ns":{},"kind":"{}","text":"{}"}})", ns,
+                         kKinds[static_cast<std::size_t>(disturbance.kind)], disturbanceText(disturbance))});
+    };
+    replay.play(play.recording, play.settings, Replay::kMaxSpeed);
+}
+
+void PlayObject::addImages(const Play& play, std::vector<Range> ranges) {
+    const Track track(play.recording.frames());
+    _durationNs = track.durationNs();
+    std::ranges::sort(ranges, {}, &Range::fromNs);
+    auto next = ranges.begin(); // the first that has not begun
+    Range latest{.fromNs = 1, .toNs = 0};
+    track.play(play.settings, [&](const Track::Step& step, const Algs& algs, const HIDEvents&) {
+        for (; next != ranges.end() && next->fromNs <= step.ns; ++next)
+            latest = {.fromNs = next->fromNs, .toNs = std::max(latest.toNs, next->toNs)};
+        _images.add(step, algs, latest.holds(step.ns, step.ns));
     });
 }
 
-// The samples of the accelerometer, an object of columns.
-std::string accelObject(const Play& play, const Range& range) {
-    std::vector<std::uint64_t> ns;
-    std::array<std::vector<float>, 3> axes;
-    for (const Frame& frame : play.recording.frames()) {
-        const auto* sample = as<Dictionary>(frame.value);
-        const std::uint64_t at = frame.timestampNs - play.recording.frames().front().timestampNs;
-        if (frame.type != Frame::Type::Metadata || frame.key != "Accel" || sample == nullptr || !range.holds(at, at))
-            continue;
-        const auto x = doubleUnder(*sample, "X");
-        const auto y = doubleUnder(*sample, "Y");
-        const auto z = doubleUnder(*sample, "Z");
-        if (!x || !y || !z)
-            continue;
-        ns.push_back(at);
-        axes[0].push_back(static_cast<float>(*x));
-        axes[1].push_back(static_cast<float>(*y));
-        axes[2].push_back(static_cast<float>(*z));
-    }
-    return fmt::format(R"({{"rows":{},"ns":"{}","axes":{}}})", ns.size(), timesColumn(ns),
-                       arrayOf(axes, [](const auto& axis) { return '"' + floatsColumn(axis) + '"'; }));
+PlayObject::PlayObject(const Play& play, std::vector<Range> ranges)
+    : _file(play.file), _settings(settingsArray(play.settings)), _images(play.hasGroups),
+      _accel(play.recording.frames()) {
+    addTouches(play);
+    addLabels(play);
+    addWrites(play);
+    listen(play);
+    addImages(play, std::move(ranges));
 }
 
-} // namespace
+std::size_t PlayObject::imagesIn(const Range& range) const { return _images.rowsFrom(range.fromNs, range.toNs).count; }
 
-std::string playObject(const Play& play, const Range& range) {
-    const Track track(play.recording.frames());
-    const Heard heard = listenTo(play);
+std::string PlayObject::cut(const Range& range) const {
     return fmt::format(R"({{"file":{},"durationNs":{},"settings":{},"images":{{{}}},"touches":{},"gestures":{},)"
                        R"("labels":{},"writes":{},"disturbances":{},"accel":{}}})",
-                       quoted(play.file), track.durationNs(), settingsArray(play.settings),
-                       imageMembers(play, track, range), touchesArray(play, range),
-                       gesturesArray(heard.gestures, range), labelsArray(play, range), writesArray(play, range),
-                       disturbancesArray(heard.disturbances, range), accelObject(play, range));
+                       quoted(_file), _durationNs, _settings,
+                       _images.members(_images.rowsFrom(range.fromNs, range.toNs)), arrayWithin(range, _touches),
+                       arrayWithin(range, _gestures), arrayWithin(range, _labels), arrayWithin(range, _writes),
+                       arrayWithin(range, _disturbances), _accel.object(range.fromNs, range.toNs));
 }
 
 } // namespace VeltoTouch::Page

@@ -1,10 +1,9 @@
 #include "Velto/Page/RecordingPage.h"
 
-#include "Velto/Analysis/Comparison.h"
 #include "Velto/Analysis/PixelNames.h"
 #include "Velto/Page/Document.h"
+#include "Velto/Page/Film.h"
 #include "Velto/Page/JSONText.h"
-#include "Velto/Page/PlayObject.h"
 #include "Velto/Surface/Geometry.h"
 
 #include <array>
@@ -13,23 +12,8 @@
 #include <fmt/format.h>
 
 namespace VeltoTouch::Page {
-namespace {
 
 using namespace Analysis;
-
-// Touches of the two plays that belong together, by their numbers. Labels judge plays of one recording alone.
-std::string pairsArray(const Play& a, const Play& b) {
-    const bool isOneRecording = &a.recording == &b.recording;
-    const std::vector<Label> labels = isOneRecording ? a.labels : std::vector<Label>();
-    const LabelledTouches before = labelled(labels, a.touches);
-    const LabelledTouches after = labelled(labels, b.touches);
-    const auto number = [](const Touch* touch) { return touch == nullptr ? 0 : touch->number; };
-    return arrayOf(compare(before, after), [&](const ComparedTouch& touch) {
-        return fmt::format(R"([{},{},"{}"])", number(touch.a), number(touch.b), nameOf(touch.change));
-    });
-}
-
-} // namespace
 
 std::string surfaceObject() {
     const Algs algs;
@@ -50,15 +34,10 @@ std::string surfaceObject() {
                        algs.handStats.holdScoreThreshold);
 }
 
-std::string pictureMembers(const std::vector<Play>& plays, const Range& range) {
-    const auto object = [&range](const Play& play) { return playObject(play, range); };
-    return fmt::format(R"("plays":{},"pairs":{})", arrayOf(plays, object),
-                       plays.size() > 1 ? pairsArray(plays[0], plays[1]) : "[]");
-}
-
 std::string recordingPage(const std::vector<Play>& plays, const Range& range) {
-    return document(
-        fmt::format(R"({{"kind":"recording","surface":{},{}}})", surfaceObject(), pictureMembers(plays, range)));
+    const std::string shown = range == Range() ? "null" : fmt::format("[{},{}]", range.fromNs, range.toNs);
+    return document(fmt::format(R"({{"kind":"recording","surface":{},"shown":{},{}}})", surfaceObject(), shown,
+                                Film(plays, {range}).cut(range)));
 }
 
 } // namespace VeltoTouch::Page

@@ -4,10 +4,8 @@
 #include "Velto/Analysis/Label.h"
 #include "Velto/Analysis/Setting.h"
 #include "Velto/Analysis/Touch.h"
+#include "Velto/Page/Range.h"
 
-#include <cstdint>
-#include <functional>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -33,24 +31,10 @@ struct Play {
     bool hasGroups = true;                   // groups of pads are shown too
 };
 
-// Nanoseconds from the first frame; what lies outside is played and not shown.
-struct Range {
-    std::uint64_t fromNs = 0;
-    std::uint64_t toNs = std::numeric_limits<std::uint64_t>::max();
-
-    // Whether something of that time lies within.
-    [[nodiscard]] bool holds(std::uint64_t startNs, std::uint64_t endNs) const noexcept {
-        return endNs >= fromNs && startNs <= toNs;
-    }
-};
-
 // What holds for any recording: the surface, and the recognizer's bounds that no setting moves.
 [[nodiscard]] std::string surfaceObject();
 
-// All that a page shows of one or two plays, as members of an object.
-[[nodiscard]] std::string pictureMembers(const std::vector<Play>& plays, const Range& range);
-
-// Returns the whole file for one or two plays. Throws what the recording's values throw, and std::runtime_error.
+// Returns the whole file for one or two plays. Throws what the recordings' values throw, and std::runtime_error.
 [[nodiscard]] std::string recordingPage(const std::vector<Play>& plays, const Range& range);
 
 } // namespace VeltoTouch::Page

@@ -23,6 +23,17 @@ std::string front(const std::vector<bool>& isOnFront) {
     return '[' + places + ']';
 }
 
+// The point of the present settings, if it is one of the grid.
+std::string presentPoint(const std::vector<Axis>& axes) {
+    std::size_t point = 0;
+    for (const Axis& axis : axes) {
+        if (!axis.presentPlace)
+            return "null";
+        point = point * axis.values.size() + *axis.presentPlace;
+    }
+    return fmt::format("{}", point);
+}
+
 } // namespace
 
 std::string tuningPage(const std::vector<Axis>& axes, const Tuned& tuned, const std::string& text) {
@@ -32,9 +43,9 @@ std::string tuningPage(const std::vector<Axis>& axes, const Tuned& tuned, const 
     };
     const auto present = [](const Axis& each) { return quoted(each.present); };
     return document(fmt::format(R"({{"kind":"tuning","sweeps":{},"points":{},"front":{},"best":{},"text":{},)"
-                                R"("present":{{"values":{},"faults":{}}}}})",
+                                R"("present":{{"point":{},"values":{},"faults":{}}}}})",
                                 arrayOf(axes, axis), arrayOf(tuned.points, faultsArray), front(tuned.isOnFront),
-                                tuned.best ? fmt::format("{}", *tuned.best) : "null", quoted(text),
+                                tuned.best ? fmt::format("{}", *tuned.best) : "null", quoted(text), presentPoint(axes),
                                 arrayOf(axes, present), faultsArray(tuned.present)));
 }
 

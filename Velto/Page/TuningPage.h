@@ -2,6 +2,8 @@
 
 #include "Velto/Analysis/Tuning.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,9 +11,10 @@ namespace VeltoTouch::Page {
 
 // A sweep as people read it.
 struct Axis {
-    std::string key;
-    std::vector<std::string> values; // in their order
-    std::string present;
+    std::string key = {};
+    std::vector<std::string> values = {}; // in their order
+    std::string present = {};
+    std::optional<std::size_t> presentPlace = {}; // among the values, if it is one of them
 };
 
 // Returns a page of a grid of settings: its costs as a map, its front, and the cost on others. `text` is a

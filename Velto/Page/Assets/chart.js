@@ -2,8 +2,8 @@
 // colours, texts, the selected touch, and the rows of images that each column of pixels shows, by play.
 
 class Chart {
-  // `drawn` is called after each drawing.
-  constructor(plays, drawn) {
+  // `attributes` are its element's; `drawn` is called after each drawing.
+  constructor(plays, attributes, drawn = () => {}) {
     Object.assign(this, {plays, drawn, shownPlay: 0, cursor: null, selected: null, rows: []});
     this.texts = new Texts();
     this.picture = new Picture();
@@ -12,16 +12,19 @@ class Chart {
     this.canvas = element("canvas", {"aria-hidden": "true"});
     this.line = element("div", {class: "cursor", hidden: ""});
     this.titles = element("div", {class: "titles", "aria-hidden": "true"});
-    this.node = element("div", {class: "chart", tabindex: "0", role: "application", "aria-describedby": "summary",
-      "aria-label": "Chart of the recording over time. Arrow keys move it, plus and minus zoom, c goes to the next touch " +
-        "that became no gesture, a question mark lists all keys."}, this.canvas, this.titles, this.texts.layer, this.line);
-    this.colours = themeColours();
+    this.node = element("div", {class: "chart", ...attributes}, this.canvas, this.titles, this.texts.layer, this.line);
+    this.themed();
+    darkTheme.addEventListener("change", () => this.themed());
     new ResizeObserver(() => this.layOut()).observe(this.node);
   }
 
   show(rows) {
     this.rows = rows;
     this.layOut();
+  }
+  themed() {
+    this.colours = themeColours();
+    this.changed();
   }
 
   layOut() {
@@ -31,7 +34,7 @@ class Chart {
     this.node.classList.toggle("narrow", width < 600);
     let y = 22; // the axis
     this.boxes = this.rows.map((row) => {
-      y += row.marks ? 16 : 0; // its title stands above
+      y += row.marks ? 22 : 0; // its title stands above
       const box = {x: this.gutter, y, width: width - this.gutter, height: row.height};
       y += row.height + 8;
       return box;
@@ -44,7 +47,7 @@ class Chart {
     this.node.style.height = `${y}px`;
     this.titles.replaceChildren(...this.rows.flatMap((row, i) => this.titlesOf(row, this.boxes[i])));
     this.plot = {x: this.gutter, y: 20, width: width - this.gutter, height: y - 20};
-    this.changed();
+    this.draw(); // at once: a new size has cleared the canvas
   }
   titlesOf(row, box) {
     const title = (text, y, kind) => {
@@ -58,7 +61,7 @@ class Chart {
     }
     if (!row.marks) return [title(row.title, box.y + 4, "title")];
     const scale = row.scaleIn(box);
-    return [title(row.title, box.y - 17, "title over"),
+    return [title(row.title, box.y - 23, "title over"),
       ...row.marks.map((mark) => title(mark.text, scale(mark.value) - 7, "mark"))];
   }
 
@@ -67,11 +70,12 @@ class Chart {
   }
 
   draw() {
+    cancelAnimationFrame(this.drawing);
     this.drawing = 0;
     if (!this.boxes) return;
     const {range, picture, plot} = this, g = this.canvas.getContext("2d");
     this.columns = this.plays.map(({images, end}) => rowsByColumn(images.time, range.from, range.to, this.width, end));
-    picture.clear();
+    picture.words.fill(0);
     this.rows.forEach((row, i) => row.paint?.(picture, {y: Math.round(this.boxes[i].y * this.ratio),
       height: Math.round(this.boxes[i].height * this.ratio)}, this));
     g.setTransform(1, 0, 0, 1, 0, 0);

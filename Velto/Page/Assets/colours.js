@@ -7,17 +7,18 @@ const heatStops = {
 };
 const darkTheme = matchMedia("(prefers-color-scheme: dark)");
 
-// Colours for 0 to 255, as words of a canvas and as texts.
+// Colours for 0 to 255, as words of a canvas and as texts, and what is read upon each.
 function heatColours() {
   const stops = heatStops[darkTheme.matches ? "dark" : "light"];
-  const words = new Uint32Array(256), texts = [];
+  const words = new Uint32Array(256), texts = [], inks = [];
   for (let i = 0; i < 256; ++i) {
     const at = (i / 255) * (stops.length - 1), k = Math.min(Math.floor(at), stops.length - 2);
     const [r, g, b] = stops[k].map((c, j) => Math.round(c + (stops[k + 1][j] - c) * (at - k)));
     words[i] = ((255 << 24) | (b << 16) | (g << 8) | r) >>> 0;
     texts.push(`rgb(${r},${g},${b})`);
+    inks.push((darkTheme.matches ? i < 170 : i > 110) ? "#fff" : "#000");
   }
-  return {words, texts, inkFrom: darkTheme.matches ? 170 : 110};
+  return {words, texts, inks};
 }
 
 const themeNames = ["ink", "soft", "faint", "panel", "tap", "hold", "cancel", "unfinished", "second", "signal", "noise",

@@ -55,19 +55,17 @@ async function readTimes(column, count) {
 }
 
 const readAll = (columns, read, count) => Promise.all(columns.map((column) => read(column, count)));
+const readAllIntegers = (columns, count) => readAll(columns, readIntegers, count);
 
-// The images of a play, each member a column.
-async function readImages(images) {
-  const n = images.rows;
-  const [time, frame, timeMs, pads, groups, padsOn, groupsOn, strongest, signal, onLevel, offLevel, touchScore, region] =
-    await Promise.all([
-      readTimes(images.ns, n), readCounters(images.frame, n), readCounters(images.timeMs, n),
-      readAll(images.pads, readIntegers, n), readAll(images.groups, readIntegers, n),
-      readIntegers(images.padsOn, n), readIntegers(images.groupsOn, n),
-      readBytes(images.strongest), readIntegers(images.signal, n),
-      readFloats(images.onLevel, n), readFloats(images.offLevel, n), readFloats(images.touchScore, n),
-      readBytes(images.region),
-    ]);
-  return {count: n, time, frame, timeMs, pads, groups, padsOn, groupsOn, strongest, signal, onLevel, offLevel,
-          touchScore, region};
+// The columns of a play's images, and how each is read.
+const imageColumns = [
+  ["ns", readTimes], ["frame", readCounters], ["timeMs", readCounters], ["pads", readAllIntegers], ["groups", readAllIntegers],
+  ["padsOn", readIntegers], ["groupsOn", readIntegers], ["strongest", readBytes], ["signal", readIntegers],
+  ["onLevel", readFloats], ["offLevel", readFloats], ["touchScore", readFloats], ["region", readBytes],
+];
+
+async function readImages({rows, resets, ...texts}) {
+  const columns = await Promise.all(imageColumns.map(async ([name, read]) => [name, await read(texts[name], rows)]));
+  const {ns, ...others} = Object.fromEntries(columns);
+  return {count: rows, resets, time: ns, ...others};
 }

@@ -43,12 +43,11 @@ function followPointers(chart, range, timeAt, hover, click) {
   chart.addEventListener("pointercancel", lift);
 
   // Without Ctrl the page scrolls.
-  const wheel = (event) => {
+  chart.addEventListener("wheel", (event) => {
     if (!event.ctrlKey) return;
     event.preventDefault();
     range.zoom(Math.exp(event.deltaY * (event.deltaMode ? 0.06 : 0.002)), timeAt(event));
-  };
-  chart.addEventListener("wheel", wheel, {passive: false});
+  }, {passive: false});
 }
 
 // Keys of the whole page: a list of [keys, what they do, action].

@@ -31,9 +31,6 @@ class Picture {
     this.words = new Uint32Array(this.image.data.buffer);
     this.width = width;
   }
-  clear() {
-    this.words.fill(0);
-  }
   column(x, from, to, word) {
     for (let at = from * this.width + x, end = to * this.width; at < end; at += this.width) this.words[at] = word;
   }

@@ -12,15 +12,14 @@ function extentOf(item, box, range) {
   return {x: left, width: Math.min(x + width, box.x + box.width + 2) - left};
 }
 
+// Those in view, each with its extent.
+const inView = (items, box, range) =>
+  items.map((item) => [item, extentOf(item, box, range)]).filter(([, extent]) => extent);
+
 const order = {tap: 0, hold: 1, unfinished: 2, cancel: 3}; // what did not work is never hidden
 
 function drawTouches(g, box, {range, colours, texts, selected}, touches) {
-  const shown = [];
-  for (const touch of touches) {
-    const extent = extentOf(touch, box, range);
-    if (extent) shown.push([touch, extent]);
-  }
-  shown.sort(([a], [b]) => order[a.outcome] - order[b.outcome]);
+  const shown = inView(touches, box, range).sort(([a], [b]) => order[a.outcome] - order[b.outcome]);
   for (const [touch, {x, width}] of shown) {
     const y = box.y + 2, height = box.height - 4;
     g.fillStyle = colours[touch.outcome];
@@ -59,42 +58,33 @@ function hatch(g, x, y, width, height, colour, slope) {
   g.restore();
 }
 
-// What the host saw: a hold is a bar of the regions that it went through, a tap a disc, a cancel a cross.
+// What the host saw: a hold is a bar of the regions that it went through, a tap a disc, a cancel a cross. A name stands
+// where there is room until the next one.
 function drawGestures(g, box, {range, colours, texts}, gestures) {
-  const middle = box.y + box.height / 2;
-  let free = box.x; // for the next text
-  for (const gesture of gestures) {
-    const extent = extentOf(gesture, box, range);
-    if (!extent) continue;
-    const {x, width} = extent;
-    const name = gesture.region ?? "None";
+  const middle = box.y + box.height / 2, scale = box.width / range.span;
+  const shown = inView(gestures, box, range);
+  shown.forEach(([gesture, {x, width}], i) => {
+    const name = gesture.region ?? "None", room = (shown[i + 1]?.[1].x ?? box.x + box.width) - x;
     g.fillStyle = g.strokeStyle = colours[name];
     if (gesture.kind === "hold") {
       g.fillRect(x, middle - 5, width, 10);
-      if (width > 70) texts.put(name, x + 4, box.y + 3, "tag region", width - 8);
-    } else if (gesture.kind === "tap" && box.width / range.span < 8) {
+      if (Math.min(width, room) > 70) texts.put(name, x + 4, box.y + 3, "tag region", Math.min(width, room) - 8);
+    } else if (gesture.kind === "tap" && scale < 8) {
       g.fillRect(x, middle - 5, leastWidth, 10);
     } else if (gesture.kind === "tap") {
       g.beginPath();
       g.arc(x, middle, 5, 0, 7);
       g.fill();
-      if (box.width / range.span > 60 && x > free) texts.put(name, x + 8, box.y + 3, "plain");
-      free = Math.max(free, x + 76);
+      if (room > 84) texts.put(name, x + 8, box.y + 3, "plain");
     } else if (gesture.kind === "cancel") {
-      g.strokeStyle = colours.cancel;
-      g.lineWidth = 2;
-      g.beginPath();
-      for (const side of [-4, 4]) {
-        g.moveTo(x - 4, middle - side);
-        g.lineTo(x + 4, middle + side);
-      }
-      g.stroke();
-      g.lineWidth = 1;
+      g.fillStyle = colours.cancel;
+      g.font = "bold 18px sans-serif";
+      g.fillText("×", x - 5, middle + 6);
     } else {
       g.fillStyle = colours.soft;
       g.fillRect(x, box.y + 4, 1, box.height - 8);
     }
-  }
+  });
 }
 
 // Events of the host become bars: a hold lasts from its start over each change of region to its end.
@@ -111,25 +101,24 @@ function gesturesOf(events) {
   return gestures;
 }
 
-function drawBars(g, box, {range, colours, texts}, items) {
-  for (const item of items) {
-    const extent = extentOf(item, box, range);
-    if (!extent) continue;
-    g.strokeStyle = g.fillStyle = colours.soft;
-    g.globalAlpha = 0.18;
-    g.fillRect(extent.x, box.y + 3, extent.width, box.height - 6);
+// What was meant; what went wrong stands out, and is never hidden.
+function drawLabels(g, box, {range, colours, texts}, labels) {
+  const y = box.y + 3, height = box.height - 6;
+  for (const [label, {x, width}] of inView(labels, box, range).sort(([a], [b]) => b.isRight - a.isRight)) {
+    g.strokeStyle = g.fillStyle = label.isRight ? colours.soft : colours.cancel;
+    g.globalAlpha = label.isRight ? 0.18 : 0.4;
+    g.fillRect(x, y, width, height);
     g.globalAlpha = 1;
-    g.strokeRect(extent.x + 0.5, box.y + 3.5, Math.max(extent.width - 1, 1), box.height - 7);
-    if (extent.width > 40) texts.put(item.text, extent.x + 4, box.y + 3, "plain", extent.width - 8);
+    if (!label.isRight) hatch(g, x, y, width, height, colours.cancel, 1);
+    g.strokeRect(x + 0.5, y + 0.5, Math.max(width - 1, 1), height - 1);
+    if (width > 60) texts.put(label.text, x + 4, y, label.isRight ? "plain" : "tag", width - 8);
   }
 }
 
 // Points in time, a shape a kind: {kind, start, end, text}.
 function drawMarks(g, box, {range, colours}, items) {
-  for (const item of items) {
-    const extent = extentOf(item, box, range);
-    if (!extent) continue;
-    const {x} = extent, middle = box.y + box.height / 2;
+  const middle = box.y + box.height / 2;
+  for (const [item, {x}] of inView(items, box, range)) {
     const shape = {reset: [[0, -7], [6, 5], [-6, 5]], invalid: [[0, 6], [6, -5], [-6, -5]],
                    gap: [[-5, -5], [5, -5], [5, 5], [-5, 5]]}[item.kind] ?? [[0, -6], [5, 0], [0, 6], [-5, 0]];
     g.fillStyle = item.kind === "setting" || item.kind === "change" ? colours.ink : colours.cancel;
@@ -143,12 +132,11 @@ function drawMarks(g, box, {range, colours}, items) {
 // Across map and traces: where images are missing, and resets.
 function drawInterruptions(g, box, {range, colours}, items) {
   g.globalAlpha = 0.6;
-  for (const item of items) {
-    const extent = extentOf(item, box, range);
-    if (!extent || item.kind === "invalid") continue;
-    if (item.kind === "gap") hatch(g, extent.x, box.y, extent.width, box.height, colours.soft, 1);
+  for (const [{kind}, {x, width}] of inView(items, box, range)) {
+    if (kind === "invalid") continue;
+    if (kind === "gap") hatch(g, x, box.y, width, box.height, colours.soft, 1);
     g.fillStyle = colours.cancel;
-    g.fillRect(extent.x + (item.kind === "gap" ? extent.width - 1 : 0), box.y, 1, box.height);
+    g.fillRect(x + (kind === "gap" ? width - 1 : 0), box.y, 1, box.height);
   }
   g.globalAlpha = 1;
 }

@@ -1,12 +1,7 @@
 // What the data is decides which page it becomes.
 
 const pages = {
-  recording: async (data) => {
-    const page = new RecordingPage(data, await Promise.all(data.plays.map(readPlay)));
-    page.chart.draw();
-    page.range.readAddress();
-    return page;
-  },
+  recording: async (data) => new RecordingPage(data, await Promise.all(data.plays.map(readPlay))),
   report: showReport,
   tuning: showTuning,
 };

@@ -8,7 +8,8 @@ async function readPlay(data, number) {
   const end = data.durationNs / 1e9;
   const accel = {rows: data.accel.rows, time: await readTimes(data.accel.ns, data.accel.rows),
                  axes: await readAll(data.accel.axes, readFloats, data.accel.rows)};
-  const labels = data.labels.map((label) => ({...inSeconds(label), text: labelText(label)}));
+  const labels = data.labels.map((label) => ({...inSeconds(label), play: number, text: labelText(label),
+    ofTouch: touches.find((touch) => touch.number === label.ofTouch)}));
   const writes = data.writes.map((write) => ({...inSeconds(write), kind: "setting", isFaint: write.isLeftOut,
     text: `${write.key} = ${write.value}${write.isLeftOut ? " (left out)" : ""}`}));
   const disturbances = data.disturbances.map((one) => {
@@ -21,13 +22,17 @@ async function readPlay(data, number) {
           gestures: gesturesOf(data.gestures)};
 }
 
-function labelText({gesture, region, endRegion}) {
-  return [gesture, region === "None" ? "" : region, endRegion ? `to ${endRegion}` : ""].filter(Boolean).join(" ");
+function labelText({gesture, region, endRegion, result, isRight}) {
+  const wrong = result.replace(/[A-Z]/, (letter) => " " + letter.toLowerCase());
+  return [isRight ? "" : wrong + ":", gesture, region === "None" ? "" : region, endRegion ? `to ${endRegion}` : ""]
+    .filter(Boolean).join(" ");
 }
 
-// Touches that belong together know each other; what is decided otherwise is known of both.
+// Touches that belong together know each other, as labels do; what is decided otherwise is known of both.
 function joinTouches(plays, pairs) {
   if (plays.length < 2) return [];
+  if (plays[0].file === plays[1].file)
+    plays[0].labels.forEach((label, i) => ([label.other, plays[1].labels[i].other] = [plays[1].labels[i], label]));
   const [ofA, ofB] = plays.map((play) => new Map(play.touches.map((touch) => [touch.number, touch])));
   const changes = [];
   for (const [a, b, change] of pairs) {
@@ -42,11 +47,14 @@ function joinTouches(plays, pairs) {
   return changes;
 }
 
-function summaryOf({touches, disturbances, images, end}) {
+// `shown` is the part that is shown, in nanoseconds; null if that is all.
+function summaryOf({touches, disturbances, images, end}, shown) {
   const touch = (outcome) => touches.filter((one) => one.outcome === outcome).length;
   const many = (kind) => disturbances.filter((one) => one.kind === kind).length;
   const unfinished = touch("unfinished");
-  return `${secondsText(end, 2)}, ${plural(images.count, "image")}. ${plural(touches.length, "touch", "touches")}: ` +
+  const part = shown ? `${secondsText(shown[0] / 1e9, 2)} to ${secondsText(Math.min(shown[1] / 1e9, end), 2)} of ` : "";
+  return `${part}${secondsText(end, 2)}, ${plural(images.count - images.resets.length, "image")}. ` +
+    `${plural(touches.length, "touch", "touches")}: ` +
     `${plural(touch("tap"), "tap")}, ${plural(touch("hold"), "hold")}, ${touch("cancel")} that became no gesture` +
     (unfinished ? `, ${unfinished} unfinished` : "") +
     `. ${plural(many("gap"), "gap")}, ${plural(many("reset"), "reset")}, ${plural(many("invalid"), "invalid report")}.`;

@@ -24,9 +24,6 @@ class TimeRange {
     clearTimeout(this.writing);
     this.writing = setTimeout(() => this.writeAddress(), 250);
   }
-  showAll() {
-    this.show(this.limits.from, this.limits.to);
-  }
   move(share) {
     this.show(this.from + share * this.span, this.to + share * this.span);
   }

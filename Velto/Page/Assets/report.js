@@ -1,41 +1,46 @@
 // What many recordings gave: counts, and lists of touches. A picture is drawn when its entry is opened.
 
-function countTable([head, ...rows]) {
-  const cells = (tag, row) => element("tr", {}, ...row.map((text, i) => element(i ? tag : "th", i ? {text} : {scope: "row", text})));
-  return element("div", {class: "wide", tabindex: "0", role: "region", "aria-label": "Counts"},
-    element("table", {}, element("thead", {}, cells("th", head)), element("tbody", {}, ...rows.map((row) => cells("td", row)))));
+// `rows` are texts or cells; the first is the heading.
+function countTable([head, ...rows], label = "Counts", kind = "") {
+  const cell = (tag, item, i) =>
+    item instanceof Node ? item : element(i ? tag : "th", {text: item, ...(i ? {} : {scope: "row"})});
+  const line = (tag, row) => element("tr", {}, ...row.map((item, i) => cell(tag, item, i)));
+  return element("div", {class: `wide ${kind}`, tabindex: "0", role: "region", "aria-label": label},
+    element("table", {}, element("thead", {}, line("th", head)), element("tbody", {}, ...rows.map((row) => line("td", row)))));
 }
 
-async function casePicture({picture, explanations, texts}, surface) {
+async function casePicture({picture, texts}, surface) {
   const plays = await Promise.all(picture.plays.map(readPlay)), changes = joinTouches(plays, picture.pairs);
-  const chart = new Chart(plays, () => {});
-  chart.show([heatRows(plays, surface, "pads")[0], signalRow(plays, surface), scoreRow(plays, surface), ...laneRows(plays, changes)]);
-  for (const name of ["tabindex", "aria-describedby"]) chart.node.removeAttribute(name);
-  chart.node.setAttribute("role", "img");
-  chart.node.setAttribute("aria-label", `The pads over time: ${texts.join(", ")}`);
-  darkTheme.addEventListener("change", () => {
-    chart.colours = themeColours();
-    chart.changed();
-  });
-  return [chart.node, ...explanations.map((text) => element("pre", {tabindex: "0", text}))];
+  const chart = new Chart(plays, {role: "img", "aria-label": `The pads over time: ${texts.join(", ")}`});
+  const cursor = new Cursor(chart, surface), lanes = laneRows(plays, changes);
+  chart.show([heatRows(plays, surface, "pads")[0], signalRow(plays, surface), scoreRow(plays, surface), ...lanes]);
+  chart.node.addEventListener("pointermove", (event) => cursor.follow(event));
+  return element("div", {class: "picture"}, chart.node, cursor.view.node);
+}
+
+async function caseDetails(item, surface) {
+  const texts = [...item.explanations, item.command].filter(Boolean);
+  return [...(item.picture ? [await casePicture(item, surface)] : []),
+    ...texts.map((text) => element("pre", {tabindex: "0", text}))];
 }
 
 function caseItem(item, surface) {
   const part = (name, text) => element("span", {class: name, text});
-  const parts = [part("kind " + item.kind.split(" ")[0], item.kind), part("when", secondsText(item.startNs / 1e9, 2)),
+  const parts = [part("kind " + item.kind.split(" ")[0], item.kind),
+    ...(item.startNs === null ? [] : [part("when", secondsText(item.startNs / 1e9, 2))]),
     ...item.texts.map((text) => part("text", text)), part("file", item.file)];
-  if (!item.picture) return element("li", {}, element("div", {class: "case"}, ...parts));
+  if (!item.command) return element("li", {}, element("div", {class: "case"}, ...parts));
   const details = element("details", {}, element("summary", {class: "case"}, ...parts));
-  details.addEventListener("toggle", async () => details.append(...await casePicture(item, surface)), {once: true});
+  details.addEventListener("toggle", async () => details.append(...await caseDetails(item, surface)), {once: true});
   return element("li", {}, details);
 }
 
-function groupSection({title, cases}, surface) {
+function groupSection({title, total, cases}, surface) {
   const pictures = cases.filter(({picture}) => picture).length;
-  const note = pictures === 0 ? "without pictures" : pictures < cases.length ? `the first ${pictures} have a picture` :
-    "each opens to its picture";
+  const notes = [`${total}`, cases.length < total && `the worst ${cases.length} are listed`,
+    pictures > 0 && `${pictures < total ? pictures : "all"} with a picture`].filter(Boolean);
   return element("section", {class: "group"}, element("header", {}, element("h2", {text: title}),
-    element("span", {class: "count", text: cases.length ? `${cases.length}, ${note}` : "none"})),
+    element("span", {class: "count", text: total ? notes.join(", ") : "none"})),
     element("ol", {class: "cases"}, ...cases.map((item) => caseItem(item, surface))));
 }
 
@@ -44,6 +49,6 @@ function showReport({title, text, table, groups, surface}) {
   const sentences = text.trim().split("\n").map((line) => element("p", {text: line.trim()}));
   document.getElementById("page").replaceChildren(element("header", {}, element("h1", {text: title}),
     element("div", {id: "summary"}, ...sentences)), ...(table.length ? [countTable(table)] : []),
-    element("div", {class: "groups"}, ...groups.map((group) => groupSection(group, surface))));
+    element("div", {class: groups.length > 2 ? "groups" : ""}, ...groups.map((group) => groupSection(group, surface))));
   document.querySelector("details")?.setAttribute("open", "");
 }

@@ -12,14 +12,15 @@ function heatRows(plays, surface, kind) {
   const bitOf = (words, i) => Uint8Array.from(words, (word) => (word >> i) & 1);
   const pixels = plays.map(({images}) => sequence.map((i) => ({name: names[i], region: regions[i],
     value: new Pyramid(images[kind][i]), on: new Pyramid(bitOf(images[kind + "On"], i))})));
-  const top = Math.max(1, ...pixels.flat().map((pixel) => pixel.value.highest));
+  const top = Math.max(surface.noise, ...pixels.flat().map((pixel) => pixel.value.highest));
   return pixels.map((own, play) => new HeatRow(own, top, play, isPads ? 14 : 11));
 }
 
 // The first play lies on top, the second shows where it differs.
 function signalRow(plays, surface) {
-  const top = Math.max(1, ...plays.map(({images}) => new Pyramid(images.signal).highest));
-  const row = new TraceRow("strongest", 110, 0, top * 1.08,
+  const highest = (column) => Math.max(3 * surface.noise, ...plays.map(({images}) => new Pyramid(images[column]).highest));
+  const top = highest("signal"); // a level that is not reached is seen too, but for one that is far above
+  const row = new TraceRow("strongest", 110, 0, Math.max(top, Math.min(highest("onLevel"), 2 * top)) * 1.08,
     [{value: surface.noise, text: `noise ${surface.noise}`, colour: "noise"}, {value: top, text: `${top}`, colour: "faint"}]);
   for (const {images, number} of [...plays].reverse())
     row.add(new Trace(images.signal, number ? "second" : "signal", number ? "line" : "area"), number);
@@ -39,7 +40,8 @@ function scoreRow(plays, {scoreLimit, holdScore}) {
 }
 
 function accelRow({accel: {axes, time}}, title) {
-  const most = Math.max(1e-3, ...axes.map((axis) => new Pyramid(axis.map(Math.abs)).highest));
+  const finite = (value) => (Number.isFinite(value) ? Math.abs(value) : 0);
+  const most = Math.max(1e-3, ...axes.map((axis) => new Pyramid(axis.map(finite)).highest));
   const row = new TraceRow(title, 64, -most * 1.1, most * 1.1, [{value: 0, text: "0", colour: "soft"},
     {value: most, text: most.toFixed(2), colour: "faint"}, {value: -most, text: (-most).toFixed(2), colour: "faint"}]);
   axes.forEach((axis, i) => row.add(new Trace(axis, regionSequence[i])));
@@ -47,7 +49,7 @@ function accelRow({accel: {axes, time}}, title) {
   return row;
 }
 
-// Touches and gestures of each play below each other; what belongs to a recording once.
+// Touches, gestures and labels of each play below each other; what belongs to a recording once.
 function laneRows(plays, changes) {
   const rows = [], recordings = plays.filter(({file}, i) => i === 0 || file !== plays[0].file);
   const lane = (title, items, draw) => rows.push({title, items, draw, height: 24});
@@ -55,9 +57,9 @@ function laneRows(plays, changes) {
   for (const play of plays) lane(named("touches", play, plays), play.touches, drawTouches);
   if (plays.length > 1) lane("otherwise", changes, drawMarks);
   for (const play of plays) lane(named("gestures", play, plays), play.gestures, drawGestures);
+  for (const play of plays) if (play.labels.length) lane(named("labels", play, plays), play.labels, drawLabels);
   for (const play of recordings) {
     const title = (text) => named(text, play, recordings);
-    if (play.labels.length) lane(title("labels"), play.labels, drawBars);
     if (play.writes.length) lane(title("settings"), play.writes, drawMarks);
     if (play.disturbances.length) lane(title("trouble"), play.disturbances, drawMarks);
     if (play.accel.rows) rows.push(accelRow(play, title("accel x y z")));

@@ -16,7 +16,7 @@ class SurfacePicture {
       const region = surface.padRegions[pad];
       const disc = svgElement("circle", {class: `plate ${region}`, cx: x, cy: -y, r: 1.9});
       const letter = svgElement("text", {class: "letter", x, y: -y - 0.35});
-      const value = svgElement("text", {class: "value", x, y: -y + 1.3});
+      const value = svgElement("text", {class: "value", x, y: -y + 1.1});
       letter.textContent = padLetter(pad);
       this.picture.append(disc, letter, value);
       return {pad, disc, letter, value};
@@ -24,7 +24,6 @@ class SurfacePicture {
     this.facts = element("dl", {class: "facts"});
     this.node = element("section", {class: "surface", "aria-label": "Surface at the cursor"}, this.picture, this.legend(),
       this.facts);
-    this.terms = new Map();
   }
 
   legend() {
@@ -33,29 +32,22 @@ class SurfacePicture {
       element("span", {class: "key on", text: "on"}));
   }
 
-  show(images, row, colours) {
+  // A reset is no image.
+  show(images, at, colours) {
+    const row = images.resets.includes(at) ? -1 : at;
     for (const {pad, disc, letter, value} of this.plates) {
       const isOn = row >= 0 && (images.padsOn[row] >> pad) & 1;
       const heat = row < 0 ? 0 : heatOf(images.pads[pad][row], this.top);
       disc.style.fill = colours.heat.texts[heat];
       disc.classList.toggle("is-on", Boolean(isOn));
-      const isDark = darkTheme.matches ? heat < colours.heat.inkFrom : heat > colours.heat.inkFrom;
-      for (const text of [letter, value]) text.style.fill = isDark ? "#fff" : "#000";
+      for (const text of [letter, value]) text.style.fill = colours.heat.inks[heat];
       value.textContent = row < 0 ? "" : images.pads[pad][row];
+      value.style.fontSize = `${Math.min(1.5, 4.2 / value.textContent.length)}px`; // within the plate
     }
   }
 
-  // Facts keep their places: a term once shown stays.
   say(facts) {
-    for (const [term, text] of facts) {
-      if (!this.terms.has(term)) {
-        const description = element("dd");
-        this.facts.append(element("dt", {text: term}), description);
-        this.terms.set(term, description);
-      }
-      const description = this.terms.get(term);
-      if (description.textContent !== text) description.textContent = text;
-    }
+    this.facts.replaceChildren(...facts.flatMap(([term, text]) => [element("dt", {text: term}), element("dd", {text})]));
   }
 }
 
@@ -70,14 +62,15 @@ function namesOn(surface, images, row) {
 
 function factsOf(surface, {images}, row) {
   const terms = ["image", "device time", "strongest", "turns on above", "stays on above", "on", "touch score", "region"];
+  if (images.resets.includes(row)) return terms.map((term, i) => [term, i ? "–" : "none: firmware reset"]);
   if (row < 0) return terms.map((term) => [term, "–"]);
   const pixel = images.strongest[row], pads = surface.padRegions.length;
-  const counts = (level) => (Number.isNaN(level) ? "–" : `${level.toFixed(1)} counts`);
+  const counts = (level) => (Number.isNaN(level) ? "–" : `${numberText(level, 1)} counts`);
   const texts = [
     images.frame[row], `${images.timeMs[row]} ms`,
     `${images.signal[row]} counts on ${pixel < pads ? padLetter(pixel) : surface.groups[pixel - pads]}`,
     counts(images.onLevel[row]), counts(images.offLevel[row]), namesOn(surface, images, row),
-    images.touchScore[row].toFixed(2), surface.regions[images.region[row]],
+    numberText(images.touchScore[row], 2), surface.regions[images.region[row]],
   ];
   return terms.map((term, i) => [term, String(texts[i])]);
 }

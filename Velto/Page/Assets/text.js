@@ -12,6 +12,8 @@ function element(tag, attributes = {}, ...children) {
 }
 
 const secondsText = (seconds, digits = 3) => `${seconds.toFixed(digits)} s`;
+const numberText = (value, digits) => (Math.abs(value) < 1e7 ? value.toFixed(digits) :
+  Number.isFinite(value) ? value.toExponential(2) : String(value).replace("Infinity", "∞"));
 const plural = (count, one, many = one + "s") => `${count} ${count === 1 ? one : many}`;
 
 // Texts upon a canvas, taken from a pool: they are real, and cost nothing while they stay the same.

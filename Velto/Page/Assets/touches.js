@@ -47,15 +47,19 @@ class Explanation {
     this.node.replaceChildren(element("h2", {text: "Why"}),
       element("p", {text: "Click a touch, or press c for the next one that became no gesture."}));
   }
-  show(touch, plays) {
-    const parts = [element("h2", {text: `Why touch ${touch.number} became ${wordOfOutcome[touch.outcome]}`})];
-    for (const one of [touch, touch.other].filter(Boolean).sort((a, b) => a.play - b.play)) {
+  // Explains a touch, or a label by its touch.
+  show(item, plays) {
+    const touch = isTouch(item) ? item : item.ofTouch;
+    const parts = [element("h2", {text: isTouch(item) ? `Why touch ${item.number} became ${wordOfOutcome[item.outcome]}` :
+      `Label ${item.index}, ${item.text}`})];
+    for (const one of [touch, touch?.other].filter(Boolean).sort((a, b) => a.play - b.play)) {
       if (plays.length > 1)
         parts.push(element("h3", {}, playBadge(one.play), plays[one.play].name));
       parts.push(element("pre", {tabindex: "0", text: one.heading + one.details}));
     }
-    if (plays.length > 1 && !touch.other)
-      parts.push(element("p", {text: `There is no such touch in ${touch.play === 0 ? "the second" : "the first"}.`}));
+    const say = (text) => parts.push(element("p", {text}));
+    if (!touch) say("No touch belongs to it. See the strongest signal, and the level that it had to exceed.");
+    else if (plays.length > 1 && !touch.other) say(`There is no such touch in ${touch.play === 0 ? "the second" : "the first"}.`);
     this.node.replaceChildren(...parts);
   }
 }
