@@ -4,6 +4,7 @@
 #include "Velto/Analysis/Touch.h"
 #include "Velto/Analysis/Track.h"
 
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -25,6 +26,9 @@ public:
 
     // Takes in a frame, in order. The recognizer is as it stands after it.
     void frame(const Track::Step& step, const Algs& algs, const HIDEvents& events);
+
+    // Returns how many touches have ended so far: the number of the last of them.
+    [[nodiscard]] std::uint64_t endedTouches() const noexcept { return _touches.size(); }
 
     // Ends the observation and returns the touches in their order. A touch that is still in progress ends at the last
     // frame, unfinished unless it has become a hold.
