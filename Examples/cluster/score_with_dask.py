@@ -1,10 +1,11 @@
 #!/usr/bin/python3
-"""Scores a corpus on a Dask cluster: a bag of files, a score for each, merged. Prints what `velto score --jsonl` prints.
+"""Scores a corpus on a Dask cluster: a bag of files, a score for each, merged. Prints what `velto score --jsonl`
+prints; the exit status is 1 if a file could not be read.
 
     score_with_dask.py PATH [SCHEDULER]
 
-SCHEDULER is the address of a running one, such as tcp://head:8786, whose workers see PATH and have python3-velto; without
-it two workers are started on this machine.
+SCHEDULER is the address of a running one, such as tcp://head:8786, whose workers see PATH and have python3-velto;
+without it two workers are started on this machine.
 """
 
 import sys
@@ -39,4 +40,9 @@ def main(path, scheduler=None):
 
 
 if __name__ == "__main__":
-    sys.stdout.write(main(*sys.argv[1:]).jsonl)
+    total = main(*sys.argv[1:])
+    sys.stdout.write(total.jsonl)
+    for record in total.records:
+        if record.get("error"):
+            print(f"score_with_dask: {record['file']}: {record['error']}", file=sys.stderr)
+    sys.exit(1 if total.total["failed"] else 0)

@@ -3,8 +3,8 @@
 
     another_tap_model.py [PATH...]
 
-PATH is a labelled recording or a folder of them; without any, taps and short palms are simulated. The model is the same kind as
-the present one, a line through its three features, here fitted by logistic regression.
+PATH is a labelled recording or a folder of them; without any, taps and short palms are simulated. The model is the same
+kind as the present one, a line through its three features, here fitted by logistic regression.
 """
 
 import sys
