@@ -57,9 +57,10 @@ def main():
     parser.add_argument("-o", default="where.png", metavar="OUT")
     options = parser.parse_args()
 
-    touches, faults = touches_of(file for path in options.paths for file in velto.files(path))
+    files = [file for path in options.paths for file in velto.files(path)]
+    touches, faults = touches_of(files)
     if touches.empty:
-        print("No touches.")
+        print(f"No touches in {len(files) - len(faults)} recordings.")
     else:
         show(touches, options.o)
     for fault in faults:
