@@ -88,7 +88,8 @@ constexpr const char* kAccelerometer = R"(Samples around gestures, a row each: s
 constexpr const char* kFromImages = R"(Makes a recording of images.
 
 images: structured array, shape (n,), with the fields of `Recording.images`; `padRaw` and `reserved` may be absent.
-Raises ValueError for another shape, a field that is missing or a number that its field cannot hold.)";
+Raises TypeError for what is no array, ValueError for another shape, a field that is missing or a number that its field
+cannot hold.)";
 
 } // namespace
 

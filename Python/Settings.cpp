@@ -12,14 +12,17 @@ using Verdict = Judgement::Verdict;
 constexpr py::ssize_t kCallersLevel = 2; // its own is the package's
 
 std::string jsonOf(const std::string& key, py::object value) {
-    if (py::hasattr(value, "item")) // a number of numpy's
-        value = value.attr("item")();
     try {
+        if (py::hasattr(value, "item")) // a number of numpy's
+            value = value.attr("item")();
         return py::module_::import("json").attr("dumps")(value).cast<std::string>();
     } catch (const py::error_already_set& error) {
-        if (!error.matches(PyExc_TypeError))
-            throw;
-        throw py::type_error(key + ": " + py::str(error.value()).cast<std::string>());
+        const std::string message = key + ": " + py::str(error.value()).cast<std::string>();
+        if (error.matches(PyExc_TypeError))
+            throw py::type_error(message);
+        if (error.matches(PyExc_ValueError))
+            throw py::value_error(message);
+        throw;
     }
 }
 

@@ -152,6 +152,8 @@ def test_from_images_says_what_is_wrong():
     wide = fewer.astype([("ns", "i8"), ("frame", "i8"), ("timeMs", "i8"), ("padSignal", "i4", (15,))])
     assert (velto.Recording.from_images(wide).images["frame"] == images["frame"]).all()
     wide["padSignal"][3, 2] = 40000
+    with pytest.raises(TypeError, match="images: a structured array is wanted, not list"):
+        velto.Recording.from_images([1])
     for wrong, message in ((wide, "images: padSignal is out of range"),
                            (images[["ns", "frame", "timeMs"]], "images: no field padSignal"),
                            (np.zeros((2, 15)), "a structured array of one dimension is wanted")):

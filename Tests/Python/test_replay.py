@@ -122,6 +122,7 @@ TIMEOUT = "Pipeline.Algs.HoldTimeoutMilliseconds"
     (ValueError, {"Pipeline.Algs.ActivationThreshold": float("inf")},
      "Pipeline.Algs.ActivationThreshold: a number from -3.4e38 to 3.4e38 is wanted"),
     (TypeError, {TIMEOUT: {250}}, f"{TIMEOUT}: Object of type set is not JSON serializable"),
+    (ValueError, {TIMEOUT: np.arange(2)}, f"{TIMEOUT}: can only convert an array of size 1 to a Python scalar"),
     (TypeError, {5: 1}, "settings: a key: str is wanted, not int"),
     (TypeError, TIMEOUT, "settings: a mapping is wanted, not str"),
 ])
