@@ -4,7 +4,6 @@
 #include "Velto/Analysis/Touch.h"
 #include "Velto/Analysis/Track.h"
 
-#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -27,12 +26,12 @@ public:
     // Takes in a frame, in order. The recognizer is as it stands after it.
     void frame(const Track::Step& step, const Algs& algs, const HIDEvents& events);
 
-    // Returns how many touches have ended so far: the number of the last of them.
-    [[nodiscard]] std::uint64_t endedTouches() const noexcept { return _touches.size(); }
-
     // Ends the observation and returns the touches in their order. A touch that is still in progress ends at the last
     // frame, unfinished unless it has become a hold.
     [[nodiscard]] std::vector<Touch> finish();
+
+    // Returns how many touches have ended so far: the number of the last of them.
+    [[nodiscard]] std::uint64_t endedTouches() const noexcept { return _touches.size(); }
 
 private:
     // The level that each pixel must exceed to turn on depends on its trough before the frame in which it does.
