@@ -2,6 +2,7 @@
 
 #include "Plugin/Reports/InputReport.h"
 #include "Plugin/Shared/ClockConversion.h"
+#include "Python/Arguments.h"
 #include "Python/Arrays.h"
 
 #include <array>
@@ -49,7 +50,10 @@ std::array<std::uint8_t, InputReport::kImageReportLength> reportOf(const ImageRo
 bool mayBeAbsent(const std::string& field) { return field == "padRaw" || field == "reserved"; }
 
 // The images with our fields in our types.
-py::array_t<ImageRow> rowsOf(const py::array& images) {
+py::array_t<ImageRow> rowsOf(const py::object& given) {
+    if (!py::isinstance<py::array>(given))
+        throw unwanted("images", "a structured array", given);
+    const auto images = py::reinterpret_borrow<py::array>(given);
     if (images.ndim() != 1 || images.dtype().attr("names").is_none())
         throw py::value_error("a structured array of one dimension is wanted, with the fields of Recording.images");
     const py::module_ numpy = py::module_::import("numpy");
@@ -61,9 +65,9 @@ py::array_t<ImageRow> rowsOf(const py::array& images) {
                 continue;
             throw py::value_error("images: no field " + field);
         }
-        const py::object given = images[name];
-        rows[name] = given;
-        if (!numpy.attr("array_equal")(rows[name], given).cast<bool>())
+        const py::object column = images[name];
+        rows[name] = column;
+        if (!numpy.attr("array_equal")(rows[name], column).cast<bool>())
             throw py::value_error("images: " + field + " is out of range");
     }
     return rows;
@@ -86,7 +90,7 @@ py::array imagesOf(const Recording& recording) {
     return arrayOf(std::move(rows));
 }
 
-Recording recordingOf(const py::array& images) {
+Recording recordingOf(const py::object& images) {
     const py::array_t<ImageRow> rows = rowsOf(images);
     const auto each = rows.unchecked<1>();
     PipelineRecording recording;

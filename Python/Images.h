@@ -13,7 +13,7 @@ void registerImages();
 
 [[nodiscard]] pybind11::array imagesOf(const Recording& recording);
 
-// Raises ValueError if a field is missing or a number is out of its range.
-[[nodiscard]] Recording recordingOf(const pybind11::array& images);
+// Raises TypeError for what is no array, ValueError if a field is missing or a number is out of its range.
+[[nodiscard]] Recording recordingOf(const pybind11::object& images);
 
 } // namespace VeltoTouch::Python

@@ -1,23 +1,24 @@
 #include "Plugin/Algs/VirtualImage.h"
+#include "Python/Arguments.h"
 #include "Python/Arrays.h"
+#include "Python/Files.h"
 #include "Python/Play.h"
 #include "Python/Recording.h"
 #include "Python/Score.h"
 #include "Python/Settings.h"
 #include "Python/Simulate.h"
+#include "Python/Source.h"
+#include "Velto/Files/RecordingPaths.h"
+#include "Velto/Surface/Scripts.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include <pybind11/stl.h>
-
 // The extension module, plain functions; the package around it (velto/__init__.py) gives them their form.
 
 namespace VeltoTouch::Python {
 namespace {
-
-using WithoutLock = py::call_guard<py::gil_scoped_release>;
 
 void registerStates() {
     PYBIND11_NUMPY_DTYPE(StateRow, ns, frame, timeMs, touchScore, classifier, signalPerTouchDuration, signalPerDuration,
@@ -29,12 +30,11 @@ void registerStates() {
 }
 
 // Lines of events and of touches; states and ranked values, or None; tap features.
-py::tuple playRecording(const Recording& recording, const py::dict& settings, bool wantsStates) {
-    const std::vector<Analysis::Setting> list = settingsOf(settings);
+py::tuple playRecording(const Recording& recording, const JudgedSettings& settings, bool wantsStates) {
     Played played;
     {
         const py::gil_scoped_release others;
-        played = play(recording, list, wantsStates);
+        played = play(recording, settings.list, wantsStates);
     }
     py::object states = py::none();
     py::object ranked = py::none();
@@ -45,15 +45,43 @@ py::tuple playRecording(const Recording& recording, const py::dict& settings, bo
     return py::make_tuple(played.events, played.touches, states, ranked, arrayOf(std::move(played.taps)));
 }
 
-std::string scoreRecording(const Recording& recording, const py::dict& settings) {
-    const std::vector<Analysis::Setting> list = settingsOf(settings);
+// `given`: a recording, or what one is read from.
+std::string scoreGiven(const py::object& given, const JudgedSettings& settings) {
+    if (py::isinstance<Recording>(given)) {
+        const auto& recording = given.cast<const Recording&>();
+        const py::gil_scoped_release others;
+        return scoreLines(recording, settings.list);
+    }
+    const Source source(given);
     const py::gil_scoped_release others;
-    return scoreLines(recording, list);
+    return scoreLines(source, settings.list);
 }
 
-Recording simulateScript(const std::vector<std::string>& steps, std::uint64_t seed, std::uint32_t rateHz,
-                         std::uint32_t noise, std::uint32_t madeUpGestures) {
-    return simulate(steps, {.seed = seed, .rateHz = rateHz, .noise = noise}, madeUpGestures);
+py::list filesAt(const py::object& given) {
+    const std::string path = pathOf(given);
+    std::vector<std::string> files;
+    {
+        const py::gil_scoped_release others;
+        files = Files::recordingsAt(path);
+    }
+    py::list texts;
+    for (const std::string& file : files)
+        texts.append(textOf(file));
+    return texts;
+}
+
+Recording simulateScript(const py::list& script, py::handle seed, py::handle rate, py::handle noise,
+                         py::handle random) {
+    using Surface::Simulation;
+    std::vector<std::string> steps;
+    for (const py::handle step : script)
+        steps.push_back(textIn("script: a step", step));
+    const Simulation::Options options{.seed = numberIn<std::uint64_t>("seed", seed, 0),
+                                      .rateHz = numberIn("rate", rate, 1U, Simulation::kHighestRateHz),
+                                      .noise = numberIn("noise", noise, 0U, Simulation::kHighestNoise)};
+    const auto madeUpGestures = numberIn("random", random, 0U, Surface::kMostMadeUp);
+    const py::gil_scoped_release others;
+    return simulate(steps, options, madeUpGestures);
 }
 
 // Names by number: of the regions, and of the columns of a state.
@@ -77,11 +105,12 @@ std::vector<std::string_view> regionNames() {
 PYBIND11_MODULE(_velto, module) {
     bindRecording(module);
     registerStates();
+    py::class_<JudgedSettings>(module, "JudgedSettings").def(py::init(&settingsOf));
     module.def("play", &playRecording);
-    module.def("score", &scoreRecording);
-    module.def("failed", &failedLine);
-    module.def("total", &totalLine, WithoutLock());
-    module.def("simulate", &simulateScript, WithoutLock());
+    module.def("score", &scoreGiven);
+    module.def("total", &totalLine, py::call_guard<py::gil_scoped_release>());
+    module.def("files", &filesAt);
+    module.def("simulate", &simulateScript);
     module.attr("REGIONS") = tupleOf(regionNames());
     module.attr("GROUPS") = tupleOf(VirtualImage().names);
 }

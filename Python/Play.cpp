@@ -70,12 +70,13 @@ void appendEvents(std::string& text, const std::string& inFile, const Track::Ste
 std::string touchLines(const Recording& recording, const std::vector<Touch>& touches) {
     const std::vector<Label> labels = Analysis::labelsOf(recording.frames());
     const std::vector<const Label*> labelOf = labelsByTouch(labels, touches);
+    const std::string file = recording.name();
     Typicals typicals;
     for (const Touch& touch : touches)
         typicals.add(touch);
     std::string text;
     for (std::size_t i = 0; i < touches.size(); ++i)
-        appendTouchLine(text, recording.file(), touches[i], labelOf[i], typicals);
+        appendTouchLine(text, file, touches[i], labelOf[i], typicals);
     return text;
 }
 
@@ -83,22 +84,18 @@ std::string touchLines(const Recording& recording, const std::vector<Touch>& tou
 
 Played play(const Recording& recording, const std::vector<Setting>& settings, bool wantsStates) {
     const Track track(recording.frames());
-    const std::string inFile = fileMember(recording.file());
+    const std::string inFile = fileMember(recording.name());
     TouchObserver observer(TouchObserver::Contributions::Follow);
     Played played;
     if (wantsStates) {
         played.states.reserve(track.imageCount());
         played.ranked.reserve(track.imageCount());
     }
-    std::uint64_t touches = 0;
-    bool wasTouching = false;
     track.play(settings, [&](const Track::Step& step, const Algs& algs, const HIDEvents& events) {
-        const HandStats& hand = algs.handStats;
         observer.frame(step, algs, events);
         appendEvents(played.events, inFile, step, events);
-        if (wasTouching && !hand.touching)
-            played.taps.push_back(tapOf(step, hand, ++touches));
-        wasTouching = hand.touching;
+        if (observer.endedTouches() > played.taps.size())
+            played.taps.push_back(tapOf(step, algs.handStats, observer.endedTouches()));
         if (wantsStates && step.kind == Track::Step::Kind::Image) {
             played.states.push_back(stateOf(step, algs));
             played.ranked.push_back(SVM::rankedValues(algs.pixels, algs.virtualPixels));

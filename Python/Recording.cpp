@@ -1,17 +1,15 @@
 #include "Python/Recording.h"
 
 #include "Plugin/Recording/ContainerWriter.h"
-#include "Plugin/Recording/Damage.h"
 #include "Plugin/Reports/InputReport.h"
 #include "Python/Columns.h"
-#include "Python/File.h"
+#include "Python/Files.h"
 #include "Python/Images.h"
+#include "Python/Source.h"
 #include "Velto/Analysis/Label.h"
+#include "Velto/Files/Writing.h"
 
-#include <cerrno>
-#include <new>
-#include <stdexcept>
-#include <system_error>
+#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
@@ -21,54 +19,26 @@ namespace {
 
 namespace py = pybind11;
 
-// Works without the interpreter lock. Raises OSError with the file's name for what the system refuses.
-template <class Work>
-auto withFile(const std::string& path, const Work& work) {
-    try {
-        const py::gil_scoped_release others;
-        return work();
-    } catch (const std::system_error& error) {
-        errno = error.code().value();
-        PyErr_SetFromErrnoWithFilename(PyExc_OSError, path.c_str());
-        throw py::error_already_set();
-    }
-}
-
-// Throws std::invalid_argument, which Python sees as ValueError, with the program's words.
-PipelineRecording recordingIn(const Ref<Data>& container) {
-    try {
-        return PipelineRecording(container.get());
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw std::invalid_argument(placedMessageOf(error));
-    }
-}
-
-// A path's bytes, and back: names of files need not be text.
-std::string pathOf(const py::object& path) {
-    std::string bytes = py::bytes(py::module_::import("os").attr("fsencode")(path));
-    if (bytes.find('\0') != std::string::npos)
-        throw py::value_error("embedded null byte");
-    return bytes;
-}
-py::object textOf(const std::string& path) {
-    return path.empty() ? py::object(py::none()) : py::module_::import("os").attr("fsdecode")(py::bytes(path));
-}
-
 std::string contentOf(const Recording& recording) {
     const py::gil_scoped_release others;
     return writeContainer(recording.frames());
 }
 
+py::object fileOf(const Recording& recording) {
+    return recording.file().empty() ? py::none() : textOf(recording.file());
+}
+
+std::string counted(std::size_t count, std::string_view what) {
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
 std::string reprOf(const Recording& recording) {
-    std::uint64_t images = 0;
+    std::size_t images = 0;
     for (const Frame& frame : recording.frames())
         images += InputReport::Image::parse(frame.report.data(), frame.report.size()) ? 1U : 0U;
-    const auto name = recording.file().empty() ? "" : " " + py::repr(textOf(recording.file())).cast<std::string>();
-    return fmt::format("<velto.Recording{}: {:.3f} s, {} images, {} labels>", name,
-                       static_cast<double>(recording.durationNs()) / 1e9, images,
-                       Analysis::labelsOf(recording.frames()).size());
+    const auto name = recording.file().empty() ? "" : " " + py::repr(fileOf(recording)).cast<std::string>();
+    return fmt::format("<velto.Recording{}: {:.3f} s, {}, {}>", name, static_cast<double>(recording.durationNs()) / 1e9,
+                       counted(images, "image"), counted(Analysis::labelsOf(recording.frames()).size(), "label"));
 }
 
 constexpr const char* kClass =
@@ -77,7 +47,8 @@ constexpr const char* kClass =
     Recording("gestures.json")      a file: str or os.PathLike
     Recording(content)              the bytes of one
 
-Raises OSError for a file that cannot be read, ValueError for content that is no recording; the message says where.
+Raises OSError for a file that cannot be read; ValueError for content that is no recording, in the program's words:
+FILE: MESSAGE (place), with "-" for the file of bytes.
 Times `ns` count nanoseconds from the recording's first frame. Each access of a column builds a new array.)";
 
 constexpr const char* kImages = R"(The images, a row each: structured array, shape (images,).
@@ -117,7 +88,8 @@ constexpr const char* kAccelerometer = R"(Samples around gestures, a row each: s
 constexpr const char* kFromImages = R"(Makes a recording of images.
 
 images: structured array, shape (n,), with the fields of `Recording.images`; `padRaw` and `reserved` may be absent.
-Raises ValueError for another shape, a field that is missing or a number that its field cannot hold.)";
+Raises TypeError for what is no array, ValueError for another shape, a field that is missing or a number that its field
+cannot hold.)";
 
 } // namespace
 
@@ -126,32 +98,18 @@ Recording::Recording(PipelineRecording recording, std::string file)
     _recording.sortFrames();
 }
 
-Recording Recording::load(const py::object& source) {
-    if (py::isinstance<py::bytes>(source))
-        return loadBytes(source, "");
-    const std::string path = pathOf(source);
-    return withFile(path, [&path] { return Recording(recordingIn(readFile(path)), path); });
-}
-
-Recording Recording::loadBytes(const py::bytes& content, std::string file) {
-    const std::string_view bytes = content;
-    const py::gil_scoped_release others;
-    requireReadable(bytes.size());
-    return {recordingIn(makeRef<Data>(std::string(bytes))), std::move(file)};
-}
-
 void bindRecording(py::module_& module) {
     registerImages();
     registerColumns();
     py::class_<Recording> type(module, "Recording", kClass);
     type.attr("__module__") = "velto"; // where its users find it
-    type.def(py::init(&Recording::load), py::arg("source"))
+    type.def(py::init([](const py::object& source) { return Source(source).load(); }), py::arg("source"))
         .def_static("from_images", &recordingOf, py::arg("images"), kFromImages)
         .def(
             "save",
             [](const Recording& recording, const py::object& target) {
                 const std::string path = pathOf(target);
-                withFile(path, [&] { writeFile(path, writeContainer(recording.frames())); });
+                withFile(path, [&] { Files::writeFile(path, writeContainer(recording.frames())); });
             },
             py::arg("path"),
             "Writes the recording, version 2. The file appears whole or not at all. Raises OSError if it cannot be "
@@ -160,8 +118,8 @@ void bindRecording(py::module_& module) {
             "to_bytes", [](const Recording& recording) { return py::bytes(contentOf(recording)); },
             "What `save` writes.")
         .def_property_readonly(
-            "file", [](const Recording& recording) { return textOf(recording.file()); },
-            "The path as it was given, None without one.")
+            "file", [](const Recording& recording) { return fileOf(recording); },
+            "The path as it was given. None without one; lines and messages then say \"-\".")
         .def_property_readonly("duration_ns", &Recording::durationNs, "ns from the first frame to the last.")
         .def_property_readonly("images", &imagesOf, kImages)
         .def_property_readonly("reports", &reportsOf, kReports)
@@ -175,7 +133,7 @@ void bindRecording(py::module_& module) {
             [](const Recording& recording) {
                 return py::make_tuple(py::bytes(recording.file()), py::bytes(contentOf(recording)));
             },
-            [](const py::tuple& state) { return Recording::loadBytes(state[1], state[0].cast<std::string>()); }));
+            [](const py::tuple& state) { return Source(py::bytes(state[1]), state[0].cast<std::string>()).load(); }));
 }
 
 } // namespace VeltoTouch::Python

@@ -10,19 +10,18 @@
 
 namespace VeltoTouch::Python {
 
+// As the program calls what has no path.
+[[nodiscard]] inline std::string shownName(const std::string& file) { return file.empty() ? "-" : file; }
+
 // A recording that does not change any more, its frames sorted by time. Any number of threads may read one.
 class Recording {
 public:
     // `file` is the path as it was given; empty if there is none.
     Recording(PipelineRecording recording, std::string file);
 
-    // Read a path or a recording's bytes, without the interpreter lock. Raise OSError for the file, ValueError for its
-    // content. The bytes are those of `file`.
-    [[nodiscard]] static Recording load(const pybind11::object& source);
-    [[nodiscard]] static Recording loadBytes(const pybind11::bytes& content, std::string file);
-
     [[nodiscard]] const std::list<Frame>& frames() const noexcept { return _recording.frames(); }
     [[nodiscard]] const std::string& file() const noexcept { return _file; }
+    [[nodiscard]] std::string name() const { return shownName(_file); }
 
     // Nanoseconds from the first frame to one of these, and to the last.
     [[nodiscard]] std::uint64_t nsOf(const Frame& frame) const noexcept {

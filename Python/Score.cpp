@@ -4,6 +4,8 @@
 #include "Velto/Analysis/TouchObserver.h"
 
 #include <algorithm>
+#include <exception>
+#include <new>
 #include <optional>
 
 namespace VeltoTouch::Python {
@@ -13,17 +15,23 @@ using namespace Analysis;
 std::string scoreLines(const Recording& recording, const std::vector<Setting>& settings) {
     const Track track(recording.frames());
     RecordingScore score = scoreOf(labelsOf(recording.frames()), touchesOf(track, settings));
-    score.file = recording.file().empty() ? "-" : recording.file();
+    score.file = recording.name();
     score.durationNs = track.durationNs();
     std::string lines;
     appendScoreLines(lines, score);
     return lines;
 }
 
-std::string failedLine(const std::string& file, const std::string& message) {
-    std::string line;
-    appendScoreLines(line, {.file = file, .error = message});
-    return line;
+std::string scoreLines(const Source& source, const std::vector<Setting>& settings) {
+    try {
+        return scoreLines(source.read(), settings);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        std::string line;
+        appendScoreLines(line, {.file = source.name(), .error = error.what()});
+        return line;
+    }
 }
 
 std::string totalLine(std::string_view lines) {

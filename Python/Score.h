@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Python/Recording.h"
+#include "Python/Source.h"
 #include "Velto/Analysis/Setting.h"
 
 #include <string>
@@ -14,8 +15,8 @@ namespace VeltoTouch::Python {
 
 [[nodiscard]] std::string scoreLines(const Recording& recording, const std::vector<Analysis::Setting>& settings);
 
-// Of a recording that could not be read.
-[[nodiscard]] std::string failedLine(const std::string& file, const std::string& message);
+// The same of one that is read first. If it cannot be, its line says why.
+[[nodiscard]] std::string scoreLines(const Source& source, const std::vector<Analysis::Setting>& settings);
 
 // Returns the line of all recordings whose lines are given. Throws std::invalid_argument for other lines.
 [[nodiscard]] std::string totalLine(std::string_view lines);

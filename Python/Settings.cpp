@@ -2,20 +2,34 @@
 
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
+#include "Python/Arguments.h"
 
 namespace VeltoTouch::Python {
 namespace {
 
-namespace py = pybind11;
 using Verdict = Judgement::Verdict;
 
+constexpr py::ssize_t kCallersLevel = 2; // its own is the package's
+
+std::string jsonOf(const std::string& key, py::object value) {
+    try {
+        if (py::hasattr(value, "item")) // a number of numpy's
+            value = value.attr("item")();
+        return py::module_::import("json").attr("dumps")(value).cast<std::string>();
+    } catch (const py::error_already_set& error) {
+        const std::string message = key + ": " + py::str(error.value()).cast<std::string>();
+        if (error.matches(PyExc_TypeError))
+            throw py::type_error(message);
+        if (error.matches(PyExc_ValueError))
+            throw py::value_error(message);
+        throw;
+    }
+}
+
 // What JSON cannot say, such as an infinity, is its text, as on the command line.
-Ref<Value> valueOf(py::object value) {
-    if (py::hasattr(value, "item")) // a number of numpy's
-        value = value.attr("item")();
-    const auto text = py::module_::import("json").attr("dumps")(value).cast<std::string>();
-    Ref<Value> parsed = JSON::parse(text);
-    return parsed ? parsed : makeRef<String>(text);
+Ref<Value> valueOf(const std::string& json) {
+    Ref<Value> parsed = JSON::parse(json);
+    return parsed ? parsed : makeRef<String>(json);
 }
 
 void judge(const Analysis::Setting& setting) {
@@ -24,7 +38,7 @@ void judge(const Analysis::Setting& setting) {
                                             : Judgement{.verdict = Verdict::Unknown, .reason = {}};
     const std::string message = setting.key + ": " + (judgement.reason.empty() ? "unknown key" : judgement.reason);
     if (judgement.verdict == Verdict::Doubtful) {
-        if (PyErr_WarnEx(PyExc_UserWarning, message.c_str(), 1) != 0)
+        if (PyErr_WarnEx(PyExc_UserWarning, message.c_str(), kCallersLevel) != 0)
             throw py::error_already_set();
     } else if (judgement.verdict != Verdict::Sensible) {
         throw py::value_error(message);
@@ -33,14 +47,19 @@ void judge(const Analysis::Setting& setting) {
 
 } // namespace
 
-std::vector<Analysis::Setting> settingsOf(const py::dict& settings) {
-    std::vector<Analysis::Setting> list;
-    for (const auto& [key, value] : settings) {
-        list.push_back(
-            {.key = py::cast<std::string>(key), .value = valueOf(py::reinterpret_borrow<py::object>(value))});
-        judge(list.back());
+JudgedSettings settingsOf(const py::object& settings) {
+    JudgedSettings judged;
+    if (settings.is_none())
+        return judged;
+    if (!py::hasattr(settings, "keys"))
+        throw unwanted("settings", "a mapping", settings);
+    for (const auto& [key, value] : py::dict(settings)) {
+        const std::string name = textIn("settings: a key", key);
+        const std::string json = jsonOf(name, py::reinterpret_borrow<py::object>(value));
+        judged.list.push_back({.key = name, .value = valueOf(json)});
+        judge(judged.list.back());
     }
-    return list;
+    return judged;
 }
 
 } // namespace VeltoTouch::Python

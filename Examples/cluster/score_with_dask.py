@@ -1,12 +1,14 @@
 #!/usr/bin/python3
-"""Scores a corpus on a Dask cluster: a bag of files, a score for each, merged. Prints what `velto score --jsonl` prints.
+"""Scores a corpus on a Dask cluster: a bag of files, a score for each, merged. Prints what `velto score --jsonl`
+prints; the exit status is 1 if a file could not be read.
 
     score_with_dask.py PATH [SCHEDULER]
 
-SCHEDULER is the address of a running one, such as tcp://head:8786, whose workers see PATH and have python3-velto; without
-it two workers are started on this machine.
+SCHEDULER is the address of a running one, such as tcp://head:8786, whose workers see PATH and have python3-velto;
+without it two workers are started on this machine.
 """
 
+import argparse
 import sys
 
 import dask.bag
@@ -29,8 +31,7 @@ def score_corpus(files):
     return sum(parts, velto.Score())
 
 
-def main(path, scheduler=None):
-    files = velto.files(path)
+def score_on(scheduler, files):
     if scheduler:
         with Client(scheduler):
             return score_corpus(files)
@@ -38,5 +39,22 @@ def main(path, scheduler=None):
         return score_corpus(files)
 
 
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("path", metavar="PATH")
+    parser.add_argument("scheduler", nargs="?", metavar="SCHEDULER")
+    options = parser.parse_args()
+
+    files = velto.files(options.path)
+    if not files:
+        sys.exit(f"score_with_dask: {options.path}: no recordings (*.json) in this folder")
+    scored = score_on(options.scheduler, files)
+    sys.stdout.write(scored.jsonl)
+    for record in scored.records:
+        if record.get("error"):
+            print(f"score_with_dask: {record['file']}: {record['error']}", file=sys.stderr)
+    return 1 if scored.total["failed"] else 0
+
+
 if __name__ == "__main__":
-    sys.stdout.write(main(*sys.argv[1:]).jsonl)
+    sys.exit(main())

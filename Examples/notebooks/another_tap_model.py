@@ -3,8 +3,8 @@
 
     another_tap_model.py [PATH...]
 
-PATH is a labelled recording or a folder of them; without any, taps and short palms are simulated. The model is the same kind as
-the present one, a line through its three features, here fitted by logistic regression.
+PATH is a labelled recording or a folder of them; without any, taps and short palms are simulated. The model is the same
+kind as the present one, a line through its three features, here fitted by logistic regression.
 """
 
 import sys
@@ -23,6 +23,17 @@ def made_up(seed):
     steps = [f"tap:{random.choice(velto.PADS)}:{random.integers(60, 400)}" if random.random() < 0.7 else
              f"palm:{random.integers(60, 460)}" for _ in range(60)]
     return velto.simulate(steps, seed=seed, noise=20)
+
+
+def readable(files):
+    """The recordings in files, but for those that cannot be read, which are reported."""
+    recordings = []
+    for file in files:
+        try:
+            recordings.append(velto.Recording(file))
+        except (OSError, ValueError) as fault:
+            print(f"another_tap_model: {fault}", file=sys.stderr)
+    return recordings
 
 
 def judged_touches(recording):
@@ -48,10 +59,12 @@ def fit(features, meant, steps=2000, rate=0.5):
 
 def main(paths):
     files = [each for path in paths for each in velto.files(path)]
-    recordings = files or [made_up(seed) for seed in range(1, 13)]
+    recordings = readable(files) if paths else [made_up(seed) for seed in range(1, 13)]
+    if not recordings:
+        sys.exit("another_tap_model: no recordings")
     features, present, meant = map(numpy.concatenate, zip(*map(judged_touches, recordings)))
     if meant.all() or not meant.any():
-        sys.exit("touches that were meant as taps and others are wanted")
+        sys.exit("another_tap_model: touches that were meant as taps and others are wanted")
     trained_on = numpy.arange(len(meant)) % 2 == 0
     weights, constant = fit(features[trained_on], meant[trained_on])
     new = features @ weights + constant >= 0
@@ -64,7 +77,8 @@ def main(paths):
         print(f"{name:>8}: {wrong.sum()} wrong ({(wrong & meant[test]).sum()} taps lost, "
               f"{(wrong & ~meant[test]).sum()} that were none)")
     print("weights:", dict(zip(FEATURES, weights.round(4).tolist())), "constant:", round(float(constant), 4))
+    return 1 if len(recordings) < len(files) else 0
 
 
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    sys.exit(main(sys.argv[1:]))

@@ -4,11 +4,13 @@
     played = velto.replay(recording, {"Pipeline.Algs.HoldTimeoutMilliseconds": 250})
     played.touches[0]["outcome"], played.states["touchScore"]
 
-All results are the program's, bit for bit. Times `ns`, `...Ns` are nanoseconds from the recording's first frame; `timeMs`
-is the device's own clock, which wraps. Settings are full property keys (`velto get` lists them) with values that JSON
-knows. The interpreter lock is released while files are read and recordings are played: threads use all cores.
+All results are the program's, bit for bit. Times `ns`, `...Ns` are nanoseconds from the recording's first frame;
+`timeMs` is the device's own clock, which wraps. Settings are full property keys (`velto get` lists them) with values
+that JSON knows. The interpreter lock is released while files are read and recordings are played: threads use all cores.
 
-What is wrong with a file is OSError; with its content, a setting or a step ValueError, in the program's words.
+Errors: OSError for a file. ValueError for a recording's content, in the program's words and with the file's name,
+"FILE: MESSAGE (place)"; for a setting, a step and a number out of range, each with its name. TypeError for an argument
+of a wrong type. What has no path is "-" in lines and messages, as the program calls its standard input.
 """
 
 import functools
@@ -27,6 +29,7 @@ __all__ = ["GROUPS", "PADS", "REGIONS", "Features", "Recording", "Replay", "Scor
            "simulate"]
 
 Path = str | os.PathLike[str]
+Source = Recording | Path | bytes  # bytes are a recording's content, as for Recording
 Settings = Mapping[str, Any]
 
 PADS = tuple("ABCDEFGHIJKLMNO")  # the columns of padRaw, padSignal and pads; GROUPS are those of groups
@@ -34,6 +37,10 @@ PADS = tuple("ABCDEFGHIJKLMNO")  # the columns of padRaw, padSignal and pads; GR
 
 def _records(lines: str) -> list[dict[str, Any]]:
     return [json.loads(line) for line in lines.split("\n")[:-1]]
+
+
+def _counted(count: int, one: str, many: str) -> str:
+    return f"{count} {one if count == 1 else many}"
 
 
 class Features(NamedTuple):
@@ -103,24 +110,27 @@ class Replay:
     def __repr__(self) -> str:
         outcomes = [touch["outcome"] for touch in self.touches]
         counts = ", ".join(f"{outcomes.count(kind)} {kind}" for kind in ("tap", "hold", "cancel", "unfinished"))
-        return f"<velto.Replay{f' {self.file!r}' if self.file else ''}: {len(outcomes)} touches ({counts})>"
+        touches = _counted(len(outcomes), "touch", "touches")
+        return f"<velto.Replay{f' {self.file!r}' if self.file else ''}: {touches} ({counts})>"
 
 
-def replay(recording: Recording | Path, settings: Settings | None = None, states: bool = True) -> Replay:
-    """Plays a recording, or the one at a path, through a fresh recognizer.
+def replay(recording: Source, settings: Settings | None = None, states: bool = True) -> Replay:
+    """Plays a recording, or the one at a path or in bytes, through a fresh recognizer.
 
     settings: written before the first frame; the recording's own writes of their keys are left out. ValueError for what
-    `velto replay --set` refuses, UserWarning for a value that is surely not meant.
+    `velto replay --set` refuses; TypeError for a key that is no str and a value that JSON does not know; UserWarning
+    for a value that is surely not meant.
     states: whether states and ranked values are made, 350 bytes an image.
     """
+    judged = _velto.JudgedSettings(settings)
     if not isinstance(recording, Recording):
         recording = Recording(recording)
-    return Replay(recording.file, *_velto.play(recording, dict(settings or {}), states))
+    return Replay(recording.file, *_velto.play(recording, judged, states))
 
 
 class Score:
-    """How well recognition agrees with what was meant, over some recordings. Pickles. `a + b` and `sum(scores)` are what
-    one run over all their recordings in that order gives."""
+    """How well recognition agrees with what was meant, over some recordings. Pickles. `a + b` and `sum(scores)` are
+    what one run over all their recordings in that order gives."""
 
     def __init__(self, lines: str = "") -> None:
         self._lines = lines
@@ -151,38 +161,30 @@ class Score:
 
     def __repr__(self) -> str:
         total = self.total
-        return (f"<velto.Score of {total['recordings']} recordings ({total['failed']} failed): recall "
-                f"{total['recall']:.4g} of {total['labels']} labels, {total['false']} false, {total['stray']} stray>")
+        recordings = _counted(total["recordings"], "recording", "recordings")
+        labels = _counted(total["labels"], "label", "labels")
+        return (f"<velto.Score of {recordings} ({total['failed']} failed): recall {total['recall']:.4g} of {labels}, "
+                f"{total['false']} false, {total['stray']} stray>")
 
 
-def _score_one(source: Recording | Path, settings: Settings) -> str:
-    try:
-        recording = source if isinstance(source, Recording) else Recording(source)
-    except (OSError, ValueError) as error:
-        return _velto.failed(os.fsencode(source), getattr(error, "strerror", None) or str(error))
-    return _velto.score(recording, settings)
+def score(recordings: Source | Iterable[Source], settings: Settings | None = None, jobs: int | None = None) -> Score:
+    """Scores labelled recordings, or those at paths or in bytes, `jobs` at a time; one a core unless it is given.
 
-
-def score(recordings: Recording | Path | Iterable[Recording | Path], settings: Settings | None = None,
-          jobs: int | None = None) -> Score:
-    """Scores labelled recordings, or those at paths, `jobs` at a time; one a core unless it is given.
-
-    A file that cannot be read has a record with `error` and counts as `failed`, as in the program. ValueError: a setting.
+    A file that cannot be read has a record with `error` and counts as `failed`, as in the program. Settings are those
+    of `replay`, judged before anything is read.
     """
-    if isinstance(recordings, (str, os.PathLike, Recording)):
+    judged = _velto.JudgedSettings(settings)
+    if isinstance(recordings, (str, bytes, os.PathLike, Recording)):
         recordings = [recordings]
-    with ThreadPoolExecutor(jobs or os.cpu_count()) as pool:
-        return Score("".join(pool.map(lambda each: _score_one(each, dict(settings or {})), recordings)))
+    with ThreadPoolExecutor(os.cpu_count() if jobs is None else jobs) as pool:
+        return Score("".join(pool.map(lambda each: _velto.score(each, judged), recordings)))
 
 
 def files(path: Path) -> list[str]:
-    """The recordings that a path stands for in the program: itself, or a folder's *.json files and those below it,
-    sorted."""
-    if not os.path.isdir(path):
-        return [os.fspath(path)]
-    found = [os.path.join(folder, name) for folder, _, names in os.walk(path) for name in names
-             if name.endswith(".json")]
-    return sorted(found, key=os.fsencode)
+    """The recordings that a path stands for in the program: itself, or a folder's regular *.json files and those below
+    it, sorted. Links to folders are not followed. A folder below that cannot be read and a broken link are among them:
+    opening them says why. Empty for a folder without recordings."""
+    return _velto.files(path)
 
 
 def simulate(script: str | Iterable[str] = "", seed: int = 1, rate: int = 100, noise: int = 3,
@@ -190,9 +192,9 @@ def simulate(script: str | Iterable[str] = "", seed: int = 1, rate: int = 100, n
     """Puts simulated fingers on the surface; the same bytes as `velto simulate` gives.
 
     script: steps, such as "tap:play-pause hold:volume-up:900"; `velto simulate --help` lists them.
-    rate: scans a second, 1 to 1000. noise: largest noise of a pad in counts, 0 to 1000.
-    random: how many gestures of a made-up user stand behind the steps.
-    ValueError: a step or an option that is wrong.
+    seed: 0 to 2**64 - 1. rate: scans a second, 1 to 1000. noise: largest noise of a pad in counts, 0 to 1000.
+    random: how many gestures of a made-up user stand behind the steps, 0 to 5000.
+    ValueError: a step that is none, a number out of range. TypeError: what is no str or no whole number.
     """
     steps = script.split() if isinstance(script, str) else list(script)
     return _velto.simulate(steps, seed, rate, noise, random)

@@ -18,10 +18,10 @@ def pytest_generate_tests(metafunc):
 
 @pytest.fixture
 def velto_run():
-    """Runs the program, which must end with `status`; its output and its errors."""
+    """Runs the program with a standard input. It must end with `status`; its output and its errors."""
 
-    def run(*arguments, status=0):
-        done = subprocess.run([os.environ["VELTO_PROGRAM"], *map(str, arguments)], capture_output=True)
+    def run(*arguments, status=0, given=b""):
+        done = subprocess.run([os.environ["VELTO_PROGRAM"], *map(str, arguments)], capture_output=True, input=given)
         assert done.returncode == status, done.stderr
         return done.stdout, done.stderr.decode()
 
@@ -32,8 +32,8 @@ def velto_run():
 def velto_lines(velto_run):
     """The lines of one kind that a command prints."""
 
-    def lines(kind, *arguments):
-        every = map(json.loads, velto_run(*arguments, "--jsonl")[0].splitlines())
+    def lines(kind, *arguments, given=b""):
+        every = map(json.loads, velto_run(*arguments, "--jsonl", given=given)[0].splitlines())
         return [line for line in every if line["kind"] == kind]
 
     return lines

@@ -77,7 +77,7 @@ def test_old_versions_are_read(old, velto_run, tmp_path):
 
 
 def damaged_containers():
-    """The containers that no reader takes (Tests/Recordings/bad-containers.txt), as far as they stand for themselves."""
+    """Containers that no reader takes, of Tests/Recordings/bad-containers.txt: those that stand for themselves."""
     text = (ROOT / "Tests/Recordings/bad-containers.txt").read_text()
     return [line.strip().rsplit("  (", 1)[0] for line in text.splitlines() if re.match(r" +[\[{]", line)]
 
@@ -87,13 +87,18 @@ def test_damaged_recordings_are_value_errors_in_the_programs_words(velto_run, tm
     assert len(damaged) > 5
     for number, content in enumerate(damaged):
         (tmp_path / f"{number:03}.json").write_text(content)
-    words = re.findall(r"velto: .*?\.json: (.*)\n", velto_run("info", tmp_path, status=1)[1])
+    words = re.findall(r"velto: (.*?\.json): (.*)\n", velto_run("info", tmp_path, status=1)[1])
     assert len(words) == len(damaged)
-    for number, expected in enumerate(words):
-        for source in (tmp_path / f"{number:03}.json", damaged[number].encode()):
-            with pytest.raises(ValueError) as error:
-                velto.Recording(source)
-            assert str(error.value) == expected
+    for content, (file, expected) in zip(damaged, words):
+        for source, name in ((file, file), (content.encode(), "-")):
+            for take in (velto.Recording, velto.replay):
+                with pytest.raises(ValueError) as error:
+                    take(source)
+                assert str(error.value) == f"{name}: {expected}"
+    odd = os.path.join(tmp_path, os.fsdecode(b"odd-\xff.json"))  # no text
+    os.rename(words[0][0], odd)
+    with pytest.raises(ValueError, match=re.escape(f"{odd}: {words[0][1]}")):
+        velto.Recording(odd)
 
 
 def test_what_the_system_refuses_is_an_os_error(tmp_path):
@@ -101,7 +106,7 @@ def test_what_the_system_refuses_is_an_os_error(tmp_path):
         velto.Recording(tmp_path / "none.json")
     with pytest.raises(IsADirectoryError):
         velto.Recording(str(tmp_path))
-    with pytest.raises(FileNotFoundError):
+    with pytest.raises(FileNotFoundError, match="No such file or directory: '.*/none/out.json'"):
         velto.simulate("idle").save(tmp_path / "none" / "out.json")
     with pytest.raises(TypeError):
         velto.Recording(5)
@@ -147,6 +152,8 @@ def test_from_images_says_what_is_wrong():
     wide = fewer.astype([("ns", "i8"), ("frame", "i8"), ("timeMs", "i8"), ("padSignal", "i4", (15,))])
     assert (velto.Recording.from_images(wide).images["frame"] == images["frame"]).all()
     wide["padSignal"][3, 2] = 40000
+    with pytest.raises(TypeError, match="images: a structured array is wanted, not list"):
+        velto.Recording.from_images([1])
     for wrong, message in ((wide, "images: padSignal is out of range"),
                            (images[["ns", "frame", "timeMs"]], "images: no field padSignal"),
                            (np.zeros((2, 15)), "a structured array of one dimension is wanted")):
@@ -164,7 +171,22 @@ def test_a_recording_is_pickled(path):
 def test_a_simulation_is_the_programs(velto_run):
     steps = ["tap:play-pause", "slide:volume-up-volume-down:900", "palm", "reset", "hold:K"]
     options = ["--seed", 7, "--rate", 120, "--noise", 5, "--random", 4]
-    simulated = velto.simulate(" ".join(steps), seed=7, rate=120, noise=5, random=4)
+    simulated = velto.simulate(" ".join(steps), seed=np.int8(7), rate=120, noise=5, random=4)
     assert simulated.to_bytes() == velto_run("simulate", *options, *steps)[0]
-    with pytest.raises(ValueError, match='step "dance": no such step'):
-        velto.simulate(["dance"])
+
+
+@pytest.mark.parametrize("error, message, arguments", [
+    (ValueError, 'step "dance": no such step (tap, hold, slide, palm, brush, idle or reset)', {"script": ["dance"]}),
+    (TypeError, "script: a step: str is wanted, not int", {"script": [5]}),
+    (ValueError, "seed: a whole number from 0 to 18446744073709551615 is wanted", {"seed": -1}),
+    (ValueError, "seed: a whole number from 0 to 18446744073709551615 is wanted", {"seed": 2**64}),
+    (TypeError, "seed: a whole number is wanted, not float", {"seed": 1.5}),
+    (ValueError, "rate: a whole number from 1 to 1000 is wanted", {"rate": 0}),
+    (ValueError, "rate: a whole number from 1 to 1000 is wanted", {"rate": 2**40}),
+    (ValueError, "noise: a whole number from 0 to 1000 is wanted", {"noise": 1001}),
+    (ValueError, "random: a whole number from 0 to 5000 is wanted", {"random": 5001}),
+])
+def test_a_simulation_says_what_is_wrong(error, message, arguments):
+    with pytest.raises(error) as raised:
+        velto.simulate(**arguments)
+    assert str(raised.value) == message

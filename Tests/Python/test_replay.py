@@ -45,8 +45,9 @@ def test_states_are_the_programs(path, velto_lines):
         assert (line["frame"], line["timeMs"]) == (state["frame"], state["timeMs"])
         assert numbers == {name: f"{state[field]:f}" if state[field].dtype.kind == "f" else str(state[field])
                            for name, field in (("ts", "touchScore"), ("sd", "signalPerDuration"),
-                                               ("tsd", "signalPerTouchDuration"), ("NonActivePixels", "nonActivePixels"),
-                                               ("TimeDurationRatio", "timeDurationRatio"), ("TapSVMScore", "tapScore"))}
+                                               ("tsd", "signalPerTouchDuration"), ("TapSVMScore", "tapScore"),
+                                               ("NonActivePixels", "nonActivePixels"),
+                                               ("TimeDurationRatio", "timeDurationRatio"))}
         assert values.tolist() == sorted(pads + groups, reverse=True)
         assert (state["pads"] == np.array(pads, "f4") / np.float32(170.5)).all()
         assert (state["groups"] == np.array(groups, "f4") / np.float32(170.5)).all()
@@ -80,7 +81,7 @@ def test_a_hold_that_moves():
     states = velto.replay(velto.simulate("slide:volume-up-volume-down")).states
     held = states[states["holding"]]
     assert held["holdTimedOut"].all() and (held["previousRegion"] != held["activeRegion"]).any()
-    assert velto.REGIONS[held["activeRegion"][0]] == "VolumeUp" and velto.REGIONS[held["activeRegion"][-1]] == "VolumeDown"
+    assert [velto.REGIONS[held["activeRegion"][i]] for i in (0, -1)] == ["VolumeUp", "VolumeDown"]
 
 
 def test_tap_features_are_those_of_the_checks(path):
@@ -98,26 +99,45 @@ def test_a_result_is_pickled_and_read_by_a_person():
     played = velto.replay(velto.simulate("tap:play-pause hold:volume-up", seed=7))
     again = pickle.loads(pickle.dumps(played))
     assert repr(again) == "<velto.Replay: 2 touches (1 tap, 1 hold, 0 cancel, 0 unfinished)>"
+    assert "1 touch (" in repr(velto.replay(velto.simulate("tap:K")))
     assert (again.events, again.touches) == (played.events, played.touches)
     assert (again.states == played.states).all() and (again.features.ranked == played.features.ranked).all()
 
 
-@pytest.mark.parametrize("settings, message", [
-    ({"Pipeline.Algs.HoldTimeout": 1}, "Pipeline.Algs.HoldTimeout: unknown key"),
-    ({"Recording": 1}, "Recording: unknown key"),
-    ({"Pipeline.Algs.HoldTimeoutMilliseconds": -1},
-     "Pipeline.Algs.HoldTimeoutMilliseconds: a whole number from 0 to 4294967295 is wanted"),
-    ({"Pipeline.Algs.ActivationThreshold": float("inf")},
+def test_a_replay_of_bytes_is_that_of_the_standard_input(velto_lines):
+    content = velto.simulate("tap:play-pause reset hold:volume-up", seed=7).to_bytes()
+    played = velto.replay(content)
+    assert played.events == velto_lines("event", "replay", "-", given=content)
+    assert played.touches == velto_lines("touch", "explain", "-", given=content)
+    assert played.touches[0]["file"] == "-" and played.file is None
+
+
+TIMEOUT = "Pipeline.Algs.HoldTimeoutMilliseconds"
+
+
+@pytest.mark.parametrize("error, settings, message", [
+    (ValueError, {"Pipeline.Algs.HoldTimeout": 1}, "Pipeline.Algs.HoldTimeout: unknown key"),
+    (ValueError, {"Recording": 1}, "Recording: unknown key"),
+    (ValueError, {TIMEOUT: -1}, f"{TIMEOUT}: a whole number from 0 to 4294967295 is wanted"),
+    (ValueError, {"Pipeline.Algs.ActivationThreshold": float("inf")},
      "Pipeline.Algs.ActivationThreshold: a number from -3.4e38 to 3.4e38 is wanted"),
+    (TypeError, {TIMEOUT: {250}}, f"{TIMEOUT}: Object of type set is not JSON serializable"),
+    (ValueError, {TIMEOUT: np.arange(2)}, f"{TIMEOUT}: can only convert an array of size 1 to a Python scalar"),
+    (TypeError, {5: 1}, "settings: a key: str is wanted, not int"),
+    (TypeError, TIMEOUT, "settings: a mapping is wanted, not str"),
 ])
-def test_settings_are_judged(settings, message):
-    with pytest.raises(ValueError, match=re.escape(message)):
-        velto.replay(velto.simulate("idle"), settings)
+def test_settings_are_judged_before_anything_is_read(error, settings, message):
+    for judges in (velto.replay, velto.score):
+        with pytest.raises(error) as raised:
+            judges("none.json", settings)
+        assert str(raised.value) == message
 
 
-def test_doubtful_settings_are_warned_of():
-    with pytest.warns(UserWarning, match="Pipeline.Algs.ActivationThreshold: 0 or less is allowed"):
-        velto.replay(velto.simulate("idle"), {"Pipeline.Algs.ActivationThreshold": np.float32(0)})
+def test_doubtful_settings_are_warned_of_where_they_are_given():
+    for judges in (velto.replay, velto.score):
+        with pytest.warns(UserWarning, match="Pipeline.Algs.ActivationThreshold: 0 or less is allowed") as warnings:
+            judges(velto.simulate("idle"), {"Pipeline.Algs.ActivationThreshold": np.float32(0)})
+        assert [warning.filename for warning in warnings] == [__file__]
 
 
 def test_two_threads_play_while_a_third_goes_on():

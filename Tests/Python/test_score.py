@@ -43,10 +43,27 @@ def test_a_score_is_the_programs(corpus, settings, options, velto_run):
                         r"stray>", repr(merged))
 
 
-def test_recordings_in_memory_are_scored_too():
-    recording = velto.simulate("tap:play-pause hold:volume-up", seed=7)
+def test_recordings_in_memory_are_scored_too(velto_run):
+    recording = velto.simulate("tap:play-pause", seed=7)
     score = velto.score(recording)
-    assert score.total["found"] == 2 and score.records[-1]["file"] == "-"
-    with pytest.raises(ValueError, match="Pipeline.Foo: unknown key"):
-        velto.score([recording, recording], {"Pipeline.Foo": 1})
+    assert repr(score) == "<velto.Score of 1 recording (0 failed): recall 1 of 1 label, 0 false, 0 stray>"
+    for content, status in ((recording.to_bytes(), 0), (b'{"Version":2,"Frames":[3]}', 1)):
+        expected = velto_run("score", "--jsonl", "-", given=content, status=status)[0].decode()
+        assert velto.score(content).jsonl == velto.score([content]).jsonl == expected
+    assert velto.score(recording.to_bytes()) == score
     assert velto.score([]).total["recordings"] == 0
+    with pytest.raises(TypeError):
+        velto.score([recording, 5])
+
+
+def test_files_are_those_that_the_program_takes(corpus, velto_run):
+    os.mkfifo(corpus / "pipe.json")
+    (corpus / "folder.json").mkdir()
+    (corpus / "link.json").symlink_to("more")
+    for name in (".json", "taps.txt", "more/taps.JSON"):
+        shutil.copy(ROOT / "Samples" / "taps.json", corpus / name)
+    lines = velto_run("score", "--jsonl", corpus, status=1)[0].decode()
+    taken = re.findall(r'"kind":"recording","file":"(.*?)"', lines)
+    assert [os.fsencode(file).decode(errors="replace") for file in velto.files(corpus)] == taken
+    assert velto.files(corpus / "none.json") == [str(corpus / "none.json")]
+    assert velto.files(corpus / "folder.json") == []

@@ -30,6 +30,9 @@ public:
     // frame, unfinished unless it has become a hold.
     [[nodiscard]] std::vector<Touch> finish();
 
+    // Returns how many touches have ended so far: the number of the last of them.
+    [[nodiscard]] std::uint64_t endedTouches() const noexcept { return _touches.size(); }
+
 private:
     // The level that each pixel must exceed to turn on depends on its trough before the frame in which it does.
     struct Troughs {

@@ -1,5 +1,7 @@
 #include "Velto/Commands/Disturbances.h"
 
+#include "Velto/Analysis/InvalidReport.h"
+
 #include <fmt/format.h>
 
 namespace VeltoTouch::Velto {
@@ -9,26 +11,10 @@ std::string place(const Replay::Disturbance& disturbance) {
     return disturbance.lastFrame ? fmt::format("after frame {}", *disturbance.lastFrame) : "before the first frame";
 }
 
-std::string faultOf(std::span<const std::uint8_t> report) {
-    if (report.empty())
-        return "empty report";
-    const auto tooShort = [&report](std::string_view what, std::size_t least) {
-        return fmt::format("{} with {} of {} bytes", what, report.size(), least);
-    };
-    switch (report.front()) {
-    case InputReport::Image::kReportID:
-        return tooShort("image report", InputReport::kImageReportLength);
-    case InputReport::FirmwareEvent::kReportID:
-        return tooShort("firmware event report", InputReport::kFirmwareEventReportLength);
-    default:
-        return fmt::format("unknown report ID 0x{:02x} (length {})", report.front(), report.size());
-    }
-}
-
 std::string textOf(const Replay::Disturbance& disturbance) {
     switch (disturbance.kind) {
     case Replay::Disturbance::Kind::InvalidReport:
-        return fmt::format("{}: {}", place(disturbance), faultOf(disturbance.report));
+        return fmt::format("{}: {}", place(disturbance), Analysis::faultOf(disturbance.report));
     case Replay::Disturbance::Kind::Gap:
         return fmt::format("frame {} {}", disturbance.frame, place(disturbance));
     case Replay::Disturbance::Kind::Reset:

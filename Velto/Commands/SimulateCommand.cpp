@@ -16,8 +16,6 @@ namespace {
 
 using namespace VeltoTouch::Surface;
 
-constexpr std::uint32_t kMostMadeUp = 5'000; // what a recording at the usual rate has room for
-
 constexpr const char* kText = "Puts simulated fingers on the surface and writes what it reports as a\n"
                               "recording. The same seed gives the same bytes. What was meant is kept\n"
                               "beside the reports, as metadata with the key \"Label\".";

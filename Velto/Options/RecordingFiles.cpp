@@ -1,55 +1,26 @@
 #include "Velto/Options/RecordingFiles.h"
 
+#include "Velto/Files/RecordingPaths.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Progress.h"
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iterator>
 #include <optional>
 #include <stdexcept>
-#include <system_error>
 
 #include <fmt/format.h>
 
 namespace VeltoTouch::Velto {
 namespace {
 
-namespace fs = std::filesystem;
-
-constexpr const char* kExtension = ".json";
-
-bool isRecording(const fs::directory_entry& entry) {
-    std::error_code ignored;
-    return entry.path().extension() == kExtension &&
-           (entry.is_regular_file(ignored) || !entry.exists(ignored)); // who opens a broken link reports it
-}
-
-// A folder below that cannot be read is added itself: who opens it reports why.
-void addRecordingsBelow(const fs::path& folder, std::vector<std::string>& files) {
-    std::error_code failure;
-    for (fs::directory_iterator entry(folder, failure); !failure && entry != fs::directory_iterator();
-         entry.increment(failure)) {
-        std::error_code ignored;
-        if (!entry->is_symlink(ignored) && entry->is_directory(ignored))
-            addRecordingsBelow(entry->path(), files);
-        else if (isRecording(*entry))
-            files.push_back(entry->path());
-    }
-    if (failure)
-        files.push_back(folder);
-}
-
 std::vector<std::string> recordingsAt(const std::string& path) {
-    std::error_code ignored;
-    if (path == "-" || !fs::is_directory(path, ignored))
+    if (path == "-")
         return {path};
-    std::vector<std::string> files;
-    addRecordingsBelow(path, files);
+    std::vector<std::string> files = Files::recordingsAt(path);
     if (files.empty())
         throw std::runtime_error("no recordings (*.json) in this folder");
-    std::ranges::sort(files);
     return files;
 }
 

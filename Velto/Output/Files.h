@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Value.h"
+#include "Velto/Files/Writing.h"
 
 #include <cstddef>
 #include <functional>
@@ -8,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-// Files as the commands read and write them.
+// Files as the commands read and write them: with "-" for the standard input and output.
 
 namespace VeltoTouch::Velto {
 
@@ -20,8 +21,9 @@ struct OutputFailed : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Returns the whole content of a file, or of the standard input for "-". Throws std::runtime_error with the system's
-// message ("No such file or directory"), or "4 GiB or larger", which no reader takes.
+// Returns the whole content of a file, or of the standard input for "-"; its progress is shown. Throws
+// std::system_error
+// ("No such file or directory"), or std::invalid_argument("4 GiB or larger").
 [[nodiscard]] Ref<Data> readFile(const std::string& path);
 
 // Handles each line of a file. A std::invalid_argument of the handler is thrown on with the line's number in brackets.
@@ -30,15 +32,11 @@ void forEachLine(const std::string& path, const std::function<void(std::string_v
 // Returns whether an output's path means the standard output.
 [[nodiscard]] bool isStandardOutput(std::string_view path) noexcept;
 
-// Writes a file that appears whole or not at all; its name is durable when this returns. An existing file keeps its
-// owner, its group and its rights to read, write and run; if its owner cannot be kept and others may write to the
-// folder, it is not replaced. Anything but a regular file (a device, a pipe) and an open descriptor (/dev/stdout) is
-// written to directly; an empty path and "-" are the standard output. Throws std::runtime_error, mostly with the
-// system's message; for the standard output see writeStandardOutput.
+// Writes a file as Files::writeFile does; an empty path and "-" are the standard output, for which see
+// writeStandardOutput.
 void writeFile(const std::string& path, std::string_view content);
 
-// Throws what writeFile would throw before it writes. For a file that is written after long work.
-void requireWritable(const std::string& path);
+using Files::requireWritable;
 
 // Long texts are written in pieces of at least this size.
 inline constexpr std::size_t kFlushedFrom = std::size_t{1} << 16U;

@@ -12,6 +12,8 @@
 
 namespace VeltoTouch::Surface {
 
+inline constexpr std::uint32_t kMostMadeUp = 5'000; // gestures that a recording at the usual rate has room for
+
 // The steps in their order, once.
 [[nodiscard]] Simulation::StepSource scriptOf(std::vector<Step> steps);
 

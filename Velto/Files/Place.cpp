@@ -1,6 +1,6 @@
-#include "Velto/Output/Place.h"
+#include "Velto/Files/Place.h"
 
-#include "Velto/Output/SystemCalls.h"
+#include "Velto/Files/SystemCalls.h"
 
 #include <array>
 #include <climits>
@@ -10,7 +10,7 @@
 #include <linux/magic.h>
 #include <sys/vfs.h>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Files {
 namespace {
 
 constexpr int kMostLinks = 40; // the kernel's own bound
@@ -72,4 +72,4 @@ Place Place::at(const std::string& path) {
     return place;
 }
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Files

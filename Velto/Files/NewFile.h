@@ -6,11 +6,11 @@
 #include <optional>
 #include <string>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Files {
 
 // A file being written, accessible to its owner alone. It has no name before it is whole, or a temporary one if the
-// file system does not support that. Signals are blocked while there is a temporary name, so that none is left behind;
-// no other thread of the program may take signals. `folder` must outlive the file.
+// file system does not support that. While there is a temporary name, signals are blocked in the thread that writes, so
+// that none is left behind where no other thread takes them. `folder` must outlive the file.
 class NewFile {
 public:
     // Throws std::system_error.
@@ -31,4 +31,4 @@ private:
     FileDescriptor _file;
 };
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Files

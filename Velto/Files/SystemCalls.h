@@ -9,7 +9,7 @@
 
 // System calls that throw std::system_error when they fail.
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Files {
 
 [[noreturn]] inline void throwSystemError() { throw std::system_error(errno, std::generic_category()); }
 
@@ -31,4 +31,4 @@ inline void check(int result) {
     return status;
 }
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Files

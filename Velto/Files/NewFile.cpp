@@ -1,13 +1,13 @@
-#include "Velto/Output/NewFile.h"
+#include "Velto/Files/NewFile.h"
 
-#include "Velto/Output/SystemCalls.h"
+#include "Velto/Files/SystemCalls.h"
 
 #include <random>
 
 #include <fcntl.h>
 #include <fmt/format.h>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Files {
 namespace {
 
 constexpr mode_t kForItsOwner = 0600;
@@ -66,4 +66,4 @@ void NewFile::moveTo(const std::string& name) {
     _heldSignals.reset();
 }
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Files

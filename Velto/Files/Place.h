@@ -7,7 +7,7 @@
 
 #include <sys/stat.h>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch::Files {
 
 // The target of a path: a name in an open folder, which stays the same folder even if the path changes.
 struct Place {
@@ -27,4 +27,4 @@ struct Place {
     [[nodiscard]] bool isForFile() const noexcept { return !status || S_ISREG(status->st_mode); }
 };
 
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch::Files
