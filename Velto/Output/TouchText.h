@@ -5,6 +5,7 @@
 #include "Velto/Analysis/Touch.h"
 
 #include <string>
+#include <string_view>
 
 // Touches for people.
 
@@ -16,6 +17,9 @@ namespace VeltoTouch::Velto {
 // Below it, a line a check, then the way of the region if it moved, how a touch was cut short, and what it would be
 // with other settings.
 [[nodiscard]] std::string touchDetails(const Analysis::Touch& touch, const Analysis::Typicals& typicals);
+
+// A rule as it stands behind "because of".
+[[nodiscard]] std::string_view phraseOf(Analysis::Rule rule) noexcept;
 
 [[nodiscard]] std::string weakText(const Analysis::WeakContact& contact);
 
