@@ -55,8 +55,8 @@ Obstacle obstacleToKeyboard() {
 }
 
 // Of a unit whose service is not on the bus.
-Finding findingOf(const Bus::UnitState& state, const std::string& unit, const std::string& serve) {
-    const Obstacle obstacle = obstacleToKeyboard();
+Finding findingOf(const Bus::UnitState& state, const std::string& unit, const std::string& serve,
+                  const Obstacle& obstacle) {
     const auto no = [&](const std::string& text, const std::string& advice) {
         return Finding{.verdict = No, .text = unit + text, .advice = advice};
     };
@@ -85,11 +85,13 @@ Finding Examination::notServed() const {
     const bool isSystems = _options.served.bus == Bus::Which::System;
     const std::string serve =
         fmt::format("{}velto serve {}--device {}", isSystems ? "sudo " : "", isSystems ? "" : "--user ", _device);
-    if (isSystems && hasNode()) {
-        if (const auto state = Bus::stateOfUnit(unit()))
-            return findingOf(*state, unit(), serve);
-    }
-    return {.verdict = No, .text = fmt::format("no service runs for {}", _device), .advice = serve};
+    const Obstacle obstacle = hasNode() ? obstacleToKeyboard() : Obstacle();
+    const auto state = isSystems && hasNode() ? Bus::stateOfUnit(unit()) : std::nullopt;
+    if (state)
+        return findingOf(*state, unit(), serve, obstacle);
+    return {.verdict = No,
+            .text = fmt::format("no service runs for {}{}", _device, obstacle.text),
+            .advice = obstacle.advice + serve};
 }
 
 Finding Examination::service() {
