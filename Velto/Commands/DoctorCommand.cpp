@@ -54,10 +54,13 @@ void writeLine(const ExaminationStep& step, const Finding& finding) {
 // The checks of one line are written together, as far as they are well.
 class Page {
 public:
-    void add(const ExaminationStep& step, const Finding& finding) {
-        if (step.line != _line)
+    // Called before a check is made: it may take its time.
+    void begin(std::string_view line) {
+        if (line != _line)
             end();
-        _line = step.line;
+        _line = line;
+    }
+    void add(const Finding& finding) {
         if (finding.verdict != Finding::Verdict::No) {
             _text += (_text.empty() ? "" : ", ") + printable(finding.text);
             return;
@@ -86,11 +89,12 @@ int examine(const Options& options) {
          .askForTouch = [seconds] { writeErrorLine(fmt::format("touch the surface now ({:g} s)", seconds)); }});
     Page page;
     for (const ExaminationStep& step : examinationSteps()) {
+        page.begin(step.line);
         const Finding finding = step.make(examination);
         if (options.jsonl)
             writeLine(step, finding);
         else
-            page.add(step, finding);
+            page.add(finding);
         if (finding.verdict == Finding::Verdict::No)
             return 1;
     }

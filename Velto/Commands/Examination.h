@@ -53,7 +53,7 @@ private:
     [[nodiscard]] std::uint64_t counter(const char* name);
     void watch();
     [[nodiscard]] Finding noTouch();
-    [[nodiscard]] std::string whyNoGesture();
+    [[nodiscard]] std::string howTouchEnded();
 
     const Options _options;
     std::string _device; // its node, or the name of a made-up one

@@ -96,7 +96,7 @@ Finding Examination::surface() {
     } catch (const std::exception& error) {
         _busFailure = error.what();
     }
-    _device = _options.served.device;
+    _device = (_options.served.device.starts_with(kNodePrefix) ? "/dev/" : "") + _options.served.device;
     const std::vector<HidrawNode> nodes = surfaces();
     const auto madeUp =
         std::ranges::find_if_not(_served, [](const std::string& element) { return element.starts_with(kNodePrefix); });

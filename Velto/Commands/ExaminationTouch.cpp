@@ -91,13 +91,11 @@ Finding Examination::noTouch() {
 }
 
 // Empty if it is not known.
-std::string Examination::whyNoGesture() {
+std::string Examination::howTouchEnded() {
     try {
         const Track track = recordedBy(*_client);
         const std::vector<Touch> touches = newest(touchesOf(track, {}), track, _options.wait);
-        if (touches.empty() || !touches.back().reason())
-            return {};
-        return fmt::format(", because of {}", phraseOf(*touches.back().reason()));
+        return touches.empty() ? "" : ": " + verdictText(touches.back());
     } catch (const std::exception&) {
         return {};
     }
@@ -110,7 +108,7 @@ Finding Examination::gesture() {
                                     nameOf(_gesture->region.value_or(PixelRegion::None)))};
     if (_wasTouched)
         return {.verdict = No,
-                .text = fmt::format("the touch became no tap and no hold{}", whyNoGesture()),
+                .text = "the touch became no tap and no hold" + howTouchEnded(),
                 .advice = "velto record -o seen.json && velto explain seen.json --rejected"};
     const std::uint64_t count = counter("numTaps") + counter("numBeginHold");
     return {.verdict = count > 0 ? Yes : Unasked, .text = fmt::format("taps and holds since the start: {}", count)};

@@ -13,6 +13,23 @@ namespace {
 
 using namespace Analysis;
 
+// A rule as it stands in a sentence.
+std::string_view phraseOf(Rule rule) noexcept {
+    static constexpr std::array<std::string_view, kRuleRows.size()> kPhrases{
+        "the activation threshold",             // activation
+        "the hold time-out",                    // holdTimeout
+        "the touch score",                      // touchScore
+        "a time-out flag that was left",        // staleTimeout
+        "a weak signal for its time touching",  // signalPerTouchDuration
+        "a weak signal for its time",           // signalPerDuration
+        "too many idle pads above noise",       // nonActivePixels
+        "the short share of its time touching", // timeDurationRatio
+        "the tap score",                        // tapScore
+        "what was left of the press before",    // residual
+    };
+    return kPhrases[static_cast<std::size_t>(rule)];
+}
+
 Colour colourOf(Outcome outcome) noexcept {
     switch (outcome) {
     case Outcome::Tap:
@@ -107,28 +124,15 @@ std::string alternativesLine(const Touch& touch) {
 
 } // namespace
 
-std::string_view phraseOf(Rule rule) noexcept {
-    static constexpr std::array<std::string_view, kRuleRows.size()> kPhrases{
-        "the activation threshold",             // activation
-        "the hold time-out",                    // holdTimeout
-        "the touch score",                      // touchScore
-        "a time-out flag that was left",        // staleTimeout
-        "a weak signal for its time touching",  // signalPerTouchDuration
-        "a weak signal for its time",           // signalPerDuration
-        "too many idle pads above noise",       // nonActivePixels
-        "the short share of its time touching", // timeDurationRatio
-        "the tap score",                        // tapScore
-        "what was left of the press before",    // residual
-    };
-    return kPhrases[static_cast<std::size_t>(rule)];
+std::string verdictText(const Touch& touch) {
+    const auto reason = touch.reason();
+    return fmt::format("{}{}{}", nameOf(touch.outcome), reason ? ", because of " : "",
+                       reason ? phraseOf(*reason) : "");
 }
 
 std::string touchHeading(const Touch& touch, const Label* label) {
-    const auto reason = touch.reason();
-    const std::string verdict =
-        fmt::format("{}{}{}", nameOf(touch.outcome), reason ? ", because of " : "", reason ? phraseOf(*reason) : "");
     return fmt::format("touch {:<3} {:>8.2f} s {:>6.0f} ms  {:<10}  {}{}\n", touch.number, secondsOf(touch.startNs),
-                       touch.durationMs(), nameOf(touch.region), coloured(colourOf(touch.outcome), verdict),
+                       touch.durationMs(), nameOf(touch.region), coloured(colourOf(touch.outcome), verdictText(touch)),
                        label == nullptr ? "" : meant(*label));
 }
 

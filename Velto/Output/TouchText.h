@@ -5,7 +5,6 @@
 #include "Velto/Analysis/Touch.h"
 
 #include <string>
-#include <string_view>
 
 // Touches for people.
 
@@ -14,12 +13,12 @@ namespace VeltoTouch::Velto {
 // One line: number, time, duration, region, outcome and its reason, what was meant (null: not known).
 [[nodiscard]] std::string touchHeading(const Analysis::Touch& touch, const Analysis::Label* label);
 
+// The outcome and its reason: "cancel, because of the tap score".
+[[nodiscard]] std::string verdictText(const Analysis::Touch& touch);
+
 // Below it, a line a check, then the way of the region if it moved, how a touch was cut short, and what it would be
 // with other settings.
 [[nodiscard]] std::string touchDetails(const Analysis::Touch& touch, const Analysis::Typicals& typicals);
-
-// A rule as it stands behind "because of".
-[[nodiscard]] std::string_view phraseOf(Analysis::Rule rule) noexcept;
 
 [[nodiscard]] std::string weakText(const Analysis::WeakContact& contact);
 
