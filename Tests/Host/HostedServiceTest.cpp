@@ -102,8 +102,9 @@ TEST(HostedServiceTest, EndsByTheWholeSequenceOrByWhatHadBegun) {
         else
             EXPECT_THROW(live(), std::runtime_error) << failing;
         EXPECT_EQ(FakePlugIn::calls, calls) << failing;
-        if (failing.empty())
-            EXPECT_THAT(trace.points(), testing::ElementsAre(TracePoint{0x2B1501C0, 6, 0, 0, hostTimeOf(7).count()}));
+        const auto traced = failing.empty() ? std::vector{TracePoint{0x2B1501C0, 6, 0, 0, hostTimeOf(7).count()}}
+                                            : std::vector<TracePoint>();
+        EXPECT_EQ(trace.points(), traced);
     }
 }
 
