@@ -3,10 +3,7 @@
 #include <cstdint>
 
 // Trace points. Each is a static probe of this library, "velto:kdebug_trace" with the code and its four arguments,
-// that perf and bpftrace attach to:
-//
-//   bpftrace -e 'usdt:libVeltoPlatform.so:velto:kdebug_trace /arg0 == 0x2B150188/ { printf("event %d\n", arg1); }'
-//
+// that perf and bpftrace attach to: Docs/tracing.md lists the codes.
 // A point that nobody is attached to costs a few instructions.
 
 namespace VeltoTouch {

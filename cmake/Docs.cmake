@@ -22,3 +22,7 @@ install(FILES ${VELTO_DOCS_DIR}/completions/_velto DESTINATION ${CMAKE_INSTALL_D
 # What the README links to.
 file(GLOB VELTO_PAGES CONFIGURE_DEPENDS Docs/*.md)
 install(FILES ${VELTO_PAGES} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velto-touch)
+
+# Examples that need nothing but what is installed.
+install(DIRECTORY Examples/trace DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velto-touch/examples)
+install(DIRECTORY Examples/host DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velto-touch-dev/examples COMPONENT development)

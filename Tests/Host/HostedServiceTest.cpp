@@ -1,5 +1,7 @@
 #include "Velto/Host/HostedService.h"
 
+#include "Platform/Testing/TraceCapture.h"
+
 #include <functional>
 
 #include <gmock/gmock.h>
@@ -94,11 +96,15 @@ TEST(HostedServiceTest, EndsByTheWholeSequenceOrByWhatHadBegun) {
                                   [](const Gesture& gesture) { FakePlugIn::calls.emplace_back(nameOf(gesture.kind)); });
             service.schedule();
         };
+        const TraceCapture trace;
         if (failing.empty())
             live();
         else
             EXPECT_THROW(live(), std::runtime_error) << failing;
         EXPECT_EQ(FakePlugIn::calls, calls) << failing;
+        const auto traced = failing.empty() ? std::vector{TracePoint{0x2B1501C0, 6, 0, 0, hostTimeOf(7).count()}}
+                                            : std::vector<TracePoint>();
+        EXPECT_EQ(trace.points(), traced);
     }
 }
 

@@ -10,10 +10,7 @@ as_root() {
 }
 
 make_packages() {
-    [[ -f $build/CPackConfig.cmake ]] || fail "$build is not configured"
-    rm -rf "$build/Packages"
-    ninja -C "$build" --quiet velto velto-check-device VeltoTouchHost VeltoPython docs | { grep -v '^ninja: no work' >&2 || true; }
-    cpack --config "$build/CPackConfig.cmake" >"$work/cpack.log" 2>&1 || { cat "$work/cpack.log"; fail "no packages"; }
+    BUILD=$build "${root:?}/scripts/package" "$build/Packages" >"$work/package.log" || fail "no packages"
     packages=("$build"/Packages/*.deb)
 }
 

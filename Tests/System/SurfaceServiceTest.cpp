@@ -79,6 +79,34 @@ TEST(SurfaceServiceTest, OneThatHangsStartsAgainAndOneThatHasNothingToDoDoesNotH
     EXPECT_EQ(shell("systemctl daemon-reload").status, 0);
 }
 
+// Each stage is broken and mended again.
+TEST(SurfaceServiceTest, TheDoctorSaysWhatIsWrong) {
+    KernelNews news;
+    ServedSurface surface;
+    const KeyReader reader(news.waitForNode("input/event"));
+    ASSERT_TRUE(surface.waitUntilServed());
+    const std::string unit = surface.unit();
+    const std::string asVisitor = "setpriv --reuid=visitor --regid=visitor --init-groups ";
+    const auto doctor = [&](const std::string& breaking, const std::string& who = "") {
+        EXPECT_EQ(shell(breaking).status, 0) << breaking;
+        return shell(who + "velto doctor --device " + surface.node()).output;
+    };
+    using testing::HasSubstr;
+    EXPECT_THAT(doctor("true", asVisitor), HasSubstr("opened by its service\nNO        not allowed"));
+    EXPECT_THAT(doctor("systemctl stop " + unit), HasSubstr(unit + " does not run\n          sudo systemctl restart "));
+    EXPECT_THAT(doctor("true", asVisitor), HasSubstr("(root:velto 0660)\n          join the group velto"));
+    EXPECT_THAT(doctor("chgrp root /dev/uinput && systemctl start --no-block " + unit + " && sleep 1"),
+                AllOf(HasSubstr(unit + " does not come up (exit-code), and /dev/uinput does not belong to the group"),
+                      HasSubstr("          sudo udevadm trigger")));
+    EXPECT_THAT(doctor("systemctl stop " + unit + " && systemctl mask --runtime " + unit), HasSubstr(" is masked\n"));
+    EXPECT_EQ(shell("systemctl unmask --runtime " + unit +
+                    " && chgrp velto-uinput /dev/uinput && systemctl reset-failed " + unit + "; systemctl start " +
+                    unit)
+                  .status,
+              0);
+    EXPECT_THAT(doctor("true"), HasSubstr("no reports come (0 since the start)"));
+}
+
 // Last, since it leaves no system to test where it fails.
 TEST(SurfaceServiceTest, ItComesAndGoesWithThePackage) {
     ServedSurface surface;

@@ -35,6 +35,7 @@ constexpr std::array kCommands{
     Row{"Why", makeExportCommand},           //
     Row{"Live", makeRunCommand},             //
     Row{"This machine", makeDevicesCommand}, //
+    Row{"This machine", makeDoctorCommand},  //
     Row{"This machine", makeServeCommand},   //
     Row{"This machine", makeGetCommand},     //
     Row{"This machine", makeSetCommand},     //

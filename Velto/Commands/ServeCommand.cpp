@@ -37,12 +37,16 @@ struct Options {
 // A key of a surface that has fallen silent is released after one to two of them.
 constexpr std::chrono::seconds kLongestSilence{1};
 
-Bus::ServedSurface servedSurface(const Surface::ConnectedDevice& device, const HostedService& service) {
+// `keyboard` is null if no keys are pressed.
+Bus::ServedSurface servedSurface(const Surface::ConnectedDevice& device, const HostedService& service,
+                                 const UinputKeyboard* keyboard) {
     return {.device = device.name(),
             .properties = {.get = [&service](const std::string& key) { return service.copyProperty(key); },
                            .set = [&service](const std::string& key,
                                              const Ref<Value>& value) { return service.setProperty(key, value); }},
-            .deliveredReports = [&device] { return device.backend().deliveredReports(); }};
+            .deliveredReports = [&device] { return device.backend().deliveredReports(); },
+            .keyboard = keyboard == nullptr ? "" : keyboard->node(),
+            .pressedKeys = [keyboard] { return keyboard == nullptr ? 0 : keyboard->pressedKeys(); }};
 }
 
 // Runs the loop; returns what it throws.
@@ -77,7 +81,7 @@ int serve(const Options& options) {
         loop.post([&object, gesture] { object->tellGesture(gesture); });
     };
     HostedService service = openService(options.plugIn, device, handleGesture);
-    Bus::TouchObject served(loop, options.bus, servedSurface(device, service));
+    Bus::TouchObject served(loop, options.bus, servedSurface(device, service, keyboard ? &*keyboard : nullptr));
     object = &served;
 
     service.schedule();

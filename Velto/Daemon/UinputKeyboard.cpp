@@ -34,6 +34,12 @@ void UinputKeyboard::Destroy::operator()(libevdev_uinput* device) const noexcept
 void UinputKeyboard::setKey(std::uint16_t key, bool isPressed) {
     check(libevdev_uinput_write_event(_device.get(), EV_KEY, key, isPressed ? 1 : 0));
     check(libevdev_uinput_write_event(_device.get(), EV_SYN, SYN_REPORT, 0));
+    _pressedKeys += isPressed ? 1 : 0;
+}
+
+std::string UinputKeyboard::node() const {
+    const char* const node = libevdev_uinput_get_devnode(_device.get());
+    return node == nullptr ? "" : node;
 }
 
 } // namespace VeltoTouch

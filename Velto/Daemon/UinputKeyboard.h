@@ -2,6 +2,8 @@
 
 #include "Velto/Daemon/KeyOutput.h"
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -21,12 +23,18 @@ public:
     // The kernel drops a key that the keyboard does not have.
     void setKey(std::uint16_t key, bool isPressed) override;
 
+    // Returns its event node, /dev/input/eventN; empty if the kernel does not say.
+    [[nodiscard]] std::string node() const;
+    // Returns the number of keys pressed so far. Any thread.
+    [[nodiscard]] std::uint64_t pressedKeys() const noexcept { return _pressedKeys; }
+
 private:
     struct Destroy {
         void operator()(libevdev_uinput* device) const noexcept;
     };
 
     std::unique_ptr<libevdev_uinput, Destroy> _device;
+    std::atomic<std::uint64_t> _pressedKeys{0};
 };
 
 } // namespace VeltoTouch

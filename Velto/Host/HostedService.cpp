@@ -1,5 +1,7 @@
 #include "Velto/Host/HostedService.h"
 
+#include "Platform/Trace.h"
+
 #include <array>
 #include <cstdio>
 #include <stdexcept>
@@ -8,11 +10,18 @@ namespace VeltoTouch {
 namespace {
 
 constexpr IOOptionBits kNoOptions = 0;
+constexpr std::uint32_t kTraceGesture = 0x2B1501C0; // kind, region (0 for none), frame, time in nanoseconds
 
 [[noreturn]] void failWithStatus(const char* what, IOReturn status) {
     std::array<char, 96> message{};
     std::snprintf(message.data(), message.size(), "%s: 0x%08X", what, static_cast<unsigned>(status));
     throw std::runtime_error(message.data());
+}
+
+void trace(const Gesture& gesture) noexcept {
+    kdebug_trace(kTraceGesture, static_cast<std::uint64_t>(gesture.kind),
+                 static_cast<std::uint64_t>(gesture.region.value_or(PixelRegion::None)), gesture.frame,
+                 gesture.time.count());
 }
 
 } // namespace
@@ -97,8 +106,10 @@ bool HostedService::setProperty(const std::string& key, const Ref<Value>& value)
 
 void HostedService::deliver(void* target, void* /*refcon*/, void* /*sender*/, IOHIDEventRef event,
                             IOOptionBits /*options*/) {
-    if (const auto gesture = gestureOf(*event))
+    if (const auto gesture = gestureOf(*event)) {
+        trace(*gesture);
         static_cast<const HostedService*>(target)->_gestureHandler(*gesture);
+    }
 }
 
 } // namespace VeltoTouch

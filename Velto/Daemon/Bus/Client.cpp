@@ -109,14 +109,20 @@ struct Client::Signals {
     }
 };
 
+std::vector<std::string> servedSurfaces(Which which) { return elementsOn(connect(which).get()); }
+
 Client::Client(Which which, const std::string& device) : _bus(connect(which)), _element(choose(_bus.get(), device)) {}
 
-BusMessage Client::callFor(const char* method, const std::string& key) {
+BusMessage Client::callOf(const char* interface, const char* method) {
     const auto make = [&](sd_bus_message** message) {
         return sd_bus_message_new_method_call(_bus.get(), message, nameOf(_element).c_str(), pathOf(_element).c_str(),
-                                              kInterface, method);
+                                              interface, method);
     };
-    auto call = madeBy<BusMessage>(make, "call");
+    return madeBy<BusMessage>(make, "call");
+}
+
+BusMessage Client::callFor(const char* method, const std::string& key) {
+    BusMessage call = callOf(kInterface, method);
     if (sd_bus_message_append(call.get(), "s", key.c_str()) < 0)
         fail("the key is no text");
     return call;
@@ -140,6 +146,12 @@ void Client::setProperty(const std::string& key, const Value& value) {
     const BusMessage call = callFor("SetProperty", key);
     appendVariant(call.get(), value);
     std::ignore = send(call);
+}
+
+Ref<Value> Client::getObjectProperty(const char* name) {
+    const BusMessage call = callOf("org.freedesktop.DBus.Properties", "Get");
+    checked(sd_bus_message_append(call.get(), "ss", kInterface, name), "call");
+    return readVariant(send(call).get(), kAnySize);
 }
 
 void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*)) {

@@ -8,8 +8,13 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace VeltoTouch::Bus {
+
+// Returns the names on the bus of the surfaces that are served now ("hidraw0", "sim"), sorted. Throws
+// std::runtime_error if there is no bus.
+[[nodiscard]] std::vector<std::string> servedSurfaces(Which which);
 
 // A client of a program that serves a surface. One thread.
 //
@@ -23,6 +28,9 @@ public:
     [[nodiscard]] Ref<Value> getProperty(const std::string& key);
     void setProperty(const std::string& key, const Value& value);
 
+    // Reads a property of the object on the bus, such as Counters.
+    [[nodiscard]] Ref<Value> getObjectProperty(const char* name);
+
     // Reports each gesture, and the end of the surface's service, while the loop runs. An exception of a handler and
     // the loss of the bus end the run. Called once; this outlives the run.
     void watch(EventLoop& loop, std::function<void(const Gesture& gesture)> gestureHandler,
@@ -31,6 +39,7 @@ public:
 private:
     struct Signals;
 
+    [[nodiscard]] BusMessage callOf(const char* interface, const char* method);
     [[nodiscard]] BusMessage callFor(const char* method, const std::string& key);
     [[nodiscard]] BusMessage send(const BusMessage& call);
     void match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*));

@@ -22,6 +22,7 @@ namespace {
 
 constexpr const char* kReports = "reports";
 constexpr const char* kEvents = "events";
+constexpr const char* kKeys = "keys";
 constexpr std::chrono::seconds kBeat{1};
 // Messages that the bus has not taken from us. With more, it is not well.
 constexpr std::uint64_t kMostUnsentSignals = 1024;
@@ -46,6 +47,11 @@ void addNumbers(std::map<std::string, std::uint64_t>& counters, const Value* val
         else
             addNumbers(counters, member.get());
     }
+}
+
+std::uint64_t realTimeNow() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(std::chrono::nanoseconds(now).count());
 }
 
 // A message that answers are made for, on the loop's thread alone.
@@ -118,6 +124,14 @@ struct TouchObject::Table {
                        sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
         return appending([&] { return sd_bus_message_append(reply, "s", of(object).version().c_str()); });
     }
+    static int since(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                     sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return sd_bus_message_append(reply, "t", of(object)._since);
+    }
+    static int keyboard(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                        sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return sd_bus_message_append(reply, "s", of(object)._surface.keyboard.c_str());
+    }
     static int counters(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
         return appending([&] { return appendCounters(reply, of(object).counters()); });
@@ -150,6 +164,8 @@ const sd_bus_vtable TouchObject::Table::rows[] = {
                              SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_PROPERTY("Device", "s", device, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Version", "s", version, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Since", "t", since, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Keyboard", "s", keyboard, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Counters", "a{st}", counters, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_SIGNAL_WITH_NAMES(
         "Gesture", "ssuut",
@@ -159,7 +175,7 @@ const sd_bus_vtable TouchObject::Table::rows[] = {
 
 TouchObject::TouchObject(EventLoop& loop, Which which, ServedSurface surface)
     : _which(which), _surface(std::move(surface)), _path(pathOf(elementOf(_surface.device))),
-      _requests(loop, _surface.properties), _loop(loop) {
+      _requests(loop, _surface.properties), _since(realTimeNow()), _loop(loop) {
     beat();
     loop.addTimer(kBeat, [this] { beat(); });
 }
@@ -239,6 +255,7 @@ TouchObject::Counters TouchObject::counters() const {
     addNumbers(counters, _surface.properties.get(std::string(Keys::kEventStats)).get());
     counters[kReports] = _surface.deliveredReports();
     counters[kEvents] = _events;
+    counters[kKeys] = _surface.pressedKeys();
     return counters;
 }
 

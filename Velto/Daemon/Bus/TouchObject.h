@@ -18,6 +18,8 @@ struct ServedSurface {
     std::string device; // as it was given on the command line
     ServiceProperties properties;
     std::function<std::uint64_t()> deliveredReports; // so far
+    std::string keyboard = {};                       // its event node; empty: no keys are pressed
+    std::function<std::uint64_t()> pressedKeys = [] { return std::uint64_t{0}; }; // so far
 };
 
 // A surface as an object on the message bus, with the interface org.velto.Touch1:
@@ -27,8 +29,10 @@ struct ServedSurface {
 //   SetProperty(s key, v value)           writes one, from the next report on
 //   Device      s                         such as /dev/hidraw0
 //   Version     s                         the service's, such as 19.0.0
-//   Counters    a{st}                     reports and events, and what the recognizer counts, under its names; a change
-//                                         is signalled at most once a second, and not for reports alone
+//   Since       t                         when the service started (real-time clock, ns)
+//   Keyboard    s                         the event node of the keyboard; empty if no keys are pressed
+//   Counters    a{st}                     reports, events and pressed keys, and what the recognizer counts, under its
+//                                         names; a change is signalled at most once a second, and not for reports alone
 //   Gesture(s, s, u, u, t)                gesture, region (empty where it has none), phase, frame number, time of the
 //                                         report (monotonic clock, ns)
 //
@@ -63,6 +67,7 @@ private:
     const ServedSurface _surface;
     const std::string _path;
     PropertyRequests _requests;
+    const std::uint64_t _since;
     std::uint64_t _events = 0;
     Counters _lastCounters; // but for the reports
     bool _hasComplained = false;

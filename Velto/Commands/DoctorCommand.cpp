@@ -1,0 +1,117 @@
+#include "Platform/JSON.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Commands/Examination.h"
+#include "Velto/Options/PlayOptions.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr const char* kText =
+    "Goes the way from the surface to the key and stops at the first thing that is wrong, with\n"
+    "what to do about it: the surface is plugged in, its node may be opened, its service\n"
+    "runs, reports come, a touch turns on, it becomes a gesture, there is a keyboard, a key\n"
+    "is pressed, somebody reads it. On a terminal, or with --wait, it asks for a touch.\n"
+    "If all is well, the lines are the surface's status. The exit status is 1 if something\n"
+    "is wrong.";
+
+constexpr double kUsualWait = 10; // seconds
+
+struct Options {
+    ServedChoice served;
+    std::optional<double> wait; // seconds; none: a person alone is asked
+    bool jsonl = false;
+};
+
+std::string_view nameOf(Finding::Verdict verdict) noexcept {
+    using enum Finding::Verdict;
+    return verdict == Yes ? "yes" : verdict == No ? "no" : "unasked";
+}
+
+void writeLine(const ExaminationStep& step, const Finding& finding) {
+    std::string line = R"({"kind":"check","check":)";
+    const auto append = [&line](std::string_view text) { JSON::appendString(line, text); };
+    append(step.check);
+    line += R"(,"result":)";
+    append(nameOf(finding.verdict));
+    line += R"(,"text":)";
+    append(finding.text);
+    if (finding.verdict == Finding::Verdict::No) {
+        line += R"(,"advice":)";
+        append(finding.advice);
+    }
+    writeStandardOutput(line + "}\n");
+}
+
+// The checks of one line are written together, as far as they are well.
+class Page {
+public:
+    // Called before a check is made: it may take its time.
+    void begin(std::string_view line) {
+        if (line != _line)
+            end();
+        _line = line;
+    }
+    void add(const Finding& finding) {
+        if (finding.verdict != Finding::Verdict::No) {
+            _text += (_text.empty() ? "" : ", ") + printable(finding.text);
+            return;
+        }
+        end();
+        writeStandardOutput(fmt::format("{}        {}\n          {}\n", coloured(Colour::Red, "NO"),
+                                        printable(finding.text), printable(finding.advice)));
+    }
+    void end() {
+        if (!_text.empty())
+            writeStandardOutput(fmt::format("{:<10}{}\n", _line, _text));
+        _text.clear();
+    }
+
+private:
+    std::string_view _line;
+    std::string _text;
+};
+
+int examine(const Options& options) {
+    const bool isForPerson = !options.jsonl && standardOutputIsTerminal();
+    const double seconds = options.wait.value_or(isForPerson ? kUsualWait : 0);
+    Examination examination(
+        {.served = options.served,
+         .wait = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(seconds)),
+         .askForTouch = [seconds] { writeErrorLine(fmt::format("touch the surface now ({:g} s)", seconds)); }});
+    Page page;
+    for (const ExaminationStep& step : examinationSteps()) {
+        page.begin(step.line);
+        const Finding finding = step.make(examination);
+        if (options.jsonl)
+            writeLine(step, finding);
+        else
+            page.add(finding);
+        if (finding.verdict == Finding::Verdict::No)
+            return 1;
+    }
+    page.end();
+    return 0;
+}
+
+} // namespace
+
+Command makeDoctorCommand(App& program) {
+    const auto options = std::make_shared<Options>();
+    App* app = program.addCommand("doctor", {"velto doctor", "velto doctor --wait 10 --jsonl | jq -r .advice"}, kText);
+    addServed(*app, options->served);
+    addSeconds(*app, "--wait", options->wait,
+               "Ask for a touch and wait so long (default: 10 on a terminal, else nobody is asked)");
+    app->add_flag("--jsonl", options->jsonl, "JSON Lines, one a check");
+    return {app, [options] { return examine(*options); }};
+}
+
+} // namespace VeltoTouch::Velto

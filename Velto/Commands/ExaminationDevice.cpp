@@ -1,0 +1,137 @@
+#include "Platform/FileDescriptor.h"
+#include "Velto/Commands/Examination.h"
+#include "Velto/Surface/PluggedIn.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <system_error>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using enum Finding::Verdict;
+constexpr const char* kGroup = "velto";
+constexpr const char* kNodePrefix = "hidraw"; // of what is served from a node
+
+std::vector<HidrawNode> surfaces() {
+    try {
+        return Surface::findSurfaces();
+    } catch (const std::runtime_error&) {
+        return {};
+    }
+}
+
+Finding described(const HidrawNode& node, std::size_t count) {
+    std::string text = node.path;
+    for (const std::string& part : {node.product, node.serialNumber, node.bus})
+        text += part.empty() ? "" : ", " + part;
+    return {.verdict = Yes, .text = count == 1 ? text : fmt::format("{} (the first of {})", text, count)};
+}
+
+Finding missing(const std::string& device) {
+    const char* const what = ::access(device.c_str(), F_OK) == 0 ? "no touch surface" : "not there";
+    return {.verdict = No,
+            .text = fmt::format("{} is {}", device, what),
+            .advice = "velto devices lists the surfaces; plug it in if it is missing"};
+}
+
+std::string groupOf(const struct stat& status) {
+    const group* const found = ::getgrgid(status.st_gid);
+    return found == nullptr ? std::to_string(status.st_gid) : found->gr_name;
+}
+
+std::string ownerOf(const struct stat& status) {
+    const passwd* const found = ::getpwuid(status.st_uid);
+    return found == nullptr ? std::to_string(status.st_uid) : found->pw_name;
+}
+
+// Whether the user's entry has the group; this process may have been started before.
+bool isMember(gid_t group) {
+    const passwd* const user = ::getpwuid(::geteuid());
+    if (user == nullptr)
+        return false;
+    int count = 0;
+    ::getgrouplist(user->pw_name, user->pw_gid, nullptr, &count);
+    std::vector<gid_t> groups(static_cast<std::size_t>(count));
+    ::getgrouplist(user->pw_name, user->pw_gid, groups.data(), &count);
+    return std::ranges::find(groups, group) != groups.end();
+}
+
+std::string howToGetTheRight(const struct stat& status) {
+    if (groupOf(status) == kGroup)
+        return isMember(status.st_gid) ? "you have joined the group velto since you logged in: log in again"
+                                       : "join the group velto (sudo adduser YOU velto, then log in again) or run as "
+                                         "root";
+    if (::getgrnam(kGroup) == nullptr)
+        return "run as root; with the package velto-touch installed, the node belongs to the group velto";
+    return "udev has not given it to the group velto: sudo udevadm trigger --subsystem-match=hidraw, or run as root";
+}
+
+Finding noRight(const std::string& node) {
+    struct stat status {};
+    if (::stat(node.c_str(), &status) != 0)
+        return missing(node);
+    return {.verdict = No,
+            .text = fmt::format("no right to open {} ({}:{} {:04o})", node, ownerOf(status), groupOf(status),
+                                status.st_mode & 07777U),
+            .advice = howToGetTheRight(status)};
+}
+
+} // namespace
+
+bool Examination::isServed() const { return std::ranges::find(_served, Bus::elementOf(_device)) != _served.end(); }
+
+// That which is named, or the first that is plugged in, or else the first made-up one that is served.
+Finding Examination::surface() {
+    try {
+        _served = Bus::servedSurfaces(_options.served.bus);
+    } catch (const std::exception& error) {
+        _busFailure = error.what();
+    }
+    _device = (_options.served.device.starts_with(kNodePrefix) ? "/dev/" : "") + _options.served.device;
+    const std::vector<HidrawNode> nodes = surfaces();
+    const auto madeUp =
+        std::ranges::find_if_not(_served, [](const std::string& element) { return element.starts_with(kNodePrefix); });
+    if (_device.empty() && nodes.empty() && madeUp != _served.end())
+        _device = *madeUp;
+    if (!_device.empty() && !hasNode())
+        return {.verdict = Yes, .text = _device};
+    if (_device.empty() && !nodes.empty())
+        _device = nodes.front().path;
+    if (_device.empty())
+        return {.verdict = No,
+                .text = "no surface is plugged in",
+                .advice = "plug it in; velto devices --watch shows it come, sudo dmesg what the kernel says"};
+    const auto found = std::ranges::find(nodes, _device, &HidrawNode::path);
+    return found == nodes.end() ? missing(_device)
+                                : described(*found, _options.served.device.empty() ? nodes.size() : 1);
+}
+
+// Who uses the keys needs no right to the node; the service does.
+Finding Examination::node() const {
+    if (!hasNode())
+        return {.verdict = Unasked, .text = "no node"};
+    const FileDescriptor node(::open(_device.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    const int error = errno;
+    if (node.isOpen())
+        return {.verdict = Yes, .text = "may be opened"};
+    if (isServed())
+        return {.verdict = Yes, .text = "opened by its service"};
+    if (error == EACCES)
+        return noRight(_device);
+    return {.verdict = No,
+            .text = fmt::format("{} cannot be opened: {}", _device, std::generic_category().message(error)),
+            .advice = error == EPERM
+                          ? "this container or unit forbids it: allow the device there"
+                          : "unplug the surface and plug it in again; sudo dmesg shows what the kernel says"};
+}
+
+} // namespace VeltoTouch::Velto
