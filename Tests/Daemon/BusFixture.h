@@ -94,7 +94,11 @@ public:
               Bus::TouchObject object(_loop, Bus::Which::System,
                                       {.device = device,
                                        .properties = properties.access(),
-                                       .deliveredReports = [reports = 42U]() mutable { return reports++; }});
+                                       .deliveredReports = [reports = 42U]() mutable { return reports++; },
+                                       .keyboard = [] { return "/dev/input/event7"; },
+                                       .pressedKeys = [] { return 3U; },
+                                       .sources = [&properties] { return properties.access().get("Sources"); },
+                                       .reload = [&properties] { properties.put("Reloaded", makeRef<Null>()); }});
               _object = &object;
               _loop.run();
           }) {}

@@ -109,7 +109,7 @@ struct Client::Signals {
     }
 };
 
-std::vector<std::string> servedSurfaces(Which which) { return elementsOn(connect(which).get()); }
+std::vector<std::string> servedOn(Which which) { return elementsOn(connect(which).get()); }
 
 Client::Client(Which which, const std::string& device) : _bus(connect(which)), _element(choose(_bus.get(), device)) {}
 
@@ -153,6 +153,10 @@ Ref<Value> Client::getObjectProperty(const char* name) {
     checked(sd_bus_message_append(call.get(), "ss", kInterface, name), "call");
     return readVariant(send(call).get(), kAnySize);
 }
+
+Ref<Value> Client::sources() { return readVariant(send(callOf(kInterface, "GetSources")).get(), kAnySize); }
+
+void Client::reload() { std::ignore = send(callOf(kInterface, "Reload")); }
 
 void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*)) {
     checked(sd_bus_add_match(_bus.get(), nullptr, rule.c_str(), handler, this), "the bus");

@@ -14,7 +14,7 @@ namespace VeltoTouch::Bus {
 
 // Returns the names on the bus of the surfaces that are served now ("hidraw0", "sim"), sorted. Throws
 // std::runtime_error if there is no bus.
-[[nodiscard]] std::vector<std::string> servedSurfaces(Which which);
+[[nodiscard]] std::vector<std::string> servedOn(Which which);
 
 // A client of a program that serves a surface. One thread.
 //
@@ -30,6 +30,10 @@ public:
 
     // Reads a property of the object on the bus, such as Counters.
     [[nodiscard]] Ref<Value> getObjectProperty(const char* name);
+    // Returns a dictionary: where the values of settings come from that have not their defaults.
+    [[nodiscard]] Ref<Value> sources();
+    // Lets the service read its configuration anew.
+    void reload();
 
     // Reports each gesture, and the end of the surface's service, while the loop runs. An exception of a handler and
     // the loss of the bus end the run. Called once; this outlives the run.

@@ -18,8 +18,10 @@ struct ServedSurface {
     std::string device; // as it was given on the command line
     ServiceProperties properties;
     std::function<std::uint64_t()> deliveredReports; // so far
-    std::string keyboard = {};                       // its event node; empty: no keys are pressed
-    std::function<std::uint64_t()> pressedKeys = [] { return std::uint64_t{0}; }; // so far
+    std::function<std::string()> keyboard;           // its event node; empty: no keys are pressed
+    std::function<std::uint64_t()> pressedKeys;      // so far
+    std::function<Ref<Value>()> sources;             // of the settings' values
+    std::function<void()> reload;                    // of the configuration
 };
 
 // A surface as an object on the message bus, with the interface org.velto.Touch1:
@@ -27,6 +29,8 @@ struct ServedSurface {
 //   GetProperty(s key) -> v               a property of the service
 //   GetPublicProperty(s key) -> v         one that shows what the surface does: isPublic
 //   SetProperty(s key, v value)           writes one, from the next report on
+//   GetSources() -> v                     where the settings' values come from
+//   Reload()                              reads the configuration anew
 //   Device      s                         such as /dev/hidraw0
 //   Version     s                         the service's, such as 19.0.0
 //   Since       t                         when the service started (real-time clock, ns)
