@@ -33,6 +33,7 @@ struct Command {
 [[nodiscard]] Command makeStatsCommand(App& program);
 [[nodiscard]] Command makeRecoverCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
+[[nodiscard]] Command makeViewCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeDoctorCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);

@@ -15,6 +15,9 @@ namespace VeltoTouch::Velto {
 // --device DEVICE, and the devices at the end of the help.
 CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& description);
 
+// DEVICE|FILE, and the devices at the end of the help.
+CLI::Option* addWatched(App& app, Watched& target, const std::string& description);
+
 // --plugin PATH. Unset, the target is empty.
 void addPlugIn(App& app, std::string& target);
 

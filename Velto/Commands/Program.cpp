@@ -34,6 +34,7 @@ constexpr std::array kCommands{
     Row{"Why", makeRecoverCommand},          //
     Row{"Why", makeExportCommand},           //
     Row{"Live", makeRunCommand},             //
+    Row{"Live", makeViewCommand},            //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeDoctorCommand},  //
     Row{"This machine", makeServeCommand},   //
