@@ -24,6 +24,7 @@ struct Command {
 [[nodiscard]] Command makeRenderCommand(App& program);
 [[nodiscard]] Command makeInfoCommand(App& program);
 [[nodiscard]] Command makeSimulateCommand(App& program);
+[[nodiscard]] Command makeLabelCommand(App& program);
 [[nodiscard]] Command makeExplainCommand(App& program);
 [[nodiscard]] Command makeScoreCommand(App& program);
 [[nodiscard]] Command makeCompareCommand(App& program);

@@ -25,6 +25,7 @@ constexpr std::array kCommands{
     Row{"Recordings", makeRenderCommand},    //
     Row{"Recordings", makeInfoCommand},      //
     Row{"Recordings", makeSimulateCommand},  //
+    Row{"Recordings", makeLabelCommand},     //
     Row{"Why", makeExplainCommand},          //
     Row{"Why", makeScoreCommand},            //
     Row{"Why", makeCompareCommand},          //
