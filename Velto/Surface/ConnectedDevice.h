@@ -20,6 +20,7 @@ public:
 
     [[nodiscard]] const std::string& name() const noexcept { return _name; }
     [[nodiscard]] HIDDeviceBackend& backend() const noexcept { return *_backend; }
+    [[nodiscard]] const Accelerometers& accelerometers() const noexcept { return _accelerometers; }
     [[nodiscard]] io_service_t service() const noexcept { return _service; }
 
 private:

@@ -2,6 +2,7 @@
 
 #include "Plugin/Pipeline/Properties.h"
 #include "Velto/Daemon/Bus/Connection.h"
+#include "Velto/Daemon/Bus/Replies.h"
 #include "Velto/Daemon/Bus/Values.h"
 
 #include <algorithm>
@@ -94,6 +95,20 @@ struct Client::Signals {
         client._watcher->post([&client, gesture] { client._gestureHandler(gesture); });
         return 0;
     }
+    // One that cannot be read is of a later version.
+    static int property(sd_bus_message* signal, void* object, sd_bus_error* /*error*/) {
+        auto& client = *static_cast<Client*>(object);
+        const char* key = nullptr;
+        if (sd_bus_message_read(signal, "s", &key) < 0)
+            return 0;
+        const auto post = [&] {
+            client._watcher->post([&client, name = std::string(key), value = readVariant(signal, kAnySize)] {
+                client._propertyHandler(name, value);
+            });
+        };
+        attempt(post, [](const CallError&) {});
+        return 0;
+    }
     static int ownerChanged(sd_bus_message* signal, void* object, sd_bus_error* /*error*/) {
         const char* owner = nullptr;
         if (sd_bus_message_skip(signal, "ss") >= 0 && sd_bus_message_read(signal, "s", &owner) >= 0 && *owner == '\0')
@@ -148,12 +163,22 @@ void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void
 
 void Client::watch(EventLoop& loop, std::function<void(const Gesture&)> gestureHandler,
                    std::function<void()> endHandler) {
-    _watcher = &loop;
     _gestureHandler = std::move(gestureHandler);
+    follow(loop, "Gesture", Signals::gesture, std::move(endHandler));
+}
+
+void Client::followProperties(EventLoop& loop, PropertyHandler propertyHandler, std::function<void()> endHandler) {
+    _propertyHandler = std::move(propertyHandler);
+    follow(loop, "PropertyChanged", Signals::property, std::move(endHandler));
+}
+
+void Client::follow(EventLoop& loop, const char* signal, int (*handler)(sd_bus_message*, void*, sd_bus_error*),
+                    std::function<void()> endHandler) {
+    _watcher = &loop;
     _endHandler = std::move(endHandler);
-    match(fmt::format("type='signal',sender='{}',path='{}',interface='{}',member='Gesture'", nameOf(_element),
-                      pathOf(_element), kInterface),
-          Signals::gesture);
+    match(fmt::format("type='signal',sender='{}',path='{}',interface='{}',member='{}'", nameOf(_element),
+                      pathOf(_element), kInterface, signal),
+          handler);
     match(fmt::format("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='{}'",
                       nameOf(_element)),
           Signals::ownerChanged);

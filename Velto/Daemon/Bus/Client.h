@@ -24,9 +24,16 @@ public:
     void setProperty(const std::string& key, const Value& value);
 
     // Reports each gesture, and the end of the surface's service, while the loop runs. An exception of a handler and
-    // the loss of the bus end the run. Called once; this outlives the run.
+    // the loss of the bus end the run. This outlives the run. Either this or `followProperties` is called, once.
     void watch(EventLoop& loop, std::function<void(const Gesture& gesture)> gestureHandler,
                std::function<void()> endHandler);
+
+    using PropertyHandler = std::function<void(const std::string& key, const Ref<Value>& value)>;
+    // The same for each write of a public property: what is read from here on is no older than the writes reported.
+    void followProperties(EventLoop& loop, PropertyHandler propertyHandler, std::function<void()> endHandler);
+
+    // The bus name's part of the surface, such as hidraw0.
+    [[nodiscard]] const std::string& element() const noexcept { return _element; }
 
 private:
     struct Signals;
@@ -34,11 +41,14 @@ private:
     [[nodiscard]] BusMessage callFor(const char* method, const std::string& key);
     [[nodiscard]] BusMessage send(const BusMessage& call);
     void match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*));
+    void follow(EventLoop& loop, const char* signal, int (*handler)(sd_bus_message*, void*, sd_bus_error*),
+                std::function<void()> endHandler);
 
     const BusHandle _bus;
     const std::string _element;
     EventLoop* _watcher = nullptr;
     std::function<void(const Gesture&)> _gestureHandler;
+    PropertyHandler _propertyHandler;
     std::function<void()> _endHandler;
 };
 

@@ -88,7 +88,13 @@ struct TouchObject::Table {
     static int setProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
         return answering(call, [&] {
             const std::string key = readKey(call);
-            of(object)._requests.set(key, readVariant(call, CallQueue::kLargestValue), answerTo(call, of(object)));
+            const Ref<Value> value = readVariant(call, CallQueue::kLargestValue);
+            const auto answer = [answer = answerTo(call, of(object)), key, value, object](const auto& outcome) {
+                answer(outcome);
+                if (!std::holds_alternative<CallError>(outcome))
+                    of(object).tellProperty(key, value);
+            };
+            of(object)._requests.set(key, value, answer);
         });
     }
     static void get(sd_bus_message* call, TouchObject& object, const std::string& key) {
@@ -154,6 +160,7 @@ const sd_bus_vtable TouchObject::Table::rows[] = {
     SD_BUS_SIGNAL_WITH_NAMES(
         "Gesture", "ssuut",
         SD_BUS_PARAM(gesture) SD_BUS_PARAM(region) SD_BUS_PARAM(phase) SD_BUS_PARAM(frame) SD_BUS_PARAM(timeNs), 0),
+    SD_BUS_SIGNAL_WITH_NAMES("PropertyChanged", "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), 0),
     SD_BUS_VTABLE_END,
 };
 
@@ -231,6 +238,18 @@ void TouchObject::tellGesture(const Gesture& gesture) {
     // Where the bus has gone, the next beat finds out.
     sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, "Gesture", "ssuut", name.c_str(), region.c_str(),
                        eventMembersOf(gesture).phase, gesture.frame, gesture.time.count());
+}
+
+void TouchObject::tellProperty(const std::string& key, const Ref<Value>& value) {
+    if (!isPublic(key) || !_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
+        return;
+    const auto make = [&](sd_bus_message** message) {
+        return sd_bus_message_new_signal(_bus.get(), message, _path.c_str(), kInterface, "PropertyChanged");
+    };
+    const auto signal = madeBy<BusMessage>(make, "signal");
+    checked(sd_bus_message_append(signal.get(), "s", key.c_str()), "signal");
+    appendVariant(signal.get(), *value);
+    sd_bus_send(_bus.get(), signal.get(), nullptr); // where the bus has gone, the next beat finds out
 }
 
 TouchObject::Counters TouchObject::counters() const {

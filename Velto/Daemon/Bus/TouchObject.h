@@ -31,6 +31,7 @@ struct ServedSurface {
 //                                         is signalled at most once a second, and not for reports alone
 //   Gesture(s, s, u, u, t)                gesture, region (empty where it has none), phase, frame number, time of the
 //                                         report (monotonic clock, ns)
+//   PropertyChanged(s, v)                 key and value of a public one, after it was written
 //
 // The bus's policy says who may call what. Without a bus the object tries again every second and signals nothing. What
 // a bus that does not read has not taken is bounded, and so is what clients do not read: see CallQueue.
@@ -45,6 +46,8 @@ public:
     ~TouchObject();
 
     void tellGesture(const Gesture& gesture);
+    // Signals the value that a property was written with. Does nothing for one that is not public.
+    void tellProperty(const std::string& key, const Ref<Value>& value);
 
 private:
     using Counters = std::map<std::string, std::uint64_t>;

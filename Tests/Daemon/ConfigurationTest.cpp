@@ -1,0 +1,148 @@
+#include "Velto/Daemon/Configuration.h"
+
+#include "Platform/JSON.h"
+#include "Plugin/Shared/Keys.h"
+#include "Velto/Daemon/KeyNames.h"
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+namespace VeltoTouch::Tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class ConfigurationTest : public testing::Test {
+protected:
+    std::string folder = testing::TempDir() + "/velto-configuration." + std::to_string(::getpid());
+    Configuration configuration;
+
+    void SetUp() override { std::filesystem::create_directories(folder + "/config.d"); }
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    void write(const std::string& name, const std::string& text) const { std::ofstream(folder + "/" + name) << text; }
+    void read() { configuration = readConfiguration(folder, configuration); }
+
+    [[nodiscard]] std::string place(const Origin& origin) const { return textOf(origin).substr(folder.size() + 1); }
+    [[nodiscard]] std::vector<std::string> complaints() const {
+        std::vector<std::string> lines;
+        for (const auto& [origin, message] : configuration.complaints)
+            lines.push_back(place(origin) + ": " + message);
+        return lines;
+    }
+    // What holds, as KEY=VALUE@PLACE.
+    [[nodiscard]] std::vector<std::string> held() const {
+        std::vector<std::string> lines;
+        for (const auto& [key, value, origin] : configuration.settings)
+            lines.push_back(fmt::format("{}={}@{}", *Keys::belowAlgs(key), JSON::text(value.get()), place(origin)));
+        for (const auto& [use, region, key, origin] : configuration.keys)
+            lines.push_back(
+                fmt::format("{}.{}={}@{}", nameOf(use), rowOf(region).place, nameOfKey(key), place(origin)));
+        return lines;
+    }
+};
+
+TEST_F(ConfigurationTest, OfOneNameTheLastCounts) {
+    write("config.toml", "[recognizer]\nHoldTimeoutMilliseconds = 250\nActivationThreshold = 2\n"
+                         "[keys]\ntap.play-pause = \"KEY_MUTE\"\nhold.volume-up = \"none\"\n");
+    write("config.d/90-set.toml", "recognizer.HoldTimeoutMilliseconds = 700\n");
+    write("config.d/10-desk.toml",
+          "recognizer.HoldTimeoutMilliseconds = 600\n"
+          "recognizer.VirtualNormalizationFactors.3 = 1.5\nkeys.tap.play-pause = \"KEY_F13\"\n");
+    write("config.d/.95.toml", "recognizer.HoldTimeoutMilliseconds = 800\n");
+    write("config.d/95-old.bak", "recognizer.HoldTimeoutMilliseconds = 900\n");
+    read();
+    EXPECT_THAT(held(),
+                ElementsAre("ActivationThreshold=2@config.toml:3", "HoldTimeoutMilliseconds=700@config.d/90-set.toml:1",
+                            "VirtualNormalizationFactors.3=1.5@config.d/10-desk.toml:2",
+                            "hold.volume-up=none@config.toml:6", "tap.play-pause=KEY_F13@config.d/10-desk.toml:3"));
+    KeyTable keys = kDefaultKeys;
+    keysOf(keys, PixelRegion::PlayPause).tap = KEY_F13;
+    keysOf(keys, PixelRegion::VolumeUp).hold = kNoKey;
+    EXPECT_EQ(keyTableOf(configuration), keys);
+}
+
+TEST_F(ConfigurationTest, AWrongLineIsComplainedOfAndTheRestHolds) {
+    const std::string number = "a whole number from 0 to 4294967295 is wanted";
+    const std::string real = "a number from -3.4e38 to 3.4e38 is wanted";
+    const std::string key = "the name of a key is wanted, such as \"KEY_MUTE\", or \"none\"";
+    const struct {
+        const char* line; // the second
+        std::string complaint;
+    } rows[]{
+        {"recognizer.HoldTimeoutMilliseconds = -7", "HoldTimeoutMilliseconds: " + number},
+        {"recognizer.HoldTimeoutMilliseconds = 0.5", "HoldTimeoutMilliseconds: " + number},
+        {"recognizer.HoldTimeoutMilliseconds = '250'", "HoldTimeoutMilliseconds: " + number},
+        {"recognizer.HoldTimeoutMilliseconds = [250]", "HoldTimeoutMilliseconds: " + number},
+        {"recognizer.HoldTimeoutMilliseconds = inf", "HoldTimeoutMilliseconds: " + number},
+        {"recognizer.ActivationThreshold = nan", "ActivationThreshold: " + real},
+        {"recognizer.ActivationThreshold = -inf", "ActivationThreshold: " + real},
+        {"recognizer.ActivationThreshold = 1e39", "ActivationThreshold: " + real},
+        {"recognizer.EnableTapSuppression = 2", "EnableTapSuppression: true, false, 0 or 1 is wanted"},
+        {"recognizer.VirtualNormalizationFactors.23 = 1.0",
+         "VirtualNormalizationFactors.23: factors are numbered 0 to 22"},
+        {"recognizer.ResetEventStats = true", "ResetEventStats: it is no value that lasts"},
+        {"recognizer.HoldTimeout = 250",
+         "unknown setting 'HoldTimeout' (one of HoldTimeoutMilliseconds, ActivationThreshold, EnableHoldSuppression, "
+         "EnableTapSuppression, VirtualNormalizationFactors is wanted)"},
+        {"recognizer = 1", "recognizer: a table is wanted"},
+        {"HoldTimeoutMilliseconds = 250",
+         "unknown name 'HoldTimeoutMilliseconds' ([recognizer] and [keys] are wanted)"},
+        {"keys.press.play-pause = 'KEY_MUTE'", "unknown gesture 'press' (one of tap, hold is wanted)"},
+        {"keys.tap = 'KEY_MUTE'", "keys.tap: a table is wanted"},
+        {"keys.tap.left = 'KEY_MUTE'", "unknown region 'left' (one of play-pause, volume-up, volume-down is wanted)"},
+        {"keys.tap.play-pause = 'KEY_MUET'", "tap.play-pause: " + key},
+        {"keys.tap.play-pause = 'BTN_LEFT'", "tap.play-pause: " + key},
+        {"keys.tap.play-pause = 'KEY_RESERVED'", "tap.play-pause: " + key},
+        {"keys.tap.play-pause = 113", "tap.play-pause: " + key},
+    };
+    for (const auto& [line, complaint] : rows) {
+        SCOPED_TRACE(line);
+        write("config.toml", fmt::format("# before\n{}\nkeys.hold.volume-down = 'KEY_F14'\n", line));
+        read();
+        EXPECT_THAT(complaints(), ElementsAre("config.toml:2: " + complaint));
+        EXPECT_THAT(held(), ElementsAre("hold.volume-down=KEY_F14@config.toml:3"));
+    }
+}
+
+TEST_F(ConfigurationTest, WhatIsSurelyNotMeantHoldsAndIsComplainedOf) {
+    write("config.toml", "[recognizer]\nActivationThreshold = 0\n");
+    read();
+    EXPECT_THAT(held(), ElementsAre("ActivationThreshold=0@config.toml:2"));
+    EXPECT_THAT(complaints(), ElementsAre(StartsWith("config.toml:2: ActivationThreshold: 0 or less is allowed")));
+}
+
+TEST_F(ConfigurationTest, AFileThatIsNoTOMLIsLeftOutAtFirstAndLaterStaysAsItWas) {
+    write("config.toml", "[recognizer]\nHoldTimeoutMilliseconds = 250 ms\n");
+    write("config.d/10.toml", "keys.tap.volume-up = 'KEY_F13'\n");
+    std::filesystem::create_directories(folder + "/config.d/20.toml");
+    read();
+    EXPECT_THAT(held(), ElementsAre("tap.volume-up=KEY_F13@config.d/10.toml:1"));
+    EXPECT_THAT(complaints(), ElementsAre(StartsWith("config.toml:2: this is no TOML: "),
+                                          "config.d/20.toml: Is a directory; the file is left out"));
+
+    std::filesystem::remove_all(folder + "/config.d/20.toml");
+    write("config.toml", "recognizer.HoldTimeoutMilliseconds = 250\n");
+    read();
+    EXPECT_THAT(complaints(), IsEmpty());
+    write("config.toml", "recognizer.HoldTimeoutMilliseconds = 300 300\n");
+    write("config.d/10.toml", "");
+    read();
+    EXPECT_THAT(held(), ElementsAre("HoldTimeoutMilliseconds=250@config.toml:1"));
+    EXPECT_THAT(complaints(), ElementsAre(testing::EndsWith("; what the file said before goes on")));
+
+    std::filesystem::remove(folder + "/config.toml");
+    read();
+    EXPECT_THAT(held(), IsEmpty());
+    EXPECT_THAT(complaints(), IsEmpty());
+}
+
+} // namespace
+} // namespace VeltoTouch::Tests

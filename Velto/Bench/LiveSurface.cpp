@@ -1,0 +1,100 @@
+#include "Velto/Bench/LiveSurface.h"
+
+#include "Plugin/Shared/Overloaded.h"
+
+#include <utility>
+
+namespace VeltoTouch::Bench {
+namespace {
+
+std::string messageOf(const std::exception_ptr& failure) {
+    try {
+        if (failure)
+            std::rethrow_exception(failure);
+        return "";
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
+} // namespace
+
+LiveSurface::LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device, Bus::Which bus,
+                         std::vector<Setting> ofCommandLine, Handlers handlers)
+    : _loop(loop), _handlers(std::move(handlers)),
+      _settings(loop, bus, device.name(), std::move(ofCommandLine),
+                [this](const Setting& setting) { changeSetting(setting); }) {
+    loop.post([this, settings = _settings.settings()] { // before any report is posted
+        for (const Setting& setting : settings)
+            _handlers.setting(hostTimeNow(), setting);
+        _handlers.batchEnd();
+    });
+    _reader.emplace(device,
+                    Surface::DeviceReader::Handlers{
+                        .report =
+                            [this](std::uint64_t time, std::span<const std::uint8_t> report) {
+                                add({.time = hostTimeOf(time), .content = Report{{report.begin(), report.end()}}});
+                            },
+                        .acceleration =
+                            [this](std::uint64_t time, float x, float y, float z) {
+                                add({.time = hostTimeOf(time), .content = Acceleration{.x = x, .y = y, .z = z}});
+                            },
+                        .ended =
+                            [this](std::exception_ptr failure) {
+                                add({.time = hostTimeNow(), .content = End{std::move(failure)}});
+                            },
+                    });
+}
+
+LiveSurface::~LiveSurface() {
+    {
+        const MutexLock guard(_lock);
+        _isEnding = true;
+    }
+    _room.release(); // to the reader, if it waits for room: from now on it takes none
+}
+
+// On the reader's thread.
+void LiveSurface::add(Item item) {
+    _room.acquire();
+    const MutexLock guard(_lock);
+    if (_isEnding) {
+        _room.release(); // for the next one
+        return;
+    }
+    _waiting.push_back(std::move(item));
+    if (_waiting.size() == 1)
+        _loop.post([this] { handOver(); });
+}
+
+void LiveSurface::handOver() {
+    std::vector<Item> items;
+    {
+        const MutexLock guard(_lock);
+        items.swap(_waiting);
+    }
+    if (items.empty())
+        return;
+    _room.release(static_cast<std::ptrdiff_t>(items.size()));
+    for (const Item& item : items)
+        handOver(item);
+    _handlers.batchEnd();
+}
+
+void LiveSurface::handOver(const Item& item) const {
+    std::visit(Overloaded{
+                   [&](const Report& report) { _handlers.report(item.time, report.bytes); },
+                   [&](const Acceleration& sample) { _handlers.acceleration(item.time, sample.x, sample.y, sample.z); },
+                   [&](const End& end) { _handlers.gone(messageOf(end.failure)); },
+               },
+               item.content);
+}
+
+// What was read before the write comes before it.
+void LiveSurface::changeSetting(const Setting& setting) {
+    handOver();
+    _handlers.setting(hostTimeNow(), setting);
+    _handlers.batchEnd();
+}
+
+} // namespace VeltoTouch::Bench

@@ -1,0 +1,89 @@
+#include "Velto/Bench/SettingsSource.h"
+
+#include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/Bus/Names.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Bench {
+namespace {
+
+// The full keys of what can be read.
+std::vector<std::string> settingKeys() {
+    std::vector<std::string> keys;
+    for (const SettingRow& row : kSettingRows) {
+        if (row.is<SettingRow::Action>())
+            continue;
+        if (!row.is<SettingRow::Factors>()) {
+            keys.push_back(fullKeyOf(row));
+            continue;
+        }
+        for (std::size_t n = 0; n < kGroupCount; ++n)
+            keys.push_back(fmt::format("{}.{}", fullKeyOf(row), n));
+    }
+    return keys;
+}
+
+} // namespace
+
+SettingsSource::SettingsSource(EventLoop& loop, Bus::Which bus, const std::string& device,
+                               std::vector<Setting> ofCommandLine, ChangeHandler changeHandler)
+    : _ofCommandLine(std::move(ofCommandLine)), _changeHandler(std::move(changeHandler)) {
+    connect(loop, bus, device);
+    if (_client)
+        readAll();
+    std::ranges::copy(_ofCommandLine, std::back_inserter(_settings));
+}
+
+// Without a bus, or without a service of this device, there is no client.
+void SettingsSource::connect(EventLoop& loop, Bus::Which bus, const std::string& device) {
+    if (Bus::elementOf(device).empty())
+        return;
+    try {
+        _client.emplace(bus, device);
+    } catch (const std::runtime_error&) {
+        return;
+    }
+    _client->followProperties(
+        loop, [this](const std::string& key, const Ref<Value>& value) { change(key, value); },
+        [this] { _hasServiceEnded = true; });
+}
+
+void SettingsSource::readAll() {
+    for (std::string& key : settingKeys()) {
+        if (isOfCommandLine(key))
+            continue;
+        Ref<Value> value = _client->getProperty(key);
+        _settings.push_back({.key = std::move(key), .value = std::move(value)});
+    }
+}
+
+bool SettingsSource::isOfCommandLine(const std::string& key) const {
+    return std::ranges::find(_ofCommandLine, key, &Setting::key) != _ofCommandLine.end();
+}
+
+void SettingsSource::change(const std::string& key, const Ref<Value>& value) {
+    if (!settingUnder(key) || isOfCommandLine(key))
+        return;
+    const auto known = std::ranges::find(_settings, key, &Setting::key);
+    if (known == _settings.end())
+        _settings.push_back({.key = key, .value = value});
+    else
+        known->value = value;
+    _changeHandler({.key = key, .value = value});
+}
+
+std::string SettingsSource::description() const {
+    std::string text =
+        _client ? fmt::format("velto serve ({}{})", _client->element(), _hasServiceEnded ? ", which has ended" : "")
+                : "the defaults";
+    if (!_ofCommandLine.empty())
+        text += fmt::format(", {} of the command line", _ofCommandLine.size());
+    return text;
+}
+
+} // namespace VeltoTouch::Bench

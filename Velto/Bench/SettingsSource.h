@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Velto/Analysis/Setting.h"
+#include "Velto/Daemon/Bus/Client.h"
+#include "Velto/Daemon/EventLoop.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace VeltoTouch::Bench {
+
+using Analysis::Setting;
+
+// The settings in force for a surface, from the first of these that there is:
+//
+//   velto serve                 where it serves a device of this name: what it has now, and every later write
+//   the defaults                of the recognizer
+//
+// Settings of the command line take the place of what any of them says under the same key.
+//
+// The loop's thread.
+class SettingsSource {
+public:
+    using ChangeHandler = std::function<void(const Setting& setting)>;
+
+    // `device`: the name of a connected device. Reads what is in force; `changeHandler` is called for each later write
+    // while the loop runs. Throws std::runtime_error if the service does not answer.
+    SettingsSource(EventLoop& loop, Bus::Which bus, const std::string& device, std::vector<Setting> ofCommandLine,
+                   ChangeHandler changeHandler);
+    SettingsSource(const SettingsSource&) = delete;
+    SettingsSource& operator=(const SettingsSource&) = delete;
+    ~SettingsSource() = default;
+
+    // Every setting that is in force, those left at their default too if a service has said so. No actions.
+    [[nodiscard]] const std::vector<Setting>& settings() const noexcept { return _settings; }
+
+    // Where they come from, for people: "velto serve (hidraw0), 1 of the command line". Changes as the service ends.
+    [[nodiscard]] std::string description() const;
+
+private:
+    void connect(EventLoop& loop, Bus::Which bus, const std::string& device);
+    void readAll();
+    [[nodiscard]] bool isOfCommandLine(const std::string& key) const;
+    void change(const std::string& key, const Ref<Value>& value);
+
+    const std::vector<Setting> _ofCommandLine;
+    const ChangeHandler _changeHandler;
+    std::optional<Bus::Client> _client; // none: no service
+    bool _hasServiceEnded = false;
+    std::vector<Setting> _settings;
+};
+
+} // namespace VeltoTouch::Bench

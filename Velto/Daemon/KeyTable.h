@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Plugin/Reports/Regions.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include <linux/input-event-codes.h>
+
+// Which key a gesture on a region presses. Keys have the kernel's numbers.
+
+namespace VeltoTouch {
+
+inline constexpr std::uint16_t kNoKey = KEY_RESERVED;
+
+struct RegionKeys {
+    std::uint16_t tap = kNoKey;
+    std::uint16_t hold = kNoKey;
+
+    [[nodiscard]] bool operator==(const RegionKeys& other) const noexcept = default;
+};
+
+// What a key is pressed for, and its name in the configuration.
+using KeyUse = std::uint16_t RegionKeys::*;
+struct KeyUseRow {
+    KeyUse use;
+    std::string_view name;
+};
+inline constexpr std::array<KeyUseRow, 2> kKeyUseRows{{{&RegionKeys::tap, "tap"}, {&RegionKeys::hold, "hold"}}};
+
+[[nodiscard]] constexpr std::string_view nameOf(KeyUse use) noexcept {
+    return std::ranges::find(kKeyUseRows, use, &KeyUseRow::use)->name;
+}
+
+// By the region's number.
+using KeyTable = std::array<RegionKeys, kRegionCount>;
+
+[[nodiscard]] constexpr RegionKeys& keysOf(KeyTable& table, PixelRegion region) noexcept {
+    return table[static_cast<std::size_t>(region)];
+}
+[[nodiscard]] constexpr const RegionKeys& keysOf(const KeyTable& table, PixelRegion region) noexcept {
+    return table[static_cast<std::size_t>(region)];
+}
+
+inline constexpr KeyTable kDefaultKeys = [] {
+    KeyTable table;
+    keysOf(table, PixelRegion::PlayPause) = {.tap = KEY_PLAYPAUSE, .hold = KEY_ASSISTANT};
+    keysOf(table, PixelRegion::VolumeUp) = {.tap = KEY_VOLUMEUP, .hold = KEY_VOLUMEUP};
+    keysOf(table, PixelRegion::VolumeDown) = {.tap = KEY_VOLUMEDOWN, .hold = KEY_VOLUMEDOWN};
+    return table;
+}();
+
+} // namespace VeltoTouch
