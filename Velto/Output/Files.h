@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/FileDescriptor.h"
 #include "Platform/Value.h"
 
 #include <cstddef>
@@ -36,6 +37,10 @@ void forEachLine(const std::string& path, const std::function<void(std::string_v
 // written to directly; an empty path and "-" are the standard output. Throws std::runtime_error, mostly with the
 // system's message; for the standard output see writeStandardOutput.
 void writeFile(const std::string& path, std::string_view content);
+
+// The same for a file that grows: returns it, open for writing. Throws std::runtime_error also for anything but a
+// regular file.
+[[nodiscard]] FileDescriptor beginFile(const std::string& path, std::string_view content);
 
 // Throws what writeFile would throw before it writes. For a file that is written after long work.
 void requireWritable(const std::string& path);
