@@ -7,24 +7,6 @@
 namespace VeltoTouch::Util {
 namespace {
 
-// Where the pads lie, seen from above. A run of four equal letters is the place where that pad's value is printed;
-// eight pads show on both sides. Every row ends with a blank, which ends its last run.
-constexpr std::array<std::string_view, 13> kLayout{
-    "           HHHH      GGGG           ", //
-    "                IIII                ", //
-    "     BBBB                  AAAA     ", //
-    "         JJJJ          JJJJ         ", //
-    "     FFFF                  EEEE     ", //
-    " AAAA                          BBBB ", //
-    "                KKKK                ", //
-    " DDDD                          CCCC ", //
-    "     EEEE                  FFFF     ", //
-    "         LLLL          LLLL         ", //
-    "     CCCC                  DDDD     ", //
-    "                MMMM                ", //
-    "           NNNN      OOOO           ", //
-};
-
 int padValue(const InputReport::Image& image, char letter, bool raw) {
     assert(letter >= 'A' && letter <= 'O');
     const auto pad = static_cast<std::size_t>(letter - 'A');
@@ -62,7 +44,7 @@ std::string renderedRow(const InputReport::Image& image, std::string_view row, b
 
 std::string stringFromImage(const InputReport::Image& image, bool raw) noexcept {
     std::string text = fmt::format("# Image frame {}    time {} ms\n\n", image.frameNumber, image.timestampMs);
-    for (const std::string_view row : kLayout)
+    for (const std::string_view row : kPadLayout)
         text += renderedRow(image, row, raw);
     return text;
 }

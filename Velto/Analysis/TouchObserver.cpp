@@ -77,7 +77,7 @@ void TouchObserver::frame(const Track::Step& step, const Algs& algs, const HIDEv
 
 void TouchObserver::begin(const Track::Step& step, const Algs& algs) {
     _isTouching = true;
-    _touch = {.number = _touches.size() + 1, .startNs = step.ns, .startFrame = step.image.frameNumber};
+    _touch = {.number = ++_begun, .startNs = step.ns, .startFrame = step.image.frameNumber};
     const HandStats& hand = algs.handStats;
     _touch.inForce = {.holdTimeoutMs = hand.holdTimeoutMs,
                       .activationThreshold = hand.activationThreshold,

@@ -4,7 +4,9 @@
 #include "Velto/Analysis/Touch.h"
 #include "Velto/Analysis/Track.h"
 
+#include <cstddef>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace VeltoTouch::Analysis {
@@ -26,7 +28,12 @@ public:
     // Takes in a frame, in order. The recognizer is as it stands after it.
     void frame(const Track::Step& step, const Algs& algs, const HIDEvents& events);
 
-    // Ends the observation and returns the touches in their order. A touch that is still in progress ends at the last
+    // Takes out the touches that have ended so far, in their order. For observation without end.
+    [[nodiscard]] std::vector<Touch> takeEnded() { return std::exchange(_touches, {}); }
+    // Returns the touch in progress as far as it is known, with no outcome and no end; null if there is none.
+    [[nodiscard]] const Touch* inProgress() const noexcept { return _isTouching ? &_touch : nullptr; }
+
+    // Ends the observation and returns the touches, less those taken out, in their order. A touch that is still in progress ends at the last
     // frame, unfinished unless it has become a hold.
     [[nodiscard]] std::vector<Touch> finish();
 
@@ -48,6 +55,7 @@ private:
 
     const Contributions _contributions;
     std::vector<Touch> _touches;
+    std::size_t _begun = 0; // touches
     Track::Step _lastStep;
 
     // Of the touch in progress.

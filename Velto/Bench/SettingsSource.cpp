@@ -2,6 +2,7 @@
 
 #include "Plugin/Pipeline/Properties.h"
 #include "Velto/Daemon/Bus/Names.h"
+#include "Velto/Daemon/Configuration.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -34,8 +35,7 @@ SettingsSource::SettingsSource(EventLoop& loop, Bus::Which bus, const std::strin
                                std::vector<Setting> ofCommandLine, ChangeHandler changeHandler)
     : _ofCommandLine(std::move(ofCommandLine)), _changeHandler(std::move(changeHandler)) {
     connect(loop, bus, device);
-    if (_client)
-        readAll();
+    _client ? readService() : readConfiguration();
     std::ranges::copy(_ofCommandLine, std::back_inserter(_settings));
 }
 
@@ -53,7 +53,15 @@ void SettingsSource::connect(EventLoop& loop, Bus::Which bus, const std::string&
         [this] { _hasServiceEnded = true; });
 }
 
-void SettingsSource::readAll() {
+void SettingsSource::readConfiguration() {
+    for (ConfiguredSetting& setting : VeltoTouch::readConfiguration(kConfigurationFolder).settings) {
+        _isConfigured = true;
+        if (!isOfCommandLine(setting.key))
+            _settings.push_back({.key = std::move(setting.key), .value = std::move(setting.value)});
+    }
+}
+
+void SettingsSource::readService() {
     for (std::string& key : settingKeys()) {
         if (isOfCommandLine(key))
             continue;
@@ -78,9 +86,9 @@ void SettingsSource::change(const std::string& key, const Ref<Value>& value) {
 }
 
 std::string SettingsSource::description() const {
-    std::string text =
-        _client ? fmt::format("velto serve ({}{})", _client->element(), _hasServiceEnded ? ", which has ended" : "")
-                : "the defaults";
+    std::string text = _isConfigured ? kConfigurationFolder : "the defaults";
+    if (_client)
+        text = fmt::format("velto serve ({}{})", _client->element(), _hasServiceEnded ? ", which has ended" : "");
     if (!_ofCommandLine.empty())
         text += fmt::format(", {} of the command line", _ofCommandLine.size());
     return text;

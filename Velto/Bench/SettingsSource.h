@@ -16,6 +16,7 @@ using Analysis::Setting;
 // The settings in force for a surface, from the first of these that there is:
 //
 //   velto serve                 where it serves a device of this name: what it has now, and every later write
+//   /etc/velto-touch            the configuration
 //   the defaults                of the recognizer
 //
 // Settings of the command line take the place of what any of them says under the same key.
@@ -41,7 +42,8 @@ public:
 
 private:
     void connect(EventLoop& loop, Bus::Which bus, const std::string& device);
-    void readAll();
+    void readService();
+    void readConfiguration();
     [[nodiscard]] bool isOfCommandLine(const std::string& key) const;
     void change(const std::string& key, const Ref<Value>& value);
 
@@ -49,6 +51,7 @@ private:
     const ChangeHandler _changeHandler;
     std::optional<Bus::Client> _client; // none: no service
     bool _hasServiceEnded = false;
+    bool _isConfigured = false;
     std::vector<Setting> _settings;
 };
 

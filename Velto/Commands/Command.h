@@ -34,7 +34,9 @@ struct Command {
 [[nodiscard]] Command makeStatsCommand(App& program);
 [[nodiscard]] Command makeRecoverCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
+[[nodiscard]] Command makeViewCommand(App& program);
 [[nodiscard]] Command makeCaptureCommand(App& program);
+[[nodiscard]] Command makeCollectCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);
 [[nodiscard]] Command makeGetCommand(App& program);

@@ -51,6 +51,21 @@ CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& descri
     return app.offer(option, deviceCandidates())->type_name("DEVICE");
 }
 
+CLI::Option* addWatched(App& app, Watched& target, const std::string& description) {
+    app.addList(deviceList());
+    const auto parse = [&target](const std::string& text) {
+        try {
+            target = parseWatched(text);
+        } catch (const std::invalid_argument& error) {
+            throw CLI::ValidationError("DEVICE|FILE", error.what());
+        }
+    };
+    Candidates candidates = deviceCandidates();
+    candidates.filePrefixes.emplace_back();
+    CLI::Option* option = app.add_option_function<std::string>("DEVICE|FILE", parse, description);
+    return app.offer(option, std::move(candidates))->type_name("")->required();
+}
+
 CLI::Option* addDeviceArgument(App& app, DeviceChoice& target) {
     app.addList(deviceList());
     CLI::Option* option = app.add_option_function<std::string>(

@@ -15,6 +15,9 @@ namespace VeltoTouch::Velto {
 // --device DEVICE, and the devices at the end of the help.
 CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& description);
 
+// DEVICE|FILE, and the devices at the end of the help.
+CLI::Option* addWatched(App& app, Watched& target, const std::string& description);
+
 // DEVICE, an argument, and the devices at the end of the help.
 CLI::Option* addDeviceArgument(App& app, DeviceChoice& target);
 

@@ -35,6 +35,7 @@ constexpr std::array kCommands{
     Row{"Why", makeRecoverCommand},          //
     Row{"Why", makeExportCommand},           //
     Row{"Live", makeRunCommand},             //
+    Row{"Live", makeViewCommand},            //
     Row{"Live", makeCaptureCommand},         //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeServeCommand},   //

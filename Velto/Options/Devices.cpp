@@ -7,6 +7,7 @@
 #include "Velto/Surface/Scripts.h"
 #include "Velto/Surface/SimulatedAccelerometer.h"
 
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 
@@ -88,6 +89,17 @@ DeviceChoice parseDevice(std::string_view text) {
     if (text.starts_with("/dev/hidraw"))
         return {.name = name, .surface = SurfaceNode{.path = name}};
     throw std::invalid_argument("sim, sim:STEP,..., replay:FILE, surface or /dev/hidrawN is wanted");
+}
+
+Watched parseWatched(const std::string& text) {
+    std::error_code ignored;
+    if (!text.starts_with("/dev/hidraw") && std::filesystem::exists(text, ignored))
+        return {.name = text, .what = RecordedSurface{.file = text}};
+    try {
+        return {.name = text, .what = parseDevice(text)};
+    } catch (const std::invalid_argument& error) {
+        throw std::invalid_argument(fmt::format("'{}' is no file, and as a device {}", text, error.what()));
+    }
 }
 
 ConnectedDevice connect(const DeviceChoice& choice, double speed) {

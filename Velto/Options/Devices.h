@@ -39,6 +39,18 @@ struct DeviceChoice {
 // Reads sim, sim:STEP,STEP,..., replay:FILE, surface or /dev/hidrawN. Throws std::invalid_argument with what is wrong.
 [[nodiscard]] DeviceChoice parseDevice(std::string_view text);
 
+// What is looked at: a recording, or a device.
+struct Watched {
+    std::string name; // as given
+    std::variant<RecordedSurface, DeviceChoice> what;
+
+    [[nodiscard]] const DeviceChoice* device() const noexcept { return std::get_if<DeviceChoice>(&what); }
+};
+
+// Reads the path of a file that exists, or else a device; the node of a device is a device. Throws
+// std::invalid_argument with what is wrong.
+[[nodiscard]] Watched parseWatched(const std::string& text);
+
 // Connects the device under its name, which for the first surface is its node's path, with the accelerometers beside
 // it: a made-up one of a simulated surface, this machine's of a real one. `speed` is a factor on the pace of one that
 // is played. Throws std::runtime_error and what reading a recording throws.

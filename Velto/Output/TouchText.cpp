@@ -124,12 +124,15 @@ std::string alternativesLine(const Touch& touch) {
 
 } // namespace
 
-std::string touchHeading(const Touch& touch, const Label* label) {
+std::string verdictText(const Touch& touch) {
     const auto reason = touch.reason();
-    const std::string verdict =
-        fmt::format("{}{}{}", nameOf(touch.outcome), reason ? ", because of " : "", reason ? phraseOf(*reason) : "");
+    return fmt::format("{}{}{}", nameOf(touch.outcome), reason ? ", because of " : "",
+                       reason ? phraseOf(*reason) : "");
+}
+
+std::string touchHeading(const Touch& touch, const Label* label) {
     return fmt::format("touch {:<3} {:>8.2f} s {:>6.0f} ms  {:<10}  {}{}\n", touch.number, secondsOf(touch.startNs),
-                       touch.durationMs(), nameOf(touch.region), coloured(colourOf(touch.outcome), verdict),
+                       touch.durationMs(), nameOf(touch.region), coloured(colourOf(touch.outcome), verdictText(touch)),
                        label == nullptr ? "" : meant(*label));
 }
 

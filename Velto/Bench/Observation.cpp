@@ -1,0 +1,122 @@
+#include "Velto/Bench/Observation.h"
+
+#include "Plugin/Shared/ClockConversion.h"
+#include "Plugin/Shared/Keys.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace VeltoTouch::Bench {
+namespace {
+
+std::uint64_t ticksOf(HostTime time) noexcept { return Util::machTimeFromNanoseconds(time.count()); }
+
+Moment::State stateOf(const HandStats& hand) noexcept {
+    if (hand.holding)
+        return Moment::State::Holding;
+    if (hand.suppressingHold)
+        return Moment::State::Suppressed;
+    if (hand.touching)
+        return Moment::State::Touching;
+    return hand.aboveNoise ? Moment::State::AboveNoise : Moment::State::Idle;
+}
+
+std::size_t strongestGroupOf(const VirtualPixels& groups) {
+    const auto strongest = std::max_element(groups.normalized.begin(), groups.normalized.begin() + kGroupCount);
+    return static_cast<std::size_t>(strongest - groups.normalized.begin());
+}
+
+} // namespace
+
+Observation::Observation(std::uint64_t bound) : _bound(bound) {
+    _recording.setMaxFrameCount(bound);
+    _recording.pipeline = _pipeline;
+    _pipeline->imageHandler = [this](std::uint64_t, const InputReport::Image& image) { _image = image; };
+    _pipeline->invalidReportHandler = [this](auto...) { ++_invalidReports; };
+    _pipeline->firmwareEventHandler = [this](std::uint64_t, const InputReport::FirmwareEvent& event) {
+        _isReset = event.event == InputReport::FirmwareEvent::kReset;
+    };
+    _pipeline->hidEventsHandler = [this](std::uint64_t, const HIDEvents& events) { _events = events; };
+}
+
+void Observation::set(HostTime time, const Setting& setting) {
+    if (const auto key = Keys::belowPipeline(setting.key))
+        _recording.setState(ticksOf(time), std::string(*key), setting.value);
+}
+
+void Observation::report(HostTime time, std::span<const std::uint8_t> report) {
+    if (!_start)
+        _start = _last = time;
+    time = _last = std::max(time, _last); // a piped device may say anything
+    ++_reports;
+    _recording.handleInputReport(ticksOf(time), report.data(), report.size());
+    if (_image || _isReset)
+        observe(time - *_start);
+    _image.reset();
+    _isReset = false;
+    _events.clear();
+}
+
+void Observation::observe(HostTime time) {
+    const auto kind = _isReset ? Analysis::Track::Step::Kind::Reset : Analysis::Track::Step::Kind::Image;
+    _observer.frame({.kind = kind, .ns = time.count(), .image = _image.value_or(InputReport::Image{})}, _pipeline->algs,
+                    _events);
+    for (Analysis::Touch& touch : _observer.takeEnded())
+        _decisions.push_back({.moment = end(), .touch = std::move(touch)});
+    add(momentNow(time));
+}
+
+void Observation::add(Moment moment) {
+    _moments.push_back(std::move(moment));
+    if (_bound == 0)
+        return;
+    for (; _moments.size() > 2 * _bound; ++_forgotten)
+        _moments.pop_front();
+    while (_decisions.size() > kMostDecisions)
+        _decisions.pop_front();
+}
+
+Moment Observation::momentNow(HostTime time) const {
+    const Algs& algs = _pipeline->algs;
+    const HandStats& hand = algs.handStats;
+    const std::size_t group = strongestGroupOf(algs.virtualPixels);
+    Moment moment{.time = time,
+                  .image = _image.value_or(InputReport::Image{}),
+                  .isReset = _isReset,
+                  .strongestGroup = algs.virtualPixels.names[group],
+                  .groupValue = algs.virtualPixels.value[group],
+                  .isGroupOn = algs.virtualPixels.on[group] != 0,
+                  .state = stateOf(hand),
+                  .touchScore = hand.touchScore,
+                  .touchScoreLimit = hand.touchScoreLimit,
+                  .holdScoreThreshold = hand.holdScoreThreshold,
+                  .activationThreshold = hand.activationThreshold,
+                  .holdTimeoutMs = hand.holdTimeoutMs,
+                  .contact = {},
+                  .reports = _reports,
+                  .gaps = _pipeline->disjointImageCount,
+                  .resets = _pipeline->resetCount,
+                  .invalidReports = _invalidReports};
+    for (std::size_t i = 0; i < kPadCount; ++i)
+        moment.pads[i] = {.value = algs.pixels.value[i], .isOn = algs.pixels.on[i] != 0};
+    if (const Analysis::Touch* touch = _observer.inProgress())
+        moment.contact = {.number = touch->number,
+                          .elapsedMs = elapsedMs(moment.image.timestampMs, hand.touchStartTime),
+                          .region = hand.activeRegion,
+                          .peak = touch->peak};
+    return moment;
+}
+
+std::optional<double> Observation::rateHz(std::size_t number) const {
+    constexpr HostTime kSpan = std::chrono::seconds(1);
+    const auto last = _moments.begin() + static_cast<std::ptrdiff_t>(number - _forgotten);
+    const HostTime from = last->time - std::min(last->time, kSpan);
+    const auto first = std::lower_bound(_moments.begin(), last, from,
+                                        [](const Moment& moment, HostTime time) { return moment.time < time; });
+    if (first == last || last->time == first->time)
+        return std::nullopt;
+    return static_cast<double>(last - first) / Seconds(last->time - first->time).count();
+}
+
+} // namespace VeltoTouch::Bench

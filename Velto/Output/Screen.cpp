@@ -1,0 +1,309 @@
+#include "Velto/Output/Screen.h"
+
+#include "Platform/FileDescriptor.h"
+#include "Platform/UTF8.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#define NCURSES_NOMACROS // functions in place of macros with common names
+#include <curses.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/signalfd.h>
+#include <sys/time.h>
+#include <termios.h>
+#include <unistd.h>
+
+extern "C" char* tigetstr(const char* name); // of the library; its header term.h makes a macro of `columns`
+
+namespace VeltoTouch::Velto {
+namespace {
+
+constexpr std::array kFaults{SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
+constexpr std::array kStops{SIGTERM, SIGINT, SIGHUP, SIGQUIT};
+constexpr std::array kTerminalSignals{SIGHUP, SIGQUIT, SIGTSTP, SIGCONT, SIGWINCH};
+
+// How to restore the terminal from a signal handler: what it was, and what makes it so.
+struct Rescue {
+    termios modes{};
+    std::array<char, 256> text{};
+    std::size_t length = 0;
+};
+Rescue rescue;
+
+void addToRescue(const char* capability) noexcept {
+    char* const text = tigetstr(capability);
+    if (text == nullptr || text == reinterpret_cast<char*>(-1)) // NOLINT: as the library says it
+        return;
+    const std::size_t length = std::min(std::strlen(text), rescue.text.size() - rescue.length);
+    std::memcpy(rescue.text.data() + rescue.length, text, length);
+    rescue.length += length;
+}
+
+bool isReady(int descriptor, short events) noexcept {
+    pollfd state{.fd = descriptor, .events = events, .revents = 0};
+    return ::poll(&state, 1, 0) > 0 && (state.revents & events) != 0;
+}
+
+// Called by signal handlers.
+void restoreTerminal() noexcept {
+    ::tcsetattr(STDOUT_FILENO, TCSANOW, &rescue.modes);
+    if (isReady(STDOUT_FILENO, POLLOUT))
+        (void)!::write(STDOUT_FILENO, rescue.text.data(), rescue.length);
+}
+
+void endByFault(int signal) {
+    restoreTerminal();
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+// The program has waited for the terminal for long. A stop signal would wait as well: it is blocked.
+void endIfStopped(int /*signal*/) {
+    sigset_t pending;
+    sigpending(&pending);
+    for (const int signal : kStops) {
+        if (sigismember(&pending, signal) != 1)
+            continue;
+        restoreTerminal();
+        ::_exit(128 + signal);
+    }
+}
+
+void setHandler(int signal, void (*handler)(int)) noexcept {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    ::sigaction(signal, &action, nullptr);
+}
+
+// While one lives, `endIfStopped` is called every second.
+class Patience {
+public:
+    Patience() noexcept { setTimer(1); }
+    Patience(const Patience&) = delete;
+    Patience& operator=(const Patience&) = delete;
+    ~Patience() { setTimer(0); }
+
+private:
+    static void setTimer(time_t seconds) noexcept {
+        const itimerval timer{.it_interval = {.tv_sec = seconds, .tv_usec = 0},
+                              .it_value = {.tv_sec = seconds, .tv_usec = 0}};
+        ::setitimer(ITIMER_REAL, &timer, nullptr);
+    }
+};
+
+sigset_t terminalSignals() noexcept {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : kTerminalSignals)
+        sigaddset(&set, signal);
+    return set;
+}
+
+struct CloseFile {
+    void operator()(FILE* file) const noexcept { std::fclose(file); }
+};
+using File = std::unique_ptr<FILE, CloseFile>;
+
+bool areColoursWanted() noexcept {
+    const char* const noColour = std::getenv("NO_COLOR");
+    return (noColour == nullptr || *noColour == '\0') && has_colors();
+}
+
+// In the order of the inks.
+constexpr std::array<short, 6> kColours{-1, COLOR_BLUE, COLOR_CYAN, COLOR_GREEN, COLOR_YELLOW, COLOR_RED};
+
+// The bytes of the first `columns` characters.
+std::size_t lengthOf(std::string_view text, int columns) noexcept {
+    std::size_t length = 0;
+    for (; columns > 0 && length < text.size(); --columns)
+        length += std::max<std::size_t>(UTF8::sequenceLength(text.substr(length)), 1);
+    return std::min(length, text.size());
+}
+
+} // namespace
+
+struct Screen::Terminal {
+    File ownInput; // null: the standard input
+    SCREEN* screen = nullptr;
+    FileDescriptor signals;
+    bool hasColours = false;
+
+    [[nodiscard]] FILE* input() const noexcept { return ownInput ? ownInput.get() : stdin; }
+
+    Terminal() {
+        if (::isatty(STDOUT_FILENO) == 0)
+            throw std::runtime_error("the standard output is no terminal");
+        if (::isatty(STDIN_FILENO) == 0) {
+            ownInput.reset(std::fopen("/dev/tty", "re"));
+            if (!ownInput)
+                throw std::runtime_error("there is no terminal to read keys from");
+        }
+        const sigset_t set = terminalSignals();
+        pthread_sigmask(SIG_BLOCK, &set, nullptr);
+        signals = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
+        if (!signals.isOpen())
+            throw std::system_error(errno, std::generic_category(), "signals");
+        begin();
+    }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+    ~Terminal() {
+        ::endwin();
+        for (const int signal : kFaults)
+            setHandler(signal, SIG_DFL);
+        ::delscreen(screen);
+    }
+
+    void begin() {
+        std::setlocale(LC_CTYPE, "");
+        ::tcgetattr(STDOUT_FILENO, &rescue.modes);
+        ::use_env(TRUE);
+        screen = ::newterm(nullptr, stdout, input());
+        if (screen == nullptr)
+            throw std::runtime_error("a terminal of this kind is not known (TERM)");
+        for (const char* const capability : {"sgr0", "rmkx", "cnorm", "rmcup"})
+            addToRescue(capability);
+        for (const int signal : kFaults)
+            setHandler(signal, endByFault);
+        setHandler(SIGALRM, endIfStopped);
+        ::cbreak();
+        ::noecho();
+        ::nonl();
+        ::curs_set(0);
+        ::set_escdelay(25);
+        ::keypad(stdscr, TRUE);
+        ::nodelay(stdscr, TRUE);
+        hasColours = areColoursWanted();
+        if (!hasColours)
+            return;
+        ::start_color();
+        ::use_default_colors();
+        for (short i = 0; i < static_cast<short>(kColours.size()); ++i)
+            ::init_pair(i, kColours[static_cast<std::size_t>(i)], -1);
+    }
+
+    [[nodiscard]] attr_t attributesOf(Style style) const noexcept {
+        attr_t attributes = hasColours ? static_cast<attr_t>(COLOR_PAIR(static_cast<int>(style.ink))) : 0;
+        attributes |= style.isBold ? A_BOLD : 0;
+        attributes |= style.isReverse ? A_REVERSE : 0;
+        return attributes;
+    }
+};
+
+Screen::Screen() : _terminal(new Terminal) {}
+
+Screen::~Screen() { delete _terminal; }
+
+int Screen::rows() const noexcept { return LINES; }
+
+int Screen::columns() const noexcept { return COLS; }
+
+void Screen::clear() { ::werase(stdscr); }
+
+void Screen::put(int row, int column, std::string_view text, Style style) {
+    if (row < 0 || row >= rows() || column < 0 || column >= columns())
+        return;
+    ::wattrset(stdscr, static_cast<int>(_terminal->attributesOf(style)));
+    ::mvwaddnstr(stdscr, row, column, text.data(), static_cast<int>(lengthOf(text, columns() - column)));
+}
+
+bool Screen::show() {
+    if (!isReady(STDOUT_FILENO, POLLOUT))
+        return false;
+    const Patience patience;
+    ::wrefresh(stdscr);
+    return true;
+}
+
+int Screen::keys() const noexcept { return ::fileno(_terminal->input()); }
+
+std::optional<Screen::Press> Screen::nextPress() {
+    for (;;) {
+        const int code = ::wgetch(stdscr);
+        switch (code) {
+        case ERR:
+            return std::nullopt;
+        case KEY_LEFT:
+            return Press{Key::Left, 0};
+        case KEY_RIGHT:
+            return Press{Key::Right, 0};
+        case KEY_UP:
+            return Press{Key::Up, 0};
+        case KEY_DOWN:
+            return Press{Key::Down, 0};
+        case KEY_PPAGE:
+            return Press{Key::PageUp, 0};
+        case KEY_NPAGE:
+            return Press{Key::PageDown, 0};
+        case KEY_HOME:
+            return Press{Key::Home, 0};
+        case KEY_END:
+            return Press{Key::End, 0};
+        case ' ':
+            return Press{Key::Space, 0};
+        default:
+            if (code > ' ' && code < 0x7F)
+                return Press{Key::Letter, static_cast<char>(code)};
+        }
+    }
+}
+
+bool Screen::isGone() const noexcept { return isReady(keys(), POLLHUP | POLLERR); }
+
+int Screen::signals() const noexcept { return _terminal->signals.get(); }
+
+bool Screen::handleSignals() {
+    signalfd_siginfo signal{};
+    bool isToEnd = false;
+    while (::read(signals(), &signal, sizeof signal) > 0) {
+        switch (signal.ssi_signo) {
+        case SIGTSTP:
+            suspend();
+            break;
+        case SIGCONT:
+            resume();
+            break;
+        case SIGWINCH:
+            if (winsize size{}; ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0)
+                ::resizeterm(size.ws_row, size.ws_col);
+            break;
+        default:
+            isToEnd = true;
+        }
+    }
+    return isToEnd;
+}
+
+// Stops with the terminal as it was, as everybody does.
+void Screen::suspend() {
+    ::endwin();
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGTSTP);
+    setHandler(SIGTSTP, SIG_DFL);
+    std::raise(SIGTSTP); // waits for its turn
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    resume();
+}
+
+// Whoever ran meanwhile may have left anything.
+void Screen::resume() {
+    ::reset_prog_mode();
+    ::clearok(curscr, TRUE);
+}
+
+} // namespace VeltoTouch::Velto
