@@ -50,8 +50,9 @@ void appendKeyed(std::string& text, const Frame& frame, std::string_view type) {
     text += "},";
 }
 
-// Each frame is followed by a comma; a frame of no known type is left out.
-void appendFrameText(std::string& text, const Frame& frame) {
+} // namespace
+
+void appendFrame(std::string& text, const Frame& frame) {
     switch (frame.type) {
     case Frame::Type::State:
         return appendKeyed(text, frame, kStateType);
@@ -62,16 +63,14 @@ void appendFrameText(std::string& text, const Frame& frame) {
     }
 }
 
-} // namespace
-
 std::string writeContainer(const std::list<Frame>& frames) {
     std::string text = roomForText(kUsualFrameLength * (frames.size() + 1));
-    text += R"({"Frames":[)";
+    text += kContainerBeginning;
     for (const Frame& frame : frames)
-        appendFrameText(text, frame);
+        appendFrame(text, frame);
     if (text.back() == ',')
         text.pop_back();
-    text += R"(],"Version":2})";
+    text += kContainerEnding;
     return text;
 }
 

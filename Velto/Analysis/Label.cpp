@@ -28,6 +28,8 @@ std::optional<Label> labelIn(const Frame& frame) {
 
 } // namespace
 
+bool isLabel(const Frame& frame) { return labelIn(frame).has_value(); }
+
 std::vector<Label> labelsOf(const std::list<Frame>& frames) {
     std::vector<Label> labels;
     for (const Frame& frame : frames) {

@@ -25,8 +25,10 @@ struct Label {
     [[nodiscard]] bool isMeant() const noexcept { return gesture == "tap" || gesture == "hold" || gesture == "slide"; }
 };
 
-// Returns the labels of a recording in their order. `frames` are sorted by time. Frames of the key that have another
-// form are no labels.
+// Whether a frame is a label. Frames of the key that have another form are none.
+[[nodiscard]] bool isLabel(const Frame& frame);
+
+// Returns the labels of a recording in their order. `frames` are sorted by time.
 [[nodiscard]] std::vector<Label> labelsOf(const std::list<Frame>& frames);
 
 } // namespace VeltoTouch::Analysis

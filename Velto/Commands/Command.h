@@ -24,6 +24,7 @@ struct Command {
 [[nodiscard]] Command makeRenderCommand(App& program);
 [[nodiscard]] Command makeInfoCommand(App& program);
 [[nodiscard]] Command makeSimulateCommand(App& program);
+[[nodiscard]] Command makeLabelCommand(App& program);
 [[nodiscard]] Command makeExplainCommand(App& program);
 [[nodiscard]] Command makeScoreCommand(App& program);
 [[nodiscard]] Command makeCompareCommand(App& program);
@@ -34,6 +35,8 @@ struct Command {
 [[nodiscard]] Command makeRecoverCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
 [[nodiscard]] Command makeViewCommand(App& program);
+[[nodiscard]] Command makeCaptureCommand(App& program);
+[[nodiscard]] Command makeCollectCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeDoctorCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);

@@ -28,11 +28,11 @@ Candidates deviceCandidates() {
 
 constexpr const char* kPlugInName = "VeltoTouchHIDService.plugin";
 
-DeviceChoice parseDeviceOption(const std::string& text) {
+DeviceChoice parseDeviceOption(const std::string& name, const std::string& text) {
     try {
         return parseDevice(text);
     } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError("--device", error.what());
+        throw CLI::ValidationError(name, error.what());
     }
 }
 
@@ -47,7 +47,7 @@ std::string ownPlugIn() {
 CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& description) {
     app.addList(deviceList());
     CLI::Option* option = app.add_option_function<std::string>(
-        "--device", [&target](const std::string& text) { target = parseDeviceOption(text); }, description);
+        "--device", [&target](const std::string& text) { target = parseDeviceOption("--device", text); }, description);
     return app.offer(option, deviceCandidates())->type_name("DEVICE");
 }
 
@@ -64,6 +64,14 @@ CLI::Option* addWatched(App& app, Watched& target, const std::string& descriptio
     candidates.filePrefixes.emplace_back();
     CLI::Option* option = app.add_option_function<std::string>("DEVICE|FILE", parse, description);
     return app.offer(option, std::move(candidates))->type_name("")->required();
+}
+
+CLI::Option* addDeviceArgument(App& app, DeviceChoice& target) {
+    app.addList(deviceList());
+    CLI::Option* option = app.add_option_function<std::string>(
+        "DEVICE", [&target](const std::string& text) { target = parseDeviceOption("DEVICE", text); },
+        "What to open; see below");
+    return app.offer(option, deviceCandidates())->type_name("")->required();
 }
 
 void addPlugIn(App& app, std::string& target) {

@@ -18,6 +18,9 @@ CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& descri
 // DEVICE|FILE, and the devices at the end of the help.
 CLI::Option* addWatched(App& app, Watched& target, const std::string& description);
 
+// DEVICE, an argument, and the devices at the end of the help.
+CLI::Option* addDeviceArgument(App& app, DeviceChoice& target);
+
 // --plugin PATH. Unset, the target is empty.
 void addPlugIn(App& app, std::string& target);
 

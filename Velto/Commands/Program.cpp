@@ -25,6 +25,7 @@ constexpr std::array kCommands{
     Row{"Recordings", makeRenderCommand},    //
     Row{"Recordings", makeInfoCommand},      //
     Row{"Recordings", makeSimulateCommand},  //
+    Row{"Recordings", makeLabelCommand},     //
     Row{"Why", makeExplainCommand},          //
     Row{"Why", makeScoreCommand},            //
     Row{"Why", makeCompareCommand},          //
@@ -35,6 +36,7 @@ constexpr std::array kCommands{
     Row{"Why", makeExportCommand},           //
     Row{"Live", makeRunCommand},             //
     Row{"Live", makeViewCommand},            //
+    Row{"Live", makeCaptureCommand},         //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeDoctorCommand},  //
     Row{"This machine", makeServeCommand},   //

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace VeltoTouch::Files {
 
@@ -23,6 +24,9 @@ public:
 
     // Gives the file this name in the folder, replacing what has the name. Throws std::system_error.
     void moveTo(const std::string& name);
+
+    // Hands on the file, open for writing. The last call.
+    [[nodiscard]] FileDescriptor release() noexcept { return std::move(_file); }
 
 private:
     const int _folder;

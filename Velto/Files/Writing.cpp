@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <fstream>
 #include <stdexcept>
+#include <tuple>
 
 #include <fcntl.h>
 
@@ -63,7 +64,7 @@ void syncFolder(const Place& place) {
         throwSystemError();
 }
 
-void writeWhole(const Place& place, std::string_view content) {
+FileDescriptor writeWhole(const Place& place, std::string_view content) {
     requireRightToWrite(place);
     NewFile file(place.folder);
     writeAll(file.descriptor(), content);
@@ -71,6 +72,7 @@ void writeWhole(const Place& place, std::string_view content) {
     check(::fsync(file.descriptor()));
     file.moveTo(place.name);
     syncFolder(place);
+    return file.release();
 }
 
 // Devices, pipes and what stands for an open descriptor: whatever is there already stays. Returns false if it is a
@@ -91,11 +93,20 @@ bool writeInPlace(const Place& place, std::string_view content) {
 void writeFile(const std::string& path, std::string_view content) {
     for (;;) {
         const Place place = Place::at(path);
-        if (place.isForFile())
-            return writeWhole(place, content);
+        if (place.isForFile()) {
+            std::ignore = writeWhole(place, content);
+            return;
+        }
         if (writeInPlace(place, content))
             return;
     }
+}
+
+FileDescriptor beginFile(const std::string& path, std::string_view content) {
+    const Place place = Place::at(path);
+    if (!place.isForFile())
+        throw std::runtime_error("it is no regular file");
+    return writeWhole(place, content);
 }
 
 void requireWritable(const std::string& path) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/FileDescriptor.h"
+
 #include <string>
 #include <string_view>
 
@@ -13,6 +15,10 @@ namespace VeltoTouch::Files {
 // written to directly. Throws std::system_error for what the system refuses, std::runtime_error for what is refused
 // here.
 void writeFile(const std::string& path, std::string_view content);
+
+// The same for a file that grows: returns it, open for writing. Throws std::runtime_error also for anything but a
+// regular file.
+[[nodiscard]] FileDescriptor beginFile(const std::string& path, std::string_view content);
 
 // Throws what writeFile would throw before it writes. For a file that is written after long work.
 void requireWritable(const std::string& path);

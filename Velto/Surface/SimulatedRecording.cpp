@@ -10,9 +10,7 @@
 #include <fmt/format.h>
 
 namespace VeltoTouch::Surface {
-namespace {
-
-Ref<Value> valueOf(const Simulation::Label& label) {
+Ref<Value> labelValue(const Simulation::Label& label) {
     std::vector<Dictionary::Entry> entries;
     const auto addText = [&entries](const char* key, std::string_view text) {
         entries.push_back({.key = key, .value = makeRef<String>(std::string(text))});
@@ -26,8 +24,6 @@ Ref<Value> valueOf(const Simulation::Label& label) {
     return makeRef<Dictionary>(std::move(entries));
 }
 
-} // namespace
-
 PipelineRecording recordingOf(Simulation& simulation) {
     PipelineRecording recording;
     std::uint64_t reports = 0;
@@ -36,7 +32,7 @@ PipelineRecording recordingOf(Simulation& simulation) {
             throw std::length_error(fmt::format("the script gives more than {} reports", kLargestRecording));
         const std::uint64_t time = Util::machTimeFromNanoseconds(report->timestampNs);
         if (report->label)
-            recording.handleMetadata(time, "Label", valueOf(*report->label));
+            recording.handleMetadata(time, std::string(kLabelKey), labelValue(*report->label));
         recording.handleInputReport(time, report->content.data(), report->length);
     }
     return recording;

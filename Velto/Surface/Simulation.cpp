@@ -90,17 +90,7 @@ void Simulation::begin(const Step& step) {
     _gesture.emplace(step, _random);
     _contactScans = scansIn(step.durationMs);
     _stepScans = _contactScans + std::max(kLeastLiftedScans, scansIn(kLiftedMs));
-    _label = labelOf(step);
-}
-
-Simulation::Label Simulation::labelOf(const Step& step) const {
-    const bool isPalm = step.action == Action::Palm;
-    const bool isSlide = step.action == Action::Slide;
-    return {.gesture = nameOf(step.action),
-            .region = nameOf(isPalm ? PixelRegion::None : regionOf(step.pad)),
-            .endRegion = isSlide ? nameOf(regionOf(step.endPad)) : "",
-            .startMs = deviceTimeMs(_deviceScan),
-            .endMs = deviceTimeMs(_deviceScan + _contactScans)};
+    _label = labelOf(step, deviceTimeMs(_deviceScan), deviceTimeMs(_deviceScan + _contactScans));
 }
 
 Simulation::Report Simulation::emptyReport() {
@@ -146,6 +136,16 @@ Simulation::Report Simulation::imageReport() {
 std::int16_t Simulation::noisySignal(double strength, std::size_t pad) {
     const std::int64_t noise = _random.between(-std::int64_t{_options.noise}, _options.noise);
     return saturated<std::int16_t>(rounded(strength * sensitivityOf(pad)) + noise);
+}
+
+Simulation::Label labelOf(const Step& step, std::uint32_t startMs, std::uint32_t endMs) {
+    const bool isPalm = step.action == Action::Palm;
+    const bool isSlide = step.action == Action::Slide;
+    return {.gesture = nameOf(step.action),
+            .region = nameOf(isPalm ? PixelRegion::None : regionOf(step.pad)),
+            .endRegion = isSlide ? nameOf(regionOf(step.endPad)) : "",
+            .startMs = startMs,
+            .endMs = endMs};
 }
 
 } // namespace VeltoTouch::Surface

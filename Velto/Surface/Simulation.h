@@ -68,7 +68,6 @@ private:
     [[nodiscard]] std::uint64_t scansIn(std::uint32_t durationMs) const noexcept;
     [[nodiscard]] std::uint32_t deviceTimeMs(std::uint64_t scan) const noexcept;
     void begin(const Step& step);
-    [[nodiscard]] Label labelOf(const Step& step) const;
     [[nodiscard]] Report emptyReport();
     [[nodiscard]] Report resetReport();
     [[nodiscard]] Report imageReport();
@@ -91,5 +90,8 @@ private:
     std::uint64_t _contactScans = 0;
     std::uint64_t _stepScans = 0;
 };
+
+// What a contact of this step is meant as. The step is one with a contact (no idle, no reset).
+[[nodiscard]] Simulation::Label labelOf(const Step& step, std::uint32_t startMs, std::uint32_t endMs);
 
 } // namespace VeltoTouch::Surface

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Plugin/Pipeline/Pipeline.h"
+#include "Plugin/Recording/Frame.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+namespace VeltoTouch::Bench {
+
+// What interrupts the images or a touch: a touch that the recognizer decided to cancel, a gap in the frame numbers, a
+// reset of the controller's firmware, a report that is neither image nor firmware event.
+enum class Trouble : std::uint8_t { Cancel, Gap, Reset, Invalid };
+inline constexpr std::array<std::string_view, 4> kTroubleNames{"cancel", "gap", "reset", "invalid"};
+[[nodiscard]] constexpr std::string_view nameOf(Trouble trouble) noexcept {
+    return kTroubleNames[static_cast<std::size_t>(trouble)];
+}
+
+// Plays frames, as they come, through a recognizer of its own and finds their trouble. One thread.
+class TroubleWatch {
+public:
+    // `troubleHandler` is called within `handle`, and must not throw.
+    explicit TroubleWatch(std::function<void(Trouble trouble)> troubleHandler);
+    TroubleWatch(const TroubleWatch&) = delete;
+    TroubleWatch& operator=(const TroubleWatch&) = delete;
+    ~TroubleWatch() = default;
+
+    void handle(const Frame& frame);
+
+    // How often it happened.
+    [[nodiscard]] std::uint64_t count(Trouble trouble) const noexcept {
+        return _counts[static_cast<std::size_t>(trouble)];
+    }
+
+private:
+    void add(Trouble trouble);
+
+    const std::function<void(Trouble trouble)> _troubleHandler;
+    std::array<std::uint64_t, kTroubleNames.size()> _counts{};
+    Pipeline _pipeline;
+};
+
+} // namespace VeltoTouch::Bench

@@ -1,0 +1,173 @@
+#include "Velto/Commands/CaptureFiles.h"
+
+#include "Velto/Commands/Hosting.h"
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <regex>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The limit holds though the file in progress is never deleted.
+constexpr std::uint64_t kFilesWithinLimit = 4;
+
+// The first of NAME-FROM.json, NAME-(FROM + 1).json, ... that is not there.
+std::string unusedPath(const fs::path& path, std::size_t& number) {
+    for (;; ++number) {
+        fs::path next = path;
+        next.replace_filename(fmt::format("{}-{}{}", path.stem().string(), number, path.extension().string()));
+        if (!fs::exists(fs::symlink_status(next)))
+            return next;
+    }
+}
+
+// "20261126T034512.123Z"
+std::string timeNow() {
+    using namespace std::chrono;
+    const auto now = floor<milliseconds>(system_clock::now());
+    const std::time_t seconds = system_clock::to_time_t(floor<std::chrono::seconds>(now));
+    std::tm utc{};
+    ::gmtime_r(&seconds, &utc);
+    return fmt::format("{:%Y%m%dT%H%M%S}.{:03}Z", utc, (now.time_since_epoch() % 1s).count());
+}
+
+struct OwnFile {
+    fs::path path;
+    std::uint64_t size;
+
+    // In the order in which they were made: those of one recording have the same time and longer and longer names.
+    [[nodiscard]] auto order() const {
+        const std::string name = path.filename().string();
+        return std::tuple(name.substr(0, name.find('Z')), name.size(), name);
+    }
+};
+
+// Oldest first.
+std::vector<OwnFile> ownFiles(const std::string& folder) {
+    static const std::regex& kName =
+        *new std::regex(R"(velto-\d{8}T\d{6}\.\d{3}Z-(cancel|gap|reset|invalid)(-\d+)?\.json)");
+    std::vector<OwnFile> files;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        if (entry.symlink_status().type() == fs::file_type::regular &&
+            std::regex_match(entry.path().filename().string(), kName))
+            files.push_back({.path = entry.path(), .size = entry.file_size()});
+    }
+    std::ranges::sort(files, [](const OwnFile& a, const OwnFile& b) { return a.order() < b.order(); });
+    return files;
+}
+
+} // namespace
+
+RollingRecording::RollingRecording(std::string path, std::uint64_t largest)
+    : _firstPath(std::move(path)), _largest(largest), _path(_firstPath) {
+    about(_path, [this] { _file.emplace(_path); });
+}
+
+void RollingRecording::append(const Frame& frame) {
+    about(_path, [&] {
+        if (_file->size() >= _largest)
+            goOn(frame.timestampNs);
+        _settings.add(frame);
+        _file->append(frame);
+    });
+}
+
+void RollingRecording::write() {
+    about(_path, [this] { _file->write(); });
+}
+
+void RollingRecording::sync() {
+    about(_path, [this] { _file->sync(); });
+}
+
+void RollingRecording::goOn(std::uint64_t timestampNs) {
+    _file->write();
+    _file->sync();
+    _sizeBefore += _file->size();
+    _path = unusedPath(_firstPath, ++_number);
+    _file.emplace(_path);
+    _settings.writeAt(timestampNs, [this](const Frame& setting) { _file->append(setting); });
+}
+
+void WholeCapture::finish() {
+    write();
+    sync();
+}
+
+TroubleCapture::TroubleCapture(const Options& options)
+    : _options(options), _window(options.beforeNs, options.afterNs,
+                                 {.begin = [this] { begin(); },
+                                  .frame = [this](const Frame& frame) { _recording->append(frame); },
+                                  .end = [this] { end(); }}) {
+    about(_options.folder, [this] {
+        fs::create_directories(_options.folder);
+        keepLimit();
+    });
+}
+
+void TroubleCapture::mark(Bench::Trouble trouble) {
+    _trouble = trouble;
+    _window.mark();
+}
+
+void TroubleCapture::begin() {
+    std::string path = fs::path(_options.folder) / fmt::format("velto-{}-{}.json", timeNow(), nameOf(_trouble));
+    std::size_t number = 2;
+    if (fs::exists(fs::symlink_status(path)))
+        path = unusedPath(path, number);
+    const std::uint64_t largest = _options.limit.value_or(Files::GrowingRecording::kLargest * kFilesWithinLimit);
+    _recording.emplace(std::move(path), std::min(Files::GrowingRecording::kLargest, largest / kFilesWithinLimit));
+    ++_recordings;
+}
+
+void TroubleCapture::end() {
+    _recording->write();
+    _recording->sync();
+    _sizeBefore += _recording->size();
+    _recording.reset();
+    keepLimit();
+}
+
+void TroubleCapture::write() {
+    if (_recording)
+        _recording->write();
+}
+
+void TroubleCapture::sync() {
+    if (!_recording)
+        return;
+    _recording->sync();
+    keepLimit();
+}
+
+void TroubleCapture::finish() { _window.finish(); }
+
+void TroubleCapture::keepLimit() const {
+    if (!_options.limit)
+        return;
+    const std::vector<OwnFile> files = ownFiles(_options.folder);
+    std::uint64_t total = 0;
+    for (const OwnFile& file : files)
+        total += file.size;
+    for (const OwnFile& file : files) {
+        if (total <= *_options.limit)
+            return;
+        if (_recording && file.path == _recording->path())
+            continue;
+        fs::remove(file.path);
+        total -= file.size;
+    }
+}
+
+} // namespace VeltoTouch::Velto

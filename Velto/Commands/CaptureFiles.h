@@ -1,0 +1,116 @@
+#pragma once
+
+#include "Velto/Bench/TroubleWatch.h"
+#include "Velto/Bench/TroubleWindow.h"
+#include "Velto/Files/GrowingRecording.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+// The files that `velto capture` writes. One thread; system errors are thrown as std::runtime_error under the file's
+// name.
+
+namespace VeltoTouch::Velto {
+
+// A recording in as many files as it takes: where one is full, the next goes on, beginning with the settings in force.
+// NAME.json is followed by NAME-2.json and so on; a file that is there already is never one of those.
+class RollingRecording {
+public:
+    explicit RollingRecording(std::string path, std::uint64_t largest = Files::GrowingRecording::kLargest);
+
+    void append(const Frame& frame);
+    void write();
+    void sync();
+
+    // Of the file that grows, and of all.
+    [[nodiscard]] const std::string& path() const noexcept { return _path; }
+    [[nodiscard]] std::uint64_t fileSize() const noexcept { return _file->size(); }
+    [[nodiscard]] std::uint64_t size() const noexcept { return _sizeBefore + _file->size(); }
+
+private:
+    void goOn(std::uint64_t timestampNs);
+
+    const std::string _firstPath;
+    const std::uint64_t _largest;
+    std::string _path;
+    std::optional<Files::GrowingRecording> _file;
+    std::uint64_t _sizeBefore = 0;
+    std::size_t _number = 1;
+    Bench::SettingsInForce _settings;
+};
+
+// What a capture does with its frames.
+class CaptureTarget {
+public:
+    CaptureTarget() = default;
+    CaptureTarget(const CaptureTarget&) = delete;
+    CaptureTarget& operator=(const CaptureTarget&) = delete;
+    virtual ~CaptureTarget() = default;
+
+    virtual void add(const Frame& frame) = 0;
+    // The newest frame is trouble.
+    virtual void mark(Bench::Trouble /*trouble*/) {}
+    // Hands to the system what was added, and makes durable what was handed over.
+    virtual void write() = 0;
+    virtual void sync() = 0;
+    // No more comes: all is written and durable.
+    virtual void finish() = 0;
+    // Written until now, in bytes.
+    [[nodiscard]] virtual std::uint64_t size() const = 0;
+    // How many recordings there are; none where it is always one.
+    [[nodiscard]] virtual std::optional<std::uint64_t> recordings() const { return std::nullopt; }
+};
+
+// Everything, in one recording.
+class WholeCapture final : public CaptureTarget {
+public:
+    explicit WholeCapture(const std::string& path) : _recording(path) {}
+
+    void add(const Frame& frame) override { _recording.append(frame); }
+    void write() override { _recording.write(); }
+    void sync() override { _recording.sync(); }
+    void finish() override;
+    [[nodiscard]] std::uint64_t size() const override { return _recording.size(); }
+
+private:
+    RollingRecording _recording;
+};
+
+// The time around trouble: a recording each in a folder, named velto-TIME-CAUSE.json after when (UTC) and what it was.
+class TroubleCapture final : public CaptureTarget {
+public:
+    struct Options {
+        std::string folder; // made where there is none
+        std::uint64_t beforeNs = 0;
+        std::uint64_t afterNs = 0;
+        // What the files named in this way may take, those of other runs included; beyond it the oldest are deleted.
+        std::optional<std::uint64_t> limit;
+    };
+
+    explicit TroubleCapture(const Options& options);
+
+    void add(const Frame& frame) override { _window.add(frame); }
+    void mark(Bench::Trouble trouble) override;
+    void write() override;
+    void sync() override;
+    void finish() override;
+    [[nodiscard]] std::uint64_t size() const override { return _sizeBefore + (_recording ? _recording->size() : 0); }
+    [[nodiscard]] std::optional<std::uint64_t> recordings() const override { return _recordings; }
+
+private:
+    void begin();
+    void end();
+    void keepLimit() const;
+
+    const Options _options;
+    Bench::TroubleWindow _window;
+    Bench::Trouble _trouble{}; // the first of the recording in progress
+    std::optional<RollingRecording> _recording;
+    std::uint64_t _recordings = 0;
+    std::uint64_t _sizeBefore = 0;
+};
+
+} // namespace VeltoTouch::Velto
