@@ -12,6 +12,8 @@
 namespace VeltoTouch::Files {
 namespace {
 
+constexpr std::size_t kMostWaiting = std::size_t{1} << 16U; // bytes
+
 void writeAt(int file, std::uint64_t place, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = ::pwrite(file, text.data(), text.size(), static_cast<off_t>(place));
@@ -32,7 +34,7 @@ GrowingRecording::GrowingRecording(const std::string& path)
 
 void GrowingRecording::append(const Frame& frame) {
     appendFrame(_waiting, frame);
-    if (_waiting.size() >= kFlushedFrom)
+    if (_waiting.size() >= kMostWaiting)
         write();
 }
 
