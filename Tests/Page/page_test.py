@@ -149,6 +149,18 @@ class PageTest(unittest.TestCase):
                 colour = self.browser.run("return getComputedStyle(document.documentElement).getPropertyValue('--tap')").strip()
                 self.assertEqual("#%02x%02x%02x" % pixel(tap, self.y_of("touches")), colour)
 
+    def test_a_new_width_is_drawn_at_once(self):
+        self.open(self.page)
+        drawn = self.browser.driver.execute_async_script("""
+            const done = arguments[0], node = document.querySelector(".chart"), canvas = node.querySelector("canvas");
+            let calls = 0;
+            new ResizeObserver(() => {
+              const {data} = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height);
+              if (++calls === 2) done(data.some((value) => value > 0));
+            }).observe(node);
+            requestAnimationFrame(() => requestAnimationFrame(() => (document.querySelector("main").style.maxWidth = "900px")))""")
+        self.assertTrue(drawn, "a blank frame")
+
     def test_the_pointer_shows_the_surface(self):
         self.open(self.page)
         x = self.x_at(0.05) - self.chart()[0]
@@ -278,7 +290,7 @@ class PageTest(unittest.TestCase):
         counts = self.browser.run("return [...document.querySelectorAll('.group')].map((one) => one.querySelectorAll('li').length)")
         self.assertIn(f"{counts[1]} fixed, {counts[0]} broken, {counts[2]} otherwise", changed)
         self.assertGreater(counts[0], 1)
-        sweeps = ["ActivationThreshold=200,900,9000", "HoldTimeoutMilliseconds=300,3000", "EnableTapSuppression=true,false"]
+        sweeps = ["ActivationThreshold=200,900,9000", "HoldTimeoutMilliseconds=300,500", "EnableTapSuppression=1,0"]
         lines = velto("tune", "--jsonl", self.story, *[word for each in sweeps for word in ("--sweep", "Pipeline.Algs." + each)],
                       "--html", self.path("tune.html")).splitlines()
         costs = [str(json.loads(line)["cost"]) for line in lines[:12]]
@@ -288,6 +300,7 @@ class PageTest(unittest.TestCase):
                 select.dispatchEvent(new Event("change"))""", place)
             cells = self.browser.run("return [...document.querySelectorAll('.map td')].map((cell) => cell.firstChild.data)")
             self.assertEqual(cells, costs[place::2])
+            self.assertEqual(self.browser.run("return document.querySelectorAll('.map .present').length"), 1 - place)
         self.assertGreater(len(set(costs)), 1)
 
     def test_the_worst_cases_lead_and_large_pictures_are_left_out(self):

@@ -9,6 +9,7 @@
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Output/TouchReader.h"
+#include "Velto/Page/Film.h"
 #include "Velto/Page/ReportPage.h"
 
 #include <algorithm>
@@ -107,10 +108,7 @@ private:
     // is neither broken nor fixed.
     [[nodiscard]] Page::Case caseOf(const std::string& file, const ComparedTouch& touch) const {
         const auto& [change, label, a, b] = touch;
-        const Touch& first = a != nullptr ? *a : *b;
-        const Touch& second = b != nullptr ? *b : *a;
-        const Page::Range time{.fromNs = std::min(first.startNs, second.startNs),
-                               .toNs = std::max(first.endNs, second.endNs)};
+        const Page::Range time = Page::timeOf(touch);
         Page::Case made{.kind = std::string(nameOf(change)),
                         .file = file,
                         .texts = {"meant: " + meantText(label, change), touchText(a) + " → " + touchText(b)},

@@ -118,10 +118,12 @@ std::vector<Page::Picture> ReportPictures::picturesOf(const std::string& file, c
 }
 
 int ReportPictures::draw(std::vector<Page::Group>& groups, std::size_t jobs) const {
-    std::vector<std::string> files;
-    std::map<std::string, Cases> casesOf;
+    int status = 0;
     std::size_t left = Page::kMostPictures;
+    Page::PictureBounds bounds;
     for (Page::Group& group : groups) {
+        std::vector<std::string> files;
+        std::map<std::string, Cases> casesOf;
         for (Page::Case* each : group.listed()) {
             if (each->touches.empty())
                 continue;
@@ -136,16 +138,16 @@ int ReportPictures::draw(std::vector<Page::Group>& groups, std::size_t jobs) con
                 files.push_back(each->file);
             cases.push_back(each);
         }
-    }
-    Page::PictureBounds bounds;
-    return handleInOrder(
-        files, jobs, "drawing", [&](const std::string& file) { return picturesOf(file, casesOf.at(file)); },
-        [&](const std::string& file, std::vector<Page::Picture> pictures) {
+        const auto make = [&](const std::string& file) { return picturesOf(file, casesOf.at(file)); };
+        const auto take = [&](const std::string& file, std::vector<Page::Picture> pictures) {
             for (std::size_t i = 0; i < pictures.size(); ++i) {
                 bounds.apply(pictures[i]);
                 casesOf.at(file)[i]->picture = std::move(pictures[i]);
             }
-        });
+        };
+        status = std::max(status, handleInOrder(files, jobs, "drawing", make, take));
+    }
+    return status;
 }
 
 } // namespace VeltoTouch::Velto

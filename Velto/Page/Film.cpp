@@ -1,9 +1,10 @@
 #include "Velto/Page/Film.h"
 
-#include "Velto/Analysis/Comparison.h"
 #include "Velto/Page/JSONText.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 #include <fmt/format.h>
 
@@ -21,15 +22,23 @@ std::vector<Item> pairsOf(const Play& a, const Play& b) {
     const auto number = [](const Touch* touch) { return touch == nullptr ? 0 : touch->number; };
     std::vector<Item> pairs;
     for (const ComparedTouch& touch : compare(before, after)) {
-        const Touch& first = touch.a != nullptr ? *touch.a : *touch.b;
-        const Touch& second = touch.b != nullptr ? *touch.b : *touch.a;
-        pairs.push_back({std::min(first.startNs, second.startNs), std::max(first.endNs, second.endNs),
+        const Range time = timeOf(touch);
+        pairs.push_back({time.fromNs, time.toNs,
                          fmt::format(R"([{},{},"{}"])", number(touch.a), number(touch.b), nameOf(touch.change))});
     }
     return pairs;
 }
 
 } // namespace
+
+Range timeOf(const ComparedTouch& touch) {
+    Range time{.fromNs = std::numeric_limits<std::uint64_t>::max(), .toNs = 0};
+    for (const Touch* const each : {touch.a, touch.b}) {
+        if (each != nullptr)
+            time = {.fromNs = std::min(time.fromNs, each->startNs), .toNs = std::max(time.toNs, each->endNs)};
+    }
+    return time;
+}
 
 Film::Film(const std::vector<Play>& plays, const std::vector<Range>& ranges) {
     for (const Play& play : plays)

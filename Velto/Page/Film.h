@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Velto/Analysis/Comparison.h"
 #include "Velto/Page/PlayObject.h"
 #include "Velto/Page/Range.h"
 #include "Velto/Page/RecordingPage.h"
@@ -9,6 +10,9 @@
 #include <vector>
 
 namespace VeltoTouch::Page {
+
+// From the start of the earlier of two touches to the end of the later one.
+[[nodiscard]] Range timeOf(const Analysis::ComparedTouch& touch);
 
 // One or two plays, of which pictures are cut.
 class Film {
