@@ -4,13 +4,13 @@
 
 namespace VeltoTouch::Python {
 
-py::type_error unwanted(const std::string& name, const std::string& wanted, py::handle value) {
-    return py::type_error(fmt::format("{}: {} is wanted, not {}", name, wanted, Py_TYPE(value.ptr())->tp_name));
+void refuseType(const std::string& name, const std::string& wanted, py::handle value) {
+    throw py::type_error(fmt::format("{}: {} is wanted, not {}", name, wanted, Py_TYPE(value.ptr())->tp_name));
 }
 
 std::string textIn(const std::string& name, py::handle value) {
     if (!py::isinstance<py::str>(value))
-        throw unwanted(name, "str", value);
+        refuseType(name, "str", value);
     py::ssize_t size = 0;
     const char* const text = PyUnicode_AsUTF8AndSize(value.ptr(), &size);
     if (text == nullptr)
@@ -20,7 +20,7 @@ std::string textIn(const std::string& name, py::handle value) {
 
 std::uint64_t wholeNumberIn(const std::string& name, py::handle value, std::uint64_t least, std::uint64_t most) {
     if (PyIndex_Check(value.ptr()) == 0)
-        throw unwanted(name, "a whole number", value);
+        refuseType(name, "a whole number", value);
     const auto whole = py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr()));
     if (!whole)
         throw py::error_already_set();

@@ -25,7 +25,7 @@ template <class Number>
     return static_cast<Number>(wholeNumberIn(name, value, least, most));
 }
 
-// Returns TypeError("NAME: WANTED is wanted, not TYPE").
-[[nodiscard]] py::type_error unwanted(const std::string& name, const std::string& wanted, py::handle value);
+// Raises TypeError("NAME: WANTED is wanted, not TYPE").
+[[noreturn]] void refuseType(const std::string& name, const std::string& wanted, py::handle value);
 
 } // namespace VeltoTouch::Python

@@ -52,7 +52,7 @@ bool mayBeAbsent(const std::string& field) { return field == "padRaw" || field =
 // The images with our fields in our types.
 py::array_t<ImageRow> rowsOf(const py::object& given) {
     if (!py::isinstance<py::array>(given))
-        throw unwanted("images", "a structured array", given);
+        refuseType("images", "a structured array", given);
     const auto images = py::reinterpret_borrow<py::array>(given);
     if (images.ndim() != 1 || images.dtype().attr("names").is_none())
         throw py::value_error("a structured array of one dimension is wanted, with the fields of Recording.images");

@@ -52,7 +52,7 @@ JudgedSettings settingsOf(const py::object& settings) {
     if (settings.is_none())
         return judged;
     if (!py::hasattr(settings, "keys"))
-        throw unwanted("settings", "a mapping", settings);
+        refuseType("settings", "a mapping", settings);
     for (const auto& [key, value] : py::dict(settings)) {
         const std::string name = textIn("settings: a key", key);
         const std::string json = jsonOf(name, py::reinterpret_borrow<py::object>(value));
