@@ -33,12 +33,12 @@ public:
     // Returns the touch in progress as far as it is known, with no outcome and no end; null if there is none.
     [[nodiscard]] const Touch* inProgress() const noexcept { return _isTouching ? &_touch : nullptr; }
 
-    // Ends the observation and returns the touches, less those taken out, in their order. A touch that is still in progress ends at the last
-    // frame, unfinished unless it has become a hold.
+    // Ends the observation and returns the touches, less those taken out, in their order. A touch that is still in
+    // progress ends at the last frame, unfinished unless it has become a hold.
     [[nodiscard]] std::vector<Touch> finish();
 
     // Returns how many touches have ended so far: the number of the last of them.
-    [[nodiscard]] std::uint64_t endedTouches() const noexcept { return _touches.size(); }
+    [[nodiscard]] std::uint64_t endedTouches() const noexcept { return _begun - (_isTouching ? 1U : 0U); }
 
 private:
     // The level that each pixel must exceed to turn on depends on its trough before the frame in which it does.

@@ -1,6 +1,7 @@
 #include "Velto/Page/PlayObject.h"
 
 #include "Plugin/Shared/Keys.h"
+#include "Velto/Analysis/InvalidReport.h"
 #include "Velto/Analysis/Pairing.h"
 #include "Velto/Analysis/Replay.h"
 #include "Velto/Analysis/Score.h"
@@ -37,8 +38,7 @@ std::string settingsArray(const std::vector<Setting>& settings) {
 std::string disturbanceText(const Disturbance& disturbance) {
     switch (disturbance.kind) {
     case Disturbance::Kind::InvalidReport:
-        return fmt::format("invalid report of {} bytes", disturbance.report.size()) +
-               (disturbance.report.empty() ? "" : fmt::format(", ID 0x{:02x}", disturbance.report.front()));
+        return "invalid report: " + faultOf(disturbance.report);
     case Disturbance::Kind::Gap:
         return fmt::format("gap: image {} comes after image {}", disturbance.frame, disturbance.lastFrame.value_or(0));
     case Disturbance::Kind::Reset:
