@@ -165,7 +165,17 @@ TEST_F(ConfigurationTest, AFileThatIsNoTOMLIsLeftOutAtFirstAndLaterStaysAsItWas)
     EXPECT_THAT(held(), ElementsAre("HoldTimeoutMilliseconds=250@config.toml:1"));
     EXPECT_THAT(complaints(), ElementsAre(testing::EndsWith("; what the file said before goes on")));
 
+    write("config.d/10.toml", "keys.tap.volume-up = 'KEY_F13'\n");
+    read();
+    std::filesystem::remove_all(folder + "/config.d");
+    write("config.d", "no folder");
     std::filesystem::remove(folder + "/config.toml");
+    read();
+    EXPECT_THAT(held(), ElementsAre("tap.volume-up=KEY_F13@config.d/10.toml:1"));
+    EXPECT_THAT(complaints(), ElementsAre("config.d: Not a directory",
+                                          "config.d/10.toml: Not a directory; what the file said before goes on"));
+
+    std::filesystem::remove(folder + "/config.d");
     read();
     EXPECT_THAT(held(), IsEmpty());
     EXPECT_THAT(complaints(), IsEmpty());

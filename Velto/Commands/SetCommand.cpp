@@ -1,6 +1,7 @@
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Daemon/Bus/Client.h"
+#include "Velto/Daemon/Configuration.h"
 #include "Velto/Daemon/KeptConfiguration.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/KeyOptions.h"
@@ -134,9 +135,9 @@ Command makeSetCommand(App& program) {
     CLI::Option* keep =
         app->add_flag("--keep", options->keep, "Keep it in config.d/90-set.toml, and reload the configuration");
     keep->excludes(app->get_option("--device"));
-    CLI::Option* folder = app->add_option("--config", options->folder, "The configuration's folder, for --keep");
-    app->offer(folder, fileNames())->type_name("FOLDER")->check(CLI::ExistingDirectory)->needs(keep);
+    addConfiguration(*app, options->folder, "The configuration's folder, for --keep")->needs(keep);
     addSettingArguments(*app, options->settings, "VALUE is JSON, or a text where it is no JSON")->required();
+    app->addList(keyList());
     return {app, [options] { return run(*options); }};
 }
 

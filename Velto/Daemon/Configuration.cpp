@@ -1,7 +1,6 @@
 #include "Velto/Daemon/Configuration.h"
 
 #include "Plugin/Pipeline/Properties.h"
-#include "Velto/Daemon/KeyNames.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -15,7 +14,6 @@
 #include <utility>
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <toml++/toml.h>
 
 namespace VeltoTouch {
@@ -25,24 +23,6 @@ constexpr std::string_view kRecognizer = "recognizer";
 constexpr std::string_view kKeys = "keys";
 
 [[noreturn]] void refuse(const std::string& what) { throw std::invalid_argument(what); }
-
-std::vector<std::string_view> settingNames() {
-    std::vector<std::string_view> names;
-    for (const SettingRow& row : kSettingRows) {
-        if (!row.is<SettingRow::Action>())
-            names.push_back(row.key);
-    }
-    return names;
-}
-
-std::vector<std::string> keyNames() {
-    std::vector<std::string> names;
-    for (const KeyUseRow& row : kKeyUseRows) {
-        for (const RegionRow& region : kRegionsWithPads)
-            names.push_back(nameOf(row.use, region.region));
-    }
-    return names;
-}
 
 Ref<Value> valueAt(const toml::node& node) {
     if (const auto* number = node.as_integer())
@@ -160,18 +140,37 @@ void readFile(const std::string& path, const Configuration& inForce, Configurati
     std::ranges::move(complaints, std::back_inserter(configuration.complaints));
 }
 
-std::vector<std::string> filesOf(const std::filesystem::path& folder) {
-    std::error_code ignored; // what is not there is not read; what cannot be read, its reader says
+// The files of config.d; if they cannot be listed, those that are in force, whose readers say the rest.
+std::vector<std::string> listed(const std::filesystem::path& folder, const Configuration& inForce,
+                                std::vector<Complaint>& complaints) {
+    std::error_code error;
     std::vector<std::string> files;
-    for (auto entry = std::filesystem::directory_iterator(folder / "config.d", ignored);
-         entry != std::filesystem::directory_iterator(); entry.increment(ignored)) {
+    for (auto entry = std::filesystem::directory_iterator(folder, error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         const std::filesystem::path& path = entry->path();
         if (path.extension() == ".toml" && !path.filename().native().starts_with('.'))
             files.push_back(path);
     }
+    if (error && error != std::errc::no_such_file_or_directory) {
+        Complaint& complaint = complaints.emplace_back();
+        complaint.origin.file = folder;
+        complaint.message = error.message();
+        files.clear();
+        for (const Configuration::File& file : inForce.files) {
+            if (std::filesystem::path(file.path).parent_path() == folder)
+                files.push_back(file.path);
+        }
+    }
     std::ranges::sort(files);
+    return files;
+}
+
+std::vector<std::string> filesOf(const std::filesystem::path& folder, const Configuration& inForce,
+                                 std::vector<Complaint>& complaints) {
+    std::vector<std::string> files = listed(folder / "config.d", inForce, complaints);
+    std::error_code unreadable; // which its reader says
     const std::filesystem::path first = folder / "config.toml";
-    if (std::filesystem::symlink_status(first, ignored).type() != std::filesystem::file_type::not_found)
+    if (std::filesystem::symlink_status(first, unreadable).type() != std::filesystem::file_type::not_found)
         files.insert(files.begin(), first);
     return files;
 }
@@ -188,43 +187,9 @@ void put(std::vector<Entry>& entries, const Entry& entry, const IsSame& isSame) 
 
 } // namespace
 
-std::string textOf(const Origin& origin) {
-    return origin.line == 0 ? origin.file : fmt::format("{}:{}", origin.file, origin.line);
-}
-
-std::string nameOf(KeyUse use, PixelRegion region) { return fmt::format("{}.{}", nameOf(use), rowOf(region).place); }
-
-ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin) {
-    ConfiguredSetting setting{.key = fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, name),
-                              .value = std::move(value),
-                              .origin = std::move(origin)};
-    const Judgement judgement = judgeWrite(setting.key, setting.value.get());
-    if (judgement.verdict == Judgement::Verdict::Unknown && judgement.reason.empty())
-        refuse(fmt::format("unknown setting '{}' (one of {} is wanted)", name, fmt::join(settingNames(), ", ")));
-    if (judgement.verdict != Judgement::Verdict::Sensible && judgement.verdict != Judgement::Verdict::Doubtful)
-        refuse(fmt::format("{}: {}", name, judgement.reason));
-    if (settingUnder(setting.key)->row.is<SettingRow::Action>())
-        refuse(fmt::format("{}: it is no value that lasts", name));
-    return setting;
-}
-
-ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origin origin) {
-    const auto code = keyCalled(key);
-    for (const KeyUseRow& row : kKeyUseRows) {
-        for (const RegionRow& region : kRegionsWithPads) {
-            if (name != nameOf(row.use, region.region))
-                continue;
-            if (!code)
-                refuse(fmt::format("{}: the name of a key is wanted, such as \"KEY_MUTE\", or \"none\"", name));
-            return {.use = row.use, .region = region.region, .key = *code, .origin = std::move(origin)};
-        }
-    }
-    refuse(fmt::format("unknown name '{}' (one of {} is wanted)", name, fmt::join(keyNames(), ", ")));
-}
-
 Configuration readConfiguration(const std::filesystem::path& folder, const Configuration& inForce) {
     Configuration configuration;
-    for (const std::string& path : filesOf(folder))
+    for (const std::string& path : filesOf(folder, inForce, configuration.complaints))
         readFile(path, inForce, configuration);
     for (const Configuration::File& file : configuration.files) {
         for (const ConfiguredSetting& setting : file.settings)
@@ -233,13 +198,6 @@ Configuration readConfiguration(const std::filesystem::path& folder, const Confi
             put(configuration.keys, key, isSameUse);
     }
     return configuration;
-}
-
-KeyTable keyTableOf(const std::vector<ConfiguredKey>& keys) {
-    KeyTable table = kDefaultKeys;
-    for (const ConfiguredKey& key : keys)
-        keysOf(table, key.region).*key.use = key.key;
-    return table;
 }
 
 } // namespace VeltoTouch

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Velto/Daemon/Configuration.h"
+#include "Velto/Daemon/ConfigurationEntry.h"
 
 #include <filesystem>
 #include <string>
