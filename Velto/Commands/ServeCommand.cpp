@@ -10,6 +10,7 @@
 #include "Velto/Daemon/UinputKeyboard.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/KeyOptions.h"
+#include "Velto/Options/Lasting.h"
 #include "Velto/Output/Terminal.h"
 
 #include <chrono>
@@ -63,7 +64,7 @@ std::exception_ptr failureOf(EventLoop& loop) noexcept {
 // All that serving takes, in the order in which it is made. Its calls but `handle` come on the loop's thread.
 class Serving {
 public:
-    Serving(const Options& options, Lasting trial)
+    Serving(const Options& options, ConfigurationEntries trial)
         : _folder(options.folder), _configuration(options.folder, std::move(trial)),
           _device(about(options.device.subject(), [&] { return connect(options.device, 1.0); })), _signals(_loop),
           _reloadSignal(_loop, [this] { reload(); }), _keyboard(options.withoutKeys ? nullptr : makeKeyboard()),
@@ -149,7 +150,7 @@ private:
 };
 
 int run(const Options& options) {
-    Lasting trial;
+    ConfigurationEntries trial;
     try {
         trial = lastingOf(options.trial, "velto serve --set");
     } catch (const std::invalid_argument& error) {

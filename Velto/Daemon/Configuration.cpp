@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
@@ -106,38 +105,46 @@ std::string readText(const std::string& path) {
     return text.str();
 }
 
-// The tables of a file; none, and a complaint, if it is not as files are.
-std::optional<toml::table> parse(const std::string& path, const char* consequence, std::vector<Complaint>& complaints) {
-    const auto complain = [&](std::uint32_t line, std::string_view why) {
-        complaints.push_back(
-            {.origin = {.file = path, .line = line}, .message = fmt::format("{}; {}", why, consequence)});
-    };
+// Why a file has no effect.
+struct Unreadable : std::runtime_error {
+    Unreadable(std::uint32_t where, const std::string& why) : std::runtime_error(why), line(where) {}
+    std::uint32_t line;
+};
+
+toml::table parse(const std::string& path) {
     try {
         return toml::parse(readText(path), path);
     } catch (const toml::parse_error& error) {
-        complain(error.source().begin.line, fmt::format("this is no TOML: {}", error.description()));
+        throw Unreadable(error.source().begin.line, fmt::format("this is no TOML: {}", error.description()));
     } catch (const std::system_error& error) {
-        complain(0, error.code().message());
+        throw Unreadable(0, error.code().message());
     }
-    return std::nullopt;
+}
+
+Configuration::File readWhole(const std::string& path, std::vector<Complaint>& complaints) {
+    const toml::table root = parse(path);
+    Configuration::File file;
+    file.path = path;
+    std::vector<Complaint> found;
+    FileReader(file, found).read(root);
+    std::ranges::stable_sort(found, {}, [](const Complaint& complaint) { return complaint.origin.line; });
+    std::ranges::move(found, std::back_inserter(complaints));
+    return file;
 }
 
 void readFile(const std::string& path, const Configuration& inForce, Configuration& configuration) {
-    const auto before = std::ranges::find(inForce.files, path, &Configuration::File::path);
-    const bool isInForce = before != inForce.files.end();
-    const auto table =
-        parse(path, isInForce ? "what the file said before goes on" : "the file is left out", configuration.complaints);
-    if (!table) {
+    try {
+        configuration.files.push_back(readWhole(path, configuration.complaints));
+    } catch (const Unreadable& error) {
+        const auto before = std::ranges::find(inForce.files, path, &Configuration::File::path);
+        const bool isInForce = before != inForce.files.end();
         if (isInForce)
             configuration.files.push_back(*before);
-        return;
+        configuration.complaints.push_back(
+            {.origin = {.file = path, .line = error.line},
+             .message = fmt::format("{}; {}", error.what(),
+                                    isInForce ? "what the file said before goes on" : "the file is left out")});
     }
-    Configuration::File& file = configuration.files.emplace_back();
-    file.path = path;
-    std::vector<Complaint> complaints;
-    FileReader(file, complaints).read(*table);
-    std::ranges::stable_sort(complaints, {}, [](const Complaint& complaint) { return complaint.origin.line; });
-    std::ranges::move(complaints, std::back_inserter(configuration.complaints));
 }
 
 // The files of config.d; if they cannot be listed, those that are in force, whose readers say the rest.
@@ -175,29 +182,24 @@ std::vector<std::string> filesOf(const std::filesystem::path& folder, const Conf
     return files;
 }
 
-// Puts an entry in place of the one that it is the same as.
-template <class Entry, class IsSame>
-void put(std::vector<Entry>& entries, const Entry& entry, const IsSame& isSame) {
-    const auto found = std::ranges::find_if(entries, [&](const Entry& other) { return isSame(entry, other); });
-    if (found == entries.end())
-        entries.push_back(entry);
-    else
-        *found = entry;
-}
-
 } // namespace
 
 Configuration readConfiguration(const std::filesystem::path& folder, const Configuration& inForce) {
     Configuration configuration;
     for (const std::string& path : filesOf(folder, inForce, configuration.complaints))
         readFile(path, inForce, configuration);
-    for (const Configuration::File& file : configuration.files) {
-        for (const ConfiguredSetting& setting : file.settings)
-            put(configuration.settings, setting, [](const auto& a, const auto& b) { return a.key == b.key; });
-        for (const ConfiguredKey& key : file.keys)
-            put(configuration.keys, key, isSameUse);
-    }
+    for (const Configuration::File& file : configuration.files)
+        put(configuration, file);
     return configuration;
+}
+
+Configuration::File readConfigurationFile(const std::string& path, std::vector<Complaint>& complaints) {
+    try {
+        return readWhole(path, complaints);
+    } catch (const Unreadable& error) {
+        throw std::runtime_error(error.line == 0 ? error.what()
+                                                 : fmt::format("{} (line {})", error.what(), error.line));
+    }
 }
 
 } // namespace VeltoTouch

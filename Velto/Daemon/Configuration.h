@@ -28,15 +28,12 @@ struct Complaint {
     std::string message; // what is wrong, and what is wanted
 };
 
-struct Configuration {
-    struct File {
+// Each setting and key once: that of the last file.
+struct Configuration : ConfigurationEntries {
+    struct File : ConfigurationEntries {
         std::string path;
-        std::vector<ConfiguredSetting> settings;
-        std::vector<ConfiguredKey> keys;
     };
 
-    std::vector<ConfiguredSetting> settings; // each key once
-    std::vector<ConfiguredKey> keys;         // each use and region once
     std::vector<Complaint> complaints;
     std::vector<File> files; // what was read, in order
 };
@@ -45,5 +42,8 @@ struct Configuration {
 // surely not meant, in spite of the complaint. A file that cannot be read or is no TOML has no effect: what it said in
 // `inForce` goes on. Does not throw because of the files' content.
 [[nodiscard]] Configuration readConfiguration(const std::filesystem::path& folder, const Configuration& inForce = {});
+
+// Reads one file. Throws std::runtime_error if it cannot be read or is no TOML.
+[[nodiscard]] Configuration::File readConfigurationFile(const std::string& path, std::vector<Complaint>& complaints);
 
 } // namespace VeltoTouch

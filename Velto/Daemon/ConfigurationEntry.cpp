@@ -3,6 +3,7 @@
 #include "Plugin/Pipeline/Properties.h"
 #include "Velto/Daemon/KeyNames.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -31,6 +32,20 @@ std::vector<std::string> keyNames() {
             names.push_back(nameOf(row.use, region.region));
     }
     return names;
+}
+
+// Puts an entry in the place of the one that `isSame` finds.
+template <class Entry, class IsSame>
+void put(std::vector<Entry>& entries, const Entry& entry, const IsSame& isSame) {
+    const auto found = std::ranges::find_if(entries, isSame);
+    if (found == entries.end())
+        entries.push_back(entry);
+    else
+        *found = entry;
+}
+
+bool isFor(const ConfiguredKey& key, KeyUse use, PixelRegion region) noexcept {
+    return key.use == use && key.region == region;
 }
 
 } // namespace
@@ -69,9 +84,22 @@ ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origi
     refuse(fmt::format("unknown name '{}' (one of {} is wanted)", name, fmt::join(keyNames(), ", ")));
 }
 
-KeyTable keyTableOf(const std::vector<ConfiguredKey>& keys) {
+void put(ConfigurationEntries& target, const ConfigurationEntries& entries) {
+    for (const ConfiguredSetting& setting : entries.settings)
+        put(target.settings, setting, [&](const ConfiguredSetting& other) { return other.key == setting.key; });
+    for (const ConfiguredKey& key : entries.keys)
+        put(target.keys, key, [&](const ConfiguredKey& other) { return isFor(other, key.use, key.region); });
+}
+
+const ConfiguredKey* find(const ConfigurationEntries& entries, KeyUse use, PixelRegion region) noexcept {
+    const auto found =
+        std::ranges::find_if(entries.keys, [&](const ConfiguredKey& key) { return isFor(key, use, region); });
+    return found == entries.keys.end() ? nullptr : &*found;
+}
+
+KeyTable keyTableOf(const ConfigurationEntries& entries) {
     KeyTable table = kDefaultKeys;
-    for (const ConfiguredKey& key : keys)
+    for (const ConfiguredKey& key : entries.keys)
         keysOf(table, key.region).*key.use = key.key;
     return table;
 }

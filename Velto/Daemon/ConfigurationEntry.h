@@ -34,10 +34,16 @@ struct ConfiguredKey {
     Origin origin;
 };
 
-// Whether two keys are for the same gesture.
-[[nodiscard]] inline bool isSameUse(const ConfiguredKey& a, const ConfiguredKey& b) noexcept {
-    return a.use == b.use && a.region == b.region;
-}
+struct ConfigurationEntries {
+    std::vector<ConfiguredSetting> settings;
+    std::vector<ConfiguredKey> keys;
+};
+
+// Puts entries in the place of those that are for the same, or behind all.
+void put(ConfigurationEntries& target, const ConfigurationEntries& entries);
+
+// Returns the key of a gesture, or null.
+[[nodiscard]] const ConfiguredKey* find(const ConfigurationEntries& entries, KeyUse use, PixelRegion region) noexcept;
 
 // Throw std::invalid_argument with what is wanted instead: an entry of [recognizer] by its name and value, and one of
 // [keys] by its name, such as "tap.play-pause", and a key's.
@@ -47,7 +53,7 @@ struct ConfiguredKey {
 // "tap.play-pause".
 [[nodiscard]] std::string nameOf(KeyUse use, PixelRegion region);
 
-// The default keys, but for those that are configured; of one use and region the last counts.
-[[nodiscard]] KeyTable keyTableOf(const std::vector<ConfiguredKey>& keys);
+// The default keys, but for those that are configured.
+[[nodiscard]] KeyTable keyTableOf(const ConfigurationEntries& entries);
 
 } // namespace VeltoTouch

@@ -11,8 +11,8 @@
 
 namespace VeltoTouch::Velto {
 
-Lasting lastingOf(const std::vector<Setting>& given, const std::string& origin) {
-    Lasting lasting;
+ConfigurationEntries lastingOf(const std::vector<Setting>& given, const std::string& origin) {
+    ConfigurationEntries lasting;
     for (const auto& [key, value] : given) {
         const Origin place{.file = origin};
         const auto* const text = as<String>(value);
