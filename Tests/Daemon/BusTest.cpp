@@ -71,6 +71,7 @@ TEST_F(BusTest, ACallerThatDoesNotReadIsNotAnsweredForLong) {
     constexpr std::size_t kMost = 1000; // the kernel keeps some hundreds for it
     constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
     properties.put("Version", JSON::parse("[19,0,1]"));
+    properties.put("Sources", JSON::parse("{}"));
     Bus::Client other = client();
     const std::function<void(const BusHandle&, Replies&)> calls[]{
         [](const BusHandle& silent, Replies& replies) { callSlowly(silent, "GetProperty", replies, "s", "Nothing"); },
@@ -79,6 +80,7 @@ TEST_F(BusTest, ACallerThatDoesNotReadIsNotAnsweredForLong) {
         [](const BusHandle& silent, Replies& replies) {
             callSlowly(silent, kProperties, "GetAll", replies, "s", Bus::kInterface);
         },
+        [](const BusHandle& silent, Replies& replies) { callSlowly(silent, "GetSources", replies, ""); },
         [](const BusHandle& silent, Replies& replies) {
             callSlowly(silent, "org.freedesktop.DBus.Peer", "Ping", replies, "");
         },

@@ -2,6 +2,7 @@
 
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/KeptConfiguration.h"
 #include "Velto/Daemon/KeyNames.h"
 
 #include <fstream>
@@ -65,7 +66,7 @@ TEST_F(ConfigurationTest, OfOneNameTheLastCounts) {
     KeyTable keys = kDefaultKeys;
     keysOf(keys, PixelRegion::PlayPause).tap = KEY_F13;
     keysOf(keys, PixelRegion::VolumeUp).hold = kNoKey;
-    EXPECT_EQ(keyTableOf(configuration.keys), keys);
+    EXPECT_EQ(keyTableOf(configuration), keys);
 }
 
 TEST_F(ConfigurationTest, AWrongLineIsComplainedOfAndTheRestHolds) {
@@ -136,7 +137,7 @@ TEST_F(ConfigurationTest, TheInstalledFileShowsTheDefaults) {
     }
     EXPECT_THAT(names, testing::UnorderedElementsAreArray(expected));
     EXPECT_EQ(configuration.keys.size(), kKeyUseRows.size() * kRegionsWithPads.size());
-    EXPECT_EQ(keyTableOf(configuration.keys), kDefaultKeys);
+    EXPECT_EQ(keyTableOf(configuration), kDefaultKeys);
 }
 
 TEST_F(ConfigurationTest, WhatIsSurelyNotMeantHoldsAndIsComplainedOf) {
@@ -144,6 +145,23 @@ TEST_F(ConfigurationTest, WhatIsSurelyNotMeantHoldsAndIsComplainedOf) {
     read();
     EXPECT_THAT(held(), ElementsAre("ActivationThreshold=0@config.toml:2"));
     EXPECT_THAT(complaints(), ElementsAre(StartsWith("config.toml:2: ActivationThreshold: 0 or less is allowed")));
+}
+
+TEST_F(ConfigurationTest, WhatIsKeptReadsTheSame) {
+    ConfigurationEntries entries;
+    for (const char* value : {"0.1", "-3.4e38", "1e-300", "18446744073709551615", "7"})
+        entries.settings.push_back(configuredSetting(
+            fmt::format("VirtualNormalizationFactors.{}", entries.settings.size()), JSON::parse(value), {}));
+    entries.settings.push_back(configuredSetting("EnableTapSuppression", JSON::parse("false"), {}));
+    entries.keys.push_back(configuredKey("hold.volume-down", "none", {}));
+    write("config.toml", keptText(entries));
+    read();
+    ASSERT_EQ(configuration.settings.size(), entries.settings.size());
+    for (const ConfiguredSetting& setting : entries.settings) {
+        const auto read = std::ranges::find(configuration.settings, setting.key, &ConfiguredSetting::key);
+        EXPECT_EQ(as<Number>(read->value)->doubleValue(), as<Number>(setting.value)->doubleValue()) << setting.key;
+    }
+    EXPECT_EQ(keyTableOf(configuration), keyTableOf(entries));
 }
 
 TEST_F(ConfigurationTest, AFileThatIsNoTOMLIsLeftOutAtFirstAndLaterStaysAsItWas) {
@@ -165,7 +183,17 @@ TEST_F(ConfigurationTest, AFileThatIsNoTOMLIsLeftOutAtFirstAndLaterStaysAsItWas)
     EXPECT_THAT(held(), ElementsAre("HoldTimeoutMilliseconds=250@config.toml:1"));
     EXPECT_THAT(complaints(), ElementsAre(testing::EndsWith("; what the file said before goes on")));
 
+    write("config.d/10.toml", "keys.tap.volume-up = 'KEY_F13'\n");
+    read();
+    std::filesystem::remove_all(folder + "/config.d");
+    write("config.d", "no folder");
     std::filesystem::remove(folder + "/config.toml");
+    read();
+    EXPECT_THAT(held(), ElementsAre("tap.volume-up=KEY_F13@config.d/10.toml:1"));
+    EXPECT_THAT(complaints(), ElementsAre("config.d: Not a directory",
+                                          "config.d/10.toml: Not a directory; what the file said before goes on"));
+
+    std::filesystem::remove(folder + "/config.d");
     read();
     EXPECT_THAT(held(), IsEmpty());
     EXPECT_THAT(complaints(), IsEmpty());

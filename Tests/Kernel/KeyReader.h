@@ -50,8 +50,11 @@ public:
 
 private:
     [[nodiscard]] static std::string nameOf(int key) {
-        static const std::map<int, std::string> kNames{
-            {KEY_PLAYPAUSE, "Play"}, {KEY_ASSISTANT, "Assistant"}, {KEY_VOLUMEUP, "Up"}, {KEY_VOLUMEDOWN, "Down"}};
+        static const std::map<int, std::string> kNames{{KEY_PLAYPAUSE, "Play"},
+                                                       {KEY_ASSISTANT, "Assistant"},
+                                                       {KEY_VOLUMEUP, "Up"},
+                                                       {KEY_VOLUMEDOWN, "Down"},
+                                                       {KEY_MUTE, "Mute"}};
         const auto known = kNames.find(key);
         return known == kNames.end() ? std::to_string(key) : known->second;
     }

@@ -37,7 +37,7 @@ protected:
     // "INTERFACE.MEMBER ARGUMENT...", as busctl has them; without an interface, one of ours.
     [[nodiscard]] Outcome call(const std::string& user, const std::string& name, const std::string& what) const {
         const auto dot = what.find('.');
-        const bool isOurs = dot > what.find(' ');
+        const bool isOurs = dot == std::string::npos || dot > what.find(' ');
         const std::string path = what.starts_with("ObjectManager") ? "" : "/" + surface.name();
         const std::string interface = isOurs ? "org.velto.Touch1" : "org.freedesktop.DBus." + what.substr(0, dot);
         return as(user, "busctl call " + name + " /org/velto/Touch1" + path + " " + interface + " " +

@@ -10,6 +10,7 @@
 #include "Velto/Daemon/UinputKeyboard.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/KeyOptions.h"
+#include "Velto/Options/Lasting.h"
 #include "Velto/Output/Terminal.h"
 
 #include <chrono>
@@ -32,9 +33,9 @@ constexpr const char* kText = "Makes the gestures on a surface key presses for e
                               "pressed. Needs the right to write to /dev/uinput. While it runs, get, set,\n"
                               "watch and record reach it over the message bus.\n"
                               "\n"
-                              "Settings and keys are those of /etc/velto-touch/config.toml and of the files\n"
-                              "config.d/*.toml beside it, which are read again on SIGHUP: a setting that was\n"
-                              "only tried ends with that. Standard error has a line for each gesture.";
+                              "Other keys, and settings, come from /etc/velto-touch/config.toml and the files\n"
+                              "config.d/*.toml beside it. They are read again on SIGHUP: a setting that was\n"
+                              "only tried (velto set) ends with that. Standard error has a line per gesture.";
 
 constexpr const char* kKeyboardName = "Velto Touch Surface Keys";
 
@@ -63,7 +64,7 @@ std::exception_ptr failureOf(EventLoop& loop) noexcept {
 // All that serving takes, in the order in which it is made. Its calls but `handle` come on the loop's thread.
 class Serving {
 public:
-    Serving(const Options& options, Lasting trial)
+    Serving(const Options& options, ConfigurationEntries trial)
         : _folder(options.folder), _configuration(options.folder, std::move(trial)),
           _device(about(options.device.subject(), [&] { return connect(options.device, 1.0); })), _signals(_loop),
           _reloadSignal(_loop, [this] { reload(); }), _keyboard(options.withoutKeys ? nullptr : makeKeyboard()),
@@ -151,7 +152,7 @@ private:
 };
 
 int run(const Options& options) {
-    Lasting trial;
+    ConfigurationEntries trial;
     try {
         trial = lastingOf(options.trial, "velto serve --set");
     } catch (const std::invalid_argument& error) {
@@ -171,13 +172,13 @@ Command makeServeCommand(App& program) {
     addDevice(*app, options->device, "The surface; see below")->required();
     addPlugIn(*app, options->plugIn);
     addBus(*app, options->bus);
-    CLI::Option* folder = app->add_option(
-        "--config", options->folder, std::string("The configuration's folder (default: ") + kConfigurationFolder + ")");
-    app->offer(folder, fileNames())->type_name("FOLDER")->check(CLI::ExistingDirectory);
+    addConfiguration(*app, options->folder,
+                     std::string("The configuration's folder (default: ") + kConfigurationFolder + ")");
     addSettings(*app, options->trial, KeyScope::Service,
                 "For a trial: a setting, or a key such as keys.tap.play-pause=KEY_MUTE, whatever the configuration "
                 "says; may be given several times")
         ->allow_extra_args(false);
+    app->addList(keyList());
     app->add_flag("--no-keys", options->withoutKeys, "Make no keyboard: gestures are told on the bus alone");
     return {app, [options] { return run(*options); }};
 }

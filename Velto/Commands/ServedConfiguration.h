@@ -2,7 +2,6 @@
 
 #include "Velto/Daemon/Configuration.h"
 #include "Velto/Daemon/WantedSettings.h"
-#include "Velto/Options/Lasting.h"
 
 #include <string>
 
@@ -13,7 +12,7 @@ namespace VeltoTouch::Velto {
 class ServedConfiguration {
 public:
     // Reads the folder.
-    ServedConfiguration(std::string folder, Lasting trial);
+    ServedConfiguration(std::string folder, ConfigurationEntries trial);
 
     // Reads the folder anew.
     void read();
@@ -27,10 +26,10 @@ public:
     }
 
 private:
-    void setKeys(const Configuration& configuration);
+    void setKeys(const ConfigurationEntries& entries);
 
     const std::string _folder;
-    const Lasting _trial;
+    const ConfigurationEntries _trial;
     Configuration _configuration;
     WantedSettings _settings;
     KeyTable _keys = kDefaultKeys;

@@ -1,6 +1,7 @@
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Daemon/Bus/Client.h"
+#include "Velto/Daemon/Configuration.h"
 #include "Velto/Daemon/KeptConfiguration.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/KeyOptions.h"
@@ -53,16 +54,20 @@ int set(const Options& options) {
 }
 
 // Everybody may read the file: the service is not root.
-void write(const std::filesystem::path& file, const Lasting& kept) {
+void write(const std::filesystem::path& file, const ConfigurationEntries& kept) {
     ::umask(022);
     std::filesystem::create_directories(file.parent_path());
-    const bool isThere = std::filesystem::exists(file);
-    const Ref<Data> before = isThere ? readFile(file) : makeRef<Data>("");
-    writeFile(file, withKept(before->bytes(), kept.settings, kept.keys));
+    std::vector<Complaint> complaints; // of lines that go with this
+    ConfigurationEntries entries;
+    if (std::filesystem::exists(file))
+        entries = readConfigurationFile(file, complaints);
+    put(entries, kept);
+    writeFile(file, keptText(entries));
 }
 
 // A file that comes later has the last word. Returns the exit status.
-int reportOverruled(const std::filesystem::path& folder, const std::filesystem::path& file, const Lasting& kept) {
+int reportOverruled(const std::filesystem::path& folder, const std::filesystem::path& file,
+                    const ConfigurationEntries& kept) {
     const Configuration configuration = readConfiguration(folder);
     int status = 0;
     const auto report = [&](const std::string& name, const Origin& origin) {
@@ -76,8 +81,7 @@ int reportOverruled(const std::filesystem::path& folder, const std::filesystem::
             report(setting.key, setting.origin);
     }
     for (const ConfiguredKey& key : configuration.keys) {
-        const auto isSame = [&](const ConfiguredKey& other) { return isSameUse(key, other); };
-        if (std::ranges::any_of(kept.keys, isSame))
+        if (find(kept, key.use, key.region) != nullptr)
             report(fmt::format("{}.{}", kKeysDomain, nameOf(key.use, key.region)), key.origin);
     }
     return status;
@@ -95,7 +99,7 @@ int keep(const Options& options) {
     if (options.folder == kConfigurationFolder && ::geteuid() != 0)
         throw std::runtime_error("only root may keep settings (sudo velto set --keep)");
     const std::filesystem::path file = keptFileIn(options.folder);
-    const Lasting kept = lastingOf(options.settings, file);
+    const ConfigurationEntries kept = lastingOf(options.settings, file);
     warnOfDoubtfulSettings(options.settings);
     about(file, [&] { write(file, kept); });
     const int status = reportOverruled(options.folder, file, kept);
@@ -134,9 +138,9 @@ Command makeSetCommand(App& program) {
     CLI::Option* keep =
         app->add_flag("--keep", options->keep, "Keep it in config.d/90-set.toml, and reload the configuration");
     keep->excludes(app->get_option("--device"));
-    CLI::Option* folder = app->add_option("--config", options->folder, "The configuration's folder, for --keep");
-    app->offer(folder, fileNames())->type_name("FOLDER")->check(CLI::ExistingDirectory)->needs(keep);
+    addConfiguration(*app, options->folder, "The configuration's folder, for --keep")->needs(keep);
     addSettingArguments(*app, options->settings, "VALUE is JSON, or a text where it is no JSON")->required();
+    app->addList(keyList());
     return {app, [options] { return run(*options); }};
 }
 

@@ -1,13 +1,11 @@
 #include "Velto/Daemon/Configuration.h"
 
 #include "Plugin/Pipeline/Properties.h"
-#include "Velto/Daemon/KeyNames.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
@@ -15,7 +13,6 @@
 #include <utility>
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <toml++/toml.h>
 
 namespace VeltoTouch {
@@ -25,24 +22,6 @@ constexpr std::string_view kRecognizer = "recognizer";
 constexpr std::string_view kKeys = "keys";
 
 [[noreturn]] void refuse(const std::string& what) { throw std::invalid_argument(what); }
-
-std::vector<std::string_view> settingNames() {
-    std::vector<std::string_view> names;
-    for (const SettingRow& row : kSettingRows) {
-        if (!row.is<SettingRow::Action>())
-            names.push_back(row.key);
-    }
-    return names;
-}
-
-std::vector<std::string> keyNames() {
-    std::vector<std::string> names;
-    for (const KeyUseRow& row : kKeyUseRows) {
-        for (const RegionRow& region : kRegionsWithPads)
-            names.push_back(nameOf(row.use, region.region));
-    }
-    return names;
-}
 
 Ref<Value> valueAt(const toml::node& node) {
     if (const auto* number = node.as_integer())
@@ -126,120 +105,101 @@ std::string readText(const std::string& path) {
     return text.str();
 }
 
-// The tables of a file; none, and a complaint, if it is not as files are.
-std::optional<toml::table> parse(const std::string& path, const char* consequence, std::vector<Complaint>& complaints) {
-    const auto complain = [&](std::uint32_t line, std::string_view why) {
-        complaints.push_back(
-            {.origin = {.file = path, .line = line}, .message = fmt::format("{}; {}", why, consequence)});
-    };
+// Why a file has no effect.
+struct Unreadable : std::runtime_error {
+    Unreadable(std::uint32_t where, const std::string& why) : std::runtime_error(why), line(where) {}
+    std::uint32_t line;
+};
+
+toml::table parse(const std::string& path) {
     try {
         return toml::parse(readText(path), path);
     } catch (const toml::parse_error& error) {
-        complain(error.source().begin.line, fmt::format("this is no TOML: {}", error.description()));
+        throw Unreadable(error.source().begin.line, fmt::format("this is no TOML: {}", error.description()));
     } catch (const std::system_error& error) {
-        complain(0, error.code().message());
+        throw Unreadable(0, error.code().message());
     }
-    return std::nullopt;
+}
+
+Configuration::File readWhole(const std::string& path, std::vector<Complaint>& complaints) {
+    const toml::table root = parse(path);
+    Configuration::File file;
+    file.path = path;
+    std::vector<Complaint> found;
+    FileReader(file, found).read(root);
+    std::ranges::stable_sort(found, {}, [](const Complaint& complaint) { return complaint.origin.line; });
+    std::ranges::move(found, std::back_inserter(complaints));
+    return file;
 }
 
 void readFile(const std::string& path, const Configuration& inForce, Configuration& configuration) {
-    const auto before = std::ranges::find(inForce.files, path, &Configuration::File::path);
-    const bool isInForce = before != inForce.files.end();
-    const auto table =
-        parse(path, isInForce ? "what the file said before goes on" : "the file is left out", configuration.complaints);
-    if (!table) {
+    try {
+        configuration.files.push_back(readWhole(path, configuration.complaints));
+    } catch (const Unreadable& error) {
+        const auto before = std::ranges::find(inForce.files, path, &Configuration::File::path);
+        const bool isInForce = before != inForce.files.end();
         if (isInForce)
             configuration.files.push_back(*before);
-        return;
+        configuration.complaints.push_back(
+            {.origin = {.file = path, .line = error.line},
+             .message = fmt::format("{}; {}", error.what(),
+                                    isInForce ? "what the file said before goes on" : "the file is left out")});
     }
-    Configuration::File& file = configuration.files.emplace_back();
-    file.path = path;
-    std::vector<Complaint> complaints;
-    FileReader(file, complaints).read(*table);
-    std::ranges::stable_sort(complaints, {}, [](const Complaint& complaint) { return complaint.origin.line; });
-    std::ranges::move(complaints, std::back_inserter(configuration.complaints));
 }
 
-std::vector<std::string> filesOf(const std::filesystem::path& folder) {
-    std::error_code ignored; // what is not there is not read; what cannot be read, its reader says
+// The files of config.d; if they cannot be listed, those that are in force, whose readers say the rest.
+std::vector<std::string> listed(const std::filesystem::path& folder, const Configuration& inForce,
+                                std::vector<Complaint>& complaints) {
+    std::error_code error;
     std::vector<std::string> files;
-    for (auto entry = std::filesystem::directory_iterator(folder / "config.d", ignored);
-         entry != std::filesystem::directory_iterator(); entry.increment(ignored)) {
+    for (auto entry = std::filesystem::directory_iterator(folder, error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         const std::filesystem::path& path = entry->path();
         if (path.extension() == ".toml" && !path.filename().native().starts_with('.'))
             files.push_back(path);
     }
+    if (error && error != std::errc::no_such_file_or_directory) {
+        Complaint& complaint = complaints.emplace_back();
+        complaint.origin.file = folder;
+        complaint.message = error.message();
+        files.clear();
+        for (const Configuration::File& file : inForce.files) {
+            if (std::filesystem::path(file.path).parent_path() == folder)
+                files.push_back(file.path);
+        }
+    }
     std::ranges::sort(files);
+    return files;
+}
+
+std::vector<std::string> filesOf(const std::filesystem::path& folder, const Configuration& inForce,
+                                 std::vector<Complaint>& complaints) {
+    std::vector<std::string> files = listed(folder / "config.d", inForce, complaints);
+    std::error_code unreadable; // which its reader says
     const std::filesystem::path first = folder / "config.toml";
-    if (std::filesystem::symlink_status(first, ignored).type() != std::filesystem::file_type::not_found)
+    if (std::filesystem::symlink_status(first, unreadable).type() != std::filesystem::file_type::not_found)
         files.insert(files.begin(), first);
     return files;
 }
 
-// Puts an entry in place of the one that it is the same as.
-template <class Entry, class IsSame>
-void put(std::vector<Entry>& entries, const Entry& entry, const IsSame& isSame) {
-    const auto found = std::ranges::find_if(entries, [&](const Entry& other) { return isSame(entry, other); });
-    if (found == entries.end())
-        entries.push_back(entry);
-    else
-        *found = entry;
-}
-
 } // namespace
-
-std::string textOf(const Origin& origin) {
-    return origin.line == 0 ? origin.file : fmt::format("{}:{}", origin.file, origin.line);
-}
-
-std::string nameOf(KeyUse use, PixelRegion region) { return fmt::format("{}.{}", nameOf(use), rowOf(region).place); }
-
-ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin) {
-    ConfiguredSetting setting{.key = fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, name),
-                              .value = std::move(value),
-                              .origin = std::move(origin)};
-    const Judgement judgement = judgeWrite(setting.key, setting.value.get());
-    if (judgement.verdict == Judgement::Verdict::Unknown && judgement.reason.empty())
-        refuse(fmt::format("unknown setting '{}' (one of {} is wanted)", name, fmt::join(settingNames(), ", ")));
-    if (judgement.verdict != Judgement::Verdict::Sensible && judgement.verdict != Judgement::Verdict::Doubtful)
-        refuse(fmt::format("{}: {}", name, judgement.reason));
-    if (settingUnder(setting.key)->row.is<SettingRow::Action>())
-        refuse(fmt::format("{}: it is no value that lasts", name));
-    return setting;
-}
-
-ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origin origin) {
-    const auto code = keyCalled(key);
-    for (const KeyUseRow& row : kKeyUseRows) {
-        for (const RegionRow& region : kRegionsWithPads) {
-            if (name != nameOf(row.use, region.region))
-                continue;
-            if (!code)
-                refuse(fmt::format("{}: the name of a key is wanted, such as \"KEY_MUTE\", or \"none\"", name));
-            return {.use = row.use, .region = region.region, .key = *code, .origin = std::move(origin)};
-        }
-    }
-    refuse(fmt::format("unknown name '{}' (one of {} is wanted)", name, fmt::join(keyNames(), ", ")));
-}
 
 Configuration readConfiguration(const std::filesystem::path& folder, const Configuration& inForce) {
     Configuration configuration;
-    for (const std::string& path : filesOf(folder))
+    for (const std::string& path : filesOf(folder, inForce, configuration.complaints))
         readFile(path, inForce, configuration);
-    for (const Configuration::File& file : configuration.files) {
-        for (const ConfiguredSetting& setting : file.settings)
-            put(configuration.settings, setting, [](const auto& a, const auto& b) { return a.key == b.key; });
-        for (const ConfiguredKey& key : file.keys)
-            put(configuration.keys, key, isSameUse);
-    }
+    for (const Configuration::File& file : configuration.files)
+        put(configuration, file);
     return configuration;
 }
 
-KeyTable keyTableOf(const std::vector<ConfiguredKey>& keys) {
-    KeyTable table = kDefaultKeys;
-    for (const ConfiguredKey& key : keys)
-        keysOf(table, key.region).*key.use = key.key;
-    return table;
+Configuration::File readConfigurationFile(const std::string& path, std::vector<Complaint>& complaints) {
+    try {
+        return readWhole(path, complaints);
+    } catch (const Unreadable& error) {
+        throw std::runtime_error(error.line == 0 ? error.what()
+                                                 : fmt::format("{} (line {})", error.what(), error.line));
+    }
 }
 
 } // namespace VeltoTouch

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Velto/Daemon/Bus/PropertyRequests.h"
-#include "Velto/Daemon/Configuration.h"
+#include "Velto/Daemon/ConfigurationEntry.h"
 
 #include <functional>
 #include <string>

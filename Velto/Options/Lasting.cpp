@@ -1,13 +1,18 @@
 #include "Velto/Options/Lasting.h"
 
 #include "Plugin/Shared/Keys.h"
+#include "Velto/Daemon/KeyNames.h"
 
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
+
+#include <fmt/format.h>
 
 namespace VeltoTouch::Velto {
 
-Lasting lastingOf(const std::vector<Setting>& given, const std::string& origin) {
-    Lasting lasting;
+ConfigurationEntries lastingOf(const std::vector<Setting>& given, const std::string& origin) {
+    ConfigurationEntries lasting;
     for (const auto& [key, value] : given) {
         const Origin place{.file = origin};
         const auto* const text = as<String>(value);
@@ -19,6 +24,25 @@ Lasting lastingOf(const std::vector<Setting>& given, const std::string& origin) 
             throw std::invalid_argument(key + ": neither a setting nor a key such as keys.tap.play-pause");
     }
     return lasting;
+}
+
+HelpList keyList() {
+    HelpList list{.heading = "Keys", .entries = {}, .remarks = {}, .textColumn = 26};
+    for (const KeyUseRow& row : kKeyUseRows) {
+        for (const RegionRow& region : kRegionsWithPads)
+            list.entries.push_back({.term = fmt::format("{}.{}", kKeysDomain, nameOf(row.use, region.region)),
+                                    .text = nameOfKey(keysOf(kDefaultKeys, region.region).*row.use)});
+    }
+    list.remarks = "These are the defaults; a key has the kernel's name, none is no key.";
+    return list;
+}
+
+CLI::Option* addConfiguration(App& app, std::string& target, const std::string& description) {
+    const auto check = [](const std::string& folder) {
+        std::error_code error;
+        return std::filesystem::is_directory(folder, error) ? "" : folder + ": there is no such folder";
+    };
+    return app.offer(app.add_option("--config", target, description), fileNames())->type_name("FOLDER")->check(check);
 }
 
 } // namespace VeltoTouch::Velto

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Velto/Daemon/Configuration.h"
+#include "Velto/Daemon/ConfigurationEntry.h"
+#include "Velto/Options/App.h"
 #include "Velto/Options/Settings.h"
 
 #include <string>
@@ -12,13 +13,13 @@ namespace VeltoTouch::Velto {
 // Keys of gestures are given as "keys.tap.play-pause=KEY_MUTE".
 inline constexpr std::string_view kKeysDomain = "keys";
 
-// What a configuration can hold.
-struct Lasting {
-    std::vector<ConfiguredSetting> settings;
-    std::vector<ConfiguredKey> keys;
-};
-
 // Sorts what was given on the command line. Throws std::invalid_argument for what no configuration can hold.
-[[nodiscard]] Lasting lastingOf(const std::vector<Setting>& given, const std::string& origin);
+[[nodiscard]] ConfigurationEntries lastingOf(const std::vector<Setting>& given, const std::string& origin);
+
+// The keys at the end of the help, with their defaults.
+[[nodiscard]] HelpList keyList();
+
+// --config FOLDER, which must be there.
+CLI::Option* addConfiguration(App& app, std::string& target, const std::string& description);
 
 } // namespace VeltoTouch::Velto

@@ -1,0 +1,107 @@
+#include "Velto/Daemon/ConfigurationEntry.h"
+
+#include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/KeyNames.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace VeltoTouch {
+namespace {
+
+[[noreturn]] void refuse(const std::string& what) { throw std::invalid_argument(what); }
+
+std::vector<std::string_view> settingNames() {
+    std::vector<std::string_view> names;
+    for (const SettingRow& row : kSettingRows) {
+        if (!row.is<SettingRow::Action>())
+            names.push_back(row.key);
+    }
+    return names;
+}
+
+std::vector<std::string> keyNames() {
+    std::vector<std::string> names;
+    for (const KeyUseRow& row : kKeyUseRows) {
+        for (const RegionRow& region : kRegionsWithPads)
+            names.push_back(nameOf(row.use, region.region));
+    }
+    return names;
+}
+
+// Puts an entry in the place of the one that `isSame` finds.
+template <class Entry, class IsSame>
+void put(std::vector<Entry>& entries, const Entry& entry, const IsSame& isSame) {
+    const auto found = std::ranges::find_if(entries, isSame);
+    if (found == entries.end())
+        entries.push_back(entry);
+    else
+        *found = entry;
+}
+
+bool isFor(const ConfiguredKey& key, KeyUse use, PixelRegion region) noexcept {
+    return key.use == use && key.region == region;
+}
+
+} // namespace
+
+std::string textOf(const Origin& origin) {
+    return origin.line == 0 ? origin.file : fmt::format("{}:{}", origin.file, origin.line);
+}
+
+std::string nameOf(KeyUse use, PixelRegion region) { return fmt::format("{}.{}", nameOf(use), rowOf(region).place); }
+
+ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin) {
+    ConfiguredSetting setting{.key = fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, name),
+                              .value = std::move(value),
+                              .origin = std::move(origin)};
+    const Judgement judgement = judgeWrite(setting.key, setting.value.get());
+    if (judgement.verdict == Judgement::Verdict::Unknown && judgement.reason.empty())
+        refuse(fmt::format("unknown setting '{}' (one of {} is wanted)", name, fmt::join(settingNames(), ", ")));
+    if (judgement.verdict != Judgement::Verdict::Sensible && judgement.verdict != Judgement::Verdict::Doubtful)
+        refuse(fmt::format("{}: {}", name, judgement.reason));
+    if (settingUnder(setting.key)->row.is<SettingRow::Action>())
+        refuse(fmt::format("{}: it is no value that lasts", name));
+    return setting;
+}
+
+ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origin origin) {
+    const auto code = keyCalled(key);
+    for (const KeyUseRow& row : kKeyUseRows) {
+        for (const RegionRow& region : kRegionsWithPads) {
+            if (name != nameOf(row.use, region.region))
+                continue;
+            if (!code)
+                refuse(fmt::format("{}: the name of a key is wanted, such as \"KEY_MUTE\", or \"none\"", name));
+            return {.use = row.use, .region = region.region, .key = *code, .origin = std::move(origin)};
+        }
+    }
+    refuse(fmt::format("unknown name '{}' (one of {} is wanted)", name, fmt::join(keyNames(), ", ")));
+}
+
+void put(ConfigurationEntries& target, const ConfigurationEntries& entries) {
+    for (const ConfiguredSetting& setting : entries.settings)
+        put(target.settings, setting, [&](const ConfiguredSetting& other) { return other.key == setting.key; });
+    for (const ConfiguredKey& key : entries.keys)
+        put(target.keys, key, [&](const ConfiguredKey& other) { return isFor(other, key.use, key.region); });
+}
+
+const ConfiguredKey* find(const ConfigurationEntries& entries, KeyUse use, PixelRegion region) noexcept {
+    const auto found =
+        std::ranges::find_if(entries.keys, [&](const ConfiguredKey& key) { return isFor(key, use, region); });
+    return found == entries.keys.end() ? nullptr : &*found;
+}
+
+KeyTable keyTableOf(const ConfigurationEntries& entries) {
+    KeyTable table = kDefaultKeys;
+    for (const ConfiguredKey& key : entries.keys)
+        keysOf(table, key.region).*key.use = key.key;
+    return table;
+}
+
+} // namespace VeltoTouch
