@@ -4,12 +4,12 @@
 #include "Velto/Host/Gesture.h"
 #include "Velto/Options/BusOptions.h"
 
-#include <array>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace VeltoTouch::Velto {
@@ -22,7 +22,8 @@ struct Finding {
 };
 
 // The way from the device to the key, for `velto doctor`: a check a step, each made once and after those before it,
-// as far as the first no. A check throws nothing for what is wrong with the machine.
+// as far as the first no. What is wrong with the machine is a finding; a check throws std::runtime_error if the service
+// ends meanwhile.
 //
 // ExaminationDevice.cpp has surface and node, ExaminationService.cpp service and reports, ExaminationTouch.cpp touch
 // and gesture, ExaminationKeys.cpp the rest.

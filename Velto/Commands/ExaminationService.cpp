@@ -60,6 +60,7 @@ Finding findingOf(const Bus::UnitState& state, const std::string& unit, const st
     const auto no = [&](const std::string& text, const std::string& advice) {
         return Finding{.verdict = No, .text = unit + text, .advice = advice};
     };
+    const std::string why = (state.result == "success" ? "" : fmt::format(" ({})", state.result)) + obstacle.text;
     const std::string restart = fmt::format("{}sudo systemctl restart {}", obstacle.advice, unit);
     const std::string journal = fmt::format("; journalctl -u {} says why", unit);
     if (state.load == "masked")
@@ -67,9 +68,9 @@ Finding findingOf(const Bus::UnitState& state, const std::string& unit, const st
     if (state.load != "loaded")
         return no(" is not installed", "install the package velto-touch, or " + serve);
     if (state.active == "failed")
-        return no(fmt::format(" has failed ({}){}", state.result, obstacle.text), restart + journal);
+        return no(" has failed" + why, restart + journal);
     if (state.active == "activating")
-        return no(fmt::format(" does not come up ({}){}", state.result, obstacle.text), restart + journal);
+        return no(" does not come up" + why, restart + journal);
     if (state.active == "active")
         return no(" runs, but is not on the bus", restart + journal);
     return no(" does not run" + obstacle.text,
