@@ -34,6 +34,7 @@ struct Command {
 [[nodiscard]] Command makeRecoverCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
 [[nodiscard]] Command makeViewCommand(App& program);
+[[nodiscard]] Command makeDumpCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);
 [[nodiscard]] Command makeGetCommand(App& program);

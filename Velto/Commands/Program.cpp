@@ -35,6 +35,7 @@ constexpr std::array kCommands{
     Row{"Why", makeExportCommand},           //
     Row{"Live", makeRunCommand},             //
     Row{"Live", makeViewCommand},            //
+    Row{"Live", makeDumpCommand},            //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeServeCommand},   //
     Row{"This machine", makeGetCommand},     //

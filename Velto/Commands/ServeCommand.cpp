@@ -98,7 +98,9 @@ int serve(const Options& options) {
 Command makeServeCommand(App& program) {
     const auto options = std::make_shared<Options>();
     App* app = program.addCommand("serve", {"velto serve --device surface"}, kText);
-    addDevice(*app, options->device, "The surface; see below")->required();
+    addDevice(*app, options->device, "The surface; see below")->required()->check([](const std::string& device) {
+        return device == "-" ? "the standard input cannot be served (velto run, view and dump read it)" : "";
+    });
     addPlugIn(*app, options->plugIn);
     addBus(*app, options->bus);
     app->add_flag("--no-keys", options->withoutKeys, "Make no keyboard: gestures are told on the bus alone");
