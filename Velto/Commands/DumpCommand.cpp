@@ -12,6 +12,7 @@
 #include "Velto/Output/GestureText.h"
 #include "Velto/Surface/FeatureReports.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -140,13 +141,16 @@ std::string featureLine(const Surface::FeatureReading& report) {
            "\n";
 }
 
+// Nothing of a device that has none, such as a recording.
 std::string featuresOf(const Surface::ConnectedDevice& device, const Options& options) {
+    const std::vector<Surface::FeatureReading> reports = Surface::readFeatureReports(device.backend());
     std::string text;
-    for (const Surface::FeatureReading& report : Surface::readFeatureReports(device.backend())) {
+    for (const Surface::FeatureReading& report : reports) {
         if (!options.id || report.id == *options.id)
             text += options.jsonl ? featureLine(report) : featureText(report);
     }
-    return text;
+    const auto isGiven = [](const Surface::FeatureReading& report) { return !report.bytes.empty(); };
+    return std::ranges::any_of(reports, isGiven) ? text : "";
 }
 
 int dumpRecording(const Options& options, const std::string& file) {

@@ -127,8 +127,9 @@ private:
         }
         const Moment::Contact& contact = *_moment.contact;
         panel(0, fmt::format("touch {}: {}", contact.number, stateText()), stateStyle());
-        panel(1, fmt::format("{}  {} ms of {}", nameOf(contact.region), contact.elapsedMs, _moment.holdTimeoutMs));
-        panel(2, fmt::format("peak {:.0f} on {}", static_cast<double>(contact.peak.value), contact.peak.pixel));
+        panel(1, fmt::format("{}, peak {:.0f} on {}", nameOf(contact.region), static_cast<double>(contact.peak.value),
+                             contact.peak.pixel));
+        panel(2, fmt::format("{} ms, a hold beyond {} ms", contact.elapsedMs, _moment.holdTimeoutMs));
     }
     [[nodiscard]] std::string_view stateText() const noexcept {
         switch (_moment.state) {

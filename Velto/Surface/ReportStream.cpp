@@ -15,8 +15,8 @@ constexpr std::string_view kBlanks = " \t\r";
 constexpr std::size_t kTimeLength = 8;
 constexpr std::size_t kHeaderLength = kTimeLength + 2;
 constexpr std::size_t kLongestLine = 4096;
-constexpr double kNanoseconds = 1e9;
-constexpr double kLatestTime = 1e10; // seconds; three hundred years
+constexpr std::size_t kMostSeconds = 10; // digits; three hundred years
+constexpr std::size_t kDecimals = 9;
 
 [[noreturn]] void refuse(std::string_view what) { throw std::invalid_argument(std::string(what)); }
 
@@ -25,12 +25,21 @@ std::string_view trimmed(std::string_view text) {
     return first == std::string_view::npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
+// To the nanosecond.
 std::uint64_t timeOf(std::string_view text) {
-    double seconds = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    if (error != std::errc() || end != text.data() + text.size() || !(seconds >= 0 && seconds < kLatestTime))
+    const std::size_t point = std::min(text.find('.'), text.size());
+    std::string digits(text.substr(0, point));
+    const std::string_view decimals = text.substr(std::min(point + 1, text.size()));
+    const bool isTime = point > 0 && point <= kMostSeconds && decimals.size() <= kDecimals &&
+                        text.find_first_not_of("0123456789.") == std::string_view::npos &&
+                        decimals.find('.') == std::string_view::npos;
+    if (!isTime)
         refuse("a time in seconds is wanted before the colon");
-    return static_cast<std::uint64_t>(seconds * kNanoseconds + 0.5);
+    digits += decimals;
+    digits.append(kDecimals - decimals.size(), '0');
+    std::uint64_t time = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), time);
+    return time;
 }
 
 std::uint8_t digitOf(char c) {
@@ -66,8 +75,8 @@ void requireLength(std::size_t length) {
 
 std::uint64_t numberOf(std::string_view bytes) noexcept {
     std::uint64_t number = 0;
-    for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte)
-        number = number << 8U | static_cast<std::uint8_t>(*byte);
+    for (std::size_t i = bytes.size(); i-- > 0;)
+        number = number << 8U | static_cast<std::uint8_t>(bytes[i]);
     return number;
 }
 
