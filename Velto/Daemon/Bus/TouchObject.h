@@ -18,6 +18,8 @@ struct ServedSurface {
     std::string device; // as it was given on the command line
     ServiceProperties properties;
     std::function<std::uint64_t()> deliveredReports; // so far
+    std::function<Ref<Value>()> sources;             // of the settings' values
+    std::function<void()> reload;                    // of the configuration
 };
 
 // A surface as an object on the message bus, with the interface org.velto.Touch1:
@@ -25,6 +27,8 @@ struct ServedSurface {
 //   GetProperty(s key) -> v               a property of the service
 //   GetPublicProperty(s key) -> v         one that shows what the surface does: isPublic
 //   SetProperty(s key, v value)           writes one, from the next report on
+//   GetSources() -> v                     where the settings' values come from
+//   Reload()                              reads the configuration anew
 //   Device      s                         such as /dev/hidraw0
 //   Version     s                         the service's, such as 19.0.0
 //   Counters    a{st}                     reports and events, and what the recognizer counts, under its names; a change
