@@ -37,6 +37,7 @@ struct Command {
 [[nodiscard]] Command makeViewCommand(App& program);
 [[nodiscard]] Command makeCaptureCommand(App& program);
 [[nodiscard]] Command makeCollectCommand(App& program);
+[[nodiscard]] Command makeDumpCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeDoctorCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);

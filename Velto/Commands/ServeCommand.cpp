@@ -169,7 +169,9 @@ int run(const Options& options) {
 Command makeServeCommand(App& program) {
     const auto options = std::make_shared<Options>();
     App* app = program.addCommand("serve", {"velto serve --device surface"}, kText);
-    addDevice(*app, options->device, "The surface; see below")->required();
+    addDevice(*app, options->device, "The surface; see below")->required()->check([](const std::string& device) {
+        return device == "-" ? "the standard input cannot be served (velto run, view and dump read it)" : "";
+    });
     addPlugIn(*app, options->plugIn);
     addBus(*app, options->bus);
     addConfiguration(*app, options->folder,
