@@ -12,6 +12,9 @@
 namespace VeltoTouch::Velto {
 namespace {
 
+// What a write that fails loses is no more than this.
+constexpr std::size_t kMostWaiting = 4096;
+
 void writeAt(int file, std::uint64_t place, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = ::pwrite(file, text.data(), text.size(), static_cast<off_t>(place));
@@ -32,7 +35,7 @@ GrowingRecording::GrowingRecording(const std::string& path)
 
 void GrowingRecording::append(const Frame& frame) {
     appendFrame(_waiting, frame);
-    if (_waiting.size() >= kFlushedFrom)
+    if (_waiting.size() >= kMostWaiting)
         write();
 }
 
