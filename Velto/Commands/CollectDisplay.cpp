@@ -6,8 +6,11 @@
 #include "Velto/Output/Screen.h"
 #include "Velto/Output/Terminal.h"
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
+#include <string_view>
+#include <tuple>
 #include <utility>
 
 #include <fmt/format.h>
@@ -27,7 +30,7 @@ constexpr const char* kChoice = "r repeat, n next: it was done as asked, x leave
 class LineDisplay final : public CollectDisplay {
 public:
     LineDisplay(EventLoop& loop, const Collector& collector, std::function<void(char key)> press)
-        : _collector(collector), _press(std::move(press)) {
+        : _loop(loop), _collector(collector), _press(std::move(press)) {
         loop.addTimer(kBeat, [this] { takeKey(); });
         announce();
     }
@@ -37,7 +40,8 @@ public:
         case Phase::Ask:
             return writeStandardOutput("  now\n");
         case Phase::Decide:
-            return writeStandardOutput(fmt::format("  spoiled: {} ({})\n", collector.fault(), kChoice));
+            writeStandardOutput(fmt::format("  spoiled: {} ({})\n", collector.fault(), kChoice));
+            return _loop.post([this] { takeKey(); }); // not within a call of the collector
         case Phase::Pause:
             return announce();
         case Phase::End:
@@ -61,6 +65,7 @@ private:
         }
     }
 
+    EventLoop& _loop;
     const Collector& _collector;
     const std::function<void(char key)> _press;
 };
