@@ -2,6 +2,7 @@
 
 #include "Velto/Analysis/NearestRank.h"
 #include "Velto/Analysis/Pairing.h"
+#include "Velto/Analysis/Spoiled.h"
 
 #include <algorithm>
 #include <utility>
@@ -68,6 +69,10 @@ MovedBy movedBy(const Touch& touch) {
     return by;
 }
 
+bool overlaps(const Label& label, const Touch& touch) noexcept {
+    return touch.startNs <= label.endNs && touch.endNs >= label.startNs;
+}
+
 } // namespace
 
 Result resultOf(const Label& label, const Touch* touch) {
@@ -88,6 +93,11 @@ RecordingScore scoreOf(const std::vector<Label>& labels, const std::vector<Touch
     std::vector<bool> isLabelled(touches.size(), false);
     for (std::size_t i = 0; i < labels.size(); ++i) {
         const Label& label = labels[i];
+        if (label.gesture == kSpoiled) {
+            for (const Touch& touch : touches)
+                isLabelled[touch.number - 1] = isLabelled[touch.number - 1] || overlaps(label, touch);
+            continue;
+        }
         LabelScore one{.label = label.index,
                        .gesture = label.gesture,
                        .region = label.region,

@@ -1,5 +1,4 @@
-#include "Plugin/Shared/Keys.h"
-#include "Velto/Bench/LiveSurface.h"
+#include "Velto/Bench/LiveFrames.h"
 #include "Velto/Bench/TroubleWatch.h"
 #include "Velto/Commands/CaptureFiles.h"
 #include "Velto/Commands/Command.h"
@@ -26,7 +25,8 @@ using Bench::Trouble;
 
 constexpr const char* kText =
     "Records a device for as long as you like, straight to a file, so that a crash or a power cut\n"
-    "costs at most its last second. Beside it velto serve may serve the device.\n"
+    "costs at most its last second. It is for sessions that outgrow what velto record and velto\n"
+    "run --record keep, and for trouble that comes seldom. Velto serve may serve the device meanwhile.\n"
     "\n"
     "The file begins with the settings in force. It can be read at any time; should its end be cut\n"
     "off, velto recover saves the rest. What outgrows a reader (4 GiB, more than a day) goes on in\n"
@@ -68,32 +68,6 @@ std::unique_ptr<CaptureTarget> targetOf(const Options& options) {
                                 .limit = options.limit});
 }
 
-Frame settingFrame(HostTime time, std::string_view key, const Ref<Value>& value) {
-    return {
-        .type = Frame::Type::State, .timestampNs = time.count(), .key = std::string(key), .value = value, .report = {}};
-}
-
-Frame reportFrame(HostTime time, std::span<const std::uint8_t> report) {
-    return {.type = Frame::Type::InputReport,
-            .timestampNs = time.count(),
-            .key = {},
-            .value = nullptr,
-            .report = {report.begin(), report.end()}};
-}
-
-// As the service records it.
-Frame accelerationFrame(HostTime time, float x, float y, float z) {
-    std::vector<Dictionary::Entry> axes;
-    axes.push_back({.key = "X", .value = Number::withFloat(x)});
-    axes.push_back({.key = "Y", .value = Number::withFloat(y)});
-    axes.push_back({.key = "Z", .value = Number::withFloat(z)});
-    return {.type = Frame::Type::Metadata,
-            .timestampNs = time.count(),
-            .key = "Accel",
-            .value = makeRef<Dictionary>(std::move(axes)),
-            .report = {}};
-}
-
 // One capture, from the first frame to the figures at the end.
 class Capture {
 public:
@@ -102,20 +76,13 @@ public:
           _target(targetOf(options)) {}
 
     [[nodiscard]] Bench::LiveSurface::Handlers handlers(EventLoop& loop) {
-        return {.report = [this](HostTime time, std::span<const std::uint8_t> report) { addReport(time, report); },
-                .acceleration = [this](HostTime time, float x, float y,
-                                       float z) { _target->add(accelerationFrame(time, x, y, z)); },
-                .setting =
-                    [this](HostTime time, const Bench::Setting& setting) {
-                        if (const auto key = Keys::belowPipeline(setting.key))
-                            add(settingFrame(time, *key, setting.value));
-                    },
-                .batchEnd = [this] { _target->write(); },
-                .gone =
-                    [this, &loop](const std::string& failure) {
-                        _failure = failure;
-                        loop.stop();
-                    }};
+        auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });
+        handlers.batchEnd = [this] { _target->write(); };
+        handlers.gone = [this, &loop](const std::string& failure) {
+            _failure = failure;
+            loop.stop();
+        };
+        return handlers;
     }
 
     void sync() { _target->sync(); }
@@ -150,13 +117,11 @@ public:
     }
 
 private:
-    void addReport(HostTime time, std::span<const std::uint8_t> report) {
-        if (_reports++ == 0)
-            _first = time;
-        _last = time;
-        add(reportFrame(time, report));
-    }
     void add(const Frame& frame) {
+        if (frame.type == Frame::Type::InputReport) {
+            _last = HostTime(frame.timestampNs);
+            _first = _reports++ == 0 ? _last : _first;
+        }
         _target->add(frame);
         _watch.handle(frame);
         for (const Trouble trouble : std::exchange(_troubles, {})) {

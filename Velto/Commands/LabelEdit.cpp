@@ -17,7 +17,6 @@ namespace VeltoTouch::Velto {
 namespace {
 
 using Surface::Action;
-using Surface::Takes;
 
 constexpr double kLongestSeconds = 1e9;
 constexpr std::uint64_t kNsPerMs = 1'000'000;
@@ -33,22 +32,6 @@ double readSeconds(std::string_view label, std::string_view digits) {
     if (error != std::errc() || next != end || !(seconds >= 0 && seconds <= kLongestSeconds))
         refuse(label, fmt::format("\"{}\" is no number of seconds from 0 on", digits));
     return seconds;
-}
-
-// A step says a duration in a field of its own; of a label the time behind the @ is meant.
-Surface::Step readStep(std::string_view label, std::string_view text) {
-    Surface::Step step;
-    try {
-        step = Surface::parseStep(text);
-    } catch (const std::invalid_argument& error) {
-        refuse(label, error.what());
-    }
-    if (step.action == Action::Idle || step.action == Action::Reset)
-        refuse(label, fmt::format("{} is no gesture", text));
-    const auto fields = step.action == Action::Palm ? 0 : 1;
-    if (std::ranges::count(text, ':') > fields)
-        refuse(label, "it lasts as long as +LENGTH says");
-    return step;
 }
 
 // The extent of a recording whose frames may be in any order.
@@ -123,6 +106,16 @@ std::vector<Place> labelsAmong(std::list<Frame>& frames) {
 
 } // namespace
 
+// A step may say a duration, which a gesture has of its own.
+Surface::Step parseGesture(std::string_view text) {
+    const Surface::Step step = Surface::parseStep(text);
+    if (step.action == Action::Idle || step.action == Action::Reset)
+        throw std::invalid_argument(fmt::format("{} is no gesture", text));
+    if (std::ranges::count(text, ':') > (step.action == Action::Palm ? 0 : 1))
+        throw std::invalid_argument(fmt::format("{} says a duration, which has no place here", text));
+    return step;
+}
+
 SaidLabel parseLabel(std::string_view text) {
     const std::size_t at = text.rfind('@');
     const std::size_t plus = text.find('+', at == std::string_view::npos ? 0 : at);
@@ -132,8 +125,14 @@ SaidLabel parseLabel(std::string_view text) {
     const double length = std::round(readSeconds(text, text.substr(plus + 1)) * 1e3);
     if (length < 1 || length > std::numeric_limits<std::uint32_t>::max())
         refuse(text, "the length is 0.001 to 4294967.295 seconds");
+    Surface::Step step;
+    try {
+        step = parseGesture(text.substr(0, at));
+    } catch (const std::invalid_argument& error) {
+        refuse(text, error.what());
+    }
     return {.text = std::string(text),
-            .step = readStep(text, text.substr(0, at)),
+            .step = step,
             .startNs = static_cast<std::uint64_t>(std::llround(start * 1e9)),
             .lengthMs = static_cast<std::uint32_t>(length)};
 }

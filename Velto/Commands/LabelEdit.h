@@ -23,7 +23,8 @@ struct SaidLabel {
     std::uint32_t lengthMs = 0; // at least 1
 };
 
-// Throws std::invalid_argument with what is wrong.
+// Throw std::invalid_argument with what is wrong. A gesture is GESTURE:REGION.
+[[nodiscard]] Surface::Step parseGesture(std::string_view text);
 [[nodiscard]] SaidLabel parseLabel(std::string_view text);
 
 // Labels have the numbers that `velto label` lists before the edit.

@@ -37,6 +37,7 @@ constexpr std::array kCommands{
     Row{"Live", makeRunCommand},             //
     Row{"Live", makeViewCommand},            //
     Row{"Live", makeCaptureCommand},         //
+    Row{"Live", makeCollectCommand},         //
     Row{"Live", makeDumpCommand},            //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeDoctorCommand},  //

@@ -18,6 +18,8 @@ namespace {
 
 constexpr const char* kText =
     "Saves the recording so far of a surface that velto serve serves; recording goes on.\n"
+    "It is for what has just gone wrong on a surface in use; velto capture records from now on.\n"
+    "\n"
     "It holds the newest {} reports and accelerometer samples. Only root and the group velto may\n"
     "read it.";
 

@@ -26,7 +26,8 @@ constexpr const char* kText = "Loads the touch service's plug-in, opens a device
                               "gestures as they come. Ends at the device's end, after --duration or with\n"
                               "Ctrl-C.\n"
                               "\n"
-                              "What it records (--record) is for velto explain, score and stats.";
+                              "--record is for a look at what a run has just shown, with velto explain, score\n"
+                              "and stats; velto capture records without a bound.";
 
 struct Options {
     DeviceChoice device;

@@ -12,7 +12,8 @@
 namespace VeltoTouch::Files {
 namespace {
 
-constexpr std::size_t kMostWaiting = std::size_t{1} << 16U; // bytes
+// What a write that fails loses is no more than this.
+constexpr std::size_t kMostWaiting = 4096;
 
 void writeAt(int file, std::uint64_t place, std::string_view text) {
     while (!text.empty()) {

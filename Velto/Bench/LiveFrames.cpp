@@ -1,0 +1,49 @@
+#include "Velto/Bench/LiveFrames.h"
+
+#include "Plugin/Shared/Keys.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace VeltoTouch::Bench {
+namespace {
+
+Frame reportFrame(HostTime time, std::span<const std::uint8_t> report) {
+    return {.type = Frame::Type::InputReport,
+            .timestampNs = time.count(),
+            .key = {},
+            .value = nullptr,
+            .report = {report.begin(), report.end()}};
+}
+
+Frame accelerationFrame(HostTime time, float x, float y, float z) {
+    std::vector<Dictionary::Entry> axes;
+    axes.push_back({.key = "X", .value = Number::withFloat(x)});
+    axes.push_back({.key = "Y", .value = Number::withFloat(y)});
+    axes.push_back({.key = "Z", .value = Number::withFloat(z)});
+    return {.type = Frame::Type::Metadata,
+            .timestampNs = time.count(),
+            .key = "Accel",
+            .value = makeRef<Dictionary>(std::move(axes)),
+            .report = {}};
+}
+
+} // namespace
+
+LiveSurface::Handlers frameHandlers(const std::function<void(const Frame& frame)>& add) {
+    LiveSurface::Handlers handlers;
+    handlers.report = [add](HostTime time, std::span<const std::uint8_t> report) { add(reportFrame(time, report)); };
+    handlers.acceleration = [add](HostTime time, float x, float y, float z) { add(accelerationFrame(time, x, y, z)); };
+    handlers.setting = [add](HostTime time, const Setting& setting) {
+        if (const auto key = Keys::belowPipeline(setting.key))
+            add({.type = Frame::Type::State,
+                 .timestampNs = time.count(),
+                 .key = std::string(*key),
+                 .value = setting.value,
+                 .report = {}});
+    };
+    return handlers;
+}
+
+} // namespace VeltoTouch::Bench

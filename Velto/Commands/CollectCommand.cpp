@@ -1,0 +1,210 @@
+#include "Velto/Bench/Collector.h"
+#include "Velto/Bench/LiveFrames.h"
+#include "Velto/Commands/CollectDisplay.h"
+#include "Velto/Commands/Command.h"
+#include "Velto/Commands/Hosting.h"
+#include "Velto/Commands/LabelEdit.h"
+#include "Velto/Daemon/StopSignals.h"
+#include "Velto/Options/BusOptions.h"
+#include "Velto/Options/Numbers.h"
+#include "Velto/Options/PlayOptions.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/GrowingRecording.h"
+#include "Velto/Output/Terminal.h"
+#include "Velto/Surface/Random.h"
+
+#include <charconv>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using Bench::Collector;
+using Surface::Step;
+
+constexpr const char* kText =
+    "Asks a person for gestures, records them and labels what was done, for velto score.\n"
+    "\n"
+    "PLAN is GESTURE:REGION xN,...: gestures and places as in velto label --help. A label is as\n"
+    "long as the contact, found without the recognizer: from the first report in which a pad's\n"
+    "signal exceeds the noise floor to the first in which none does. What looks spoiled (no\n"
+    "contact, more than one, the wrong region) may be repeated (r), accepted as done (n) or left\n"
+    "(x). What is repeated or left is labelled \"spoiled\", from the asking to its end; a score\n"
+    "leaves that time out. q ends and saves; until then each second is safe, as with velto capture.\n"
+    "\n"
+    "Without a terminal it writes lines and takes a key of the standard input for each choice.";
+
+constexpr std::chrono::milliseconds kBetweenSyncs{500};
+constexpr std::uint32_t kMostOfAGesture = 10'000;
+constexpr std::size_t kMostAsked = 100'000;
+
+struct Options {
+    DeviceChoice device;
+    std::vector<Step> asked;
+    std::string output;
+    std::optional<std::uint64_t> seed; // none: in the order of the plan
+    std::optional<double> pause;
+    std::optional<double> time;
+    float speed = 1;
+    Bus::Which bus = Bus::Which::System;
+};
+
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = std::min(text.find_first_not_of(' '), text.size());
+    return text.substr(first, text.find_last_not_of(' ') + 1 - first);
+}
+
+// One of a plan's fields: a gesture, and how often.
+void addAsked(std::string_view field, std::vector<Step>& asked) {
+    const std::string_view text = trimmed(field);
+    const std::size_t blank = text.find(' ');
+    const Step step = parseGesture(text.substr(0, blank));
+    std::uint32_t count = 1;
+    if (blank != std::string_view::npos) {
+        const std::string_view times = trimmed(text.substr(blank));
+        const char* const end = times.data() + times.size();
+        const auto [next, error] = std::from_chars(times.data() + 1, end, count);
+        if (times.front() != 'x' || error != std::errc() || next != end || count == 0 || count > kMostOfAGesture)
+            throw std::invalid_argument(fmt::format("\"{}\": x1 to x{} is wanted", text, kMostOfAGesture));
+    }
+    if (asked.size() + count > kMostAsked)
+        throw std::invalid_argument(fmt::format("more than {} gestures", kMostAsked));
+    asked.insert(asked.end(), count, step);
+}
+
+std::vector<Step> parsePlan(std::string_view text) {
+    try {
+        std::vector<Step> asked;
+        for (;;) {
+            const std::size_t comma = text.find(',');
+            addAsked(text.substr(0, comma), asked);
+            if (comma == std::string_view::npos)
+                return asked;
+            text.remove_prefix(comma + 1);
+        }
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("PLAN", error.what());
+    }
+}
+
+void shuffle(std::vector<Step>& steps, std::uint64_t seed) {
+    Surface::Random random(seed);
+    for (std::size_t left = steps.size(); left > 1; --left)
+        std::swap(steps[left - 1], steps[random.below(static_cast<std::uint32_t>(left))]);
+}
+
+// From the first question to the saved recording.
+class Session {
+public:
+    Session(EventLoop& loop, const Options& options)
+        : _loop(loop), _recording(options.output),
+          _collector(options.asked, nanoseconds(options.pause.value_or(2)), nanoseconds(options.time.value_or(3)),
+                     {.label = [this](const Frame& label) { _recording.append(label); },
+                      .change = [this] { handleChange(); }}),
+          _display(makeCollectDisplay(loop, _collector, [this](char key) { _collector.press(key); })) {
+        loop.addTimer(kBetweenSyncs, [this] { _recording.sync(); });
+    }
+
+    [[nodiscard]] Bench::LiveSurface::Handlers handlers() {
+        auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });
+        handlers.batchEnd = [this] { _recording.write(); };
+        handlers.gone = [this](const std::string& failure) {
+            _failure = failure;
+            _loop.stop();
+        };
+        return handlers;
+    }
+
+    void finish() {
+        _collector.finish();
+        _recording.write();
+        _recording.sync();
+    }
+    void closeDisplay() { _display.reset(); }
+    [[nodiscard]] const Collector& collector() const noexcept { return _collector; }
+    [[nodiscard]] const std::string& failure() const noexcept { return _failure; } // of the device
+
+private:
+    static std::uint64_t nanoseconds(double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); }
+
+    void add(const Frame& frame) {
+        _recording.append(frame);
+        if (frame.type != Frame::Type::InputReport)
+            return;
+        if (const auto image = InputReport::Image::parse(frame.report.data(), frame.report.size()))
+            _display->imageCame(*image);
+        _collector.report(frame);
+    }
+    void handleChange() {
+        if (_display)
+            _display->phaseChanged(_collector);
+        if (_collector.phase() == Collector::Phase::End)
+            _loop.stop();
+    }
+
+    EventLoop& _loop;
+    GrowingRecording _recording;
+    Collector _collector;
+    std::unique_ptr<CollectDisplay> _display;
+    std::string _failure;
+};
+
+int collect(const Options& options) {
+    leaveOutColours(); // those of the screen are others
+    EventLoop loop;
+    const auto device =
+        about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });
+    StopSignals signals(loop); // before any thread
+    std::unique_ptr<Session> session;
+    about(options.output, [&] { session = std::make_unique<Session>(loop, options); });
+    {
+        std::optional<Bench::LiveSurface> surface;
+        about(device.name(),
+              [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), session->handlers()); });
+        about(options.output, [&] { loop.run(); });
+    }
+    signals.beginEnd();
+    session->closeDisplay();
+    about(options.output, [&] { session->finish(); });
+    const Collector& collector = session->collector();
+    writeStandardOutput(fmt::format("{}: {} of {} labelled, {} spoiled\n", printable(options.output),
+                                    collector.labelled(), collector.asked().size(), collector.spoiled()));
+    if (session->failure().empty())
+        return 0;
+    complain(device.name(), session->failure());
+    return 1;
+}
+
+} // namespace
+
+Command makeCollectCommand(App& program) {
+    const auto options = std::make_shared<Options>();
+    App* app = program.addCommand(
+        "collect", {"velto collect surface \"tap:volume-up x20, hold:play-pause x10\" --seed 1 -o anna.json"}, kText);
+    addDeviceArgument(*app, options->device);
+    app->add_option_function<std::string>(
+           "PLAN", [options](const std::string& text) { options->asked = parsePlan(text); },
+           "What to ask for, and how often: tap:volume-up x20, hold:play-pause x10")
+        ->type_name("")
+        ->required();
+    CLI::Option* output = app->add_option("-o", options->output, "The recording");
+    app->offer(output, fileNames())->type_name("OUT")->required()->check([](const std::string& path) {
+        return isStandardOutput(path) ? "a file is wanted" : "";
+    });
+    app->add_option("--seed", options->seed, "Ask in a random order, the same for the same seed")->type_name("N");
+    addSeconds(*app, "--pause", options->pause, "Count down for so many seconds before each gesture (default: 2)");
+    addSeconds(*app, "--time", options->time, "Wait for a gesture for so many seconds (default: 3)");
+    addSpeed(*app, options->speed, "Pace of a device that is played: a factor on its own, or max (default: 1)");
+    addBus(*app, options->bus);
+    app->callback([options] {
+        if (options->seed)
+            shuffle(options->asked, *options->seed);
+    });
+    return {app, [options] { return collect(*options); }};
+}
+
+} // namespace VeltoTouch::Velto
