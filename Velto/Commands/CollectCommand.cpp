@@ -9,7 +9,7 @@
 #include "Velto/Options/Numbers.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Output/Files.h"
-#include "Velto/Output/GrowingRecording.h"
+#include "Velto/Files/GrowingRecording.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Surface/Random.h"
 
@@ -147,7 +147,7 @@ private:
     }
 
     EventLoop& _loop;
-    GrowingRecording _recording;
+    Files::GrowingRecording _recording;
     Collector _collector;
     std::unique_ptr<CollectDisplay> _display;
     std::string _failure;
