@@ -93,7 +93,7 @@ protected:
     }
 };
 
-TEST_F(BusCommandsTest, TheSystemsManagerIsToldThatItLivesIsReadyAndEnds) {
+TEST_F(BusCommandsTest, TheSystemsManagerIsToldThatItLivesIsReadyReloadsAndEnds) {
     const std::string path = folder.path("notify");
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     path.copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
@@ -112,6 +112,9 @@ TEST_F(BusCommandsTest, TheSystemsManagerIsToldThatItLivesIsReadyAndEnds) {
     ::unsetenv("NOTIFY_SOCKET");
     ::unsetenv("WATCHDOG_USEC");
     EXPECT_EQ(next(), "WATCHDOG=1");
+    EXPECT_EQ(next(), "READY=1");
+    program.signal(SIGHUP);
+    EXPECT_EQ(next(), "RELOADING=1");
     EXPECT_EQ(next(), "READY=1");
     program.signal(SIGTERM);
     EXPECT_EQ(next(), "STOPPING=1");

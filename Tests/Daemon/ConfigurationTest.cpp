@@ -52,15 +52,17 @@ protected:
 TEST_F(ConfigurationTest, OfOneNameTheLastCounts) {
     write("config.toml", "[recognizer]\nHoldTimeoutMilliseconds = 250\nActivationThreshold = 2\n"
                          "[keys]\ntap.play-pause = \"KEY_MUTE\"\nhold.volume-up = \"none\"\n");
-    write("config.d/90-set.toml", "recognizer.HoldTimeoutMilliseconds = 700\n");
+    for (int number = 98; number > 10; number -= 8) // whatever order the folder has them in
+        write(fmt::format("config.d/{}-set.toml", number),
+              fmt::format("recognizer.HoldTimeoutMilliseconds = {}\n", number));
     write("config.d/10-desk.toml",
           "recognizer.HoldTimeoutMilliseconds = 600\n"
           "recognizer.VirtualNormalizationFactors.3 = 1.5\nkeys.tap.play-pause = \"KEY_F13\"\n");
-    write("config.d/.95.toml", "recognizer.HoldTimeoutMilliseconds = 800\n");
-    write("config.d/95-old.bak", "recognizer.HoldTimeoutMilliseconds = 900\n");
+    write("config.d/.95.toml", "keys.tap.volume-up = 'KEY_F14'\n");
+    write("config.d/99-old.bak", "recognizer.HoldTimeoutMilliseconds = 900\n");
     read();
     EXPECT_THAT(held(),
-                ElementsAre("ActivationThreshold=2@config.toml:3", "HoldTimeoutMilliseconds=700@config.d/90-set.toml:1",
+                ElementsAre("ActivationThreshold=2@config.toml:3", "HoldTimeoutMilliseconds=98@config.d/98-set.toml:1",
                             "VirtualNormalizationFactors.3=1.5@config.d/10-desk.toml:2",
                             "hold.volume-up=none@config.toml:6", "tap.play-pause=KEY_F13@config.d/10-desk.toml:3"));
     KeyTable keys = kDefaultKeys;
