@@ -92,7 +92,7 @@ bool Examination::isServed() const { return std::ranges::find(_served, Bus::elem
 // That which is named, or the first that is plugged in, or else the first made-up one that is served.
 Finding Examination::surface() {
     try {
-        _served = Bus::servedSurfaces(_options.served.bus);
+        _served = Bus::servedOn(_options.served.bus);
     } catch (const std::exception& error) {
         _busFailure = error.what();
     }

@@ -41,12 +41,12 @@ constexpr std::chrono::seconds kLongestSilence{1};
 Bus::ServedSurface servedSurface(const Surface::ConnectedDevice& device, const HostedService& service,
                                  const UinputKeyboard* keyboard) {
     return {.device = device.name(),
+            .keyboard = [keyboard] { return keyboard == nullptr ? "" : keyboard->node(); },
+            .pressedKeys = [keyboard] { return keyboard == nullptr ? 0 : keyboard->pressedKeys(); },
             .properties = {.get = [&service](const std::string& key) { return service.copyProperty(key); },
                            .set = [&service](const std::string& key,
                                              const Ref<Value>& value) { return service.setProperty(key, value); }},
-            .deliveredReports = [&device] { return device.backend().deliveredReports(); },
-            .keyboard = keyboard == nullptr ? "" : keyboard->node(),
-            .pressedKeys = [keyboard] { return keyboard == nullptr ? 0 : keyboard->pressedKeys(); }};
+            .deliveredReports = [&device] { return device.backend().deliveredReports(); }};
 }
 
 // Runs the loop; returns what it throws.

@@ -23,7 +23,7 @@ public:
     // The kernel drops a key that the keyboard does not have.
     void setKey(std::uint16_t key, bool isPressed) override;
 
-    // Returns its event node, /dev/input/eventN; empty if the kernel does not say.
+    // Returns its event node, /dev/input/eventN; empty if the kernel does not say. On the thread that made it.
     [[nodiscard]] std::string node() const;
     // Returns the number of keys pressed so far. Any thread.
     [[nodiscard]] std::uint64_t pressedKeys() const noexcept { return _pressedKeys; }

@@ -109,20 +109,20 @@ struct Client::Signals {
     }
 };
 
-std::vector<std::string> servedSurfaces(Which which) { return elementsOn(connect(which).get()); }
-
 Client::Client(Which which, const std::string& device) : _bus(connect(which)), _element(choose(_bus.get(), device)) {}
 
-BusMessage Client::callOf(const char* interface, const char* method) {
+std::vector<std::string> servedOn(Which which) { return elementsOn(connect(which).get()); }
+
+BusMessage Client::callFor(const char* method) {
     const auto make = [&](sd_bus_message** message) {
         return sd_bus_message_new_method_call(_bus.get(), message, nameOf(_element).c_str(), pathOf(_element).c_str(),
-                                              interface, method);
+                                              kInterface, method);
     };
     return madeBy<BusMessage>(make, "call");
 }
 
 BusMessage Client::callFor(const char* method, const std::string& key) {
-    BusMessage call = callOf(kInterface, method);
+    BusMessage call = callFor(method);
     if (sd_bus_message_append(call.get(), "s", key.c_str()) < 0)
         fail("the key is no text");
     return call;
@@ -142,16 +142,20 @@ Ref<Value> Client::getProperty(const std::string& key) {
     return readVariant(send(callFor(isPublic(key) ? "GetPublicProperty" : "GetProperty", key)).get(), kAnySize);
 }
 
+Ref<Value> Client::getObjectProperty(const char* name) {
+    const auto make = [&](sd_bus_message** message) {
+        return sd_bus_message_new_method_call(_bus.get(), message, nameOf(_element).c_str(), pathOf(_element).c_str(),
+                                              "org.freedesktop.DBus.Properties", "Get");
+    };
+    const auto call = madeBy<BusMessage>(make, "call");
+    checked(sd_bus_message_append(call.get(), "ss", kInterface, name), "call");
+    return readVariant(send(call).get(), kAnySize);
+}
+
 void Client::setProperty(const std::string& key, const Value& value) {
     const BusMessage call = callFor("SetProperty", key);
     appendVariant(call.get(), value);
     std::ignore = send(call);
-}
-
-Ref<Value> Client::getObjectProperty(const char* name) {
-    const BusMessage call = callOf("org.freedesktop.DBus.Properties", "Get");
-    checked(sd_bus_message_append(call.get(), "ss", kInterface, name), "call");
-    return readVariant(send(call).get(), kAnySize);
 }
 
 void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*)) {

@@ -12,9 +12,8 @@
 
 namespace VeltoTouch::Bus {
 
-// Returns the names on the bus of the surfaces that are served now ("hidraw0", "sim"), sorted. Throws
-// std::runtime_error if there is no bus.
-[[nodiscard]] std::vector<std::string> servedSurfaces(Which which);
+// The names of the surfaces that are served now. Throws as the client's calls do.
+[[nodiscard]] std::vector<std::string> servedOn(Which which);
 
 // A client of a program that serves a surface. One thread.
 //
@@ -26,10 +25,9 @@ public:
 
     // Never returns nil: a property that is absent is refused.
     [[nodiscard]] Ref<Value> getProperty(const std::string& key);
-    void setProperty(const std::string& key, const Value& value);
-
     // Reads a property of the object on the bus, such as Counters.
     [[nodiscard]] Ref<Value> getObjectProperty(const char* name);
+    void setProperty(const std::string& key, const Value& value);
 
     // Reports each gesture, and the end of the surface's service, while the loop runs. An exception of a handler and
     // the loss of the bus end the run. Called once; this outlives the run.
@@ -39,7 +37,7 @@ public:
 private:
     struct Signals;
 
-    [[nodiscard]] BusMessage callOf(const char* interface, const char* method);
+    [[nodiscard]] BusMessage callFor(const char* method);
     [[nodiscard]] BusMessage callFor(const char* method, const std::string& key);
     [[nodiscard]] BusMessage send(const BusMessage& call);
     void match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*));

@@ -130,7 +130,7 @@ struct TouchObject::Table {
     }
     static int keyboard(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return sd_bus_message_append(reply, "s", of(object)._surface.keyboard.c_str());
+        return appending([&] { return sd_bus_message_append(reply, "s", of(object)._surface.keyboard().c_str()); });
     }
     static int counters(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
@@ -165,7 +165,7 @@ const sd_bus_vtable TouchObject::Table::rows[] = {
     SD_BUS_PROPERTY("Device", "s", device, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Version", "s", version, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Since", "t", since, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_PROPERTY("Keyboard", "s", keyboard, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Keyboard", "s", keyboard, 0, 0),
     SD_BUS_PROPERTY("Counters", "a{st}", counters, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_SIGNAL_WITH_NAMES(
         "Gesture", "ssuut",
