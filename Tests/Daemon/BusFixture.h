@@ -93,6 +93,8 @@ public:
         : _thread([this, &properties, device] {
               Bus::TouchObject object(_loop, Bus::Which::System,
                                       {.device = device,
+                                       .keyboard = [] { return "/dev/input/event9"; },
+                                       .pressedKeys = [] { return 5U; },
                                        .properties = properties.access(),
                                        .deliveredReports = [reports = 42U]() mutable { return reports++; }});
               _object = &object;
