@@ -93,10 +93,10 @@ public:
         : _thread([this, &properties, device] {
               Bus::TouchObject object(_loop, Bus::Which::System,
                                       {.device = device,
+                                       .keyboard = [] { return "/dev/input/event9"; },
+                                       .pressedKeys = [] { return 5U; },
                                        .properties = properties.access(),
                                        .deliveredReports = [reports = 42U]() mutable { return reports++; },
-                                       .keyboard = [] { return "/dev/input/event7"; },
-                                       .pressedKeys = [] { return 3U; },
                                        .sources = [&properties] { return properties.access().get("Sources"); },
                                        .reload = [&properties] { properties.put("Reloaded", makeRef<Null>()); }});
               _object = &object;

@@ -203,7 +203,7 @@ TEST_F(BusTest, CountersTellOfChanges) {
                                                    {.key = "Dispatched", .value = counted("numTaps", 3)}}));
     server->tell({GestureKind::Tap, PixelRegion::PlayPause, 1, HostTime(1)});
     EXPECT_TRUE(happens(std::span(&raw, 1), [&] { return told["events"] != 0; }));
-    EXPECT_THAT(told, ElementsAre(Pair("ResetCount", 2), Pair("events", 1), Pair("numTaps", 3),
+    EXPECT_THAT(told, ElementsAre(Pair("ResetCount", 2), Pair("events", 1), Pair("keys", 5), Pair("numTaps", 3),
                                   Pair("reports", testing::Ge(42U))));
     told.clear();
     EXPECT_FALSE(happens(
@@ -220,6 +220,7 @@ TEST_F(BusTest, TheObjectSaysWhatItIs) {
     EXPECT_TRUE(properties.access().get("Reloaded")) << "before the answer";
     const BusHandle raw = connection();
     EXPECT_EQ(textOf(raw.get(), "Device"), kDevice);
+    EXPECT_EQ(textOf(raw.get(), "Keyboard"), "/dev/input/event9");
     EXPECT_EQ(textOf(raw.get(), "Version"), "19.0.1");
     EXPECT_EQ(callAt(Bus::kObjects, raw.get(), "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", ""),
               "a{oa{sa{sv}}}");

@@ -122,10 +122,10 @@ private:
     }
     [[nodiscard]] Bus::ServedSurface servedSurface() {
         return {.device = _device.name(),
-                .properties = properties(),
-                .deliveredReports = [this] { return _device.backend().deliveredReports(); },
                 .keyboard = [this] { return _keyboard ? _keyboard->node() : ""; },
                 .pressedKeys = [this] { return _keyboard ? _keyboard->pressedKeys() : 0; },
+                .properties = properties(),
+                .deliveredReports = [this] { return _device.backend().deliveredReports(); },
                 .sources = [this] { return _configuration.sources(properties()); },
                 .reload = [this] { reload(); }};
     }

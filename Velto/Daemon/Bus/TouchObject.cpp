@@ -145,7 +145,7 @@ struct TouchObject::Table {
     }
     static int keyboard(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return sd_bus_message_append(reply, "s", of(object)._surface.keyboard().c_str());
+        return appending([&] { return sd_bus_message_append(reply, "s", of(object)._surface.keyboard().c_str()); });
     }
     static int counters(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {

@@ -16,10 +16,11 @@ namespace VeltoTouch::Bus {
 // The served surface, as the object shows it.
 struct ServedSurface {
     std::string device; // as it was given on the command line
+    // The keyboard's event node, empty if no keys are pressed, and the number of keys pressed so far.
+    std::function<std::string()> keyboard = [] { return std::string(); };
+    std::function<std::uint64_t()> pressedKeys = [] { return std::uint64_t{0}; };
     ServiceProperties properties;
     std::function<std::uint64_t()> deliveredReports; // so far
-    std::function<std::string()> keyboard;           // its event node; empty: no keys are pressed
-    std::function<std::uint64_t()> pressedKeys;      // so far
     std::function<Ref<Value>()> sources;             // of the settings' values
     std::function<void()> reload;                    // of the configuration
 };
