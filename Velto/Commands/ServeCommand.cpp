@@ -108,7 +108,7 @@ private:
     void reload() {
         sd_notify(0, "RELOADING=1");
         _configuration.read();
-        _configuration.write(properties());
+        _configuration.write(toldProperties());
         if (_keys)
             _keys->setTable(_configuration.keys());
         logServing(_folder + ": read anew");
@@ -119,6 +119,15 @@ private:
         return {.get = [this](const std::string& key) { return _service.copyProperty(key); },
                 .set = [this](const std::string& key,
                               const Ref<Value>& value) { return _service.setProperty(key, value); }};
+    }
+    // What is written is signalled on the bus too.
+    [[nodiscard]] Bus::ServiceProperties toldProperties() {
+        return {.get = properties().get, .set = [this](const std::string& key, const Ref<Value>& value) {
+                    const bool isTaken = _service.setProperty(key, value);
+                    if (isTaken)
+                        _object.tellProperty(key, value);
+                    return isTaken;
+                }};
     }
     [[nodiscard]] Bus::ServedSurface servedSurface() {
         return {.device = _device.name(),

@@ -40,7 +40,7 @@ struct ServedSurface {
 //                                         names; a change is signalled at most once a second, and not for reports alone
 //   Gesture(s, s, u, u, t)                gesture, region (empty where it has none), phase, frame number, time of the
 //                                         report (monotonic clock, ns)
-//   PropertyChanged(s, v)                 key and value of a public one, after it was written
+//   PropertyChanged(s, v)                 key and value of a public one, after it was written by a call or a reload
 //
 // The bus's policy says who may call what. Without a bus the object tries again every second and signals nothing. What
 // a bus that does not read has not taken is bounded, and so is what clients do not read: see CallQueue.
