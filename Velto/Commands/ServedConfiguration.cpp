@@ -25,7 +25,8 @@ void ServedConfiguration::read() {
     _configuration = readConfiguration(_folder, _configuration);
     for (const auto& [origin, message] : _configuration.complaints)
         logServing(fmt::format("{}: {}", textOf(origin), message));
-    ConfigurationEntries entries = _configuration;
+    ConfigurationEntries entries;
+    put(entries, _configuration);
     put(entries, _trial);
     _settings = WantedSettings(entries.settings);
     setKeys(entries);

@@ -60,7 +60,7 @@ void write(const std::filesystem::path& file, const ConfigurationEntries& kept) 
     std::vector<Complaint> complaints; // of lines that go with this
     ConfigurationEntries entries;
     if (std::filesystem::exists(file))
-        entries = readConfigurationFile(file, complaints);
+        put(entries, readConfigurationFile(file, complaints));
     put(entries, kept);
     writeFile(file, keptText(entries));
 }
