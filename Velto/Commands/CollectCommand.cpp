@@ -16,6 +16,8 @@
 #include <charconv>
 #include <memory>
 #include <optional>
+#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
@@ -165,7 +167,12 @@ int collect(const Options& options) {
         std::optional<Bench::LiveSurface> surface;
         about(device.name(),
               [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), session->handlers()); });
-        about(options.output, [&] { loop.run(); });
+        try {
+            loop.run();
+        } catch (const ClosedPipe&) { // the last write to the standard output reports it
+        } catch (const std::system_error& error) {
+            throw std::runtime_error(fmt::format("{}: {}", options.output, error.what()));
+        }
     }
     signals.beginEnd();
     session->closeDisplay();
