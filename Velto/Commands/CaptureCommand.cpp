@@ -51,6 +51,7 @@ int attempt(const Work& work) {
 }
 
 int captureWith(const CaptureOptions& options) {
+    requireOtherFile(options.device, options.output);
     EventLoop loop;
     const auto device =
         about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });

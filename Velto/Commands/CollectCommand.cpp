@@ -42,6 +42,7 @@ constexpr const char* kText =
 
 constexpr std::chrono::milliseconds kBetweenSyncs{500};
 constexpr std::uint32_t kMostOfAGesture = 10'000;
+constexpr double kLongestTime = 600; // in seconds
 constexpr std::size_t kMostAsked = 100'000;
 
 struct Options {
@@ -157,6 +158,7 @@ private:
 
 int collect(const Options& options) {
     leaveOutColours(); // those of the screen are others
+    requireOtherFile(options.device, options.output);
     EventLoop loop;
     const auto device =
         about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });
@@ -208,6 +210,8 @@ Command makeCollectCommand(App& program) {
     addSpeed(*app, options->speed, "Pace of a device that is played: a factor on its own, or max (default: 1)");
     addBus(*app, options->bus);
     app->callback([options] {
+        if (options->time > kLongestTime)
+            throw CLI::ValidationError("--time", "at most ten minutes");
         if (options->seed)
             shuffle(options->asked, *options->seed);
     });
