@@ -1,6 +1,4 @@
-#include "Velto/Bench/LiveFrames.h"
-#include "Velto/Bench/TroubleWatch.h"
-#include "Velto/Commands/CaptureFiles.h"
+#include "Velto/Commands/Capture.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Daemon/StopSignals.h"
@@ -38,117 +36,13 @@ constexpr const char* kText =
 constexpr std::chrono::milliseconds kBetweenSyncs{500};
 constexpr std::chrono::milliseconds kBetweenLines{200};
 
-struct Options {
-    DeviceChoice device;
-    std::string output;
-    float speed = 1;
-    std::optional<std::chrono::microseconds> duration; // none: without end
-    std::vector<Trouble> on;                           // empty: everything is kept
-    std::optional<double> before;
-    std::optional<double> after;
-    std::optional<std::uint64_t> limit;
-    Bus::Which bus = Bus::Which::System;
-};
-
-std::string sizeText(std::uint64_t bytes) {
-    const auto size = static_cast<double>(bytes);
-    return size < 1e6   ? fmt::format("{:.0f} kB", size / 1e3)
-           : size < 1e9 ? fmt::format("{:.1f} MB", size / 1e6)
-                        : fmt::format("{:.2f} GB", size / 1e9);
-}
-
-std::unique_ptr<CaptureTarget> targetOf(const Options& options) {
-    if (options.on.empty())
-        return std::make_unique<WholeCapture>(options.output);
-    const auto nanoseconds = [](double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); };
-    return std::make_unique<TroubleCapture>(
-        TroubleCapture::Options{.folder = options.output,
-                                .beforeNs = nanoseconds(options.before.value_or(10)),
-                                .afterNs = nanoseconds(options.after.value_or(5)),
-                                .limit = options.limit});
-}
-
-// One capture, from the first frame to the figures at the end.
-class Capture {
-public:
-    explicit Capture(const Options& options)
-        : _options(options), _watch([this](Trouble trouble) { _troubles.push_back(trouble); }),
-          _target(targetOf(options)) {}
-
-    [[nodiscard]] Bench::LiveSurface::Handlers handlers(EventLoop& loop) {
-        auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });
-        handlers.batchEnd = [this] { _target->write(); };
-        handlers.gone = [this, &loop](const std::string& failure) {
-            _failure = failure;
-            loop.stop();
-        };
-        return handlers;
-    }
-
-    void sync() { _target->sync(); }
-    void finish() { _target->finish(); }
-    [[nodiscard]] const std::string& failure() const noexcept { return _failure; } // of the device
-
-    // For a line that the next one overwrites, and for the end.
-    [[nodiscard]] std::string line() const {
-        const auto seconds = static_cast<std::uint64_t>(duration().count());
-        std::string text =
-            fmt::format("{}:{:02}:{:02}  {} reports  {:.1f}/s  {}  {} gaps", seconds / 3600, seconds / 60 % 60,
-                        seconds % 60, _reports, rateHz(), sizeText(_target->size()), _watch.count(Trouble::Gap));
-        if (const auto recordings = _target->recordings())
-            text += fmt::format("  {} recordings", *recordings);
-        return text;
-    }
-    [[nodiscard]] std::string lines() const {
-        std::string text = coloured(Colour::Bold, printable(_options.output)) + "\n";
-        const auto add = [&text](std::string_view name, const std::string& value) {
-            text += fmt::format("  {:<18} {}\n", name, value);
-        };
-        if (const auto recordings = _target->recordings())
-            add("recordings", fmt::format("{}", *recordings));
-        add("duration", fmt::format("{:.3f} s", duration().count()));
-        add("reports", fmt::format("{} ({:.1f} a second)", _reports, rateHz()));
-        add("size", sizeText(_target->size()));
-        add("gaps", fmt::format("{}", _watch.count(Trouble::Gap)));
-        add("firmware resets", fmt::format("{}", _watch.count(Trouble::Reset)));
-        add("invalid reports", fmt::format("{}", _watch.count(Trouble::Invalid)));
-        add("cancelled touches", fmt::format("{}", _watch.count(Trouble::Cancel)));
-        return text;
-    }
-
-private:
-    void add(const Frame& frame) {
-        if (frame.type == Frame::Type::InputReport) {
-            _last = HostTime(frame.timestampNs);
-            _first = _reports++ == 0 ? _last : _first;
-        }
-        _target->add(frame);
-        _watch.handle(frame);
-        for (const Trouble trouble : std::exchange(_troubles, {})) {
-            if (std::ranges::find(_options.on, trouble) != _options.on.end())
-                _target->mark(trouble);
-        }
-    }
-    [[nodiscard]] Seconds duration() const noexcept { return _last - _first; }
-    [[nodiscard]] double rateHz() const noexcept {
-        return _last > _first ? static_cast<double>(_reports - 1) / duration().count() : 0;
-    }
-
-    const Options& _options;
-    std::vector<Trouble> _troubles; // of the frame in progress
-    Bench::TroubleWatch _watch;
-    const std::unique_ptr<CaptureTarget> _target;
-    std::uint64_t _reports = 0;
-    HostTime _first{};
-    HostTime _last{};
-    std::string _failure;
-};
-
 // Runs the work, and reports a failure in place of throwing it on. The exit status.
 template <class Work>
 int attempt(const Work& work) {
     try {
         work();
+        return 0;
+    } catch (const ClosedPipe&) { // the last write to the standard output reports it
         return 0;
     } catch (const std::exception& error) {
         writeErrorLine(fmt::format("velto: {}", messageOf(error)));
@@ -156,7 +50,8 @@ int attempt(const Work& work) {
     }
 }
 
-int capture(const Options& options) {
+int captureWith(const CaptureOptions& options) {
+    requireOtherFile(options.device, options.output);
     EventLoop loop;
     const auto device =
         about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });
@@ -203,7 +98,7 @@ std::uint64_t parseSize(const std::string& text) {
     return size * factor;
 }
 
-void addTroubleOptions(App& app, Options& options) {
+void addTroubleOptions(App& app, CaptureOptions& options) {
     const auto parse = [&options](const std::vector<std::string>& names) {
         for (const std::string& name : names)
             options.on.push_back(troubleNamed(name));
@@ -230,7 +125,7 @@ void addTroubleOptions(App& app, Options& options) {
 } // namespace
 
 Command makeCaptureCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CaptureOptions>();
     App* app = program.addCommand("capture",
                                   {"velto capture surface -o evening.json",
                                    "velto capture surface --on cancel,gap --before 30 --limit 500M -o trouble/"},
@@ -245,7 +140,7 @@ Command makeCaptureCommand(App& program) {
     addTroubleOptions(*app, *options);
     addSpeed(*app, options->speed, "Pace of a device that is played: a factor on its own, or max (default: 1)");
     addBus(*app, options->bus);
-    return {app, [options] { return capture(*options); }};
+    return {app, [options] { return captureWith(*options); }};
 }
 
 } // namespace VeltoTouch::Velto

@@ -59,9 +59,11 @@ std::vector<OwnFile> ownFiles(const std::string& folder) {
         *new std::regex(R"(velto-\d{8}T\d{6}\.\d{3}Z-(cancel|gap|reset|invalid)(-\d+)?\.json)");
     std::vector<OwnFile> files;
     for (const auto& entry : fs::directory_iterator(folder)) {
-        if (entry.symlink_status().type() == fs::file_type::regular &&
+        std::error_code failure; // of one that somebody else has deleted meanwhile
+        const std::uint64_t size = entry.file_size(failure);
+        if (!failure && entry.symlink_status(failure).type() == fs::file_type::regular &&
             std::regex_match(entry.path().filename().string(), kName))
-            files.push_back({.path = entry.path(), .size = entry.file_size()});
+            files.push_back({.path = entry.path(), .size = size});
     }
     std::ranges::sort(files, [](const OwnFile& a, const OwnFile& b) { return a.order() < b.order(); });
     return files;

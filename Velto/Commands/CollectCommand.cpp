@@ -16,6 +16,8 @@
 #include <charconv>
 #include <memory>
 #include <optional>
+#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
@@ -40,6 +42,7 @@ constexpr const char* kText =
 
 constexpr std::chrono::milliseconds kBetweenSyncs{500};
 constexpr std::uint32_t kMostOfAGesture = 10'000;
+constexpr double kLongestTime = 600; // in seconds
 constexpr std::size_t kMostAsked = 100'000;
 
 struct Options {
@@ -155,6 +158,7 @@ private:
 
 int collect(const Options& options) {
     leaveOutColours(); // those of the screen are others
+    requireOtherFile(options.device, options.output);
     EventLoop loop;
     const auto device =
         about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });
@@ -165,7 +169,12 @@ int collect(const Options& options) {
         std::optional<Bench::LiveSurface> surface;
         about(device.name(),
               [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), session->handlers()); });
-        about(options.output, [&] { loop.run(); });
+        try {
+            loop.run();
+        } catch (const ClosedPipe&) { // the last write to the standard output reports it
+        } catch (const std::system_error& error) {
+            throw std::runtime_error(fmt::format("{}: {}", options.output, error.what()));
+        }
     }
     signals.beginEnd();
     session->closeDisplay();
@@ -201,6 +210,8 @@ Command makeCollectCommand(App& program) {
     addSpeed(*app, options->speed, "Pace of a device that is played: a factor on its own, or max (default: 1)");
     addBus(*app, options->bus);
     app->callback([options] {
+        if (options->time > kLongestTime)
+            throw CLI::ValidationError("--time", "at most ten minutes");
         if (options->seed)
             shuffle(options->asked, *options->seed);
     });

@@ -75,6 +75,12 @@ CLI::Option* addDeviceArgument(App& app, DeviceChoice& target) {
     return app.offer(option, deviceCandidates())->type_name("")->required();
 }
 
+void requireOtherFile(const DeviceChoice& device, const std::string& output) {
+    std::error_code notThere;
+    if (!device.file().empty() && std::filesystem::equivalent(device.file(), output, notThere))
+        throw std::runtime_error(output + ": it is the recording that is played");
+}
+
 void addPlugIn(App& app, std::string& target) {
     CLI::Option* option =
         app.add_option("--plugin", target, "The plug-in's folder (default: the one that came with this program)");

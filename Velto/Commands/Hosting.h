@@ -21,6 +21,10 @@ CLI::Option* addWatched(App& app, Watched& target, const std::string& descriptio
 // DEVICE, an argument, and the devices at the end of the help.
 CLI::Option* addDeviceArgument(App& app, DeviceChoice& target);
 
+// Throws std::runtime_error under the output's name if it is the very recording that the device plays: what is written
+// as it comes would take the place of what has not been played yet.
+void requireOtherFile(const DeviceChoice& device, const std::string& output);
+
 // --plugin PATH. Unset, the target is empty.
 void addPlugIn(App& app, std::string& target);
 

@@ -143,7 +143,7 @@ void editLabels(std::list<Frame>& frames, const LabelEdit& edit) {
     const auto take = [&](std::size_t number) {
         if (number == 0 || number > labels.size())
             throw std::runtime_error(fmt::format("there is no label {}: the recording has {}", number, labels.size()));
-        const Place place = std::exchange(labels[number - 1], frames.end());
+        const auto place = std::exchange(labels[number - 1], frames.end());
         if (place == frames.end())
             throw std::runtime_error(fmt::format("label {} is named twice", number));
         return place;
@@ -160,7 +160,7 @@ void editLabels(std::list<Frame>& frames, const LabelEdit& edit) {
         frames.insert(std::ranges::find_if(frames, isNotBefore), std::move(frame));
     };
     for (const auto& [number, label] : edit.changed) {
-        const Place place = take(number);
+        const auto place = take(number);
         put(label, place->value);
         frames.erase(place);
     }

@@ -1,0 +1,93 @@
+#include "Velto/Commands/Capture.h"
+
+#include "Velto/Output/Terminal.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using Bench::Trouble;
+
+std::string sizeText(std::uint64_t bytes) {
+    const auto size = static_cast<double>(bytes);
+    return size < 1e6   ? fmt::format("{:.0f} kB", size / 1e3)
+           : size < 1e9 ? fmt::format("{:.1f} MB", size / 1e6)
+                        : fmt::format("{:.2f} GB", size / 1e9);
+}
+
+std::unique_ptr<CaptureTarget> targetOf(const CaptureOptions& options) {
+    if (options.on.empty())
+        return std::make_unique<WholeCapture>(options.output);
+    const auto nanoseconds = [](double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); };
+    return std::make_unique<TroubleCapture>(
+        TroubleCapture::Options{.folder = options.output,
+                                .beforeNs = nanoseconds(options.before.value_or(10)),
+                                .afterNs = nanoseconds(options.after.value_or(5)),
+                                .limit = options.limit});
+}
+
+} // namespace
+
+Capture::Capture(const CaptureOptions& options)
+    : _options(options), _watch([this](Trouble trouble) { _troubles.push_back(trouble); }), _target(targetOf(options)) {
+}
+
+Bench::LiveSurface::Handlers Capture::handlers(EventLoop& loop) {
+    auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });
+    handlers.batchEnd = [this] { _target->write(); };
+    handlers.gone = [this, &loop](const std::string& failure) {
+        _failure = failure;
+        loop.stop();
+    };
+    return handlers;
+}
+
+std::string Capture::line() const {
+    const auto seconds = static_cast<std::uint64_t>(duration().count());
+    std::string text =
+        fmt::format("{}:{:02}:{:02}  {} reports  {:.1f}/s  {}  {} gaps", seconds / 3600, seconds / 60 % 60,
+                    seconds % 60, _reports, rateHz(), sizeText(_target->size()), _watch.count(Trouble::Gap));
+    if (const auto recordings = _target->recordings())
+        text += fmt::format("  {} recordings", *recordings);
+    return text;
+}
+
+std::string Capture::lines() const {
+    std::string text = coloured(Colour::Bold, printable(_options.output)) + "\n";
+    const auto add = [&text](std::string_view name, const std::string& value) {
+        text += fmt::format("  {:<18} {}\n", name, value);
+    };
+    if (const auto recordings = _target->recordings())
+        add("recordings", fmt::format("{}", *recordings));
+    add("duration", fmt::format("{:.3f} s", duration().count()));
+    add("reports", fmt::format("{} ({:.1f} a second)", _reports, rateHz()));
+    add("size", sizeText(_target->size()));
+    add("gaps", fmt::format("{}", _watch.count(Trouble::Gap)));
+    add("firmware resets", fmt::format("{}", _watch.count(Trouble::Reset)));
+    add("invalid reports", fmt::format("{}", _watch.count(Trouble::Invalid)));
+    add("cancelled touches", fmt::format("{}", _watch.count(Trouble::Cancel)));
+    return text;
+}
+
+void Capture::add(const Frame& frame) {
+    if (frame.type == Frame::Type::InputReport) {
+        _last = HostTime(frame.timestampNs);
+        _first = _reports++ == 0 ? _last : _first;
+    }
+    _target->add(frame);
+    _watch.handle(frame);
+    for (const Trouble trouble : std::exchange(_troubles, {})) {
+        if (std::ranges::find(_options.on, trouble) != _options.on.end())
+            _target->mark(trouble);
+    }
+}
+
+double Capture::rateHz() const noexcept {
+    return _last > _first ? static_cast<double>(_reports - 1) / duration().count() : 0;
+}
+
+} // namespace VeltoTouch::Velto

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Velto/Bench/LiveFrames.h"
+#include "Velto/Bench/TroubleWatch.h"
+#include "Velto/Commands/CaptureFiles.h"
+#include "Velto/Daemon/Bus/Names.h"
+#include "Velto/Options/Devices.h"
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace VeltoTouch::Velto {
+
+struct CaptureOptions {
+    DeviceChoice device;
+    std::string output;
+    float speed = 1;
+    std::optional<std::chrono::microseconds> duration; // none: without end
+    std::vector<Bench::Trouble> on;                    // empty: everything is kept
+    std::optional<double> before;
+    std::optional<double> after;
+    std::optional<std::uint64_t> limit;
+    Bus::Which bus = Bus::Which::System;
+};
+
+// One capture by `velto capture`, from the first frame to the figures at the end. On the loop's thread.
+class Capture {
+public:
+    // `options` outlive this. Throws std::runtime_error if the files cannot be begun.
+    explicit Capture(const CaptureOptions& options);
+
+    // What comes from the surface. Where a handler throws, what is written is whole.
+    [[nodiscard]] Bench::LiveSurface::Handlers handlers(EventLoop& loop);
+
+    void sync() { _target->sync(); }
+    void finish() { _target->finish(); }
+    [[nodiscard]] const std::string& failure() const noexcept { return _failure; } // of the device
+
+    // Duration, rate, size, gaps: in a line that the next one overwrites, and for the end.
+    [[nodiscard]] std::string line() const;
+    [[nodiscard]] std::string lines() const;
+
+private:
+    void add(const Frame& frame);
+    [[nodiscard]] Seconds duration() const noexcept { return _last - _first; }
+    [[nodiscard]] double rateHz() const noexcept;
+
+    const CaptureOptions& _options;
+    std::vector<Bench::Trouble> _troubles; // of the frame in progress
+    Bench::TroubleWatch _watch;
+    const std::unique_ptr<CaptureTarget> _target;
+    std::uint64_t _reports = 0;
+    HostTime _first{};
+    HostTime _last{};
+    std::string _failure;
+};
+
+} // namespace VeltoTouch::Velto
