@@ -3,23 +3,20 @@
 #include "Velto/Bench/Observation.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
-#include "Velto/Commands/ViewPicture.h"
+#include "Velto/Commands/View.h"
 #include "Velto/Daemon/EventLoop.h"
 #include "Velto/Daemon/StopSignals.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/RecordingFiles.h"
-#include "Velto/Output/Files.h"
 
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 namespace VeltoTouch::Velto {
@@ -34,9 +31,6 @@ constexpr const char* kText = "Shows the surface live in the terminal while some
                               "Space pauses and goes on, left and right step by an image, page up and down by a\n"
                               "second, up and down from touch to touch, home and end to the first and the newest;\n"
                               "r shows raw values, s saves what was seen as a recording, q quits.";
-
-constexpr std::chrono::microseconds kPicture{1'000'000 / 60}; // at most so often
-constexpr const char* kKeys = "space pause   arrows step   r raw   s save   q quit";
 
 struct Options {
     Watched watched;
@@ -60,188 +54,12 @@ void observe(Observation& observation, const std::string& file, const std::vecto
     }
 }
 
-// What is on the screen, and what the keys do to it.
-class View {
-public:
-    View(EventLoop& loop, Screen& screen, Observation& observation, const std::string& name, const Options& options)
-        : _loop(loop), _screen(screen), _observation(observation), _output(options.output) {
-        _state.name = "velto view " + name;
-        _state.keys = kKeys;
-        loop.addDescriptor(screen.keys(), [this] { handleKeys(); });
-        loop.addDescriptor(screen.signals(), [this] { handleSignals(); });
-        loop.addTimer(kPicture, [this] { beat(); });
-    }
-    View(const View&) = delete;
-    View& operator=(const View&) = delete;
-    virtual ~View() = default;
-
-    void markChanged() noexcept { _hasChanged = true; }
-
-protected:
-    // Where a picture that is not paused stands.
-    [[nodiscard]] virtual std::size_t current() = 0;
-    [[nodiscard]] virtual std::string settings() const = 0;
-    // Behind "live" or the like; also whether it goes on.
-    [[nodiscard]] virtual std::string progress() const = 0;
-    virtual void pause() { _paused = current(); }
-    virtual void goOn() { _paused.reset(); }
-
-    [[nodiscard]] EventLoop& loop() const noexcept { return _loop; }
-    [[nodiscard]] const Observation& observation() const noexcept { return _observation; }
-    [[nodiscard]] bool isPaused() const noexcept { return _paused.has_value(); }
-    [[nodiscard]] std::size_t shown() {
-        if (!_paused)
-            return current();
-        return *_paused = std::clamp(*_paused, _observation.firstKept(), lastMoment());
-    }
-    [[nodiscard]] std::size_t lastMoment() const noexcept {
-        return std::max(_observation.end(), _observation.firstKept() + 1) - 1;
-    }
-
-private:
-    void beat() {
-        if (!isPaused() && current() != _lastShown)
-            markChanged();
-        if (_hasChanged)
-            draw();
-    }
-    void draw() {
-        _lastShown = shown();
-        _state.settings = settings();
-        _state.isPaused = isPaused();
-        _state.progress = isPaused() ? pausedText() : progress();
-        drawView(_screen, _observation, _lastShown, _state);
-        _hasChanged = !_screen.show();
-    }
-    [[nodiscard]] std::string pausedText() {
-        const std::size_t kept = _observation.end() - _observation.firstKept();
-        return kept == 0 ? "paused" : fmt::format("paused {} of {}", shown() - _observation.firstKept() + 1, kept);
-    }
-
-    void handleSignals() {
-        if (_screen.handleSignals())
-            _loop.stop();
-        draw();
-    }
-
-    void handleKeys() {
-        while (const auto press = _screen.nextPress())
-            handle(*press);
-        if (_screen.isGone())
-            _loop.stop();
-        markChanged();
-    }
-    void handle(Screen::Press press) {
-        using Key = Screen::Key;
-        _state.message.clear();
-        switch (press.key) {
-        case Key::Left:
-            return step(-1);
-        case Key::Right:
-            return step(1);
-        case Key::PageUp:
-            return stepSeconds(-1);
-        case Key::PageDown:
-            return stepSeconds(1);
-        case Key::Up:
-            return stepTouch(false);
-        case Key::Down:
-            return stepTouch(true);
-        case Key::Home:
-            pause();
-            _paused = _observation.firstKept();
-            return;
-        case Key::End:
-            pause();
-            _paused = lastMoment();
-            return;
-        case Key::Space:
-            return isPaused() ? goOn() : pause();
-        case Key::Letter:
-            return handleLetter(press.letter);
-        }
-    }
-    void handleLetter(char letter) {
-        if (letter == 'q')
-            _loop.stop();
-        else if (letter == 'r')
-            _state.showsRaw = !_state.showsRaw;
-        else if (letter == 's')
-            save();
-    }
-
-    void stand() {
-        if (!isPaused())
-            pause();
-    }
-    void step(int by) {
-        stand();
-        const std::size_t now = shown();
-        if (by > 0)
-            _paused = std::min(now + 1, lastMoment());
-        else
-            _paused = now > _observation.firstKept() ? now - 1 : now;
-    }
-    void stepSeconds(int by) {
-        stand();
-        if (_observation.end() == _observation.firstKept())
-            return;
-        const HostTime second = std::chrono::seconds(1);
-        const HostTime start = _observation.moment(shown()).time;
-        const auto isFar = [&](std::size_t number) {
-            const HostTime time = _observation.moment(number).time;
-            return by > 0 ? time >= start + second : time + second <= start;
-        };
-        std::size_t before = 0;
-        do {
-            before = shown();
-            step(by);
-        } while (shown() != before && !isFar(shown()));
-    }
-    // To the end of the touch before or behind.
-    void stepTouch(bool isForward) {
-        stand();
-        const auto& decisions = _observation.decisions();
-        const auto place = [](const Observation::Decision& decision) { return decision.moment; };
-        if (isForward) {
-            const auto next = std::ranges::upper_bound(decisions, shown(), {}, place);
-            if (next != decisions.end())
-                _paused = next->moment;
-            return;
-        }
-        const auto next = std::ranges::lower_bound(decisions, shown(), {}, place);
-        if (next != decisions.begin() && std::prev(next)->moment >= _observation.firstKept())
-            _paused = std::prev(next)->moment;
-    }
-
-    void save() {
-        try {
-            const std::string file =
-                _output.empty() ? fmt::format("velto-view-{:%Y%m%d-%H%M%S}.json", fmt::localtime(std::time(nullptr)))
-                                : _output;
-            writeFile(file, _observation.recording().json()->bytes());
-            _state.message = fmt::format("saved {}", file);
-        } catch (const std::exception& error) {
-            _state.message = fmt::format("not saved: {}", messageOf(error));
-        }
-    }
-
-    EventLoop& _loop;
-    Screen& _screen;
-    Observation& _observation;
-    const std::string _output;
-    ViewState _state;
-    std::optional<std::size_t> _paused; // the moment that is shown; none: it goes on
-    std::size_t _lastShown = 0;
-    bool _hasChanged = true;
-};
-
 // The newest moment of a device. When the device has gone, the view ends unless it is paused.
 class LiveView final : public View {
 public:
     LiveView(EventLoop& loop, Screen& screen, Observation& observation, const Options& options,
              const Surface::ConnectedDevice& device)
-        : View(loop, screen, observation, device.name(), options),
+        : View(loop, screen, observation, device.name(), options.output),
           _surface(
               loop, device, options.bus, options.settings,
               {.report = [&observation](HostTime time,
@@ -275,7 +93,7 @@ private:
 class RecordingView final : public View {
 public:
     RecordingView(EventLoop& loop, Screen& screen, Observation& observation, const Options& options)
-        : View(loop, screen, observation, options.watched.name, options), _settings(options.settings.size()) {
+        : View(loop, screen, observation, options.watched.name, options.output), _settings(options.settings.size()) {
         playFrom(0);
     }
 
