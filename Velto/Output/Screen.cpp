@@ -2,6 +2,7 @@
 
 #include "Platform/FileDescriptor.h"
 #include "Platform/UTF8.h"
+#include "Velto/Output/TerminalRescue.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +11,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -22,91 +22,12 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/signalfd.h>
-#include <sys/time.h>
-#include <termios.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr std::array kFaults{SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
-constexpr std::array kStops{SIGTERM, SIGINT, SIGHUP, SIGQUIT};
 constexpr std::array kTerminalSignals{SIGHUP, SIGQUIT, SIGTSTP, SIGCONT, SIGWINCH};
-
-// How to restore the terminal from a signal handler: what it was, and what makes it so.
-struct Rescue {
-    termios modes{};
-    std::array<char, 256> text{};
-    std::size_t length = 0;
-};
-Rescue rescue;
-
-// What makes the terminal do something; null if it cannot.
-const char* capabilityNamed(const char* name) noexcept {
-    const char* const text = tigetstr(name);
-    return text == reinterpret_cast<const char*>(-1) ? nullptr : text; // NOLINT: as the library says it
-}
-
-void addToRescue(const char* capability) noexcept {
-    const char* const text = capabilityNamed(capability);
-    if (text == nullptr)
-        return;
-    const std::size_t length = std::min(std::strlen(text), rescue.text.size() - rescue.length);
-    std::memcpy(rescue.text.data() + rescue.length, text, length);
-    rescue.length += length;
-}
-
-bool isReady(int descriptor, short events) noexcept {
-    pollfd state{.fd = descriptor, .events = events, .revents = 0};
-    return ::poll(&state, 1, 0) > 0 && (state.revents & events) != 0;
-}
-
-// Called by signal handlers.
-void restoreTerminal() noexcept {
-    ::tcsetattr(STDOUT_FILENO, TCSANOW, &rescue.modes);
-    if (isReady(STDOUT_FILENO, POLLOUT))
-        (void)!::write(STDOUT_FILENO, rescue.text.data(), rescue.length);
-}
-
-void endByFault(int signal) {
-    restoreTerminal();
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-}
-
-// The program has waited for the terminal for long. A stop signal would wait as well: it is blocked.
-void endIfStopped(int /*signal*/) {
-    sigset_t pending;
-    sigpending(&pending);
-    for (const int signal : kStops) {
-        if (sigismember(&pending, signal) != 1)
-            continue;
-        restoreTerminal();
-        ::_exit(128 + signal);
-    }
-}
-
-void setHandler(int signal, void (*handler)(int)) noexcept {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    ::sigaction(signal, &action, nullptr);
-}
-
-// While one lives, `endIfStopped` is called every second.
-class Patience {
-public:
-    Patience() noexcept { setTimer(1); }
-    Patience(const Patience&) = delete;
-    Patience& operator=(const Patience&) = delete;
-    ~Patience() { setTimer(0); }
-
-private:
-    static void setTimer(time_t seconds) noexcept {
-        const itimerval timer{.it_interval = {.tv_sec = seconds, .tv_usec = 0},
-                              .it_value = {.tv_sec = seconds, .tv_usec = 0}};
-        ::setitimer(ITIMER_REAL, &timer, nullptr);
-    }
-};
 
 sigset_t terminalSignals() noexcept {
     sigset_t set;
@@ -114,6 +35,12 @@ sigset_t terminalSignals() noexcept {
     for (const int signal : kTerminalSignals)
         sigaddset(&set, signal);
     return set;
+}
+
+// What makes the terminal do something; null if it cannot.
+const char* capabilityNamed(const char* name) noexcept {
+    const char* const text = tigetstr(name);
+    return text == reinterpret_cast<const char*>(-1) ? nullptr : text; // NOLINT: as the library says it
 }
 
 struct CloseFile {
@@ -166,14 +93,13 @@ struct Screen::Terminal {
     Terminal& operator=(const Terminal&) = delete;
     ~Terminal() {
         ::endwin();
-        for (const int signal : kFaults)
-            setHandler(signal, SIG_DFL);
+        TerminalRescue::end();
         ::delscreen(screen);
     }
 
     void begin() {
         std::setlocale(LC_CTYPE, "");
-        ::tcgetattr(STDOUT_FILENO, &rescue.modes);
+        TerminalRescue::keepModes();
         ::use_env(TRUE);
         screen = ::newterm(nullptr, stdout, input());
         if (screen == nullptr)
@@ -183,11 +109,8 @@ struct Screen::Terminal {
             ::delscreen(screen);
             throw std::runtime_error("nothing can be placed on a terminal of this kind (TERM)");
         }
-        for (const char* const capability : {"sgr0", "rmkx", "cnorm", "rmcup"})
-            addToRescue(capability);
-        for (const int signal : kFaults)
-            setHandler(signal, endByFault);
-        setHandler(SIGALRM, endIfStopped);
+        TerminalRescue::begin(
+            {capabilityNamed("sgr0"), capabilityNamed("rmkx"), capabilityNamed("cnorm"), capabilityNamed("rmcup")});
         ::cbreak();
         ::noecho();
         ::nonl();
@@ -230,9 +153,9 @@ void Screen::put(int row, int column, std::string_view text, Style style) {
 }
 
 bool Screen::show() {
-    if (!isReady(STDOUT_FILENO, POLLOUT))
+    if (!TerminalRescue::isReady(STDOUT_FILENO, POLLOUT))
         return false;
-    const Patience patience;
+    const TerminalRescue::Patience patience;
     ::wrefresh(stdscr);
     return true;
 }
@@ -270,7 +193,7 @@ std::optional<Screen::Press> Screen::nextPress() {
     }
 }
 
-bool Screen::isGone() const noexcept { return isReady(keys(), POLLHUP | POLLERR); }
+bool Screen::isGone() const noexcept { return TerminalRescue::isReady(keys(), POLLHUP | POLLERR); }
 
 int Screen::signals() const noexcept { return _terminal->signals.get(); }
 
@@ -302,7 +225,7 @@ void Screen::suspend() {
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, SIGTSTP);
-    setHandler(SIGTSTP, SIG_DFL);
+    std::signal(SIGTSTP, SIG_DFL);
     std::raise(SIGTSTP); // waits for its turn
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
