@@ -11,6 +11,7 @@ install(TARGETS velto-check-device RUNTIME DESTINATION lib/udev COMPONENT runtim
 velto_install_system(sysusers.conf lib/sysusers.d RENAME velto-touch.conf)
 velto_install_system(modules-load.conf lib/modules-load.d RENAME velto-touch.conf)
 velto_install_system(org.velto.Touch1.conf share/dbus-1/system.d)
+velto_install_system(config.toml ../etc/velto-touch) # beside /usr
 
 # Documents of a package; cmake/CompressDocuments.cmake makes of them what Debian wants.
 function(velto_install_package_documents component package)
@@ -58,7 +59,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "systemd (>= 252), udev (>= 252), kmod"
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "default-dbus-system-bus | dbus-system-bus")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/Packaging/Debian/postinst
                                                ${PROJECT_SOURCE_DIR}/Packaging/Debian/prerm
-                                               ${PROJECT_SOURCE_DIR}/Packaging/Debian/postrm)
+                                               ${PROJECT_SOURCE_DIR}/Packaging/Debian/postrm
+                                               ${PROJECT_SOURCE_DIR}/Packaging/Debian/conffiles)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 "Taps and holds in the three regions of the surface become play-pause and volume
 keys of this machine as soon as it is plugged in. The velto command shows the

@@ -47,6 +47,9 @@ public:
     // Returns whether the device has taken the value.
     [[nodiscard]] virtual bool setProperty(const std::string& key, const Ref<Value>& value) = 0;
 
+    // Returns what ended the reports; empty if the device was just removed, and as long as it is there.
+    [[nodiscard]] virtual std::string failure() { return {}; }
+
     // Called once when the device is removed, on the thread that noticed. Set before the device is used.
     std::function<void()> removalHandler = [] {};
 

@@ -94,7 +94,9 @@ public:
               Bus::TouchObject object(_loop, Bus::Which::System,
                                       {.device = device,
                                        .properties = properties.access(),
-                                       .deliveredReports = [reports = 42U]() mutable { return reports++; }});
+                                       .deliveredReports = [reports = 42U]() mutable { return reports++; },
+                                       .sources = [&properties] { return properties.access().get("Sources"); },
+                                       .reload = [&properties] { properties.put("Reloaded", makeRef<Null>()); }});
               _object = &object;
               _loop.run();
           }) {}

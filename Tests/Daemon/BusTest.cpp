@@ -211,7 +211,11 @@ TEST_F(BusTest, CountersTellOfChanges) {
 
 TEST_F(BusTest, TheObjectSaysWhatItIs) {
     properties.put("Version", JSON::parse("[19,0,1]"));
-    std::ignore = client();
+    properties.put("Sources", JSON::parse(R"({"Key":"a file:1"})"));
+    Bus::Client caller = client();
+    EXPECT_EQ(JSON::text(caller.sources().get()), R"({"Key":"a file:1"})");
+    caller.reload();
+    EXPECT_TRUE(properties.access().get("Reloaded")) << "before the answer";
     const BusHandle raw = connection();
     EXPECT_EQ(textOf(raw.get(), "Device"), kDevice);
     EXPECT_EQ(textOf(raw.get(), "Version"), "19.0.1");

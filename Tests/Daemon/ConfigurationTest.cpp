@@ -1,7 +1,7 @@
 #include "Velto/Daemon/Configuration.h"
 
 #include "Platform/JSON.h"
-#include "Plugin/Shared/Keys.h"
+#include "Plugin/Pipeline/Properties.h"
 #include "Velto/Daemon/KeyNames.h"
 
 #include <fstream>
@@ -43,8 +43,7 @@ protected:
         for (const auto& [key, value, origin] : configuration.settings)
             lines.push_back(fmt::format("{}={}@{}", *Keys::belowAlgs(key), JSON::text(value.get()), place(origin)));
         for (const auto& [use, region, key, origin] : configuration.keys)
-            lines.push_back(
-                fmt::format("{}.{}={}@{}", nameOf(use), rowOf(region).place, nameOfKey(key), place(origin)));
+            lines.push_back(fmt::format("{}={}@{}", nameOf(use, region), nameOfKey(key), place(origin)));
         return lines;
     }
 };
@@ -66,13 +65,15 @@ TEST_F(ConfigurationTest, OfOneNameTheLastCounts) {
     KeyTable keys = kDefaultKeys;
     keysOf(keys, PixelRegion::PlayPause).tap = KEY_F13;
     keysOf(keys, PixelRegion::VolumeUp).hold = kNoKey;
-    EXPECT_EQ(keyTableOf(configuration), keys);
+    EXPECT_EQ(keyTableOf(configuration.keys), keys);
 }
 
 TEST_F(ConfigurationTest, AWrongLineIsComplainedOfAndTheRestHolds) {
     const std::string number = "a whole number from 0 to 4294967295 is wanted";
     const std::string real = "a number from -3.4e38 to 3.4e38 is wanted";
     const std::string key = "the name of a key is wanted, such as \"KEY_MUTE\", or \"none\"";
+    const std::string names = " (one of tap.play-pause, tap.volume-up, tap.volume-down, hold.play-pause, "
+                              "hold.volume-up, hold.volume-down is wanted)";
     const struct {
         const char* line; // the second
         std::string complaint;
@@ -95,9 +96,9 @@ TEST_F(ConfigurationTest, AWrongLineIsComplainedOfAndTheRestHolds) {
         {"recognizer = 1", "recognizer: a table is wanted"},
         {"HoldTimeoutMilliseconds = 250",
          "unknown name 'HoldTimeoutMilliseconds' ([recognizer] and [keys] are wanted)"},
-        {"keys.press.play-pause = 'KEY_MUTE'", "unknown gesture 'press' (one of tap, hold is wanted)"},
-        {"keys.tap = 'KEY_MUTE'", "keys.tap: a table is wanted"},
-        {"keys.tap.left = 'KEY_MUTE'", "unknown region 'left' (one of play-pause, volume-up, volume-down is wanted)"},
+        {"keys.press.play-pause = 'KEY_MUTE'", "unknown name 'press.play-pause'" + names},
+        {"keys.tap = 'KEY_MUTE'", "unknown name 'tap'" + names},
+        {"keys.tap.left = 'KEY_MUTE'", "unknown name 'tap.left'" + names},
         {"keys.tap.play-pause = 'KEY_MUET'", "tap.play-pause: " + key},
         {"keys.tap.play-pause = 'BTN_LEFT'", "tap.play-pause: " + key},
         {"keys.tap.play-pause = 'KEY_RESERVED'", "tap.play-pause: " + key},
@@ -110,6 +111,32 @@ TEST_F(ConfigurationTest, AWrongLineIsComplainedOfAndTheRestHolds) {
         EXPECT_THAT(complaints(), ElementsAre("config.toml:2: " + complaint));
         EXPECT_THAT(held(), ElementsAre("hold.volume-down=KEY_F14@config.toml:3"));
     }
+}
+
+// The file that is installed: each line that is commented out says what holds without it, and none is missing.
+TEST_F(ConfigurationTest, TheInstalledFileShowsTheDefaults) {
+    std::ifstream installed(VELTO_RECORDINGS "/../../Packaging/config.toml");
+    std::string text;
+    for (std::string line; std::getline(installed, line);)
+        text += (line.starts_with("#") && !line.starts_with("# ") ? line.substr(1) : line) + "\n";
+    write("config.toml", text);
+    read();
+    EXPECT_THAT(complaints(), IsEmpty());
+    std::vector<std::string> names;
+    for (const ConfiguredSetting& setting : configuration.settings) {
+        names.push_back(setting.key);
+        EXPECT_EQ(as<Number>(setting.value)->doubleValue(),
+                  as<Number>(defaultOf(*settingUnder(setting.key)))->doubleValue())
+            << setting.key;
+    }
+    std::vector<std::string> expected;
+    for (const SettingRow& row : kSettingRows) {
+        if (!row.is<SettingRow::Action>() && !row.is<SettingRow::Factors>()) // these change nothing
+            expected.push_back(fullKeyOf(row));
+    }
+    EXPECT_THAT(names, testing::UnorderedElementsAreArray(expected));
+    EXPECT_EQ(configuration.keys.size(), kKeyUseRows.size() * kRegionsWithPads.size());
+    EXPECT_EQ(keyTableOf(configuration.keys), kDefaultKeys);
 }
 
 TEST_F(ConfigurationTest, WhatIsSurelyNotMeantHoldsAndIsComplainedOf) {

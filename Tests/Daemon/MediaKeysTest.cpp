@@ -1,11 +1,14 @@
 #include "Velto/Daemon/MediaKeys.h"
 
+#include "Velto/Daemon/GestureLog.h"
 #include "Velto/Daemon/SurfaceKeys.h"
 
 #include <map>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -27,9 +30,13 @@ public:
     void setKey(std::uint16_t key, bool isPressed) override {
         if (isBroken)
             throw std::runtime_error("no keyboard");
-        static const std::map<std::uint16_t, std::string> kNames{
-            {KEY_PLAYPAUSE, "Play"}, {KEY_ASSISTANT, "Assistant"}, {KEY_VOLUMEUP, "Up"}, {KEY_VOLUMEDOWN, "Down"}};
+        static const std::map<std::uint16_t, std::string> kNames{{KEY_PLAYPAUSE, "Play"}, {KEY_ASSISTANT, "Assistant"},
+                                                                 {KEY_VOLUMEUP, "Up"},    {KEY_VOLUMEDOWN, "Down"},
+                                                                 {KEY_MUTE, "Mute"},      {KEY_F13, "F13"}};
         presses.push_back((isPressed ? "+" : "-") + kNames.at(key));
+    }
+    void announce(std::span<const std::uint16_t> keys) override {
+        presses.push_back(std::to_string(keys.size()) + " keys");
     }
 };
 
@@ -92,6 +99,62 @@ TEST(MediaKeysTest, GesturesPressAndReleaseKeys) {
     }
 }
 
+TEST(MediaKeysTest, AKeyIsReleasedAsPressedAndNewOnesAreAnnouncedWhenNoneIs) {
+    KeyTable table = kDefaultKeys;
+    keysOf(table, VolumeUp).hold = KEY_F13;
+    keysOf(table, PlayPause) = {.tap = KEY_MUTE, .hold = kNoKey};
+    WrittenKeys output;
+    MediaKeys keys(output);
+    keys.handle(holdStart(VolumeUp));
+    keys.setTable(table);
+    EXPECT_THAT(output.presses, ElementsAre("+Up"));
+    keys.handle(holdEnd(VolumeUp));
+    EXPECT_EQ(keys.handle(holdStart(VolumeUp)), KEY_F13);
+    keys.handle(holdEnd(VolumeUp));
+    EXPECT_THAT(output.presses, ElementsAre("+Up", "-Up", "4 keys", "+F13", "-F13"));
+
+    output.presses.clear();
+    EXPECT_EQ(keys.handle(tap(PlayPause)), KEY_MUTE);
+    for (const Gesture& gesture : {holdStart(PlayPause), holdChange(VolumeUp), holdEnd(VolumeUp)})
+        EXPECT_EQ(keys.handle(gesture), kNoKey) << "a hold of play-pause is for no key";
+    EXPECT_THAT(output.presses, ElementsAre("+Mute", "-Mute"));
+}
+
+TEST(GestureLogTest, ATouchIsALine) {
+    struct Row {
+        std::vector<std::pair<Gesture, std::uint16_t>> gestures; // a tenth of a second from one to the next
+        const char* line;
+    };
+    const Row rows[]{
+        {{{mayBegin(PlayPause), kNoKey}, {tap(PlayPause), KEY_MUTE}}, "tap PlayPause, 0.10 s: KEY_MUTE"},
+        {{{mayBegin(VolumeUp), kNoKey},
+          {holdStart(VolumeUp), KEY_VOLUMEUP},
+          {holdChange(VolumeDown), KEY_VOLUMEDOWN},
+          {holdChange(VolumeUp), KEY_VOLUMEUP},
+          {holdEnd(VolumeUp), kNoKey}},
+         "hold VolumeUp, 0.40 s: KEY_VOLUMEUP, KEY_VOLUMEDOWN"},
+        {{{mayBegin(VolumeUp), kNoKey},
+          {holdStart(VolumeUp), kNoKey},
+          {holdChange(None), kNoKey},
+          {holdEnd(None), kNoKey}},
+         "hold VolumeUp > None, 0.30 s: none"},
+        {{{mayBegin(VolumeUp), kNoKey}, {cancel(), kNoKey}}, "rejected VolumeUp, 0.10 s: none"},
+        {{{firmwareReset(), kNoKey}}, "firmware reset: none"},
+        {{{holdStart(VolumeUp), KEY_MUTE}, {holdEnd(VolumeUp), kNoKey}}, "hold VolumeUp, 0.10 s: KEY_MUTE"},
+    };
+    GestureLog log;
+    HostTime time{};
+    for (const auto& [gestures, line] : rows) {
+        std::optional<std::string> last;
+        for (auto [gesture, key] : gestures) {
+            EXPECT_FALSE(last) << *last;
+            gesture.time = time += std::chrono::milliseconds(100);
+            last = log.add(gesture, key);
+        }
+        EXPECT_EQ(last, line);
+    }
+}
+
 TEST(MediaKeysTest, WhatIsPressedIsReleasedOnce) {
     WrittenKeys output;
     MediaKeys keys(output);
@@ -125,7 +188,7 @@ TEST(SurfaceKeysTest, ASurfaceThatFallsSilentKeepsNoKey) {
     WrittenKeys output;
     std::uint64_t reports = 7;
     SurfaceKeys keys(
-        output, [&] { return reports; }, [] { FAIL() << "nothing is wrong"; });
+        output, kDefaultKeys, [&] { return reports; }, [] { FAIL() << "nothing is wrong"; });
     keys.releaseIfSilent();
     keys.handle(holdStart(VolumeUp));
     ++reports;
@@ -142,7 +205,7 @@ TEST(SurfaceKeysTest, TheFirstFailureIsToldAtOnceAndAgainAtTheEnd) {
     WrittenKeys output;
     int failures = 0;
     SurfaceKeys keys(
-        output, [] { return 0; }, [&] { ++failures; });
+        output, kDefaultKeys, [] { return 0; }, [&] { ++failures; });
     output.isBroken = true;
     keys.handle(tap(VolumeUp));
     EXPECT_EQ(failures, 1);

@@ -59,6 +59,8 @@ TEST_F(BusPolicyTest, WhoMayCallWhat) {
         {own, "GetProperty s Pipeline.Algs.HoldTimeoutMilliseconds", false},
         {shared, "SetProperty sv Pipeline.Algs.HoldTimeoutMilliseconds u 400", false},
         {own, "SetProperty sv Pipeline.Algs.HoldTimeoutMilliseconds u 400", false},
+        {own, "GetSources", true},
+        {own, "Reload", false},
         {shared, "Properties.Get ss org.velto.Touch1 Device", true},
         {own, "Properties.GetAll s org.velto.Touch1", true},
         {shared, "Introspectable.Introspect", true},

@@ -79,6 +79,36 @@ TEST(SurfaceServiceTest, OneThatHangsStartsAgainAndOneThatHasNothingToDoDoesNotH
     EXPECT_EQ(shell("systemctl daemon-reload").status, 0);
 }
 
+// What is kept holds at once, after a reload and for the next surface, for a program that runs as another user.
+TEST(SurfaceServiceTest, WhatIsKeptHolds) {
+    const std::string setting = "Pipeline.Algs.HoldTimeoutMilliseconds";
+    const std::string file = "/etc/velto-touch/config.d/90-set.toml";
+    const auto source = [&] { return shell("velto get --jsonl " + setting).output; };
+    for (const bool isFirst : {true, false}) {
+        KernelNews news;
+        ServedSurface surface;
+        KeyReader keyboard(news.waitForNode("input/event"));
+        ASSERT_TRUE(surface.waitUntilServed());
+        if (isFirst) {
+            EXPECT_EQ(shell("velto set --keep " + setting + "=450 keys.tap.play-pause=KEY_VOLUMEUP").output, "");
+            EXPECT_EQ(shell("velto set " + setting + "=300").output, "");
+            EXPECT_THAT(source(), testing::HasSubstr("set for now"));
+            EXPECT_EQ(shell("systemctl reload " + surface.unit()).output, "");
+        }
+        EXPECT_TRUE(eventually([&] {
+            return source().find("\"value\":450,\"source\":\"" + file + ":") != std::string::npos;
+        })) << source();
+        surface.tapPlayPause();
+        EXPECT_THAT(keyboard.next(2), testing::ElementsAre("+Up", "-Up"));
+        EXPECT_EQ(surface.property("NRestarts"), "0");
+        surface.unplug();
+        EXPECT_TRUE(eventually([&] { return surface.property("ActiveState") == "inactive"; }));
+    }
+    EXPECT_EQ(shell("su -s /bin/sh sitter -c 'velto set --keep " + setting + "=1'").output,
+              "velto: only root may keep settings (sudo velto set --keep)");
+    EXPECT_TRUE(std::filesystem::remove(file));
+}
+
 // Last, since it leaves no system to test where it fails.
 TEST(SurfaceServiceTest, ItComesAndGoesWithThePackage) {
     ServedSurface surface;

@@ -33,8 +33,8 @@ public:
     // Returns the touch in progress as far as it is known, with no outcome and no end; null if there is none.
     [[nodiscard]] const Touch* inProgress() const noexcept { return _isTouching ? &_touch : nullptr; }
 
-    // Ends the observation and returns the touches, less those taken out, in their order. A touch that is still in progress ends at the last
-    // frame, unfinished unless it has become a hold.
+    // Ends the observation and returns the touches, less those taken out, in their order. A touch that is still in
+    // progress ends at the last frame, unfinished unless it has become a hold.
     [[nodiscard]] std::vector<Touch> finish();
 
 private:

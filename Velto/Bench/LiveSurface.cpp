@@ -19,7 +19,7 @@ std::string messageOf(const std::exception_ptr& failure) {
 
 } // namespace
 
-LiveSurface::LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device, Bus::Which bus,
+LiveSurface::LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device, std::optional<Bus::Which> bus,
                          std::vector<Setting> ofCommandLine, Handlers handlers)
     : _loop(loop), _handlers(std::move(handlers)),
       _settings(loop, bus, device.name(), std::move(ofCommandLine),

@@ -44,9 +44,10 @@ public:
         std::function<void(const std::string& failure)> gone = [](auto&&) {};
     };
 
-    // Opens the device. `loop` must not run after this is destroyed; `device` outlives this. Throws std::runtime_error
-    // if the device cannot be opened or the service does not answer.
-    LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device, Bus::Which bus,
+    // Opens the device. `bus`: where its service is looked for; none: nowhere. `loop` must not run after this is
+    // destroyed; `device` outlives this. Throws std::runtime_error if the device cannot be opened or the service does
+    // not answer.
+    LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device, std::optional<Bus::Which> bus,
                 std::vector<Setting> ofCommandLine, Handlers handlers);
     LiveSurface(const LiveSurface&) = delete;
     LiveSurface& operator=(const LiveSurface&) = delete;

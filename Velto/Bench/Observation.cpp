@@ -67,8 +67,8 @@ void Observation::observe(HostTime time) {
     add(momentNow(time));
 }
 
-void Observation::add(Moment moment) {
-    _moments.push_back(std::move(moment));
+void Observation::add(const Moment& moment) {
+    _moments.push_back(moment);
     if (_bound == 0)
         return;
     for (; _moments.size() > 2 * _bound; ++_forgotten)

@@ -82,7 +82,7 @@ public:
     [[nodiscard]] const std::deque<Decision>& decisions() const noexcept { return _decisions; }
 
     // Of the images up to a moment, over at most the second before it; none where there are too few.
-    [[nodiscard]] std::optional<double> rateHz(std::size_t moment) const;
+    [[nodiscard]] std::optional<double> rateHz(std::size_t number) const;
 
     [[nodiscard]] PipelineRecording& recording() noexcept { return _recording; }
 
@@ -90,7 +90,7 @@ private:
     static constexpr std::size_t kMostDecisions = 10'000;
 
     void observe(HostTime time);
-    void add(Moment moment);
+    void add(const Moment& moment);
     [[nodiscard]] Moment momentNow(HostTime time) const;
 
     const std::uint64_t _bound;

@@ -31,10 +31,11 @@ std::vector<std::string> settingKeys() {
 
 } // namespace
 
-SettingsSource::SettingsSource(EventLoop& loop, Bus::Which bus, const std::string& device,
+SettingsSource::SettingsSource(EventLoop& loop, std::optional<Bus::Which> bus, const std::string& device,
                                std::vector<Setting> ofCommandLine, ChangeHandler changeHandler)
     : _ofCommandLine(std::move(ofCommandLine)), _changeHandler(std::move(changeHandler)) {
-    connect(loop, bus, device);
+    if (bus)
+        connect(loop, *bus, device);
     _client ? readService() : readConfiguration();
     std::ranges::copy(_ofCommandLine, std::back_inserter(_settings));
 }

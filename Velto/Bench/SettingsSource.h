@@ -28,8 +28,8 @@ public:
 
     // `device`: the name of a connected device. Reads what is in force; `changeHandler` is called for each later write
     // while the loop runs. Throws std::runtime_error if the service does not answer.
-    SettingsSource(EventLoop& loop, Bus::Which bus, const std::string& device, std::vector<Setting> ofCommandLine,
-                   ChangeHandler changeHandler);
+    SettingsSource(EventLoop& loop, std::optional<Bus::Which> bus, const std::string& device,
+                   std::vector<Setting> ofCommandLine, ChangeHandler changeHandler);
     SettingsSource(const SettingsSource&) = delete;
     SettingsSource& operator=(const SettingsSource&) = delete;
     ~SettingsSource() = default;

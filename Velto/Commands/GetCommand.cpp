@@ -1,4 +1,5 @@
 #include "Platform/JSON.h"
+#include "Plugin/Pipeline/Properties.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/PropertyList.h"
 #include "Velto/Daemon/Bus/Client.h"
@@ -9,6 +10,7 @@
 #include "Velto/Output/Terminal.h"
 
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -20,8 +22,8 @@ namespace VeltoTouch::Velto {
 namespace {
 
 constexpr const char* kText = "Reads properties of a surface that velto serve serves, each a line of JSON.\n"
-                              "Without a key, lists the settings with their kinds, ranges and defaults, and the\n"
-                              "statistics.";
+                              "Without a key, lists the settings with their kinds, ranges and defaults and where\n"
+                              "their values come from, and the statistics.";
 
 struct Options {
     ServedChoice served;
@@ -37,23 +39,47 @@ Ref<Value> read(Bus::Client& client, const std::string& key) {
     }
 }
 
+// Where the value of a setting comes from: a file and its line, "set for now" or "default"; empty for anything else.
+class Sources {
+public:
+    explicit Sources(Bus::Client& client) : _sources(client.sources()) {}
+
+    [[nodiscard]] std::string of(const std::string& key) const {
+        const auto setting = settingUnder(key);
+        if (!setting || setting->row.is<SettingRow::Action>())
+            return "";
+        const auto* const dictionary = as<Dictionary>(_sources);
+        const auto* const text = dictionary != nullptr ? as<String>(dictionary->find(key)) : nullptr;
+        return text != nullptr ? text->text() : "default";
+    }
+
+private:
+    const Ref<Value> _sources;
+};
+
 int get(Bus::Client& client, const Options& options) {
+    std::optional<Sources> sources;
+    if (options.jsonl)
+        sources.emplace(client);
     return forEachFile(options.keys, [&](const std::string& key) {
         const std::string value = JSON::text(read(client, key).get());
         std::string quotedKey;
         JSON::appendString(quotedKey, key);
-        writeStandardOutput(options.jsonl
-                                ? fmt::format(R"({{"kind":"property","key":{},"value":{}}})", quotedKey, value) + "\n"
-                                : printable(value) + "\n");
+        writeStandardOutput(options.jsonl ? fmt::format(R"({{"kind":"property","key":{},"value":{}{}}})", quotedKey,
+                                                        value, sourceMember(sources->of(key))) +
+                                                "\n"
+                                          : printable(value) + "\n");
     });
 }
 
 // Whole or not at all: who may read one of these may read them all.
 int list(Bus::Client& client, bool asLines) {
+    const Sources sources(client);
     std::vector<ReadProperty> properties;
     for (ListedProperty& property : listedProperties()) {
         Ref<Value> value = property.isRead ? client.getProperty(property.key) : nullptr;
-        properties.push_back({.property = std::move(property), .value = std::move(value)});
+        std::string source = sources.of(property.key);
+        properties.push_back({.property = std::move(property), .value = std::move(value), .source = std::move(source)});
     }
     writeStandardOutput(asLines ? propertyLines(properties) : propertyTable(properties));
     return 0;
@@ -73,7 +99,8 @@ Command makeGetCommand(App& program) {
                                    "velto get --jsonl Pipeline.Algs.EventStats FirmwareDebugReports"},
                                   kText);
     addServed(*app, options->served);
-    app->add_flag("--jsonl", options->jsonl, "JSON Lines: key and value; in a list also type, range and default");
+    app->add_flag("--jsonl", options->jsonl,
+                  "JSON Lines: key, value and source; in a list also type, range and default");
     app->addList(settingList());
     addKeyArguments(*app, options->keys, "Properties of the service (default: a list of them)");
     return {app, [options] { return run(*options); }};

@@ -13,7 +13,8 @@ HelpList deviceList() {
                         {"sim:STEP,...", "the simulated surface, steps as in velto simulate --help"},
                         {"replay:FILE", "a recording's reports; its settings are left out"},
                         {"surface", "the first surface on this machine"},
-                        {"/dev/hidrawN", "a surface on this machine, as listed by velto devices"}},
+                        {"/dev/hidrawN", "a surface on this machine, as listed by velto devices"},
+                        {"-", "reports on the standard input: lines of hexadecimal bytes"}},
             .remarks = {},
             .textColumn = 18};
 }

@@ -36,6 +36,7 @@ constexpr std::array kCommands{
     Row{"Why", makeExportCommand},           //
     Row{"Live", makeRunCommand},             //
     Row{"Live", makeViewCommand},            //
+    Row{"Live", makeDumpCommand},            //
     Row{"Live", makeCaptureCommand},         //
     Row{"Live", makeCollectCommand},         //
     Row{"This machine", makeDevicesCommand}, //

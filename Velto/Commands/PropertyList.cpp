@@ -13,14 +13,14 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr std::size_t kColumns = 5;
+constexpr std::size_t kColumns = 6;
 using Row = std::array<std::string, kColumns>;
 
 // The members of a dictionary that are none themselves.
 void addMembers(std::vector<Row>& rows, const std::string& name, const Value* value) {
     const auto* dictionary = as<Dictionary>(value);
     if (dictionary == nullptr) {
-        rows.push_back({"  " + name, shortText(value), "", "", ""});
+        rows.push_back({"  " + name, shortText(value), "", "", "", ""});
         return;
     }
     for (const auto& [key, member] : dictionary->entries())
@@ -28,30 +28,39 @@ void addMembers(std::vector<Row>& rows, const std::string& name, const Value* va
 }
 
 void addRows(std::vector<Row>& rows, const ReadProperty& read) {
-    const auto& [property, value] = read;
+    const auto& [property, value, source] = read;
     const bool isDictionary = as<Dictionary>(value) != nullptr;
     const auto text = [](const Ref<Value>& shown) { return shown ? shortText(shown.get()) : ""; };
     rows.push_back({property.key, isDictionary ? "" : text(value), text(property.defaultValue),
-                    std::string(property.type), std::string(property.range)});
+                    std::string(property.type), std::string(property.range), source});
     if (isDictionary)
         addMembers(rows, "", value.get());
 }
 
 } // namespace
 
+std::string sourceMember(const std::string& source) {
+    std::string member;
+    if (!source.empty()) {
+        member = ",\"source\":";
+        JSON::appendString(member, source);
+    }
+    return member;
+}
+
 std::string propertyLines(const std::vector<ReadProperty>& properties) {
     std::string lines;
-    for (const auto& [property, value] : properties) {
-        lines += fmt::format(R"({{"kind":"property","key":"{}","value":{},"type":"{}","range":{},"default":{}}})",
+    for (const auto& [property, value, source] : properties) {
+        lines += fmt::format(R"({{"kind":"property","key":"{}","value":{},"type":"{}","range":{},"default":{}{}}})",
                              property.key, JSON::text(value.get()), property.type, property.bounds,
-                             JSON::text(property.defaultValue.get())) +
+                             JSON::text(property.defaultValue.get()), sourceMember(source)) +
                  "\n";
     }
     return lines;
 }
 
 std::string propertyTable(const std::vector<ReadProperty>& properties) {
-    std::vector<Row> rows{{"key", "value", "default", "kind", "range"}};
+    std::vector<Row> rows{{"key", "value", "default", "kind", "range", "source"}};
     for (const ReadProperty& property : properties)
         addRows(rows, property);
     std::array<std::size_t, kColumns> widths{};

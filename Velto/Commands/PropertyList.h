@@ -11,7 +11,11 @@ namespace VeltoTouch::Velto {
 struct ReadProperty {
     ListedProperty property;
     Ref<Value> value;
+    std::string source; // of a setting's value; empty for what is none
 };
+
+// ,"source":"..."; empty for an empty one.
+[[nodiscard]] std::string sourceMember(const std::string& source);
 
 // One line of JSON per property.
 [[nodiscard]] std::string propertyLines(const std::vector<ReadProperty>& properties);

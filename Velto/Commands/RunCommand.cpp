@@ -122,6 +122,10 @@ int run(const Options& options) {
         status |= saveRun(service, options.recording, ending.reports, start);
     service.stop();
     output.end(ending);
+    if (const std::string failure = device.backend().failure(); !failure.empty()) {
+        complain(options.device.subject(), failure);
+        status = 1;
+    }
     return status;
 }
 

@@ -1,18 +1,25 @@
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
+#include "Velto/Commands/ServedConfiguration.h"
 #include "Velto/Daemon/Bus/TouchObject.h"
 #include "Velto/Daemon/EventLoop.h"
+#include "Velto/Daemon/GestureLog.h"
+#include "Velto/Daemon/ReloadSignal.h"
 #include "Velto/Daemon/StopSignals.h"
 #include "Velto/Daemon/SurfaceKeys.h"
 #include "Velto/Daemon/UinputKeyboard.h"
 #include "Velto/Options/BusOptions.h"
+#include "Velto/Options/KeyOptions.h"
+#include "Velto/Output/Terminal.h"
 
 #include <chrono>
 #include <exception>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <systemd/sd-daemon.h>
 
@@ -23,7 +30,11 @@ constexpr const char* kText = "Makes the gestures on a surface key presses for e
                               "a tap plays, pauses or steps the volume, a hold keeps the volume key or the\n"
                               "assistant's pressed. Ends when the device goes or with Ctrl-C; no key stays\n"
                               "pressed. Needs the right to write to /dev/uinput. While it runs, get, set,\n"
-                              "watch and record reach it over the message bus.";
+                              "watch and record reach it over the message bus.\n"
+                              "\n"
+                              "Settings and keys are those of /etc/velto-touch/config.toml and of the files\n"
+                              "config.d/*.toml beside it, which are read again on SIGHUP: a setting that was\n"
+                              "only tried ends with that. Standard error has a line for each gesture.";
 
 constexpr const char* kKeyboardName = "Velto Touch Surface Keys";
 
@@ -31,19 +42,13 @@ struct Options {
     DeviceChoice device;
     std::string plugIn; // empty: the program's own
     Bus::Which bus = Bus::Which::System;
+    std::string folder = kConfigurationFolder;
+    std::vector<Setting> trial;
     bool withoutKeys = false;
 };
 
 // A key of a surface that has fallen silent is released after one to two of them.
 constexpr std::chrono::seconds kLongestSilence{1};
-
-Bus::ServedSurface servedSurface(const Surface::ConnectedDevice& device, const HostedService& service) {
-    return {.device = device.name(),
-            .properties = {.get = [&service](const std::string& key) { return service.copyProperty(key); },
-                           .set = [&service](const std::string& key,
-                                             const Ref<Value>& value) { return service.setProperty(key, value); }},
-            .deliveredReports = [&device] { return device.backend().deliveredReports(); }};
-}
 
 // Runs the loop; returns what it throws.
 std::exception_ptr failureOf(EventLoop& loop) noexcept {
@@ -55,41 +60,113 @@ std::exception_ptr failureOf(EventLoop& loop) noexcept {
     }
 }
 
-int serve(const Options& options) {
-    EventLoop loop;
-    const auto endServing = [&loop] { loop.stop(); };
-    const auto device = about(options.device.subject(), [&] { return connect(options.device, 1.0); });
-    StopSignals signals(loop); // before any thread, and after a recording is read: until then a signal ends the program
-    device.backend().removalHandler = endServing;
-
-    std::optional<UinputKeyboard> keyboard;
-    std::optional<SurfaceKeys> keys;
-    if (!options.withoutKeys) {
-        keyboard.emplace(kKeyboardName, MediaKeys::kKeys);
-        keys.emplace(
-            *keyboard, [&device] { return device.backend().deliveredReports(); }, endServing);
-        loop.addTimer(kLongestSilence, [&keys] { keys->releaseIfSilent(); });
+// All that serving takes, in the order in which it is made. Its calls but `handle` come on the loop's thread.
+class Serving {
+public:
+    Serving(const Options& options, Lasting trial)
+        : _folder(options.folder), _configuration(options.folder, std::move(trial)),
+          _device(about(options.device.subject(), [&] { return connect(options.device, 1.0); })), _signals(_loop),
+          _reloadSignal(_loop, [this] { reload(); }), _keyboard(options.withoutKeys ? nullptr : makeKeyboard()),
+          _keys(options.withoutKeys ? nullptr : makeKeys()),
+          _service(openService(options.plugIn, _device, [this](const Gesture& gesture) { handle(gesture); })),
+          _object(_loop, options.bus, servedSurface()) {
+        _device.backend().removalHandler = [this] { _loop.stop(); };
+        if (_keys)
+            _loop.addTimer(kLongestSilence, [this] { _keys->releaseIfSilent(); });
+        _configuration.write(properties());
     }
-    Bus::TouchObject* object = nullptr; // of the loop's thread
-    const auto handleGesture = [&](const Gesture& gesture) {
-        if (keys)
-            keys->handle(gesture);
-        loop.post([&object, gesture] { object->tellGesture(gesture); });
-    };
-    HostedService service = openService(options.plugIn, device, handleGesture);
-    Bus::TouchObject served(loop, options.bus, servedSurface(device, service));
-    object = &served;
+    Serving(const Serving&) = delete;
+    Serving& operator=(const Serving&) = delete;
+    ~Serving() = default;
 
-    service.schedule();
-    sd_notify(0, "READY=1");
-    const std::exception_ptr failure = failureOf(loop);
-    sd_notify(0, "STOPPING=1");
-    signals.beginEnd();
-    service.unschedule();
-    if (keys)
-        keys->end();
-    if (failure) // what is destroyed now may wait for the device, until a signal ends the program
-        std::rethrow_exception(failure);
+    // Until the device goes or a signal comes.
+    void run() {
+        _service.schedule();
+        sd_notify(0, "READY=1");
+        const std::exception_ptr failure = failureOf(_loop);
+        sd_notify(0, "STOPPING=1");
+        _signals.beginEnd();
+        _service.unschedule();
+        if (_keys)
+            _keys->end();
+        if (failure) // what is destroyed now may wait for the device, until a signal ends the program
+            std::rethrow_exception(failure);
+    }
+
+private:
+    // On the host's queue.
+    void handle(const Gesture& gesture) {
+        const std::uint16_t key = _keys ? _keys->handle(gesture) : kNoKey;
+        _loop.post([this, gesture, key] {
+            _object.tellGesture(gesture);
+            if (const auto line = _log.add(gesture, key))
+                logServing(*line);
+        });
+    }
+
+    void reload() {
+        sd_notify(0, "RELOADING=1");
+        _configuration.read();
+        _configuration.write(toldProperties());
+        if (_keys)
+            _keys->setTable(_configuration.keys());
+        logServing(_folder + ": read anew");
+        sd_notify(0, "READY=1");
+    }
+
+    [[nodiscard]] Bus::ServiceProperties properties() const {
+        return {.get = [this](const std::string& key) { return _service.copyProperty(key); },
+                .set = [this](const std::string& key,
+                              const Ref<Value>& value) { return _service.setProperty(key, value); }};
+    }
+    // What is written is signalled on the bus too.
+    [[nodiscard]] Bus::ServiceProperties toldProperties() {
+        return {.get = properties().get, .set = [this](const std::string& key, const Ref<Value>& value) {
+                    const bool isTaken = _service.setProperty(key, value);
+                    if (isTaken)
+                        _object.tellProperty(key, value);
+                    return isTaken;
+                }};
+    }
+    [[nodiscard]] Bus::ServedSurface servedSurface() {
+        return {.device = _device.name(),
+                .properties = properties(),
+                .deliveredReports = [this] { return _device.backend().deliveredReports(); },
+                .sources = [this] { return _configuration.sources(properties()); },
+                .reload = [this] { reload(); }};
+    }
+    [[nodiscard]] std::unique_ptr<UinputKeyboard> makeKeyboard() const {
+        return std::make_unique<UinputKeyboard>(kKeyboardName, keysIn(_configuration.keys()));
+    }
+    [[nodiscard]] std::unique_ptr<SurfaceKeys> makeKeys() {
+        return std::make_unique<SurfaceKeys>(
+            *_keyboard, _configuration.keys(), [this] { return _device.backend().deliveredReports(); },
+            [this] { _loop.stop(); });
+    }
+
+    const std::string _folder;
+    EventLoop _loop;
+    ServedConfiguration _configuration;
+    const Surface::ConnectedDevice _device;
+    StopSignals _signals; // before any thread, and after a recording is read: until then a signal ends the program
+    const ReloadSignal _reloadSignal;
+    const std::unique_ptr<UinputKeyboard> _keyboard; // null without keys, as the next
+    const std::unique_ptr<SurfaceKeys> _keys;
+    GestureLog _log;
+    HostedService _service;
+    Bus::TouchObject _object;
+};
+
+int run(const Options& options) {
+    Lasting trial;
+    try {
+        trial = lastingOf(options.trial, "velto serve --set");
+    } catch (const std::invalid_argument& error) {
+        complain("--set", error.what());
+        return kWrongUsage;
+    }
+    warnOfDoubtfulSettings(options.trial);
+    Serving(options, std::move(trial)).run();
     return 0;
 }
 
@@ -98,11 +175,20 @@ int serve(const Options& options) {
 Command makeServeCommand(App& program) {
     const auto options = std::make_shared<Options>();
     App* app = program.addCommand("serve", {"velto serve --device surface"}, kText);
-    addDevice(*app, options->device, "The surface; see below")->required();
+    addDevice(*app, options->device, "The surface; see below")->required()->check([](const std::string& device) {
+        return device == "-" ? "the standard input cannot be served (velto run, view and dump read it)" : "";
+    });
     addPlugIn(*app, options->plugIn);
     addBus(*app, options->bus);
+    CLI::Option* folder = app->add_option(
+        "--config", options->folder, std::string("The configuration's folder (default: ") + kConfigurationFolder + ")");
+    app->offer(folder, fileNames())->type_name("FOLDER")->check(CLI::ExistingDirectory);
+    addSettings(*app, options->trial, KeyScope::Service,
+                "For a trial: a setting, or a key such as keys.tap.play-pause=KEY_MUTE, whatever the configuration "
+                "says; may be given several times")
+        ->allow_extra_args(false);
     app->add_flag("--no-keys", options->withoutKeys, "Make no keyboard: gestures are told on the bus alone");
-    return {app, [options] { return serve(*options); }};
+    return {app, [options] { return run(*options); }};
 }
 
 } // namespace VeltoTouch::Velto

@@ -2,6 +2,9 @@
 #include "Velto/Analysis/StreamStatistics.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Disturbances.h"
+#include "Velto/Commands/LiveStats.h"
+#include "Velto/Options/BusOptions.h"
+#include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/GestureText.h"
@@ -24,6 +27,8 @@ using Stretch = StreamStatistics::Intervals;
 
 struct Options {
     std::vector<std::string> paths;
+    Bus::Which bus = Bus::Which::System;
+    std::optional<std::chrono::microseconds> duration;
     bool jsonl = false;
 };
 
@@ -190,7 +195,22 @@ bool areTwoRecordings(const std::vector<std::string>& paths) {
            std::ranges::none_of(paths, [&](const auto& path) { return std::filesystem::is_directory(path, ignored); });
 }
 
+// A path that does not exist may be a device; - is a recording.
+std::optional<DeviceChoice> deviceOf(const std::vector<std::string>& paths) {
+    try {
+        if (paths.size() != 1 || paths.front() == "-")
+            return std::nullopt;
+        const Watched watched = parseWatched(paths.front());
+        return watched.device() == nullptr ? std::nullopt : std::optional(*watched.device());
+    } catch (const std::invalid_argument&) {
+        return std::nullopt;
+    }
+}
+
 int show(const Options& options) {
+    if (const auto device = deviceOf(options.paths))
+        return showLiveStats(
+            {.device = *device, .bus = options.bus, .duration = options.duration, .jsonl = options.jsonl});
     const bool isPair = !options.jsonl && areTwoRecordings(options.paths);
     std::list<Shown> shown; // what waits to be written
     const int status = forEachRecording(options.paths, "replaying", [&](const std::string& file) {
@@ -209,13 +229,20 @@ int show(const Options& options) {
 
 Command makeStatsCommand(App& program) {
     const auto options = std::make_shared<Options>();
-    App* app =
-        program.addCommand("stats", {"velto stats gestures.json", "velto stats before.json after.json"},
-                           "Measures how recordings came to be: rate of the reports and the times between them,\n"
-                           "gaps, firmware resets, invalid reports, and each pad's baseline, noise and peak.\n"
-                           "Two recordings are shown side by side.");
+    App* app = program.addCommand(
+        "stats",
+        {"velto stats gestures.json", "velto stats before.json after.json", "velto stats surface --duration 60"},
+        "Measures how recordings came to be: rate of the reports and the times between them,\n"
+        "gaps, firmware resets, invalid reports, and each pad's baseline, noise and peak.\n"
+        "Two recordings are shown side by side.\n"
+        "\n"
+        "With a device in place of recordings, the same of its reports as they come, and\n"
+        "how long it takes from reading a report to an event.");
     addRecordings(*app, options->paths);
-    app->add_flag("--jsonl", options->jsonl, "JSON Lines: one for the reports, one a disturbance, one a pad");
+    addBus(*app, options->bus);
+    addDuration(*app, options->duration)->description("Of a device: end after so many seconds");
+    app->add_flag("--jsonl", options->jsonl,
+                  "JSON Lines: one for the reports, one a disturbance, one a pad; of a device one a second");
     return {app, [options] { return show(*options); }};
 }
 

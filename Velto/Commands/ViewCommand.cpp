@@ -63,9 +63,9 @@ void observe(Observation& observation, const std::string& file, const std::vecto
 // What is on the screen, and what the keys do to it.
 class View {
 public:
-    View(EventLoop& loop, Screen& screen, Observation& observation, const Options& options)
+    View(EventLoop& loop, Screen& screen, Observation& observation, const std::string& name, const Options& options)
         : _loop(loop), _screen(screen), _observation(observation), _output(options.output) {
-        _state.name = "velto view " + options.watched.name;
+        _state.name = "velto view " + name;
         _state.keys = kKeys;
         loop.addDescriptor(screen.keys(), [this] { handleKeys(); });
         loop.addDescriptor(screen.signals(), [this] { handleSignals(); });
@@ -241,7 +241,7 @@ class LiveView final : public View {
 public:
     LiveView(EventLoop& loop, Screen& screen, Observation& observation, const Options& options,
              const Surface::ConnectedDevice& device)
-        : View(loop, screen, observation, options),
+        : View(loop, screen, observation, device.name(), options),
           _surface(
               loop, device, options.bus, options.settings,
               {.report = [&observation](HostTime time,
@@ -275,7 +275,7 @@ private:
 class RecordingView final : public View {
 public:
     RecordingView(EventLoop& loop, Screen& screen, Observation& observation, const Options& options)
-        : View(loop, screen, observation, options), _settings(options.settings.size()) {
+        : View(loop, screen, observation, options.watched.name, options), _settings(options.settings.size()) {
         playFrom(0);
     }
 

@@ -31,7 +31,6 @@ constexpr Style kRefused{.ink = Ink::Red, .isBold = true};
 constexpr int kSurfaceRow = 3;
 constexpr int kSurfaceColumn = 1;
 constexpr int kPanelColumn = 49;
-constexpr int kPanelWidth = 30;
 constexpr int kTouchesRow = kSurfaceRow + static_cast<int>(Util::kPadLayout.size()) + 1;
 constexpr std::size_t kTouchesShown = 5;
 
@@ -41,7 +40,7 @@ struct RegionPlace {
     int row;
 };
 constexpr std::array<RegionPlace, 3> kRegionPlaces{
-    {{PixelRegion::VolumeUp, 3}, {PixelRegion::PlayPause, 7}, {PixelRegion::VolumeDown, 9}}};
+    {{PixelRegion::VolumeUp, 2}, {PixelRegion::PlayPause, 7}, {PixelRegion::VolumeDown, 10}}};
 constexpr int kMiddleColumn = kSurfaceColumn + 24;
 
 // A column of the layout on the screen, where a pad takes more room than there.
@@ -83,11 +82,14 @@ private:
 
     void drawStatus() {
         const auto rate = _observation.rateHz(_number);
-        _screen.put(1, 1,
-                    fmt::format("{:8.2f} s  frame {:<8}  {:>6}/s  gaps {}  resets {}  invalid {}",
-                                Seconds(_moment.time).count(), _moment.image.frameNumber,
-                                rate ? fmt::format("{:.1f}", *rate) : "-", _moment.gaps, _moment.resets,
-                                _moment.invalidReports));
+        std::string text =
+            fmt::format("{:8.2f} s  frame {:<8} {:>6}/s  gaps {}", Seconds(_moment.time).count(),
+                        _moment.image.frameNumber, rate ? fmt::format("{:.1f}", *rate) : "-", _moment.gaps);
+        if (_moment.resets > 0)
+            text += fmt::format("  resets {}", _moment.resets);
+        if (_moment.invalidReports > 0)
+            text += fmt::format("  invalid {}", _moment.invalidReports);
+        _screen.put(1, 0, text);
     }
 
     void drawSurface() {
@@ -125,8 +127,9 @@ private:
         }
         const Moment::Contact& contact = *_moment.contact;
         panel(0, fmt::format("touch {}: {}", contact.number, stateText()), stateStyle());
-        panel(1, fmt::format("{}  {} ms of {}", nameOf(contact.region), contact.elapsedMs, _moment.holdTimeoutMs));
-        panel(2, fmt::format("peak {:.0f} on {}", static_cast<double>(contact.peak.value), contact.peak.pixel));
+        panel(1, fmt::format("{}, peak {:.0f} on {}", nameOf(contact.region), static_cast<double>(contact.peak.value),
+                             contact.peak.pixel));
+        panel(2, fmt::format("{} ms, a hold beyond {} ms", contact.elapsedMs, _moment.holdTimeoutMs));
     }
     [[nodiscard]] std::string_view stateText() const noexcept {
         switch (_moment.state) {
@@ -151,7 +154,7 @@ private:
 
     // A bar from the bound of a hold to the score, between the score's limits.
     void drawScore() {
-        constexpr int kCells = 21;
+        constexpr int kCells = 19;
         const auto cellOf = [this](float score) {
             const float share = (score + _moment.touchScoreLimit) / (2 * _moment.touchScoreLimit);
             return std::isfinite(share) ? std::clamp(static_cast<int>(std::lround(share * (kCells - 1))), 0, kCells - 1)
@@ -166,10 +169,9 @@ private:
         const bool isHold = _moment.touchScore >= _moment.holdScoreThreshold;
         panel(4, fmt::format("touch score {:+.1f}, hold from {:.0f}", static_cast<double>(_moment.touchScore),
                              static_cast<double>(_moment.holdScoreThreshold)));
-        panel(5, fmt::format("{:+.0f}", static_cast<double>(-_moment.touchScoreLimit)));
-        _screen.put(kSurfaceRow + 5, kPanelColumn + 4, bar, {.ink = isHold ? Ink::Green : Ink::Red, .isBold = true});
-        _screen.put(kSurfaceRow + 5, kPanelColumn + 4 + kCells,
-                    fmt::format("{:+.0f}", static_cast<double>(_moment.touchScoreLimit)));
+        const auto limit = static_cast<double>(_moment.touchScoreLimit);
+        panel(5, fmt::format("{:+5.0f}[{:{}}]{:+.0f}", -limit, "", kCells, limit));
+        _screen.put(kSurfaceRow + 5, kPanelColumn + 6, bar, {.ink = isHold ? Ink::Green : Ink::Red, .isBold = true});
     }
 
     void drawGroup() {
@@ -190,7 +192,8 @@ private:
                               _moment.pads[padOf(*strongest)].value),
                   styleOf(region.region));
         }
-        panel(row, fmt::format("threshold {:.0f}", static_cast<double>(_moment.activationThreshold)));
+        panel(row, fmt::format("threshold {:.0f}, time-out {} ms", static_cast<double>(_moment.activationThreshold),
+                               _moment.holdTimeoutMs));
     }
 
     // The newest first.

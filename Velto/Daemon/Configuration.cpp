@@ -5,11 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <exception>
 #include <fstream>
 #include <iterator>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -24,19 +24,24 @@ namespace {
 constexpr std::string_view kRecognizer = "recognizer";
 constexpr std::string_view kKeys = "keys";
 
-// What is wrong at a place; caught where the next line is read.
-struct Wrong {
-    std::uint32_t line;
-    std::string message;
-};
+[[noreturn]] void refuse(const std::string& what) { throw std::invalid_argument(what); }
 
-std::uint32_t lineOf(const toml::source_region& source) noexcept { return source.begin.line; }
-std::uint32_t lineOf(const toml::node& node) noexcept { return lineOf(node.source()); }
+std::vector<std::string_view> settingNames() {
+    std::vector<std::string_view> names;
+    for (const SettingRow& row : kSettingRows) {
+        if (!row.is<SettingRow::Action>())
+            names.push_back(row.key);
+    }
+    return names;
+}
 
-const toml::table& tableAt(const toml::node& node, std::string_view name) {
-    if (const toml::table* table = node.as_table())
-        return *table;
-    throw Wrong{.line = lineOf(node), .message = fmt::format("{}: a table is wanted", name)};
+std::vector<std::string> keyNames() {
+    std::vector<std::string> names;
+    for (const KeyUseRow& row : kKeyUseRows) {
+        for (const RegionRow& region : kRegionsWithPads)
+            names.push_back(nameOf(row.use, region.region));
+    }
+    return names;
 }
 
 Ref<Value> valueAt(const toml::node& node) {
@@ -49,117 +54,63 @@ Ref<Value> valueAt(const toml::node& node) {
     return makeRef<Null>(); // no setting takes anything else
 }
 
-std::vector<std::string_view> settingNames() {
-    std::vector<std::string_view> names;
-    for (const SettingRow& row : kSettingRows) {
-        if (!row.is<SettingRow::Action>())
-            names.push_back(row.key);
-    }
-    return names;
-}
-
 // The members of one file.
 class FileReader {
 public:
     FileReader(Configuration::File& file, std::vector<Complaint>& complaints) : _file(file), _complaints(complaints) {}
 
     void read(const toml::table& root) {
-        forEachMember(root, [this](std::string_view name, const toml::key& key, const toml::node& node) {
-            if (name == kRecognizer)
-                readSettings(tableAt(node, name), "");
-            else if (name == kKeys)
-                readUses(tableAt(node, name));
-            else
-                throw Wrong{.line = lineOf(key.source()),
-                            .message =
-                                fmt::format("unknown name '{}' ([{}] and [{}] are wanted)", name, kRecognizer, kKeys)};
-        });
-    }
-
-private:
-    [[nodiscard]] Origin at(std::uint32_t line) const { return {.file = _file.path, .line = line}; }
-
-    template <class Handle>
-    void forEachMember(const toml::table& table, const Handle& handle) {
-        for (const auto& [key, node] : table) {
-            try {
-                handle(key.str(), key, node);
-            } catch (const Wrong& wrong) {
-                _complaints.push_back({.origin = at(wrong.line), .message = wrong.message});
-            }
+        for (const auto& [key, node] : root) {
+            const toml::table* const table = node.as_table();
+            const Origin origin = at(key);
+            attempt(origin, [&, name = key.str()] {
+                if (name != kRecognizer && name != kKeys)
+                    refuse(fmt::format("unknown name '{}' ([{}] and [{}] are wanted)", name, kRecognizer, kKeys));
+                if (table == nullptr)
+                    refuse(fmt::format("{}: a table is wanted", name));
+                forEachValue(*table, "", [&](const std::string& member, const toml::node& value, const Origin& place) {
+                    return name == kKeys ? readKey(member, value, place) : readSetting(member, value, place);
+                });
+            });
         }
     }
 
-    // A factor's number is the key of a table of its own.
-    void readSettings(const toml::table& table, const std::string& prefix) {
-        forEachMember(table, [&](std::string_view key, const toml::key& /*key*/, const toml::node& node) {
-            const std::string name = prefix + std::string(key);
-            if (const toml::table* factors = node.as_table())
-                readSettings(*factors, name + ".");
+private:
+    [[nodiscard]] Origin at(const toml::key& key) const {
+        return {.file = _file.path, .line = key.source().begin.line};
+    }
+
+    template <class Step>
+    void attempt(const Origin& origin, const Step& step) {
+        try {
+            step();
+        } catch (const std::invalid_argument& error) {
+            _complaints.push_back({.origin = origin, .message = error.what()});
+        }
+    }
+
+    // With the dotted names of values in tables of the table.
+    template <class Handle>
+    void forEachValue(const toml::table& table, const std::string& prefix, const Handle& handle) {
+        for (const auto& [key, node] : table) {
+            const std::string name = prefix + std::string(key.str());
+            const Origin origin = at(key);
+            if (const toml::table* members = node.as_table())
+                forEachValue(*members, name + ".", handle);
             else
-                readSetting(name, node);
-        });
+                attempt(origin, [&, &value = node] { handle(name, value, origin); });
+        }
     }
 
-    void readSetting(const std::string& name, const toml::node& node) {
-        const auto wrong = [&](std::string message) {
-            return Wrong{.line = lineOf(node), .message = std::move(message)};
-        };
-        ConfiguredSetting setting{.key = fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, name),
-                                  .value = valueAt(node),
-                                  .origin = at(lineOf(node))};
-        const Judgement judgement = judgeWrite(setting.key, setting.value.get());
-        const auto found = settingUnder(setting.key);
-        if (found && found->row.is<SettingRow::Action>())
-            throw wrong(fmt::format("{}: it is no value that lasts", name));
-        if (judgement.verdict == Judgement::Verdict::Unknown && judgement.reason.empty())
-            throw wrong(
-                fmt::format("unknown setting '{}' (one of {} is wanted)", name, fmt::join(settingNames(), ", ")));
-        const bool isDoubtful = judgement.verdict == Judgement::Verdict::Doubtful;
-        if (isDoubtful || judgement.verdict == Judgement::Verdict::Sensible)
-            _file.settings.push_back(std::move(setting));
-        if (!judgement.reason.empty())
-            throw wrong(fmt::format("{}: {}", name, judgement.reason));
+    void readSetting(const std::string& name, const toml::node& node, const Origin& origin) {
+        const ConfiguredSetting& setting = _file.settings.emplace_back(configuredSetting(name, valueAt(node), origin));
+        const std::string doubt = judgeWrite(setting.key, setting.value.get()).reason;
+        if (!doubt.empty())
+            refuse(fmt::format("{}: {}", name, doubt));
     }
 
-    void readUses(const toml::table& table) {
-        forEachMember(table, [this](std::string_view name, const toml::key& key, const toml::node& node) {
-            const auto* const row = std::ranges::find(kKeyUseRows, name, &KeyUseRow::name);
-            if (row == kKeyUseRows.end())
-                throw Wrong{.line = lineOf(key.source()),
-                            .message = fmt::format("unknown gesture '{}' (one of {} is wanted)", name,
-                                                   fmt::join(names(kKeyUseRows, &KeyUseRow::name), ", "))};
-            readKeys(*row, tableAt(node, fmt::format("{}.{}", kKeys, name)));
-        });
-    }
-
-    void readKeys(const KeyUseRow& use, const toml::table& table) {
-        forEachMember(table, [&](std::string_view place, const toml::key& key, const toml::node& node) {
-            const auto row = std::ranges::find(kRegionsWithPads, place, &RegionRow::place);
-            if (row == kRegionsWithPads.end())
-                throw Wrong{.line = lineOf(key.source()),
-                            .message = fmt::format("unknown region '{}' (one of {} is wanted)", place,
-                                                   fmt::join(names(kRegionsWithPads, &RegionRow::place), ", "))};
-            _file.keys.push_back({.use = use.use,
-                                  .region = row->region,
-                                  .key = keyAt(node, fmt::format("{}.{}", use.name, place)),
-                                  .origin = at(lineOf(node))});
-        });
-    }
-
-    static std::uint16_t keyAt(const toml::node& node, const std::string& name) {
-        const auto text = node.value_exact<std::string>();
-        if (const auto key = text ? keyCalled(*text) : std::nullopt)
-            return *key;
-        throw Wrong{.line = lineOf(node),
-                    .message = fmt::format("{}: the name of a key is wanted, such as \"KEY_MUTE\", or \"none\"", name)};
-    }
-
-    template <class Rows, class Row>
-    static std::vector<std::string_view> names(const Rows& rows, std::string_view Row::*member) {
-        std::vector<std::string_view> found;
-        std::ranges::transform(rows, std::back_inserter(found), member);
-        return found;
+    void readKey(const std::string& name, const toml::node& node, const Origin& origin) {
+        _file.keys.push_back(configuredKey(name, node.value_exact<std::string>().value_or(""), origin));
     }
 
     Configuration::File& _file;
@@ -184,7 +135,7 @@ std::optional<toml::table> parse(const std::string& path, const char* consequenc
     try {
         return toml::parse(readText(path), path);
     } catch (const toml::parse_error& error) {
-        complain(lineOf(error.source()), fmt::format("this is no TOML: {}", error.description()));
+        complain(error.source().begin.line, fmt::format("this is no TOML: {}", error.description()));
     } catch (const std::system_error& error) {
         complain(0, error.code().message());
     }
@@ -203,7 +154,10 @@ void readFile(const std::string& path, const Configuration& inForce, Configurati
     }
     Configuration::File& file = configuration.files.emplace_back();
     file.path = path;
-    FileReader(file, configuration.complaints).read(*table);
+    std::vector<Complaint> complaints;
+    FileReader(file, complaints).read(*table);
+    std::ranges::stable_sort(complaints, {}, [](const Complaint& complaint) { return complaint.origin.line; });
+    std::ranges::move(complaints, std::back_inserter(configuration.complaints));
 }
 
 std::vector<std::string> filesOf(const std::filesystem::path& folder) {
@@ -238,6 +192,36 @@ std::string textOf(const Origin& origin) {
     return origin.line == 0 ? origin.file : fmt::format("{}:{}", origin.file, origin.line);
 }
 
+std::string nameOf(KeyUse use, PixelRegion region) { return fmt::format("{}.{}", nameOf(use), rowOf(region).place); }
+
+ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin) {
+    ConfiguredSetting setting{.key = fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, name),
+                              .value = std::move(value),
+                              .origin = std::move(origin)};
+    const Judgement judgement = judgeWrite(setting.key, setting.value.get());
+    if (judgement.verdict == Judgement::Verdict::Unknown && judgement.reason.empty())
+        refuse(fmt::format("unknown setting '{}' (one of {} is wanted)", name, fmt::join(settingNames(), ", ")));
+    if (judgement.verdict != Judgement::Verdict::Sensible && judgement.verdict != Judgement::Verdict::Doubtful)
+        refuse(fmt::format("{}: {}", name, judgement.reason));
+    if (settingUnder(setting.key)->row.is<SettingRow::Action>())
+        refuse(fmt::format("{}: it is no value that lasts", name));
+    return setting;
+}
+
+ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origin origin) {
+    const auto code = keyCalled(key);
+    for (const KeyUseRow& row : kKeyUseRows) {
+        for (const RegionRow& region : kRegionsWithPads) {
+            if (name != nameOf(row.use, region.region))
+                continue;
+            if (!code)
+                refuse(fmt::format("{}: the name of a key is wanted, such as \"KEY_MUTE\", or \"none\"", name));
+            return {.use = row.use, .region = region.region, .key = *code, .origin = std::move(origin)};
+        }
+    }
+    refuse(fmt::format("unknown name '{}' (one of {} is wanted)", name, fmt::join(keyNames(), ", ")));
+}
+
 Configuration readConfiguration(const std::filesystem::path& folder, const Configuration& inForce) {
     Configuration configuration;
     for (const std::string& path : filesOf(folder))
@@ -246,15 +230,14 @@ Configuration readConfiguration(const std::filesystem::path& folder, const Confi
         for (const ConfiguredSetting& setting : file.settings)
             put(configuration.settings, setting, [](const auto& a, const auto& b) { return a.key == b.key; });
         for (const ConfiguredKey& key : file.keys)
-            put(configuration.keys, key,
-                [](const auto& a, const auto& b) { return a.use == b.use && a.region == b.region; });
+            put(configuration.keys, key, isSameUse);
     }
     return configuration;
 }
 
-KeyTable keyTableOf(const Configuration& configuration) {
+KeyTable keyTableOf(const std::vector<ConfiguredKey>& keys) {
     KeyTable table = kDefaultKeys;
-    for (const ConfiguredKey& key : configuration.keys)
+    for (const ConfiguredKey& key : keys)
         keysOf(table, key.region).*key.use = key.key;
     return table;
 }

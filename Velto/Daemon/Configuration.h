@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // What lasts: settings of the recognizer, and the keys for gestures, from the files of a folder:
@@ -47,6 +48,11 @@ struct ConfiguredKey {
     Origin origin;
 };
 
+// Whether two keys are for the same gesture.
+[[nodiscard]] inline bool isSameUse(const ConfiguredKey& a, const ConfiguredKey& b) noexcept {
+    return a.use == b.use && a.region == b.region;
+}
+
 struct Complaint {
     Origin origin;
     std::string message; // what is wrong, and what is wanted
@@ -65,12 +71,20 @@ struct Configuration {
     std::vector<File> files; // what was read, in order
 };
 
+// Throw std::invalid_argument with what is wanted instead: an entry of [recognizer] by its name and value, and one of
+// [keys] by its name, such as "tap.play-pause", and a key's.
+[[nodiscard]] ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin);
+[[nodiscard]] ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origin origin);
+
+// "tap.play-pause".
+[[nodiscard]] std::string nameOf(KeyUse use, PixelRegion region);
+
 // Reads what there is. A line that is wrong is complained of and left out, all else counts; so does a setting that is
 // surely not meant, in spite of the complaint. A file that cannot be read or is no TOML has no effect: what it said in
 // `inForce` goes on. Does not throw because of the files' content.
 [[nodiscard]] Configuration readConfiguration(const std::filesystem::path& folder, const Configuration& inForce = {});
 
-// The default keys, but for those that are configured.
-[[nodiscard]] KeyTable keyTableOf(const Configuration& configuration);
+// The default keys, but for those that are configured; of one use and region the last counts.
+[[nodiscard]] KeyTable keyTableOf(const std::vector<ConfiguredKey>& keys);
 
 } // namespace VeltoTouch

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 namespace VeltoTouch {
 
@@ -14,6 +15,9 @@ public:
 
     // Throws std::system_error if the key cannot be passed on.
     virtual void setKey(std::uint16_t key, bool isPressed) = 0;
+
+    // Called while no key is pressed, before keys are pressed that may be new. Throws as `setKey` does.
+    virtual void announce(std::span<const std::uint16_t> keys) = 0;
 };
 
 } // namespace VeltoTouch

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include <linux/input-event-codes.h>
 
@@ -52,5 +53,18 @@ inline constexpr KeyTable kDefaultKeys = [] {
     keysOf(table, PixelRegion::VolumeDown) = {.tap = KEY_VOLUMEDOWN, .hold = KEY_VOLUMEDOWN};
     return table;
 }();
+
+// Each key of the table once.
+[[nodiscard]] inline std::vector<std::uint16_t> keysIn(const KeyTable& table) {
+    std::vector<std::uint16_t> keys;
+    for (const RegionKeys& region : table) {
+        for (const KeyUseRow& row : kKeyUseRows) {
+            const std::uint16_t key = region.*row.use;
+            if (key != kNoKey && std::ranges::count(keys, key) == 0)
+                keys.push_back(key);
+        }
+    }
+    return keys;
+}
 
 } // namespace VeltoTouch

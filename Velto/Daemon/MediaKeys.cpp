@@ -3,65 +3,74 @@
 #include <utility>
 
 namespace VeltoTouch {
-namespace {
 
-struct RegionKeys {
-    std::uint16_t tap;
-    std::uint16_t hold;
-};
-
-RegionKeys keysOf(const Gesture& gesture) noexcept {
-    switch (gesture.region.value_or(PixelRegion::None)) {
-    case PixelRegion::PlayPause:
-        return {.tap = KEY_PLAYPAUSE, .hold = KEY_ASSISTANT};
-    case PixelRegion::VolumeDown:
-        return {.tap = KEY_VOLUMEDOWN, .hold = KEY_VOLUMEDOWN};
-    case PixelRegion::VolumeUp:
-        return {.tap = KEY_VOLUMEUP, .hold = KEY_VOLUMEUP};
-    case PixelRegion::None:
-        break;
-    }
-    return {.tap = KEY_RESERVED, .hold = KEY_RESERVED};
-}
-
-} // namespace
-
-void MediaKeys::handle(const Gesture& gesture) {
+std::uint16_t MediaKeys::handle(const Gesture& gesture) {
+    const PixelRegion region = gesture.region.value_or(PixelRegion::None);
     switch (gesture.kind) {
     case GestureKind::HoldStart:
-        return hold(keysOf(gesture).hold);
+        return startHold(region);
     case GestureKind::HoldChange:
-        return moveHold(keysOf(gesture).hold);
+        return moveHold(region);
     case GestureKind::Tap:
         releaseAll();
-        return click(keysOf(gesture).tap);
+        return click(keysOf(_table, region).tap);
     case GestureKind::MayBegin:
     case GestureKind::HoldEnd:
     case GestureKind::Cancel:
     case GestureKind::FirmwareReset:
-        return releaseAll();
+        break;
     }
+    releaseAll();
+    return kNoKey;
 }
 
-void MediaKeys::click(std::uint16_t key) {
+void MediaKeys::setTable(const KeyTable& table) {
+    _table = table;
+    _isAnnounced = false;
+    announce();
+}
+
+void MediaKeys::releaseAll() {
+    _staysPut = false;
+    hold(kNoKey);
+}
+
+std::uint16_t MediaKeys::click(std::uint16_t key) {
     hold(key);
     releaseAll();
+    return key;
 }
 
-void MediaKeys::moveHold(std::uint16_t key) {
-    if (_pressed != KEY_ASSISTANT)
-        hold(key == KEY_ASSISTANT ? kNoKey : key);
+std::uint16_t MediaKeys::startHold(PixelRegion region) {
+    _staysPut = false;
+    const std::uint16_t key = hold(keysOf(_table, region).hold);
+    _staysPut = region == PixelRegion::PlayPause;
+    return key;
 }
 
-void MediaKeys::hold(std::uint16_t key) {
+std::uint16_t MediaKeys::moveHold(PixelRegion region) {
+    if (_staysPut)
+        return _pressed;
+    return hold(region == PixelRegion::PlayPause ? kNoKey : keysOf(_table, region).hold);
+}
+
+// Keeps one key pressed, or none.
+std::uint16_t MediaKeys::hold(std::uint16_t key) {
     if (_pressed == key)
-        return;
+        return key;
     if (const std::uint16_t released = std::exchange(_pressed, kNoKey); released != kNoKey)
         _output.setKey(released, false);
-    if (key == kNoKey)
+    announce();
+    if (key != kNoKey)
+        _output.setKey(key, true);
+    return _pressed = key;
+}
+
+void MediaKeys::announce() {
+    if (_isAnnounced || _pressed != kNoKey)
         return;
-    _output.setKey(key, true);
-    _pressed = key;
+    _output.announce(keysIn(_table));
+    _isAnnounced = true;
 }
 
 } // namespace VeltoTouch

@@ -1,16 +1,14 @@
 #pragma once
 
 #include "Velto/Daemon/KeyOutput.h"
+#include "Velto/Daemon/KeyTable.h"
 #include "Velto/Host/Gesture.h"
 
-#include <array>
 #include <cstdint>
-
-#include <linux/input-event-codes.h>
 
 namespace VeltoTouch {
 
-// Turns the gestures of a surface into presses of keys.
+// Turns the gestures of a surface into presses of keys, by default (kDefaultKeys) of these:
 //
 //   region        tap               hold
 //   ----------    --------------    --------------
@@ -24,33 +22,39 @@ namespace VeltoTouch {
 //   tap                                    releases it; presses and releases the region's key for a tap
 //   hold start                             releases it and presses the region's key for a hold
 //   hold change between volume regions     releases it and presses the region's key; nothing where they are the same
-//   hold change to another region          releases a volume key
+//   hold change to another region          releases a volume region's key
 //   may begin, hold end, cancel,           releases it
 //   firmware reset
 //
-// The region where a hold starts decides what it is for. A hold that started on play-pause keeps the assistant's key
-// wherever it moves, and a volume slide that crosses play-pause does not call the assistant.
+// The region where a hold starts decides what it is for. A hold that started on play-pause keeps its key wherever it
+// moves, and a volume slide that crosses play-pause does not press that key.
 //
 // One thread at a time. Throws what the output throws; the key then counts as released.
 class MediaKeys {
 public:
-    // All keys that are ever pressed.
-    static constexpr std::array<std::uint16_t, 4> kKeys{KEY_PLAYPAUSE, KEY_VOLUMEDOWN, KEY_VOLUMEUP, KEY_ASSISTANT};
+    // `output` outlives this and has the table's keys. The destructor releases no key.
+    explicit MediaKeys(KeyOutput& output, const KeyTable& table = kDefaultKeys) noexcept
+        : _output(output), _table(table) {}
 
-    // `output` outlives this. The destructor releases no key.
-    explicit MediaKeys(KeyOutput& output) noexcept : _output(output) {}
+    // Returns the key that the gesture pressed, or kNoKey.
+    std::uint16_t handle(const Gesture& gesture);
+    void releaseAll();
 
-    void handle(const Gesture& gesture);
-    void releaseAll() { hold(kNoKey); }
+    // From the next press on. A key that is pressed stays so, and is released as the key that it is; new keys are
+    // announced when none is pressed.
+    void setTable(const KeyTable& table);
 
 private:
-    static constexpr std::uint16_t kNoKey = KEY_RESERVED;
-
-    void click(std::uint16_t key);
-    void hold(std::uint16_t key);
-    void moveHold(std::uint16_t key);
+    std::uint16_t click(std::uint16_t key);
+    std::uint16_t startHold(PixelRegion region);
+    std::uint16_t moveHold(PixelRegion region);
+    std::uint16_t hold(std::uint16_t key);
+    void announce();
 
     KeyOutput& _output;
+    KeyTable _table;
+    bool _isAnnounced = true; // the table
+    bool _staysPut = false;   // the hold keeps its key wherever it moves
     std::uint16_t _pressed = kNoKey;
 };
 

@@ -4,9 +4,10 @@
 
 namespace VeltoTouch {
 
-SurfaceKeys::SurfaceKeys(KeyOutput& output, std::function<std::uint64_t()> deliveredReports,
+SurfaceKeys::SurfaceKeys(KeyOutput& output, const KeyTable& table, std::function<std::uint64_t()> deliveredReports,
                          std::function<void()> failureHandler)
-    : _deliveredReports(std::move(deliveredReports)), _failureHandler(std::move(failureHandler)), _keys(output) {}
+    : _deliveredReports(std::move(deliveredReports)), _failureHandler(std::move(failureHandler)), _keys(output, table) {
+}
 
 template <class Work>
 void SurfaceKeys::attempt(const Work& work) noexcept {
@@ -21,8 +22,14 @@ void SurfaceKeys::attempt(const Work& work) noexcept {
     }
 }
 
-void SurfaceKeys::handle(const Gesture& gesture) noexcept {
-    attempt([&]() VELTO_REQUIRES(_lock) { _keys.handle(gesture); });
+std::uint16_t SurfaceKeys::handle(const Gesture& gesture) noexcept {
+    std::uint16_t key = kNoKey;
+    attempt([&]() VELTO_REQUIRES(_lock) { key = _keys.handle(gesture); });
+    return key;
+}
+
+void SurfaceKeys::setTable(const KeyTable& table) noexcept {
+    attempt([&]() VELTO_REQUIRES(_lock) { _keys.setTable(table); });
 }
 
 void SurfaceKeys::releaseIfSilent() noexcept {

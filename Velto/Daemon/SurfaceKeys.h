@@ -12,13 +12,18 @@ namespace VeltoTouch {
 // MediaKeys behind a lock, for the host's queue and the loop. Any thread.
 class SurfaceKeys {
 public:
-    // `output` outlives this. `deliveredReports` returns the surface's reports so far, on any thread. `failureHandler`
-    // is called if a key cannot be passed on, on the thread that tried and under the lock: it must not call this.
-    SurfaceKeys(KeyOutput& output, std::function<std::uint64_t()> deliveredReports,
+    // `output` outlives this and has the table's keys. `deliveredReports` returns the surface's reports so far, on any
+    // thread. `failureHandler` is called if a key cannot be passed on, on the thread that tried and under the lock: it
+    // must not call this.
+    SurfaceKeys(KeyOutput& output, const KeyTable& table, std::function<std::uint64_t()> deliveredReports,
                 std::function<void()> failureHandler);
 
-    // Keeps the first failure for the end; no key is pressed after it.
-    void handle(const Gesture& gesture) noexcept;
+    // Returns the key that the gesture pressed, or kNoKey. Keeps the first failure for the end; no key is pressed after
+    // it.
+    std::uint16_t handle(const Gesture& gesture) noexcept;
+
+    // See MediaKeys.
+    void setTable(const KeyTable& table) noexcept;
 
     // Called at intervals: releases the pressed key if no report has arrived since the previous call. A touched surface
     // reports all the time; one that falls silent will not report the end of a hold.

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 struct libevdev_uinput;
 
@@ -16,8 +17,10 @@ class UinputKeyboard final : public KeyOutput {
 public:
     // Creates a keyboard with these keys. Throws std::system_error if the kernel refuses; needs the right to write to
     // /dev/uinput.
-    UinputKeyboard(const std::string& name, std::span<const std::uint16_t> keys);
+    UinputKeyboard(std::string name, std::span<const std::uint16_t> keys);
 
+    // Makes the keyboard anew if it has not all of the keys: it cannot grow.
+    void announce(std::span<const std::uint16_t> keys) override;
     // The kernel drops a key that the keyboard does not have.
     void setKey(std::uint16_t key, bool isPressed) override;
 
@@ -26,7 +29,11 @@ private:
         void operator()(libevdev_uinput* device) const noexcept;
     };
 
+    [[nodiscard]] std::unique_ptr<libevdev_uinput, Destroy> make(std::span<const std::uint16_t> keys) const;
+
+    const std::string _name;
     std::unique_ptr<libevdev_uinput, Destroy> _device;
+    std::vector<std::uint16_t> _keys; // that it has
 };
 
 } // namespace VeltoTouch

@@ -3,6 +3,7 @@
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Surface/Devices.h"
+#include "Velto/Surface/PipedDevice.h"
 #include "Velto/Surface/PluggedIn.h"
 #include "Velto/Surface/Scripts.h"
 #include "Velto/Surface/SimulatedAccelerometer.h"
@@ -12,6 +13,7 @@
 #include <stdexcept>
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -63,6 +65,9 @@ struct Connect {
         return connectNode(findSurfaces().front().path);
     }
     ConnectedDevice operator()(const SurfaceNode& surface) const { return connectNode(surface.path); }
+    ConnectedDevice operator()(const PipedSurface& /*surface*/) const {
+        return {name, makeRef<PipedDevice>(STDIN_FILENO), {}};
+    }
 };
 
 } // namespace
@@ -70,6 +75,12 @@ struct Connect {
 std::string DeviceChoice::file() const {
     const auto* recorded = std::get_if<RecordedSurface>(&surface);
     return recorded == nullptr ? "" : recorded->file;
+}
+
+std::string DeviceChoice::subject() const {
+    if (std::holds_alternative<PipedSurface>(surface))
+        return "standard input";
+    return file().empty() ? name : file();
 }
 
 bool DeviceChoice::isPlayed() const noexcept {
@@ -88,7 +99,9 @@ DeviceChoice parseDevice(std::string_view text) {
         return {.name = name, .surface = FirstSurface{}};
     if (text.starts_with("/dev/hidraw"))
         return {.name = name, .surface = SurfaceNode{.path = name}};
-    throw std::invalid_argument("sim, sim:STEP,..., replay:FILE, surface or /dev/hidrawN is wanted");
+    if (text == "-")
+        return {.name = name, .surface = PipedSurface{}};
+    throw std::invalid_argument("sim, sim:STEP,..., replay:FILE, surface, /dev/hidrawN or - is wanted");
 }
 
 Watched parseWatched(const std::string& text) {

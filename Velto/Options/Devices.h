@@ -24,19 +24,22 @@ struct SurfaceNode {
     std::string path; // /dev/hidrawN
 };
 
+struct PipedSurface {}; // on the standard input
+
 struct DeviceChoice {
     std::string name = "sim"; // as given
-    std::variant<SimulatedSurface, RecordedSurface, FirstSurface, SurfaceNode> surface;
+    std::variant<SimulatedSurface, RecordedSurface, FirstSurface, SurfaceNode, PipedSurface> surface;
 
     // Of a recorded one; empty for others.
     [[nodiscard]] std::string file() const;
     // Whether its reports are made up or recorded, and have a pace to be changed.
     [[nodiscard]] bool isPlayed() const noexcept;
     // Returns the name that messages use.
-    [[nodiscard]] std::string subject() const { return file().empty() ? name : file(); }
+    [[nodiscard]] std::string subject() const;
 };
 
-// Reads sim, sim:STEP,STEP,..., replay:FILE, surface or /dev/hidrawN. Throws std::invalid_argument with what is wrong.
+// Reads sim, sim:STEP,STEP,..., replay:FILE, surface, /dev/hidrawN or -. Throws std::invalid_argument with what is
+// wrong.
 [[nodiscard]] DeviceChoice parseDevice(std::string_view text);
 
 // What is looked at: a recording, or a device.

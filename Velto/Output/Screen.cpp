@@ -26,8 +26,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-extern "C" char* tigetstr(const char* name); // of the library; its header term.h makes a macro of `columns`
-
 namespace VeltoTouch::Velto {
 namespace {
 
@@ -43,9 +41,15 @@ struct Rescue {
 };
 Rescue rescue;
 
+// What makes the terminal do something; null if it cannot.
+const char* capabilityNamed(const char* name) noexcept {
+    const char* const text = tigetstr(name);
+    return text == reinterpret_cast<const char*>(-1) ? nullptr : text; // NOLINT: as the library says it
+}
+
 void addToRescue(const char* capability) noexcept {
-    char* const text = tigetstr(capability);
-    if (text == nullptr || text == reinterpret_cast<char*>(-1)) // NOLINT: as the library says it
+    const char* const text = capabilityNamed(capability);
+    if (text == nullptr)
         return;
     const std::size_t length = std::min(std::strlen(text), rescue.text.size() - rescue.length);
     std::memcpy(rescue.text.data() + rescue.length, text, length);
@@ -174,6 +178,11 @@ struct Screen::Terminal {
         screen = ::newterm(nullptr, stdout, input());
         if (screen == nullptr)
             throw std::runtime_error("a terminal of this kind is not known (TERM)");
+        if (capabilityNamed("cup") == nullptr) {
+            ::endwin();
+            ::delscreen(screen);
+            throw std::runtime_error("nothing can be placed on a terminal of this kind (TERM)");
+        }
         for (const char* const capability : {"sgr0", "rmkx", "cnorm", "rmcup"})
             addToRescue(capability);
         for (const int signal : kFaults)

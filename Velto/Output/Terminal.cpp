@@ -13,6 +13,7 @@
 #include <utility>
 
 #include <fmt/format.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Velto {
@@ -70,6 +71,12 @@ std::string escapeOf(std::uint32_t character) {
 void writeErrorLine(std::string_view text) {
     const char* const beginning = ::isatty(STDERR_FILENO) != 0 ? kWipedLine : ""; // progress may stand there
     std::fputs((beginning + printable(text) + "\n").c_str(), stderr);
+}
+
+void writeErrorLineIfTaken(std::string_view text) {
+    pollfd room{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
+    if (::poll(&room, 1, 0) > 0 && (room.revents & POLLOUT) != 0)
+        writeErrorLine(text);
 }
 
 void complain(std::string_view subject, std::string_view message) {

@@ -126,8 +126,7 @@ std::string alternativesLine(const Touch& touch) {
 
 std::string verdictText(const Touch& touch) {
     const auto reason = touch.reason();
-    return fmt::format("{}{}{}", nameOf(touch.outcome), reason ? ", because of " : "",
-                       reason ? phraseOf(*reason) : "");
+    return fmt::format("{}{}{}", nameOf(touch.outcome), reason ? ", because of " : "", reason ? phraseOf(*reason) : "");
 }
 
 std::string touchHeading(const Touch& touch, const Label* label) {

@@ -69,6 +69,8 @@ private:
         const std::vector<RunLoopSource> accelerations = startAccelerometers();
         const RunLoopSource reports = _device.backend().startReports(*_loop, kMode, *this);
         std::ignore = _loop->run(kMode, std::numeric_limits<double>::infinity(), false);
+        if (const std::string failure = _device.backend().failure(); !failure.empty())
+            throw std::runtime_error(failure);
     }
 
     // An accelerometer that cannot be read leaves a surface without one.

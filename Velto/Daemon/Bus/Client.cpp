@@ -126,12 +126,18 @@ struct Client::Signals {
 
 Client::Client(Which which, const std::string& device) : _bus(connect(which)), _element(choose(_bus.get(), device)) {}
 
-BusMessage Client::callFor(const char* method, const std::string& key) {
+std::vector<std::string> servedOn(Which which) { return elementsOn(connect(which).get()); }
+
+BusMessage Client::callFor(const char* method) {
     const auto make = [&](sd_bus_message** message) {
         return sd_bus_message_new_method_call(_bus.get(), message, nameOf(_element).c_str(), pathOf(_element).c_str(),
                                               kInterface, method);
     };
-    auto call = madeBy<BusMessage>(make, "call");
+    return madeBy<BusMessage>(make, "call");
+}
+
+BusMessage Client::callFor(const char* method, const std::string& key) {
+    BusMessage call = callFor(method);
     if (sd_bus_message_append(call.get(), "s", key.c_str()) < 0)
         fail("the key is no text");
     return call;
@@ -156,6 +162,10 @@ void Client::setProperty(const std::string& key, const Value& value) {
     appendVariant(call.get(), value);
     std::ignore = send(call);
 }
+
+Ref<Value> Client::sources() { return readVariant(send(callFor("GetSources")).get(), kAnySize); }
+
+void Client::reload() { std::ignore = send(callFor("Reload")); }
 
 void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*)) {
     checked(sd_bus_add_match(_bus.get(), nullptr, rule.c_str(), handler, this), "the bus");

@@ -8,8 +8,12 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace VeltoTouch::Bus {
+
+// The names of the surfaces that are served now. Throws as the client's calls do.
+[[nodiscard]] std::vector<std::string> servedOn(Which which);
 
 // A client of a program that serves a surface. One thread.
 //
@@ -22,6 +26,11 @@ public:
     // Never returns nil: a property that is absent is refused.
     [[nodiscard]] Ref<Value> getProperty(const std::string& key);
     void setProperty(const std::string& key, const Value& value);
+
+    // Returns a dictionary: where the values of settings come from that have not their defaults.
+    [[nodiscard]] Ref<Value> sources();
+    // Lets the service read its configuration anew.
+    void reload();
 
     // Reports each gesture, and the end of the surface's service, while the loop runs. An exception of a handler and
     // the loss of the bus end the run. This outlives the run. Either this or `followProperties` is called, once.
@@ -38,6 +47,7 @@ public:
 private:
     struct Signals;
 
+    [[nodiscard]] BusMessage callFor(const char* method);
     [[nodiscard]] BusMessage callFor(const char* method, const std::string& key);
     [[nodiscard]] BusMessage send(const BusMessage& call);
     void match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*));

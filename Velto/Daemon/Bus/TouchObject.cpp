@@ -97,6 +97,15 @@ struct TouchObject::Table {
             of(object)._requests.set(key, value, answer);
         });
     }
+    static int getSources(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
+        return answering(call, [&] { of(object).sendReply(call, of(object)._surface.sources().get()); });
+    }
+    static int reload(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
+        return answering(call, [&] {
+            of(object)._surface.reload();
+            of(object).sendReply(call, nullptr);
+        });
+    }
     static void get(sd_bus_message* call, TouchObject& object, const std::string& key) {
         object._requests.get(key, answerTo(call, object));
     }
@@ -154,6 +163,8 @@ const sd_bus_vtable TouchObject::Table::rows[] = {
                              SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_NAMES("SetProperty", "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), "", "", setProperty,
                              SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_NAMES("GetSources", "", "", "v", SD_BUS_PARAM(sources), getSources, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Reload", "", "", reload, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_PROPERTY("Device", "s", device, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Version", "s", version, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Counters", "a{st}", counters, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),

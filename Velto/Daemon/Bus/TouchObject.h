@@ -18,6 +18,8 @@ struct ServedSurface {
     std::string device; // as it was given on the command line
     ServiceProperties properties;
     std::function<std::uint64_t()> deliveredReports; // so far
+    std::function<Ref<Value>()> sources;             // of the settings' values
+    std::function<void()> reload;                    // of the configuration
 };
 
 // A surface as an object on the message bus, with the interface org.velto.Touch1:
@@ -25,13 +27,15 @@ struct ServedSurface {
 //   GetProperty(s key) -> v               a property of the service
 //   GetPublicProperty(s key) -> v         one that shows what the surface does: isPublic
 //   SetProperty(s key, v value)           writes one, from the next report on
+//   GetSources() -> v                     where the settings' values come from
+//   Reload()                              reads the configuration anew
 //   Device      s                         such as /dev/hidraw0
 //   Version     s                         the service's, such as 19.0.0
 //   Counters    a{st}                     reports and events, and what the recognizer counts, under its names; a change
 //                                         is signalled at most once a second, and not for reports alone
 //   Gesture(s, s, u, u, t)                gesture, region (empty where it has none), phase, frame number, time of the
 //                                         report (monotonic clock, ns)
-//   PropertyChanged(s, v)                 key and value of a public one, after it was written
+//   PropertyChanged(s, v)                 key and value of a public one, after it was written by a call or a reload
 //
 // The bus's policy says who may call what. Without a bus the object tries again every second and signals nothing. What
 // a bus that does not read has not taken is bounded, and so is what clients do not read: see CallQueue.

@@ -1,0 +1,220 @@
+#include "Velto/Commands/LiveStats.h"
+
+#include "Plugin/Pipeline/Pipeline.h"
+#include "Plugin/Shared/ClockConversion.h"
+#include "Velto/Analysis/NearestRank.h"
+#include "Velto/Bench/LiveSurface.h"
+#include "Velto/Commands/Hosting.h"
+#include "Velto/Daemon/EventLoop.h"
+#include "Velto/Daemon/StopSignals.h"
+#include "Velto/Output/Files.h"
+#include "Velto/Output/GestureText.h"
+#include "Velto/Output/Terminal.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+
+namespace VeltoTouch::Velto {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kMostSpans = 10'000; // that figures are made of; the longest is of all
+
+// Spans of time, the newest of them kept.
+class Spans {
+public:
+    void add(std::uint64_t ns) {
+        ++_count;
+        _longest = std::max(_longest, ns);
+        _newest.push_back(ns);
+        if (_newest.size() > kMostSpans)
+            _newest.pop_front();
+    }
+
+    struct Figures {
+        double median, p99, longest, deviation; // ms
+    };
+    [[nodiscard]] std::uint64_t count() const noexcept { return _count; }
+    [[nodiscard]] std::optional<Figures> figures() const {
+        if (_newest.empty())
+            return std::nullopt;
+        std::vector<std::uint64_t> spans(_newest.begin(), _newest.end());
+        double sum = 0;
+        double squares = 0;
+        for (const std::uint64_t span : spans) {
+            sum += msOf(span);
+            squares += msOf(span) * msOf(span);
+        }
+        const auto count = static_cast<double>(spans.size());
+        const double mean = sum / count;
+        return Figures{.median = msOf(Analysis::nearestRank(spans, 50)),
+                       .p99 = msOf(Analysis::nearestRank(spans, 99)),
+                       .longest = msOf(_longest),
+                       .deviation = std::sqrt(std::max(0.0, squares / count - mean * mean))};
+    }
+
+private:
+    static double msOf(std::uint64_t ns) noexcept { return static_cast<double>(ns) / 1e6; }
+
+    std::deque<std::uint64_t> _newest;
+    std::uint64_t _count = 0;
+    std::uint64_t _longest = 0;
+};
+
+// What is measured of a surface.
+class LiveStats {
+public:
+    LiveStats() {
+        _pipeline.invalidReportHandler = [this](auto...) { ++_invalidReports; };
+        _pipeline.hidEventsHandler = [this](auto...) {
+            const HostTime now = hostTimeNow();
+            _latencies.add((now - std::min(now, _lastTime.value_or(now))).count());
+        };
+    }
+    LiveStats(const LiveStats&) = delete;
+    LiveStats& operator=(const LiveStats&) = delete;
+    ~LiveStats() = default;
+
+    void set(HostTime time, const Bench::Setting& setting) {
+        if (const auto key = Keys::belowPipeline(setting.key))
+            _pipeline.setState(Util::machTimeFromNanoseconds(time.count()), std::string(*key), setting.value);
+    }
+    void add(HostTime time, std::span<const std::uint8_t> report) {
+        ++_reports;
+        if (_lastTime)
+            _intervals.add((time - std::min(time, *_lastTime)).count());
+        _firstTime = _firstTime.value_or(time);
+        _lastTime = time;
+        _pipeline.handleInputReport(Util::machTimeFromNanoseconds(time.count()), report.data(), report.size());
+    }
+
+    [[nodiscard]] std::string text() const {
+        std::string text =
+            row("reports", fmt::format("{}", _reports)) + row("rate", number(rateHz(), "{:.2f} Hz")) +
+            spans("interval", _intervals.figures()) +
+            row("jitter", _intervals.count() == 0 ? "-" : fmt::format("{:.3f} ms", _intervals.figures()->deviation)) +
+            row("events", fmt::format("{}", _latencies.count())) + spans("report to event", _latencies.figures());
+        return text + row("gaps", fmt::format("{}", _pipeline.disjointImageCount)) +
+               row("firmware resets", fmt::format("{}", _pipeline.resetCount)) +
+               row("invalid reports", fmt::format("{}", _invalidReports));
+    }
+
+    // `ns`: since the start.
+    [[nodiscard]] std::string line(const std::string& inFile, std::uint64_t ns) const {
+        return fmt::format(
+            R"({{"kind":"stream"{},"ns":{},"reports":{},"rateHz":{},"intervalMs":{},"jitterMs":{},)"
+            R"("events":{},"latencyMs":{},"gaps":{},"resets":{},"invalid":{}}})"
+            "\n",
+            inFile, ns, _reports, rateHz() ? fmt::format("{}", *rateHz()) : "null", spansLine(_intervals.figures()),
+            _intervals.count() == 0 ? "null" : fmt::format("{}", _intervals.figures()->deviation), _latencies.count(),
+            spansLine(_latencies.figures()), _pipeline.disjointImageCount, _pipeline.resetCount, _invalidReports);
+    }
+
+private:
+    // Of all reports.
+    [[nodiscard]] std::optional<double> rateHz() const {
+        if (!_firstTime || !(*_lastTime > *_firstTime))
+            return std::nullopt;
+        return static_cast<double>(_reports - 1) / Seconds(*_lastTime - *_firstTime).count();
+    }
+    static std::string number(std::optional<double> value, const char* format) {
+        return value ? fmt::format(fmt::runtime(format), *value) : "-";
+    }
+    static std::string row(std::string_view name, const std::string& value) {
+        return fmt::format("  {:<26}{:>14}\n", name, value);
+    }
+    static std::string spans(std::string_view name, const std::optional<Spans::Figures>& figures) {
+        std::string text;
+        const auto add = [&](std::string_view which, double Spans::Figures::*figure) {
+            text += row(fmt::format("{}, {}", name, which), figures ? fmt::format("{:.3f} ms", *figures.*figure) : "-");
+        };
+        add("median", &Spans::Figures::median);
+        add("99 %", &Spans::Figures::p99);
+        add("longest", &Spans::Figures::longest);
+        return text;
+    }
+    static std::string spansLine(const std::optional<Spans::Figures>& figures) {
+        return figures ? fmt::format(R"({{"median":{},"p99":{},"longest":{}}})", figures->median, figures->p99,
+                                     figures->longest)
+                       : "null";
+    }
+
+    Pipeline _pipeline;
+    std::uint64_t _reports = 0;
+    std::uint64_t _invalidReports = 0;
+    std::optional<HostTime> _firstTime;
+    std::optional<HostTime> _lastTime;
+    Spans _intervals;
+    Spans _latencies; // from a report to an event that it gave
+};
+
+// The block is written over the one before.
+class Block {
+public:
+    void show(const std::string& text) {
+        const std::string back = _rows == 0 ? "" : fmt::format("\x1b[{}A", _rows);
+        std::string shown = back;
+        _rows = 0;
+        for (std::size_t begin = 0; begin < text.size(); ++_rows) {
+            const std::size_t end = text.find('\n', begin);
+            shown += text.substr(begin, end - begin) + "\x1b[K\n";
+            begin = end + 1;
+        }
+        writeStandardOutput(shown);
+    }
+
+private:
+    std::size_t _rows = 0;
+};
+
+} // namespace
+
+int showLiveStats(const LiveStatsOptions& options) {
+    EventLoop loop;
+    const std::string subject = options.device.subject();
+    const auto device = about(subject, [&] { return connect(options.device, 1.0); });
+    const StopSignals signals(loop); // before any thread
+    LiveStats stats;
+    std::string failure;
+    std::optional<Bench::LiveSurface> surface;
+    about(subject, [&] {
+        surface.emplace(
+            loop, device, options.bus, std::vector<Bench::Setting>(),
+            Bench::LiveSurface::Handlers{
+                .report = [&](HostTime time, std::span<const std::uint8_t> report) { stats.add(time, report); },
+                .setting = [&](HostTime time, const Bench::Setting& setting) { stats.set(time, setting); },
+                .gone =
+                    [&](const std::string& why) {
+                        failure = why;
+                        loop.stop();
+                    }});
+    });
+    const HostTime start = hostTimeNow();
+    const std::string heading =
+        fmt::format("{}   settings: {}\n", printable(options.device.name), surface->settings().description());
+    Block block;
+    const auto show = [&] {
+        if (options.jsonl)
+            writeStandardOutput(stats.line(fileMember(options.device.file()), (hostTimeNow() - start).count()));
+        else
+            block.show(heading + stats.text());
+    };
+    const bool isRefreshed = options.jsonl || standardOutputIsTerminal();
+    if (isRefreshed)
+        loop.addTimer(1s, show);
+    loop.run(options.duration);
+    isRefreshed ? show() : writeStandardOutput(heading + stats.text());
+    if (failure.empty())
+        return 0;
+    complain(subject, failure);
+    return 1;
+}
+
+} // namespace VeltoTouch::Velto
