@@ -36,9 +36,9 @@ constexpr std::array kCommands{
     Row{"Why", makeExportCommand},           //
     Row{"Live", makeRunCommand},             //
     Row{"Live", makeViewCommand},            //
+    Row{"Live", makeDumpCommand},            //
     Row{"Live", makeCaptureCommand},         //
     Row{"Live", makeCollectCommand},         //
-    Row{"Live", makeDumpCommand},            //
     Row{"This machine", makeDevicesCommand}, //
     Row{"This machine", makeDoctorCommand},  //
     Row{"This machine", makeServeCommand},   //
