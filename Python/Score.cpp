@@ -14,7 +14,7 @@ using namespace Analysis;
 
 std::string scoreLines(const Recording& recording, const std::vector<Setting>& settings) {
     const Track track(recording.frames());
-    RecordingScore score = scoreOf(labelsOf(recording.frames()), touchesOf(track, settings));
+    RecordingScore score = Analysis::scoreOf(Analysis::labelsOf(recording.frames()), touchesOf(track, settings));
     score.file = recording.name();
     score.durationNs = track.durationNs();
     std::string lines;
