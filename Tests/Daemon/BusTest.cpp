@@ -219,6 +219,11 @@ TEST_F(BusTest, TheObjectSaysWhatItIs) {
     caller.reload();
     EXPECT_TRUE(properties.access().get("Reloaded")) << "before the answer";
     const BusHandle raw = connection();
+    properties.put("Reloaded", nullptr);
+    sd_bus_call_method_async(raw.get(), nullptr, "org.velto.Touch1", kPath, Bus::kInterface, "Reload", nullptr, nullptr,
+                             "");
+    EXPECT_TRUE(happens(std::span(&raw, 1), [&] { return properties.access().get("Reloaded") != nullptr; }))
+        << "for whoever wants no answer";
     EXPECT_EQ(textOf(raw.get(), "Device"), kDevice);
     EXPECT_EQ(textOf(raw.get(), "Keyboard"), "/dev/input/event9");
     EXPECT_EQ(textOf(raw.get(), "Version"), "19.0.1");

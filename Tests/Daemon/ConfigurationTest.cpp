@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Tests {
@@ -169,13 +170,24 @@ TEST_F(ConfigurationTest, WhatIsKeptReadsTheSame) {
 TEST_F(ConfigurationTest, AFileThatIsNoTOMLIsLeftOutAtFirstAndLaterStaysAsItWas) {
     write("config.toml", "[recognizer]\nHoldTimeoutMilliseconds = 250 ms\n");
     write("config.d/10.toml", "keys.tap.volume-up = 'KEY_F13'\n");
-    std::filesystem::create_directories(folder + "/config.d/20.toml");
+    ASSERT_EQ(::mkfifo((folder + "/config.d/20.toml").c_str(), 0600), 0);
+    std::filesystem::create_symlink("/dev/zero", folder + "/config.d/30.toml");
+    write("config.d/40.toml", std::string((16 << 10) + 1, ' '));
+    std::string deepName = "recognizer";
+    for (int depth = 0; depth < 8000; ++depth)
+        deepName += ".a";
+    write("config.d/50.toml", deepName + " = 1");
     read();
     EXPECT_THAT(held(), ElementsAre("tap.volume-up=KEY_F13@config.d/10.toml:1"));
     EXPECT_THAT(complaints(), ElementsAre(StartsWith("config.toml:2: this is no TOML: "),
-                                          "config.d/20.toml: Is a directory; the file is left out"));
+                                          "config.d/20.toml: it is no regular file; the file is left out",
+                                          "config.d/30.toml: it is no regular file; the file is left out",
+                                          "config.d/40.toml: it is larger than 16 KiB; the file is left out",
+                                          testing::AllOf(StartsWith("config.d/50.toml:1: unknown setting 'a.a.a"),
+                                                         testing::SizeIs(testing::Lt(400U)))));
 
-    std::filesystem::remove_all(folder + "/config.d/20.toml");
+    for (const char* name : {"20", "30", "40", "50"})
+        std::filesystem::remove(fmt::format("{}/config.d/{}.toml", folder, name));
     write("config.toml", "recognizer.HoldTimeoutMilliseconds = 250\n");
     read();
     EXPECT_THAT(complaints(), IsEmpty());

@@ -9,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -51,6 +52,7 @@ private:
     [[nodiscard]] bool isServed() const;
     [[nodiscard]] std::string unit() const;
     [[nodiscard]] Finding notServed() const;
+    [[nodiscard]] std::string howToBeAnswered(std::string_view reason) const;
     [[nodiscard]] std::uint64_t counter(const char* name);
     void watch();
     [[nodiscard]] Finding noTouch();

@@ -20,6 +20,7 @@ namespace {
 using enum Finding::Verdict;
 constexpr const char* kGroup = "velto";
 constexpr const char* kNodePrefix = "hidraw"; // of what is served from a node
+constexpr const char* kFirst = "surface";     // that is plugged in, as other commands take it
 
 std::vector<HidrawNode> surfaces() {
     try {
@@ -96,11 +97,13 @@ Finding Examination::surface() {
     } catch (const std::exception& error) {
         _busFailure = error.what();
     }
-    _device = (_options.served.device.starts_with(kNodePrefix) ? "/dev/" : "") + _options.served.device;
+    const bool isFirstWanted = _options.served.device == kFirst;
+    if (!isFirstWanted)
+        _device = (_options.served.device.starts_with(kNodePrefix) ? "/dev/" : "") + _options.served.device;
     const std::vector<HidrawNode> nodes = surfaces();
     const auto madeUp =
         std::ranges::find_if_not(_served, [](const std::string& element) { return element.starts_with(kNodePrefix); });
-    if (_device.empty() && nodes.empty() && madeUp != _served.end())
+    if (_device.empty() && !isFirstWanted && nodes.empty() && madeUp != _served.end())
         _device = *madeUp;
     if (!_device.empty() && !hasNode())
         return {.verdict = Yes, .text = _device};
@@ -112,7 +115,7 @@ Finding Examination::surface() {
                 .advice = "plug it in; velto devices --watch shows it come, sudo dmesg what the kernel says"};
     const auto found = std::ranges::find(nodes, _device, &HidrawNode::path);
     return found == nodes.end() ? missing(_device)
-                                : described(*found, _options.served.device.empty() ? nodes.size() : 1);
+                                : described(*found, isFirstWanted || _options.served.device.empty() ? nodes.size() : 1);
 }
 
 // Who uses the keys needs no right to the node; the service does.

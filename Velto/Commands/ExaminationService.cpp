@@ -95,6 +95,14 @@ Finding Examination::notServed() const {
             .advice = obstacle.advice + serve};
 }
 
+// By the reason why there was no answer.
+std::string Examination::howToBeAnswered(std::string_view reason) const {
+    if (reason.starts_with("not allowed"))
+        return "sit at the machine, or sudo velto doctor";
+    return hasNode() && _options.served.bus == Bus::Which::System ? "sudo systemctl restart " + unit()
+                                                                  : "end velto serve and start it again";
+}
+
 Finding Examination::service() {
     if (!_busFailure.empty())
         return {.verdict = No,
@@ -109,7 +117,7 @@ Finding Examination::service() {
         _client.emplace(_options.served.bus, _device);
         version = textOf(_client->getObjectProperty("Version"));
     } catch (const std::runtime_error& error) {
-        return {.verdict = No, .text = error.what(), .advice = "sit at the machine, or sudo velto doctor"};
+        return {.verdict = No, .text = error.what(), .advice = howToBeAnswered(error.what())};
     }
     try {
         const std::string since = timeOf(_client->getObjectProperty("Since"));

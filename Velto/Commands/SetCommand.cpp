@@ -87,12 +87,12 @@ int reportOverruled(const std::filesystem::path& folder, const std::filesystem::
     return status;
 }
 
-void reload(Bus::Which bus) {
+// All that are served, whatever comes of the others. Returns the exit status.
+int reload(Bus::Which bus) {
     const std::vector<std::string> served = Bus::servedOn(bus);
     if (served.empty())
         throw std::runtime_error("no surface is served");
-    for (const std::string& element : served)
-        Bus::Client(bus, element).reload();
+    return forEachFile(served, [bus](const std::string& element) { Bus::Client(bus, element).reload(); });
 }
 
 int keep(const SetOptions& options) {
@@ -104,7 +104,7 @@ int keep(const SetOptions& options) {
     about(file, [&] { write(file, kept); });
     const int status = reportOverruled(options.folder, file, kept);
     try {
-        reload(options.served.bus);
+        return std::max(status, reload(options.served.bus));
     } catch (const std::runtime_error& error) {
         writeErrorLine(std::string("velto: kept, from the next start on: ") + error.what());
     }

@@ -1,25 +1,30 @@
 #include "Velto/Daemon/Configuration.h"
 
+#include "Platform/FileDescriptor.h"
 #include "Plugin/Pipeline/Properties.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
 #include <iterator>
-#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <toml++/toml.h>
+#include <unistd.h>
 
 namespace VeltoTouch {
 namespace {
 
 constexpr std::string_view kRecognizer = "recognizer";
 constexpr std::string_view kKeys = "keys";
+// A table's name that is longer than any that is wanted is wrong, whatever is in the table.
+constexpr std::size_t kLongestName = 64;
+constexpr std::size_t kLargestFile = std::size_t{16} << 10U; // the parser goes as deep as a file has dots
 
 Ref<Value> valueAt(const toml::node& node) {
     if (const auto* number = node.as_integer())
@@ -72,7 +77,7 @@ private:
         for (const auto& [key, node] : table) {
             const std::string name = prefix + std::string(key.str());
             const Origin origin = at(key);
-            if (const toml::table* members = node.as_table())
+            if (const toml::table* members = node.as_table(); members != nullptr && name.size() <= kLongestName)
                 forEachValue(*members, name + ".", handle);
             else
                 attempt(origin, [&, &value = node] { handle(name, value, origin); });
@@ -94,20 +99,32 @@ private:
     std::vector<Complaint>& _complaints;
 };
 
-std::string readText(const std::string& path) {
-    errno = 0;
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    if (!stream || (stream.peek() != std::ifstream::traits_type::eof() && !(text << stream.rdbuf())) || stream.bad())
-        throw std::system_error(errno, std::generic_category());
-    return text.str();
-}
-
 // Why a file has no effect.
 struct Unreadable : std::runtime_error {
     Unreadable(std::uint32_t where, const std::string& why) : std::runtime_error(why), line(where) {}
     std::uint32_t line;
 };
+
+// Nothing is waited for, and there is an end: what is no regular file, or more than a person writes, is not read.
+std::string readText(const std::string& path) {
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0)
+        throw std::system_error(errno, std::generic_category());
+    if (!S_ISREG(status.st_mode))
+        throw Unreadable(0, "it is no regular file");
+    std::string text(kLargestFile + 1, '\0');
+    std::size_t size = 0;
+    for (ssize_t count = 1; count != 0; size += static_cast<std::size_t>(count)) {
+        count = ::read(file.get(), text.data() + size, text.size() - size);
+        if (count < 0)
+            throw std::system_error(errno, std::generic_category());
+    }
+    if (size > kLargestFile)
+        throw Unreadable(0, fmt::format("it is larger than {} KiB", kLargestFile / 1024));
+    text.resize(size);
+    return text;
+}
 
 toml::table parse(const std::string& path) {
     try {

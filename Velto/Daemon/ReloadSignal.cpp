@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include <fcntl.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -17,10 +18,14 @@ bool isIgnored(int signal) noexcept {
     return action.sa_handler == SIG_IGN;
 }
 
+bool hasTerminal() noexcept {
+    return FileDescriptor(::open("/dev/tty", O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)).isOpen();
+}
+
 } // namespace
 
 ReloadSignal::ReloadSignal(EventLoop& loop, EventLoop::Handler handler)
-    : _loop(loop), _handler(std::move(handler)), _outlivesTerminal(isIgnored(SIGHUP)) {
+    : _loop(loop), _handler(std::move(handler)), _outlivesTerminal(isIgnored(SIGHUP)), _hadTerminal(hasTerminal()) {
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, SIGHUP);
@@ -35,7 +40,9 @@ void ReloadSignal::read() {
     signalfd_siginfo signal{};
     if (::read(_descriptor.get(), &signal, sizeof signal) != sizeof signal)
         return;
-    if (signal.ssi_code != SI_KERNEL)
+    const bool isOfShell = static_cast<pid_t>(signal.ssi_pid) == ::getsid(0);
+    const bool hasTerminalGone = signal.ssi_code == SI_KERNEL || (_hadTerminal && isOfShell && !hasTerminal());
+    if (!hasTerminalGone)
         _handler();
     else if (!_outlivesTerminal)
         _loop.stop();

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <climits>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +22,8 @@ namespace VeltoTouch::Velto {
 namespace {
 
 constexpr const char* kWipedLine = "\r\x1b[K";
+// Bytes of a text that a pipe takes without waiting, all of them escaped, once it takes anything.
+constexpr std::size_t kTakenAtOnce = PIPE_BUF / 6 - 16;
 
 std::atomic<bool> areColoursLeftOut = false;
 
@@ -76,7 +80,7 @@ void writeErrorLine(std::string_view text) {
 void writeErrorLineIfTaken(std::string_view text) {
     pollfd room{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
     if (::poll(&room, 1, 0) > 0 && (room.revents & POLLOUT) != 0)
-        writeErrorLine(text);
+        writeErrorLine(text.size() <= kTakenAtOnce ? text : fmt::format("{}...", text.substr(0, kTakenAtOnce)));
 }
 
 void complain(std::string_view subject, std::string_view message) {

@@ -13,7 +13,8 @@ namespace VeltoTouch::Velto {
 // Writes one line to standard error; control characters are escaped.
 void writeErrorLine(std::string_view text);
 
-// The same, but drops the line if standard error does not take it without waiting. For a program that others depend on.
+// The same, but drops the line if standard error does not take it without waiting, and the end of a long one. For a
+// program that others depend on.
 void writeErrorLineIfTaken(std::string_view text);
 
 // Writes the line "velto: SUBJECT: MESSAGE" to standard error.

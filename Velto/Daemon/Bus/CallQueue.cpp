@@ -18,6 +18,7 @@ namespace VeltoTouch::Bus {
 namespace {
 
 constexpr std::string_view kSetProperty = "SetProperty";
+constexpr std::string_view kReload = "Reload";
 constexpr const char* kBus = "org.freedesktop.DBus";
 constexpr std::uint64_t kAnswerBytes = 256;          // of an error, or of an answer without its value
 constexpr std::uint64_t kLibrarysAnswerBytes = 4096; // of all properties, or of the description of an object
@@ -37,7 +38,10 @@ bool isRequest(sd_bus_message* call) {
 }
 
 // Whether anything comes of a call.
-bool hasEffect(sd_bus_message* call) { return sd_bus_message_get_expect_reply(call) > 0 || isWrite(call); }
+bool hasEffect(sd_bus_message* call) {
+    return sd_bus_message_get_expect_reply(call) > 0 || isWrite(call) ||
+           (isOurs(call) && sd_bus_message_get_member(call) == kReload);
+}
 
 bool isNext(sd_bus_message* call, char type) {
     char next = 0;
