@@ -21,7 +21,7 @@ namespace {
 
 using Bench::Trouble;
 
-constexpr const char* kText =
+constexpr const char* kCaptureText =
     "Records a device for as long as you like, straight to a file, so that a crash or a power cut\n"
     "costs at most its last second. It is for sessions that outgrow what velto record and velto\n"
     "run --record keep, and for trouble that comes seldom. Velto serve may serve the device meanwhile.\n"
@@ -33,7 +33,6 @@ constexpr const char* kText =
     "With --on it keeps only the time around trouble: recordings in the folder OUT, named after\n"
     "when (UTC) and why. Where their times overlap, they are one.";
 
-constexpr std::chrono::milliseconds kBetweenSyncs{500};
 constexpr std::chrono::milliseconds kBetweenLines{200};
 
 // Runs the work, and reports a failure in place of throwing it on. The exit status.
@@ -61,7 +60,7 @@ int captureWith(const CaptureOptions& options) {
     about(device.name(),
           [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), capture.handlers(loop)); });
     capture.begin(); // an old recording stays if there is no device
-    loop.addTimer(kBetweenSyncs, [&] { capture.sync(); });
+    loop.addTimer(Files::GrowingRecording::kBetweenSyncs, [&] { capture.sync(); });
     const bool showsLine = standardOutputIsTerminal();
     if (showsLine)
         loop.addTimer(kBetweenLines, [&] { writeStandardOutput("\r\x1b[K" + capture.line()); });
@@ -130,7 +129,7 @@ Command makeCaptureCommand(App& program) {
     App* app = program.addCommand("capture",
                                   {"velto capture surface -o evening.json",
                                    "velto capture surface --on cancel,gap --before 30 --limit 500M -o trouble/"},
-                                  kText);
+                                  kCaptureText);
     addDeviceArgument(*app, options->device);
     CLI::Option* output =
         app->add_option("-o", options->output, "The recording, or with --on the folder of recordings");

@@ -29,7 +29,7 @@ namespace {
 using Bench::Collector;
 using Surface::Step;
 
-constexpr const char* kText =
+constexpr const char* kCollectText =
     "Asks a person for gestures, records them and labels what was done, for velto score.\n"
     "\n"
     "PLAN is GESTURE:REGION xN,...: gestures and places as in velto label --help. A label is as\n"
@@ -41,12 +41,11 @@ constexpr const char* kText =
     "\n"
     "Without a terminal it writes lines and takes a key of the standard input for each choice.";
 
-constexpr std::chrono::milliseconds kBetweenSyncs{500};
 constexpr std::uint32_t kMostOfAGesture = 10'000;
 constexpr double kLongestTime = 600; // in seconds
 constexpr std::size_t kMostAsked = 100'000;
 
-struct Options {
+struct CollectOptions {
     DeviceChoice device;
     std::vector<Step> asked;
     std::string output;
@@ -104,7 +103,7 @@ void shuffle(std::vector<Step>& steps, std::uint64_t seed) {
 // From the first question to the saved recording.
 class Session {
 public:
-    Session(EventLoop& loop, const Options& options)
+    Session(EventLoop& loop, const CollectOptions& options)
         : _loop(loop),
           _collector(options.asked, nanoseconds(options.pause.value_or(2)), nanoseconds(options.time.value_or(3)),
                      {.label = [this](const Frame& label) { _recording->append(label); },
@@ -112,7 +111,7 @@ public:
           _display(makeCollectDisplay(
               loop, _collector, [this](char key) { _collector.press(key); },
               !std::holds_alternative<PipedSurface>(options.device.surface))) {
-        loop.addTimer(kBetweenSyncs, [this] { _recording->sync(); });
+        loop.addTimer(Files::GrowingRecording::kBetweenSyncs, [this] { _recording->sync(); });
     }
 
     // Before the loop runs. Throws what a GrowingRecording throws.
@@ -162,7 +161,7 @@ private:
     std::string _failure;
 };
 
-int collect(const Options& options) {
+int collect(const CollectOptions& options) {
     leaveOutColours(); // those of the screen are others
     requireOtherFile(options.device, options.output);
     EventLoop loop;
@@ -198,9 +197,10 @@ int collect(const Options& options) {
 } // namespace
 
 Command makeCollectCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CollectOptions>();
     App* app = program.addCommand(
-        "collect", {"velto collect surface \"tap:volume-up x20, hold:play-pause x10\" --seed 1 -o anna.json"}, kText);
+        "collect", {"velto collect surface \"tap:volume-up x20, hold:play-pause x10\" --seed 1 -o anna.json"},
+        kCollectText);
     addDeviceArgument(*app, options->device);
     app->add_option_function<std::string>(
            "PLAN", [options](const std::string& text) { options->asked = parsePlan(text); },

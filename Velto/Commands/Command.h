@@ -35,9 +35,9 @@ struct Command {
 [[nodiscard]] Command makeRecoverCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
 [[nodiscard]] Command makeViewCommand(App& program);
+[[nodiscard]] Command makeDumpCommand(App& program);
 [[nodiscard]] Command makeCaptureCommand(App& program);
 [[nodiscard]] Command makeCollectCommand(App& program);
-[[nodiscard]] Command makeDumpCommand(App& program);
 [[nodiscard]] Command makeDevicesCommand(App& program);
 [[nodiscard]] Command makeDoctorCommand(App& program);
 [[nodiscard]] Command makeServeCommand(App& program);

@@ -26,7 +26,7 @@ namespace {
 
 using namespace Analysis;
 
-struct Options {
+struct CompareOptions {
     std::vector<std::string> paths;
     std::vector<Setting> a;
     std::vector<Setting> b;
@@ -45,14 +45,14 @@ struct Plays {
 };
 
 // The lines that show a touch: both plays where one plot can have them, else the second.
-std::string commandOf(const Options& options, const std::string& file, const Page::Range& time) {
+std::string commandOf(const CompareOptions& options, const std::string& file, const Page::Range& time) {
     const bool isOnePlot = std::ranges::all_of(options.a, [&options](const Setting& setting) {
         return std::ranges::find(options.b, setting.key, &Setting::key) != options.b.end();
     });
     return isOnePlot ? plotCommand(file, options.a, options.b, time) : plotCommand(file, options.b, {}, time);
 }
 
-Plays play(const Options& options, const std::string& file) {
+Plays play(const CompareOptions& options, const std::string& file) {
     PipelineRecording recording = loadRecording(file);
     const Track track(recording.frames());
     const std::vector<Label> labels = labelsOf(recording.frames());
@@ -63,9 +63,9 @@ Plays play(const Options& options, const std::string& file) {
 }
 
 // Prints recordings as they come, and the counts at the end.
-class Output {
+class ComparisonOutput {
 public:
-    explicit Output(const Options& options) : _options(options), _pictures({options.a, options.b}) {}
+    explicit ComparisonOutput(const CompareOptions& options) : _options(options), _pictures({options.a, options.b}) {}
 
     void add(const std::string& file, Plays plays) {
         const std::vector<ComparedTouch> touches = compare(plays.a, plays.b);
@@ -121,15 +121,15 @@ private:
         return made;
     }
 
-    const Options& _options;
+    const CompareOptions& _options;
     ChangeCounts _counts{};
     ReportPictures _pictures;
     std::vector<Page::Group> _groups{Page::Group("Broken"), Page::Group("Fixed"), Page::Group("Otherwise changed")};
 };
 
-int compareSettings(const Options& options) {
+int compareSettings(const CompareOptions& options) {
     preparePage(options.page);
-    Output output(options);
+    ComparisonOutput output(options);
     const int status = forEachRecordingInOrder(
         options.paths, options.jobs, "comparing", [&](const std::string& file) { return play(options, file); },
         [&](const std::string& file, Plays plays) { output.add(file, std::move(plays)); });
@@ -169,7 +169,7 @@ private:
     std::map<std::string, std::size_t> _places;
 };
 
-int compareResults(const Options& options) {
+int compareResults(const CompareOptions& options) {
     if (options.paths.size() != 2) {
         complain("compare", "--a or --b is wanted, or two results of velto explain --jsonl");
         return kWrongUsage;
@@ -185,7 +185,7 @@ int compareResults(const Options& options) {
         options.paths, [&](const std::string& path) { results.read(path, std::exchange(side, &Plays::b)); });
     if (status != 0)
         return status;
-    Output output(options);
+    ComparisonOutput output(options);
     for (const auto& [file, plays] : results.recordings())
         output.add(file, plays);
     return output.finish();
@@ -194,7 +194,7 @@ int compareResults(const Options& options) {
 } // namespace
 
 Command makeCompareCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CompareOptions>();
     App* app = program.addCommand("compare",
                                   {"velto compare recordings/ --b Pipeline.Algs.HoldTimeoutMilliseconds=400",
                                    "velto compare before.jsonl after.jsonl"},

@@ -9,19 +9,19 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-struct Options {
+struct ConvertOptions {
     std::string file;
     std::string output; // empty: standard output
     std::uint64_t maxFrameCount = 0;
 };
 
-void addFileOptions(App& app, Options& options) {
+void addFileOptions(App& app, ConvertOptions& options) {
     addRecording(app, options.file);
     addOutput(app, options.output);
 }
 
 // Reads the recording, lets `change` act on it and writes it. Failures are reported under the file they belong to.
-int rewrite(const Options& options, const std::function<void(PipelineRecording&)>& change) {
+int rewrite(const ConvertOptions& options, const std::function<void(PipelineRecording&)>& change) {
     Ref<Data> container;
     const int status = forEachFile({options.file}, [&](const std::string& file) {
         PipelineRecording recording = loadRecording(file);
@@ -36,7 +36,7 @@ int rewrite(const Options& options, const std::function<void(PipelineRecording&)
 } // namespace
 
 Command makeConvertCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ConvertOptions>();
     App* app = program.addCommand("convert", {"velto convert old.json -o new.json"},
                                   "Brings a recording of any version to the current one, sorted by\n"
                                   "time, compact.");
@@ -45,7 +45,7 @@ Command makeConvertCommand(App& program) {
 }
 
 Command makeTrimCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ConvertOptions>();
     App* app = program.addCommand("trim", {"velto trim --max 1000 long.json -o end.json"},
                                   "Keeps the newest frames of a recording and the settings in force\n"
                                   "before them. The result is sorted, of the current version.");

@@ -18,10 +18,10 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kText = "Shows the touch surfaces that are plugged into this machine: node, name, serial\n"
-                              "number and bus. Needs no rights. The exit status is 1 where there is none.";
+constexpr const char* kDevicesText = "Shows the touch surfaces that are plugged into this machine: node, name, serial\n"
+                                     "number and bus. Needs no rights. The exit status is 1 where there is none.";
 
-struct Options {
+struct DevicesOptions {
     bool watches = false;
     std::optional<std::chrono::microseconds> duration; // none: without end
     bool jsonl = false;
@@ -63,7 +63,7 @@ void showRemoved(const HidrawNode& node, bool asJSONL) {
                 : fmt::format("{} {}\n", coloured(Colour::Red, "-"), printable(node.path)));
 }
 
-int watch(const Options& options) {
+int watch(const DevicesOptions& options) {
     EventLoop loop;
     const StopSignals signals(loop);
     HidrawMonitor monitor = Surface::monitorSurfaces();
@@ -75,13 +75,14 @@ int watch(const Options& options) {
     return 0;
 }
 
-int run(const Options& options) { return options.watches ? watch(options) : list(options.jsonl); }
+int run(const DevicesOptions& options) { return options.watches ? watch(options) : list(options.jsonl); }
 
 } // namespace
 
 Command makeDevicesCommand(App& program) {
-    const auto options = std::make_shared<Options>();
-    App* app = program.addCommand("devices", {"velto devices --watch", "velto devices --jsonl | jq -r .node"}, kText);
+    const auto options = std::make_shared<DevicesOptions>();
+    App* app =
+        program.addCommand("devices", {"velto devices --watch", "velto devices --jsonl | jq -r .node"}, kDevicesText);
     CLI::Option* watches = app->add_flag("--watch", options->watches, "Go on with what comes and goes, until Ctrl-C");
     addDuration(*app, options->duration)->needs(watches);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines");

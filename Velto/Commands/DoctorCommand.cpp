@@ -15,7 +15,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kText =
+constexpr const char* kDoctorText =
     "Goes the way from the surface to the key and stops at the first thing that is wrong, with\n"
     "what to do about it: the surface is plugged in, its node may be opened, its service\n"
     "runs, reports come, a touch turns on, it becomes a gesture, there is a keyboard, a key\n"
@@ -25,7 +25,7 @@ constexpr const char* kText =
 
 constexpr double kUsualWait = 10; // seconds
 
-struct Options {
+struct DoctorOptions {
     ServedChoice served;
     std::optional<double> wait; // seconds; none: a person alone is asked
     bool jsonl = false;
@@ -80,7 +80,7 @@ private:
     std::string _text;
 };
 
-int examine(const Options& options) {
+int examine(const DoctorOptions& options) {
     const bool isForPerson = !options.jsonl && standardOutputIsTerminal();
     const double seconds = options.wait.value_or(isForPerson ? kUsualWait : 0);
     Examination examination(
@@ -105,8 +105,9 @@ int examine(const Options& options) {
 } // namespace
 
 Command makeDoctorCommand(App& program) {
-    const auto options = std::make_shared<Options>();
-    App* app = program.addCommand("doctor", {"velto doctor", "velto doctor --wait 10 --jsonl | jq -r .advice"}, kText);
+    const auto options = std::make_shared<DoctorOptions>();
+    App* app =
+        program.addCommand("doctor", {"velto doctor", "velto doctor --wait 10 --jsonl | jq -r .advice"}, kDoctorText);
     addServed(*app, options->served);
     addSeconds(*app, "--wait", options->wait,
                "Ask for a touch and wait so long (default: 10 on a terminal, else nobody is asked)");

@@ -30,13 +30,14 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr const char* kText = "Shows a device's reports, decoded and byte for byte: first its feature reports, then\n"
-                              "each input report as it comes. Of a recording, the input reports.\n"
-                              "\n"
-                              "With --hex, only lines that another velto reads as the device -:\n"
-                              "ssh there velto dump surface --hex | velto view -";
+constexpr const char* kDumpText =
+    "Shows a device's reports, decoded and byte for byte: first its feature reports, then\n"
+    "each input report as it comes. Of a recording, the input reports.\n"
+    "\n"
+    "With --hex, only lines that another velto reads as the device -:\n"
+    "ssh there velto dump surface --hex | velto view -";
 
-struct Options {
+struct DumpOptions {
     Watched watched;
     std::optional<std::uint8_t> id; // none: all
     std::optional<std::chrono::microseconds> duration;
@@ -100,7 +101,7 @@ std::string lineOf(const std::string& inFile, HostTime time, Bytes report) {
 // Input reports, one after the other; their times are from the first on, or with --hex as they are.
 class Dump {
 public:
-    Dump(const Options& options, const std::string& file) : _options(options), _inFile(fileMember(file)) {}
+    Dump(const DumpOptions& options, const std::string& file) : _options(options), _inFile(fileMember(file)) {}
 
     void add(HostTime time, Bytes report) {
         const HostTime start = _start.value_or(time);
@@ -120,7 +121,7 @@ public:
     void flush() { writeStandardOutput(std::exchange(_text, {})); }
 
 private:
-    const Options& _options;
+    const DumpOptions& _options;
     const std::string _inFile;
     std::optional<HostTime> _start;
     std::string _text;
@@ -142,7 +143,7 @@ std::string featureLine(const Surface::FeatureReading& report) {
 }
 
 // Nothing of a device that has none, such as a recording.
-std::string featuresOf(const Surface::ConnectedDevice& device, const Options& options) {
+std::string featuresOf(const Surface::ConnectedDevice& device, const DumpOptions& options) {
     const std::vector<Surface::FeatureReading> reports = Surface::readFeatureReports(device.backend());
     std::string text;
     for (const Surface::FeatureReading& report : reports) {
@@ -153,7 +154,7 @@ std::string featuresOf(const Surface::ConnectedDevice& device, const Options& op
     return std::ranges::any_of(reports, isGiven) ? text : "";
 }
 
-int dumpRecording(const Options& options, const std::string& file) {
+int dumpRecording(const DumpOptions& options, const std::string& file) {
     return forEachFile({file}, [&](const std::string& path) {
         const PipelineRecording recording = loadRecording(path);
         Dump dump(options, path);
@@ -165,7 +166,7 @@ int dumpRecording(const Options& options, const std::string& file) {
     });
 }
 
-int dumpDevice(const Options& options, const DeviceChoice& choice) {
+int dumpDevice(const DumpOptions& options, const DeviceChoice& choice) {
     EventLoop loop;
     const auto device = about(choice.subject(), [&] { return connect(choice, 1.0); });
     const StopSignals signals(loop); // before any thread
@@ -191,7 +192,7 @@ int dumpDevice(const Options& options, const DeviceChoice& choice) {
     return 1;
 }
 
-int dump(const Options& options) {
+int dump(const DumpOptions& options) {
     const DeviceChoice* device = options.watched.device();
     return device != nullptr ? dumpDevice(options, *device)
                              : dumpRecording(options, std::get<RecordedSurface>(options.watched.what).file);
@@ -210,8 +211,9 @@ std::uint8_t parseID(const std::string& text) {
 } // namespace
 
 Command makeDumpCommand(App& program) {
-    const auto options = std::make_shared<Options>();
-    App* app = program.addCommand("dump", {"velto dump surface", "velto dump gestures.json --report 2 --jsonl"}, kText);
+    const auto options = std::make_shared<DumpOptions>();
+    App* app =
+        program.addCommand("dump", {"velto dump surface", "velto dump gestures.json --report 2 --jsonl"}, kDumpText);
     addWatched(*app, options->watched, "A device, or a recording that exists; see below");
     app->add_option_function<std::string>(
            "--report", [options](const std::string& text) { options->id = parseID(text); }, "Only reports with this ID")

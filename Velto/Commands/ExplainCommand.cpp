@@ -24,7 +24,7 @@ namespace {
 
 using namespace Analysis;
 
-struct Options {
+struct ExplainOptions {
     std::vector<std::string> paths;
     std::vector<Setting> settings;
     std::size_t touch = 0; // 0: not chosen so
@@ -72,7 +72,7 @@ Touch& touchAt(std::vector<Touch>& touches, double seconds) {
     return *nearest;
 }
 
-std::vector<Touch*> wantedOf(const Options& options, std::vector<Touch>& touches) {
+std::vector<Touch*> wantedOf(const ExplainOptions& options, std::vector<Touch>& touches) {
     if (options.touch > 0)
         return {&touchNumbered(touches, options.touch)};
     if (options.atSeconds)
@@ -85,7 +85,7 @@ std::vector<Touch*> wantedOf(const Options& options, std::vector<Touch>& touches
     return wanted;
 }
 
-Explanation explain(const Options& options, const std::string& file) {
+Explanation explain(const ExplainOptions& options, const std::string& file) {
     const PipelineRecording recording = loadRecording(file);
     const Track track(recording.frames());
     Explanation explanation{.file = file, .labels = labelsOf(recording.frames())};
@@ -134,7 +134,7 @@ std::string asText(const Explanation& explanation, const Typicals& typicals, boo
     return text;
 }
 
-int explainAll(const Options& options) {
+int explainAll(const ExplainOptions& options) {
     warnOfDoubtfulSettings(options.settings);
     std::vector<Explanation> explanations;
     Typicals typicals;
@@ -154,7 +154,7 @@ int explainAll(const Options& options) {
 } // namespace
 
 Command makeExplainCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ExplainOptions>();
     App* app = program.addCommand("explain",
                                   {"velto explain gestures.json --rejected", "velto explain gestures.json --at 6.85"},
                                   "Says of every touch why it became what it became: each check with its\n"

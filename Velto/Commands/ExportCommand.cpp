@@ -16,14 +16,14 @@ namespace {
 // In the order of Exported.
 constexpr std::array<std::string_view, 4> kTables{"images", "touches", "events", "labels"};
 
-struct Options {
+struct ExportOptions {
     std::vector<std::string> paths;
     Exported what = Exported::Images;
     std::string output; // empty: standard output
     std::size_t jobs = 1;
 };
 
-std::string rowsOf(const Options& options, const std::string& file) {
+std::string rowsOf(const ExportOptions& options, const std::string& file) {
     const PipelineRecording recording = loadRecording(file);
     const Analysis::Track track(recording.frames());
     return csvRows(options.what, {.file = file,
@@ -33,7 +33,7 @@ std::string rowsOf(const Options& options, const std::string& file) {
 }
 
 // The standard output gets rows as they come; a file appears whole.
-int exportAll(const Options& options) {
+int exportAll(const ExportOptions& options) {
     const bool isFile = !isStandardOutput(options.output);
     if (isFile)
         requireWritable(options.output);
@@ -55,7 +55,7 @@ int exportAll(const Options& options) {
 } // namespace
 
 Command makeExportCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ExportOptions>();
     App* app = program.addCommand("export", {"velto export --what touches recordings/ -o touches.csv"},
                                   "Writes what recordings hold as comma-separated values, one table for all of\n"
                                   "them, for spreadsheets and notebooks.");

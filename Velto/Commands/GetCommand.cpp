@@ -21,11 +21,11 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kText = "Reads properties of a surface that velto serve serves, each a line of JSON.\n"
-                              "Without a key, lists the settings with their kinds, ranges and defaults and where\n"
-                              "their values come from, and the statistics.";
+constexpr const char* kGetText = "Reads properties of a surface that velto serve serves, each a line of JSON.\n"
+                                 "Without a key, lists the settings with their kinds, ranges and defaults and where\n"
+                                 "their values come from, and the statistics.";
 
-struct Options {
+struct GetOptions {
     ServedChoice served;
     std::vector<std::string> keys;
     bool jsonl = false;
@@ -57,7 +57,7 @@ private:
     const Ref<Value> _sources;
 };
 
-int get(Bus::Client& client, const Options& options) {
+int get(Bus::Client& client, const GetOptions& options) {
     std::optional<Sources> sources;
     if (options.jsonl)
         sources.emplace(client);
@@ -85,7 +85,7 @@ int list(Bus::Client& client, bool asLines) {
     return 0;
 }
 
-int run(const Options& options) {
+int run(const GetOptions& options) {
     Bus::Client client(options.served.bus, options.served.device);
     return options.keys.empty() ? list(client, options.jsonl) : get(client, options);
 }
@@ -93,11 +93,11 @@ int run(const Options& options) {
 } // namespace
 
 Command makeGetCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<GetOptions>();
     App* app = program.addCommand("get",
                                   {"velto get", "velto get Pipeline.Algs.HoldTimeoutMilliseconds",
                                    "velto get --jsonl Pipeline.Algs.EventStats FirmwareDebugReports"},
-                                  kText);
+                                  kGetText);
     addServed(*app, options->served);
     app->add_flag("--jsonl", options->jsonl,
                   "JSON Lines: key, value and source; in a list also type, range and default");

@@ -10,7 +10,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kText = "Shows what velto COMMAND --help shows, or velto --help.";
+constexpr const char* kHelpText = "Shows what velto COMMAND --help shows, or velto --help.";
 
 void requireCommand(const CLI::App& program, const std::string& name) {
     const std::vector<std::string> names = commandNames(program);
@@ -29,7 +29,7 @@ int help(const App& program, const std::string& command) {
 
 Command makeHelpCommand(App& program) {
     const auto command = std::make_shared<std::string>();
-    App* app = program.addCommand("help", {"velto help replay"}, kText);
+    App* app = program.addCommand("help", {"velto help replay"}, kHelpText);
     const auto parse = [&program, command](const std::string& name) {
         requireCommand(program, name);
         *command = name;

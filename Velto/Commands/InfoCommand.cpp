@@ -19,7 +19,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-struct Options {
+struct InfoOptions {
     std::vector<std::string> paths;
     bool json = false;
 };
@@ -148,7 +148,7 @@ std::string asJSON(const std::string& file, const Info& info) {
 } // namespace
 
 Command makeInfoCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<InfoOptions>();
     App* app = program.addCommand("info", {"velto info gestures.json"},
                                   "Shows what recordings hold: frames, duration, gaps, settings in force,\n"
                                   "gestures found.\n"

@@ -22,7 +22,7 @@ namespace {
 
 using Analysis::Label;
 
-constexpr const char* kText =
+constexpr const char* kLabelText =
     "Lists the labels of a recording, which say what was meant by each contact, and edits\n"
     "them for velto score.\n"
     "\n"
@@ -31,7 +31,7 @@ constexpr const char* kText =
     "no region: palm@3+1. Numbers are those that velto label lists, before the edit. Without\n"
     "-o the file itself is edited, whole or not at all; all else in it stays as it is.";
 
-struct Options {
+struct LabelOptions {
     std::string file;
     std::string output; // empty: the file itself
     LabelEdit edit;
@@ -75,7 +75,7 @@ std::string asRow(const Label& label) {
                        printable(label.gesture), printable(way));
 }
 
-void list(const Options& options, const std::string& file) {
+void list(const LabelOptions& options, const std::string& file) {
     const std::vector<Label> labels = Analysis::labelsOf(loadRecording(file).frames());
     std::string text = options.jsonl ? "" : coloured(Colour::Bold, printable(file)) + "\n";
     if (!options.jsonl)
@@ -86,7 +86,7 @@ void list(const Options& options, const std::string& file) {
 }
 
 // The recording with its labels edited. One of an old version would not stay as it is.
-std::string edited(const Options& options, const std::string& file) {
+std::string edited(const LabelOptions& options, const std::string& file) {
     const Ref<Data> container = readFile(file);
     std::list<Frame> frames = readContainer(*container);
     if (const auto version = versionOfContainer(*container); version != Container::kCurrentVersion)
@@ -96,7 +96,7 @@ std::string edited(const Options& options, const std::string& file) {
     return writeContainer(frames);
 }
 
-int label(const Options& options) {
+int label(const LabelOptions& options) {
     if (options.edit.isEmpty())
         return forEachFile({options.file}, [&](const std::string& file) { list(options, file); });
     std::string container;
@@ -132,10 +132,10 @@ void addEdits(App& app, LabelEdit& edit) {
 } // namespace
 
 Command makeLabelCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<LabelOptions>();
     App* app = program.addCommand(
         "label", {"velto label gestures.json", "velto label gestures.json --add tap:volume-up@2.5+0.1 --remove 3"},
-        kText);
+        kLabelText);
     addRecording(*app, options->file);
     addEdits(*app, options->edit);
     addOutput(*app, options->output)->description("Where to write the edited recording (default: FILE itself)");

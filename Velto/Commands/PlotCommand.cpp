@@ -21,7 +21,7 @@ namespace {
 
 using namespace Analysis;
 
-struct Options {
+struct PlotOptions {
     std::string file;
     std::string second; // empty: none
     std::vector<Setting> settings;
@@ -41,7 +41,7 @@ struct Options {
     }
 };
 
-void requireOneSecondPlay(const Options& options) {
+void requireOneSecondPlay(const PlotOptions& options) {
     if (!options.second.empty() && !options.b.empty())
         throw CLI::ValidationError("--b", "there is a second play already: SECOND");
     if (options.fromSeconds && options.toSeconds && *options.fromSeconds >= *options.toSeconds)
@@ -50,7 +50,7 @@ void requireOneSecondPlay(const Options& options) {
 
 std::uint64_t nsOf(double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); }
 
-Page::Range rangeOf(const Options& options) {
+Page::Range rangeOf(const PlotOptions& options) {
     Page::Range range;
     if (options.fromSeconds)
         range.fromNs = nsOf(*options.fromSeconds);
@@ -60,7 +60,7 @@ Page::Range rangeOf(const Options& options) {
 }
 
 // Throws std::runtime_error if nothing of a recording is shown.
-void requireSomethingShown(const Options& options, const PipelineRecording& recording) {
+void requireSomethingShown(const PlotOptions& options, const PipelineRecording& recording) {
     const std::list<Frame>& frames = recording.frames();
     const std::uint64_t endNs = frames.empty() ? 0 : frames.back().timestampNs - frames.front().timestampNs;
     if (options.fromSeconds && *options.fromSeconds > 0 && nsOf(*options.fromSeconds) >= endNs)
@@ -68,7 +68,7 @@ void requireSomethingShown(const Options& options, const PipelineRecording& reco
                                              *options.fromSeconds, static_cast<double>(endNs) / 1e9));
 }
 
-int plot(const Options& options) {
+int plot(const PlotOptions& options) {
     warnOfDoubtfulSettings(options.settings);
     warnOfDoubtfulSettings(options.b);
     leaveOutColours();
@@ -98,7 +98,7 @@ int plot(const Options& options) {
 } // namespace
 
 Command makePlotCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<PlotOptions>();
     App* app = program.addCommand("plot",
                                   {"velto plot gestures.json -o gestures.html",
                                    "velto plot gestures.json --b Pipeline.Algs.ActivationThreshold=160 -o both.html"},

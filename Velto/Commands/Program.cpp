@@ -12,41 +12,41 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-struct Row {
+struct CommandRow {
     const char* purpose;
     Command (*make)(App& program);
 };
 
 // In the order of the help, by what they are for.
 constexpr std::array kCommands{
-    Row{"Recordings", makeReplayCommand},    //
-    Row{"Recordings", makeConvertCommand},   //
-    Row{"Recordings", makeTrimCommand},      //
-    Row{"Recordings", makeRenderCommand},    //
-    Row{"Recordings", makeInfoCommand},      //
-    Row{"Recordings", makeSimulateCommand},  //
-    Row{"Recordings", makeLabelCommand},     //
-    Row{"Why", makeExplainCommand},          //
-    Row{"Why", makeScoreCommand},            //
-    Row{"Why", makeCompareCommand},          //
-    Row{"Why", makeTuneCommand},             //
-    Row{"Why", makePlotCommand},             //
-    Row{"Why", makeStatsCommand},            //
-    Row{"Why", makeRecoverCommand},          //
-    Row{"Why", makeExportCommand},           //
-    Row{"Live", makeRunCommand},             //
-    Row{"Live", makeViewCommand},            //
-    Row{"Live", makeCaptureCommand},         //
-    Row{"Live", makeCollectCommand},         //
-    Row{"Live", makeDumpCommand},            //
-    Row{"This machine", makeDevicesCommand}, //
-    Row{"This machine", makeDoctorCommand},  //
-    Row{"This machine", makeServeCommand},   //
-    Row{"This machine", makeGetCommand},     //
-    Row{"This machine", makeSetCommand},     //
-    Row{"This machine", makeWatchCommand},   //
-    Row{"This machine", makeRecordCommand},  //
-    Row{"Help", makeHelpCommand},            //
+    CommandRow{"Recordings", makeReplayCommand},    //
+    CommandRow{"Recordings", makeConvertCommand},   //
+    CommandRow{"Recordings", makeTrimCommand},      //
+    CommandRow{"Recordings", makeRenderCommand},    //
+    CommandRow{"Recordings", makeInfoCommand},      //
+    CommandRow{"Recordings", makeSimulateCommand},  //
+    CommandRow{"Recordings", makeLabelCommand},     //
+    CommandRow{"Why", makeExplainCommand},          //
+    CommandRow{"Why", makeScoreCommand},            //
+    CommandRow{"Why", makeCompareCommand},          //
+    CommandRow{"Why", makeTuneCommand},             //
+    CommandRow{"Why", makePlotCommand},             //
+    CommandRow{"Why", makeStatsCommand},            //
+    CommandRow{"Why", makeRecoverCommand},          //
+    CommandRow{"Why", makeExportCommand},           //
+    CommandRow{"Live", makeRunCommand},             //
+    CommandRow{"Live", makeViewCommand},            //
+    CommandRow{"Live", makeDumpCommand},            //
+    CommandRow{"Live", makeCaptureCommand},         //
+    CommandRow{"Live", makeCollectCommand},         //
+    CommandRow{"This machine", makeDevicesCommand}, //
+    CommandRow{"This machine", makeDoctorCommand},  //
+    CommandRow{"This machine", makeServeCommand},   //
+    CommandRow{"This machine", makeGetCommand},     //
+    CommandRow{"This machine", makeSetCommand},     //
+    CommandRow{"This machine", makeWatchCommand},   //
+    CommandRow{"This machine", makeRecordCommand},  //
+    CommandRow{"Help", makeHelpCommand},            //
 };
 
 std::vector<std::string> optionNames(const CLI::App& app) {
@@ -89,7 +89,7 @@ Program makeProgram() {
     program.app->failure_message(usageMessage);
     program.app->set_version_flag("--version", "velto " VELTO_VERSION, "Print the version and exit");
     program.app->require_subcommand(1);
-    for (const Row& row : kCommands) {
+    for (const CommandRow& row : kCommands) {
         program.commands.push_back(row.make(*program.app));
         program.commands.back().app->group(row.purpose);
     }

@@ -16,19 +16,19 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kText =
+constexpr const char* kRecordText =
     "Saves the recording so far of a surface that velto serve serves; recording goes on.\n"
     "It is for what has just gone wrong on a surface in use; velto capture records from now on.\n"
     "\n"
     "It holds the newest {} reports and accelerometer samples. Only root and the group velto may\n"
     "read it.";
 
-struct Options {
+struct RecordOptions {
     ServedChoice served;
     std::string output; // empty: the standard output
 };
 
-int record(const Options& options) {
+int record(const RecordOptions& options) {
     const Ref<Value> recording =
         Bus::Client(options.served.bus, options.served.device).getProperty(std::string(Keys::kRecording));
     return forEachFile({options.output}, [&](const std::string& file) {
@@ -45,9 +45,9 @@ int record(const Options& options) {
 } // namespace
 
 Command makeRecordCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RecordOptions>();
     App* app = program.addCommand("record", {"velto record -o gestures.json && velto replay gestures.json"},
-                                  fmt::format(kText, kMaxRecordedFrames));
+                                  fmt::format(kRecordText, kMaxRecordedFrames));
     addServed(*app, options->served);
     addOutput(*app, options->output);
     return {app, [options] { return record(*options); }};

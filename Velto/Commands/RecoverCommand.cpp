@@ -19,7 +19,7 @@ using Analysis::Recovery;
 
 constexpr std::size_t kMostListed = 10; // stretches, for people
 
-struct Options {
+struct RecoverOptions {
     std::string file;
     std::string output;
     bool jsonl = false;
@@ -53,7 +53,7 @@ std::string asText(const std::string& file, const Recovery& recovery) {
     return text;
 }
 
-int recover(const Options& options) {
+int recover(const RecoverOptions& options) {
     Recovery recovery;
     const int status = forEachFile({options.file}, [&](const std::string& file) {
         const Ref<Data> container = readFile(file);
@@ -74,7 +74,7 @@ int recover(const Options& options) {
 } // namespace
 
 Command makeRecoverCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RecoverOptions>();
     App* app = program.addCommand("recover", {"velto recover broken.json -o saved.json"},
                                   "Saves what is whole in a damaged recording: every frame before and behind the\n"
                                   "damage. Tells which stretches of the text are lost.");

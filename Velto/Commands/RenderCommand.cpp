@@ -13,14 +13,14 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-struct Options {
+struct RenderOptions {
     std::string file;
     bool isFrameWanted = false; // otherwise every frame
     std::uint32_t wantedFrame = 0;
     bool raw = false;
 };
 
-void renderFile(const Options& options, const std::string& file) {
+void renderFile(const RenderOptions& options, const std::string& file) {
     const PipelineRecording recording = loadRecording(file);
     std::string text;
     std::uint64_t images = 0;
@@ -47,7 +47,7 @@ void renderFile(const Options& options, const std::string& file) {
 } // namespace
 
 Command makeRenderCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RenderOptions>();
     App* app = program.addCommand("render", {"velto render --frame 42 gestures.json"},
                                   "Shows images as text pictures, each pad's value where the pad lies.");
     addRecording(*app, options->file);

@@ -19,7 +19,7 @@ namespace {
 
 using Analysis::Replay;
 
-struct Options {
+struct ReplayOptions {
     std::vector<std::string> paths;
     std::vector<Setting> settings;
     float speed = Replay::kMaxSpeed;
@@ -28,9 +28,9 @@ struct Options {
 };
 
 // What is played at a pace is shown as it happens; what is not, in large pieces.
-class Output {
+class ReplayOutput {
 public:
-    explicit Output(bool isLive) : _isLive(isLive) {}
+    explicit ReplayOutput(bool isLive) : _isLive(isLive) {}
 
     // The text that waits to be written.
     std::string text;
@@ -89,10 +89,10 @@ std::string summaryText(const Replay& replay, const GestureText& gestures) {
            gestures.summary();
 }
 
-void replayFile(const Options& options, const std::string& file) {
+void replayFile(const ReplayOptions& options, const std::string& file) {
     PipelineRecording recording = loadRecording(file);
     Replay replay;
-    Output output(options.speed != Replay::kMaxSpeed);
+    ReplayOutput output(options.speed != Replay::kMaxSpeed);
     const std::string inFile = fileMember(file);
     const auto gestures = options.jsonl ? GestureText::eventLines(file) : GestureText::table(file, false);
     output.text = gestures->heading();
@@ -119,7 +119,7 @@ void replayFile(const Options& options, const std::string& file) {
 } // namespace
 
 Command makeReplayCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ReplayOptions>();
     App* app = program.addCommand("replay",
                                   {"velto replay gestures.json",
                                    "velto replay --jsonl --set Pipeline.Algs.HoldTimeoutMilliseconds=250 recordings/"},

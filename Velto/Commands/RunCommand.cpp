@@ -22,14 +22,14 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kText = "Loads the touch service's plug-in, opens a device for it and shows the\n"
-                              "gestures as they come. Ends at the device's end, after --duration or with\n"
-                              "Ctrl-C.\n"
-                              "\n"
-                              "--record is for a look at what a run has just shown, with velto explain, score\n"
-                              "and stats; velto capture records without a bound.";
+constexpr const char* kRunText = "Loads the touch service's plug-in, opens a device for it and shows the\n"
+                                 "gestures as they come. Ends at the device's end, after --duration or with\n"
+                                 "Ctrl-C.\n"
+                                 "\n"
+                                 "--record is for a look at what a run has just shown, with velto explain, score\n"
+                                 "and stats; velto capture records without a bound.";
 
-struct Options {
+struct RunOptions {
     DeviceChoice device;
     std::string plugIn; // empty: the program's own
     std::vector<Setting> settings;
@@ -62,7 +62,7 @@ int readProperties(const HostedService& service, const std::vector<std::string>&
     });
 }
 
-void warnOfLostPauses(const Options& options) {
+void warnOfLostPauses(const RunOptions& options) {
     if (options.device.isPlayed() && std::isinf(options.speed))
         complain(options.recording, "at --speed max reports come without pauses, and the recording has none either");
 }
@@ -80,7 +80,7 @@ int saveRun(const HostedService& service, const std::string& path, std::uint64_t
     });
 }
 
-int run(const Options& options) {
+int run(const RunOptions& options) {
     warnOfDoubtfulSettings(options.settings);
     if (!options.recording.empty()) {
         about(options.recording, [&] { requireWritable(options.recording); });
@@ -132,12 +132,12 @@ int run(const Options& options) {
 } // namespace
 
 Command makeRunCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RunOptions>();
     App* app =
         program.addCommand("run",
                            {"velto run --duration 10", "velto run --device sim:tap:play-pause,hold:volume-up --jsonl",
                             "velto run --device replay:gestures.json --record again.json"},
-                           kText);
+                           kRunText);
     addDevice(*app, options->device, "What to open; see below (default: sim)");
     addPlugIn(*app, options->plugIn);
     addSettings(*app, options->settings, KeyScope::Service, "Write properties of the service before the first report");

@@ -25,7 +25,7 @@ namespace {
 
 using namespace Analysis;
 
-struct Options {
+struct ScoreOptions {
     std::vector<std::string> paths;
     std::vector<Setting> settings;
     std::size_t jobs = 1;
@@ -43,7 +43,7 @@ struct Scored {
     std::shared_ptr<PipelineRecording> recording = {};
 };
 
-Scored score(const Options& options, const std::string& file) {
+Scored score(const ScoreOptions& options, const std::string& file) {
     Scored scored;
     try {
         PipelineRecording recording = loadRecording(file);
@@ -60,9 +60,9 @@ Scored score(const Options& options, const std::string& file) {
 }
 
 // Prints recordings as they come, and the total at the end.
-class Output {
+class ScoreOutput {
 public:
-    explicit Output(const Options& options) : _options(options), _pictures({options.settings}) {}
+    explicit ScoreOutput(const ScoreOptions& options) : _options(options), _pictures({options.settings}) {}
 
     void add(Scored scored) {
         const RecordingScore& recording = scored.score;
@@ -135,13 +135,13 @@ private:
         return true;
     }
 
-    const Options& _options;
+    const ScoreOptions& _options;
     ScoreTotal _total;
     ReportPictures _pictures;
     std::vector<Page::Group> _groups{Page::Group("Not read"), Page::Group("What went wrong")};
 };
 
-int scoreRecordings(const Options& options) {
+int scoreRecordings(const ScoreOptions& options) {
     warnOfDoubtfulSettings(options.settings);
     preparePage(options.page);
     std::vector<std::string> files;
@@ -152,25 +152,25 @@ int scoreRecordings(const Options& options) {
         std::size_t place = 0;
         std::erase_if(files, [&](const std::string&) { return place++ % shard->of != shard->number - 1; });
     }
-    Output output(options);
+    ScoreOutput output(options);
     const int handled = handleInOrder(
         files, options.jobs, "scoring", [&](const std::string& file) { return score(options, file); },
         [&](const std::string&, Scored scored) { output.add(std::move(scored)); });
     return std::max({found, handled, output.finish(shard)});
 }
 
-int mergeShards(const Options& options) {
+int mergeShards(const ScoreOptions& options) {
     preparePage(options.page);
     std::vector<RecordingScore> recordings;
     if (const int status = readShards(options.paths, recordings); status != 0)
         return status;
-    Output output(options);
+    ScoreOutput output(options);
     for (RecordingScore& recording : recordings)
         output.add({.score = std::move(recording)});
     return output.finish(std::nullopt);
 }
 
-void addBounds(App& app, Options& options) {
+void addBounds(App& app, ScoreOptions& options) {
     app.add_option("--min-recall", options.leastRecall,
                    "Exit status 1 if less than this share of what was meant is found")
         ->check(CLI::Range(0.0, 1.0))
@@ -180,7 +180,7 @@ void addBounds(App& app, Options& options) {
 }
 
 // What would have no effect on results that are there is wrong usage.
-void addShards(App& app, Options& options, CLI::Option* settings, CLI::Option* jobs) {
+void addShards(App& app, ScoreOptions& options, CLI::Option* settings, CLI::Option* jobs) {
     CLI::Option* shard = app.add_option_function<std::string>(
         "--shard", [&options](const std::string& text) { options.shard = parseShard(text); },
         "Only every N-th recording, from the K-th on; for batch engines");
@@ -194,7 +194,7 @@ void addShards(App& app, Options& options, CLI::Option* settings, CLI::Option* j
 } // namespace
 
 Command makeScoreCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ScoreOptions>();
     App* app = program.addCommand(
         "score", {"velto score recordings/", "velto score recordings/ --min-recall 0.98 --max-false 5"},
         "Compares the gestures of labelled recordings with what was meant: what was\n"

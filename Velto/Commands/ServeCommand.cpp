@@ -27,19 +27,19 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kText = "Makes the gestures on a surface key presses for everything on this machine:\n"
-                              "a tap plays, pauses or steps the volume, a hold keeps the volume key or the\n"
-                              "assistant's pressed. Ends when the device goes or with Ctrl-C; no key stays\n"
-                              "pressed. Needs the right to write to /dev/uinput. While it runs, get, set,\n"
-                              "watch and record reach it over the message bus.\n"
-                              "\n"
-                              "Other keys, and settings, come from /etc/velto-touch/config.toml and the files\n"
-                              "config.d/*.toml beside it. They are read again on SIGHUP: a setting that was\n"
-                              "only tried (velto set) ends with that. Standard error has a line per gesture.";
+constexpr const char* kServeText = "Makes the gestures on a surface key presses for everything on this machine:\n"
+                                   "a tap plays, pauses or steps the volume, a hold keeps the volume key or the\n"
+                                   "assistant's pressed. Ends when the device goes or with Ctrl-C; no key stays\n"
+                                   "pressed. Needs the right to write to /dev/uinput. While it runs, get, set,\n"
+                                   "watch and record reach it over the message bus.\n"
+                                   "\n"
+                                   "Other keys, and settings, come from /etc/velto-touch/config.toml and the files\n"
+                                   "config.d/*.toml beside it. They are read again on SIGHUP: a setting that was\n"
+                                   "only tried (velto set) ends with that. Standard error has a line per gesture.";
 
 constexpr const char* kKeyboardName = "Velto Touch Surface Keys";
 
-struct Options {
+struct ServeOptions {
     DeviceChoice device;
     std::string plugIn; // empty: the program's own
     Bus::Which bus = Bus::Which::System;
@@ -64,7 +64,7 @@ std::exception_ptr failureOf(EventLoop& loop) noexcept {
 // All that serving takes, in the order in which it is made. Its calls but `handle` come on the loop's thread.
 class Serving {
 public:
-    Serving(const Options& options, ConfigurationEntries trial)
+    Serving(const ServeOptions& options, ConfigurationEntries trial)
         : _folder(options.folder), _configuration(options.folder, std::move(trial)),
           _device(about(options.device.subject(), [&] { return connect(options.device, 1.0); })), _signals(_loop),
           _reloadSignal(_loop, [this] { reload(); }), _keyboard(options.withoutKeys ? nullptr : makeKeyboard()),
@@ -160,7 +160,7 @@ private:
     Bus::TouchObject _object;
 };
 
-int run(const Options& options) {
+int run(const ServeOptions& options) {
     ConfigurationEntries trial;
     try {
         trial = lastingOf(options.trial, "velto serve --set");
@@ -176,8 +176,8 @@ int run(const Options& options) {
 } // namespace
 
 Command makeServeCommand(App& program) {
-    const auto options = std::make_shared<Options>();
-    App* app = program.addCommand("serve", {"velto serve --device surface"}, kText);
+    const auto options = std::make_shared<ServeOptions>();
+    App* app = program.addCommand("serve", {"velto serve --device surface"}, kServeText);
     addDevice(*app, options->device, "The surface; see below")->required()->check([](const std::string& device) {
         return device == "-" ? "the standard input cannot be served (velto run, view and dump read it)" : "";
     });

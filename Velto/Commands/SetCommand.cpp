@@ -24,21 +24,21 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kText = "Writes properties of a surface that velto serve serves, from its next report on.\n"
-                              "Only root and the group velto may. What is set so ends with the service, or when it\n"
-                              "reloads its configuration.\n"
-                              "\n"
-                              "With --keep, settings and the keys of gestures are kept in a file of the\n"
-                              "configuration, for this and every later start. Only root may.";
+constexpr const char* kSetText = "Writes properties of a surface that velto serve serves, from its next report on.\n"
+                                 "Only root and the group velto may. What is set so ends with the service, or when it\n"
+                                 "reloads its configuration.\n"
+                                 "\n"
+                                 "With --keep, settings and the keys of gestures are kept in a file of the\n"
+                                 "configuration, for this and every later start. Only root may.";
 
-struct Options {
+struct SetOptions {
     ServedChoice served;
     std::vector<Setting> settings;
     std::string folder = kConfigurationFolder;
     bool keep = false;
 };
 
-int set(const Options& options) {
+int set(const SetOptions& options) {
     warnOfDoubtfulSettings(options.settings);
     Bus::Client client(options.served.bus, options.served.device);
     bool failed = false;
@@ -95,7 +95,7 @@ void reload(Bus::Which bus) {
         Bus::Client(bus, element).reload();
 }
 
-int keep(const Options& options) {
+int keep(const SetOptions& options) {
     if (options.folder == kConfigurationFolder && ::geteuid() != 0)
         throw std::runtime_error("only root may keep settings (sudo velto set --keep)");
     const std::filesystem::path file = keptFileIn(options.folder);
@@ -112,7 +112,7 @@ int keep(const Options& options) {
 }
 
 // Keys of gestures are no properties.
-int run(const Options& options) {
+int run(const SetOptions& options) {
     const auto isKey = [](const Setting& setting) { return Keys::below(kKeysDomain, setting.key).has_value(); };
     try {
         if (options.keep)
@@ -129,11 +129,11 @@ int run(const Options& options) {
 } // namespace
 
 Command makeSetCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<SetOptions>();
     App* app = program.addCommand(
         "set",
         {"velto set Pipeline.Algs.HoldTimeoutMilliseconds=250", "velto set --keep keys.hold.play-pause=KEY_MICMUTE"},
-        kText);
+        kSetText);
     addServed(*app, options->served);
     CLI::Option* keep =
         app->add_flag("--keep", options->keep, "Keep it in config.d/90-set.toml, and reload the configuration");

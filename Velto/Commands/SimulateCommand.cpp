@@ -14,14 +14,12 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-using namespace VeltoTouch::Surface;
+constexpr const char* kSimulateText = "Puts simulated fingers on the surface and writes what it reports as a\n"
+                                      "recording. The same seed gives the same bytes. What was meant is kept\n"
+                                      "beside the reports, as metadata with the key \"Label\".";
 
-constexpr const char* kText = "Puts simulated fingers on the surface and writes what it reports as a\n"
-                              "recording. The same seed gives the same bytes. What was meant is kept\n"
-                              "beside the reports, as metadata with the key \"Label\".";
-
-struct Options {
-    Simulation::Options simulation;
+struct SimulateOptions {
+    Surface::Simulation::Options simulation;
     std::vector<std::string> steps;
     std::uint32_t madeUpGestures = 0;
     std::string output; // empty: standard output
@@ -29,16 +27,17 @@ struct Options {
 
 HelpList stepList() {
     HelpList list{.heading = "Steps", .entries = {}, .remarks = {}, .textColumn = 26};
-    for (const StepForm& form : kStepForms) {
-        const bool takesNothing = form.takes == Takes::Nothing;
-        const char* const place = form.takes == Takes::Place       ? ":WHERE"
-                                  : form.takes == Takes::TwoPlaces ? ":WHERE-WHERE"
-                                                                   : "";
+    for (const Surface::StepForm& form : Surface::kStepForms) {
+        const bool takesNothing = form.takes == Surface::Takes::Nothing;
+        const char* const place = form.takes == Surface::Takes::Place       ? ":WHERE"
+                                  : form.takes == Surface::Takes::TwoPlaces ? ":WHERE-WHERE"
+                                                                            : "";
         list.entries.push_back({.term = fmt::format("{}{}{}", form.name, place, takesNothing ? "" : "[:MS]"),
                                 .text = takesNothing ? std::string(form.meaning)
                                                      : fmt::format("{} ({} ms)", form.meaning, form.defaultMs)});
     }
-    list.remarks = fmt::format("WHERE is {} or a pad, A to O; MS is 1 to {}.", regionPlaces(), kLongestStepMs);
+    list.remarks =
+        fmt::format("WHERE is {} or a pad, A to O; MS is 1 to {}.", Surface::regionPlaces(), Surface::kLongestStepMs);
     return list;
 }
 
@@ -51,13 +50,13 @@ Candidates stepCandidates() {
                 candidates.words.push_back(fmt::format("{}:{}-{}", name, from.place, to.place));
         }
     };
-    for (const StepForm& form : kStepForms) {
-        if (form.takes == Takes::Nothing || form.takes == Takes::Duration)
+    for (const Surface::StepForm& form : Surface::kStepForms) {
+        if (form.takes == Surface::Takes::Nothing || form.takes == Surface::Takes::Duration)
             candidates.words.emplace_back(form.name);
         for (const RegionRow& region : kRegionsWithPads) {
-            if (form.takes == Takes::Place)
+            if (form.takes == Surface::Takes::Place)
                 candidates.words.push_back(fmt::format("{}:{}", form.name, region.place));
-            else if (form.takes == Takes::TwoPlaces)
+            else if (form.takes == Surface::Takes::TwoPlaces)
                 addSlides(form.name, region);
         }
     }
@@ -67,16 +66,17 @@ Candidates stepCandidates() {
 // Empty for a step that can be read, otherwise what is wrong with it.
 std::string faultOf(const std::string& step) {
     try {
-        (void)parseStep(step);
+        (void)Surface::parseStep(step);
         return {};
     } catch (const std::invalid_argument& error) {
         return error.what();
     }
 }
 
-int simulate(const Options& options) {
-    std::vector<Step> script = scriptFor(options.steps, options.simulation.seed, options.madeUpGestures);
-    Simulation simulation(options.simulation, scriptOf(std::move(script)));
+int simulate(const SimulateOptions& options) {
+    std::vector<Surface::Step> script =
+        Surface::scriptFor(options.steps, options.simulation.seed, options.madeUpGestures);
+    Surface::Simulation simulation(options.simulation, scriptOf(std::move(script)));
     const Ref<Data> container = recordingOf(simulation).json();
     return forEachFile({options.output}, [&](const std::string& file) { writeFile(file, container->bytes()); });
 }
@@ -84,27 +84,28 @@ int simulate(const Options& options) {
 } // namespace
 
 Command makeSimulateCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<SimulateOptions>();
     App* app = program.addCommand("simulate",
                                   {"velto simulate --seed 7 tap:play-pause hold:volume-up -o gestures.json",
                                    "velto simulate --random 100 | velto replay -"},
-                                  kText);
+                                  kSimulateText);
     app->addList(stepList());
     app->offer(app->add_option("STEP", options->steps, "What the fingers do, one step after the other; see below"),
                stepCandidates())
         ->type_name("")
         ->check(faultOf);
-    Simulation::Options& simulation = options->simulation;
+    Surface::Simulation::Options& simulation = options->simulation;
     addNumber(*app, "--seed", simulation.seed,
               "Where the small differences between fingers and the noise start (default: 1)");
-    addNumber(*app, "--rate", simulation.rateHz, "Scans a second (default: 100)", 1U, Simulation::kHighestRateHz)
+    addNumber(*app, "--rate", simulation.rateHz, "Scans a second (default: 100)", 1U,
+              Surface::Simulation::kHighestRateHz)
         ->type_name("HZ");
     addNumber(*app, "--noise", simulation.noise, "Largest noise of a pad, in counts (default: 3)", 0U,
-              Simulation::kHighestNoise);
-    addNumber(
-        *app, "--random", options->madeUpGestures,
-        fmt::format("Add this many gestures of a made-up user after the steps, with pauses; at most {}", kMostMadeUp),
-        1U, kMostMadeUp);
+              Surface::Simulation::kHighestNoise);
+    addNumber(*app, "--random", options->madeUpGestures,
+              fmt::format("Add this many gestures of a made-up user after the steps, with pauses; at most {}",
+                          Surface::kMostMadeUp),
+              1U, Surface::kMostMadeUp);
     addOutput(*app, options->output);
     app->callback([options] {
         if (options->steps.empty() && options->madeUpGestures == 0)

@@ -25,7 +25,7 @@ using Analysis::StreamStatistics;
 using Kind = Replay::Disturbance::Kind;
 using Stretch = StreamStatistics::Intervals;
 
-struct Options {
+struct StatsOptions {
     std::vector<std::string> paths;
     Bus::Which bus = Bus::Which::System;
     std::optional<std::chrono::microseconds> duration;
@@ -207,7 +207,7 @@ std::optional<DeviceChoice> deviceOf(const std::vector<std::string>& paths) {
     }
 }
 
-int show(const Options& options) {
+int show(const StatsOptions& options) {
     if (const auto device = deviceOf(options.paths))
         return showLiveStats(
             {.device = *device, .bus = options.bus, .duration = options.duration, .jsonl = options.jsonl});
@@ -228,7 +228,7 @@ int show(const Options& options) {
 } // namespace
 
 Command makeStatsCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<StatsOptions>();
     App* app = program.addCommand(
         "stats",
         {"velto stats gestures.json", "velto stats before.json after.json", "velto stats surface --duration 60"},

@@ -26,7 +26,7 @@ using namespace Analysis;
 constexpr std::size_t kMostPoints = 100'000;
 constexpr std::size_t kMostShown = 20; // of the front, to people
 
-struct Options {
+struct TuneOptions {
     std::vector<std::string> paths;
     std::vector<Setting> settings;
     std::vector<Sweep> sweeps;
@@ -43,7 +43,7 @@ struct Played {
     bool hasLabels;
 };
 
-Played play(const Options& options, const std::vector<std::vector<Setting>>& points, const std::string& file) {
+Played play(const TuneOptions& options, const std::vector<std::vector<Setting>>& points, const std::string& file) {
     const PipelineRecording recording = loadRecording(file);
     const LabelledTrack labelled{.track = Track(recording.frames()), .labels = labelsOf(recording.frames())};
     Played played{
@@ -55,7 +55,7 @@ Played play(const Options& options, const std::vector<std::vector<Setting>>& poi
 
 // What the present settings have for the swept keys: what --set says, else the default; no value where a recording
 // writes its own.
-std::vector<Setting> presentOf(const Options& options, const std::vector<bool>& areWritten) {
+std::vector<Setting> presentOf(const TuneOptions& options, const std::vector<bool>& areWritten) {
     std::vector<Setting> present;
     for (std::size_t i = 0; i < options.sweeps.size(); ++i) {
         const std::string& key = options.sweeps[i].key;
@@ -163,7 +163,7 @@ bool areEqual(const Ref<Value>& a, const Ref<Value>& b) {
     return first != nullptr && second != nullptr && first->doubleValue() == second->doubleValue();
 }
 
-std::vector<Page::Axis> axesOf(const Options& options, const Answer& answer) {
+std::vector<Page::Axis> axesOf(const TuneOptions& options, const Answer& answer) {
     std::vector<Page::Axis> axes;
     for (std::size_t i = 0; i < options.sweeps.size(); ++i) {
         const Ref<Value>& present = answer.present[i].value;
@@ -179,7 +179,7 @@ std::vector<Page::Axis> axesOf(const Options& options, const Answer& answer) {
     return axes;
 }
 
-int tune(const Options& options) {
+int tune(const TuneOptions& options) {
     warnOfDoubtfulSettings(options.settings);
     preparePage(options.page);
     const std::vector<std::vector<Setting>> points = gridOf(options.sweeps);
@@ -214,7 +214,7 @@ int tune(const Options& options) {
 } // namespace
 
 Command makeTuneCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<TuneOptions>();
     App* app = program.addCommand(
         "tune", {"velto tune recordings/ --sweep Pipeline.Algs.ActivationThreshold=150:300:10 --folds 5"},
         "Plays labelled recordings with every point of a grid of settings and says\n"

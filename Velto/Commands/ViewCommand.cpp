@@ -24,15 +24,16 @@ namespace {
 
 using Bench::Observation;
 
-constexpr const char* kText = "Shows the surface live in the terminal while somebody presses: its pads, the touch\n"
-                              "in progress and why the last ones became what they became. Of a recording the same,\n"
-                              "at its own pace or image by image. A device may be served at the same time.\n"
-                              "\n"
-                              "Space pauses and goes on, left and right step by an image, page up and down by a\n"
-                              "second, up and down from touch to touch, home and end to the first and the newest;\n"
-                              "r shows raw values, s saves what was seen as a recording, q quits.";
+constexpr const char* kViewText =
+    "Shows the surface live in the terminal while somebody presses: its pads, the touch\n"
+    "in progress and why the last ones became what they became. Of a recording the same,\n"
+    "at its own pace or image by image. A device may be served at the same time.\n"
+    "\n"
+    "Space pauses and goes on, left and right step by an image, page up and down by a\n"
+    "second, up and down from touch to touch, home and end to the first and the newest;\n"
+    "r shows raw values, s saves what was seen as a recording, q quits.";
 
-struct Options {
+struct ViewOptions {
     Watched watched;
     std::vector<Setting> settings;
     Bus::Which bus = Bus::Which::System;
@@ -58,7 +59,7 @@ void observe(Observation& observation, const std::string& file, const std::vecto
 // The newest moment of a device. When the device has gone, the view ends unless it is paused.
 class LiveView final : public View {
 public:
-    LiveView(EventLoop& loop, Screen& screen, Observation& observation, const Options& options,
+    LiveView(EventLoop& loop, Screen& screen, Observation& observation, const ViewOptions& options,
              const Surface::ConnectedDevice& device)
         : View(loop, screen, observation, device.name(), options.output),
           _surface(
@@ -93,7 +94,7 @@ private:
 // A recording at its own pace.
 class RecordingView final : public View {
 public:
-    RecordingView(EventLoop& loop, Screen& screen, Observation& observation, const Options& options)
+    RecordingView(EventLoop& loop, Screen& screen, Observation& observation, const ViewOptions& options)
         : View(loop, screen, observation, options.watched.name, options.output), _settings(options.settings.size()) {
         playFrom(0);
     }
@@ -127,7 +128,7 @@ private:
     HostTime _startTime{};
 };
 
-int viewRecording(const Options& options, const std::string& file) {
+int viewRecording(const ViewOptions& options, const std::string& file) {
     Observation observation(0);
     about(file, [&] { observe(observation, file, options.settings); });
     EventLoop loop;
@@ -138,7 +139,7 @@ int viewRecording(const Options& options, const std::string& file) {
     return 0;
 }
 
-int viewDevice(const Options& options, const DeviceChoice& choice) {
+int viewDevice(const ViewOptions& options, const DeviceChoice& choice) {
     EventLoop loop;
     const auto device = about(choice.subject(), [&] { return connect(choice, 1.0); });
     const StopSignals signals(loop); // before any thread
@@ -156,7 +157,7 @@ int viewDevice(const Options& options, const DeviceChoice& choice) {
     return 1;
 }
 
-int view(const Options& options) {
+int view(const ViewOptions& options) {
     warnOfDoubtfulSettings(options.settings);
     leaveOutColours(); // those of the library are others
     const DeviceChoice* device = options.watched.device();
@@ -167,8 +168,9 @@ int view(const Options& options) {
 } // namespace
 
 Command makeViewCommand(App& program) {
-    const auto options = std::make_shared<Options>();
-    App* app = program.addCommand("view", {"velto view surface", "velto view sim", "velto view gestures.json"}, kText);
+    const auto options = std::make_shared<ViewOptions>();
+    App* app =
+        program.addCommand("view", {"velto view surface", "velto view sim", "velto view gestures.json"}, kViewText);
     addWatched(*app, options->watched, "A device, or a recording that exists; see below");
     addSettings(*app, options->settings, KeyScope::Pipeline, "Recognize with other settings than those in force");
     app->offer(app->add_option("-o", options->output, "Where s saves (default: a new file here, named after the time)"),

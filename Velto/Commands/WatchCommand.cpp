@@ -15,10 +15,10 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kText = "Shows the gestures on a surface that velto serve serves, as they come. Ends when\n"
-                              "the surface goes, after --duration or with Ctrl-C.";
+constexpr const char* kWatchText = "Shows the gestures on a surface that velto serve serves, as they come. Ends when\n"
+                                   "the surface goes, after --duration or with Ctrl-C.";
 
-struct Options {
+struct WatchOptions {
     ServedChoice served;
     std::optional<std::chrono::microseconds> duration; // none: without end
     bool jsonl = false;
@@ -37,7 +37,7 @@ void showOn(EventLoop& loop, Bus::Client& client, GestureText& gestures) {
     client.watch(loop, show, [&loop] { loop.stop(); });
 }
 
-int watch(const Options& options) {
+int watch(const WatchOptions& options) {
     Bus::Client client(options.served.bus, options.served.device);
     EventLoop loop;
     const StopSignals signals(loop);
@@ -50,9 +50,9 @@ int watch(const Options& options) {
 } // namespace
 
 Command makeWatchCommand(App& program) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<WatchOptions>();
     App* app =
-        program.addCommand("watch", {"velto watch --duration 60", "velto watch --jsonl | jq -r .gesture"}, kText);
+        program.addCommand("watch", {"velto watch --duration 60", "velto watch --jsonl | jq -r .gesture"}, kWatchText);
     addServed(*app, options->served);
     addDuration(*app, options->duration);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines, one an event");

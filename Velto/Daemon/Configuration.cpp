@@ -21,8 +21,6 @@ namespace {
 constexpr std::string_view kRecognizer = "recognizer";
 constexpr std::string_view kKeys = "keys";
 
-[[noreturn]] void refuse(const std::string& what) { throw std::invalid_argument(what); }
-
 Ref<Value> valueAt(const toml::node& node) {
     if (const auto* number = node.as_integer())
         return Number::withLongLong(number->get());

@@ -14,8 +14,6 @@
 namespace VeltoTouch {
 namespace {
 
-[[noreturn]] void refuse(const std::string& what) { throw std::invalid_argument(what); }
-
 std::vector<std::string_view> settingNames() {
     std::vector<std::string_view> names;
     for (const SettingRow& row : kSettingRows) {
@@ -49,6 +47,8 @@ bool isFor(const ConfiguredKey& key, KeyUse use, PixelRegion region) noexcept {
 }
 
 } // namespace
+
+void refuse(const std::string& what) { throw std::invalid_argument(what); }
 
 std::string textOf(const Origin& origin) {
     return origin.line == 0 ? origin.file : fmt::format("{}:{}", origin.file, origin.line);

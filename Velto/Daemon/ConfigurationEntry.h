@@ -45,6 +45,9 @@ void put(ConfigurationEntries& target, const ConfigurationEntries& entries);
 // Returns the key of a gesture, or null.
 [[nodiscard]] const ConfiguredKey* find(const ConfigurationEntries& entries, KeyUse use, PixelRegion region) noexcept;
 
+// Throws std::invalid_argument.
+[[noreturn]] void refuse(const std::string& what);
+
 // Throw std::invalid_argument with what is wanted instead: an entry of [recognizer] by its name and value, and one of
 // [keys] by its name, such as "tap.play-pause", and a key's.
 [[nodiscard]] ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin);

@@ -3,6 +3,7 @@
 #include "Platform/FileDescriptor.h"
 #include "Plugin/Recording/Frame.h"
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -17,6 +18,9 @@ class GrowingRecording {
 public:
     // What a reader takes of one file, less some room (4 GiB).
     static constexpr std::uint64_t kLargest = (std::uint64_t{4} << 30U) - (std::uint64_t{64} << 20U);
+
+    // How often its owner syncs: what a loss of power takes is less than a second.
+    static constexpr std::chrono::milliseconds kBetweenSyncs{500};
 
     // Begins a recording without frames. An existing file is replaced as writeFile does. Throws what beginFile throws.
     explicit GrowingRecording(const std::string& path);

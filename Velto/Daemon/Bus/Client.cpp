@@ -18,7 +18,6 @@
 namespace VeltoTouch::Bus {
 namespace {
 
-constexpr std::uint64_t kDefaultTimeout = 0;
 
 [[noreturn]] void fail(const std::string& what) { throw std::runtime_error(what); }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <system_error>
 
@@ -22,6 +23,8 @@ using EventLoopHandle = std::unique_ptr<sd_event, Unreferencing<sd_event_unref>>
 using EventSourceHandle = std::unique_ptr<sd_event_source, Unreferencing<sd_event_source_disable_unref>>;
 using BusHandle = std::unique_ptr<sd_bus, Unreferencing<sd_bus_close_unref>>;
 using BusMessage = std::unique_ptr<sd_bus_message, Unreferencing<sd_bus_message_unref>>;
+
+constexpr std::uint64_t kDefaultTimeout = 0; // of a call: the library's
 
 // The error that a failed call is answered with.
 class BusError {

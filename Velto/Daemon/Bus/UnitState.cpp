@@ -8,8 +8,6 @@
 namespace VeltoTouch::Bus {
 namespace {
 
-constexpr std::uint64_t kDefaultTimeout = 0;
-
 struct Free {
     void operator()(char* text) const noexcept { std::free(text); } // NOLINT(cppcoreguidelines-no-malloc)
 };
