@@ -33,6 +33,7 @@ TEST(LiveSurfaceTest, WhatWaitsForTheLoopIsNeitherLostNorMixedUp) {
     EventLoop loop;
     std::size_t reports = 0;
     HostTime last{};
+    HostTime set{};
     std::string order;
     const Setting setting{.key = std::string(Analysis::kHoldTimeout), .value = Number::withUnsignedInt(250)};
     LiveSurface surface(loop, device, Bus::Which::System, {setting},
@@ -41,10 +42,16 @@ TEST(LiveSurfaceTest, WhatWaitsForTheLoopIsNeitherLostNorMixedUp) {
                                  EXPECT_EQ(report.size(), InputReport::kImageReportLength);
                                  EXPECT_GE(time, last);
                                  last = time;
-                                 if (++reports == 1)
+                                 if (++reports == 1) {
+                                     EXPECT_EQ(set, time);
                                      order += "report ";
+                                 }
                              },
-                         .setting = [&](HostTime, const Setting& given) { order += given.key + " "; },
+                         .setting =
+                             [&](HostTime time, const Setting& given) {
+                                 set = time;
+                                 order += given.key + " ";
+                             },
                          .gone =
                              [&](const std::string& failure) {
                                  order += "gone" + failure;

@@ -21,20 +21,23 @@ Collector::Collector(std::vector<Surface::Step> asked, std::uint64_t pauseNs, st
 void Collector::report(const Frame& report) {
     if (_phase == Phase::End)
         return;
-    _nowNs = report.timestampNs;
+    _nowNs = std::max(_nowNs, report.timestampNs); // a piped device may say anything
     if (!_phaseStartNs)
         _phaseStartNs = _nowNs;
     const std::uint64_t elapsed = _nowNs - *_phaseStartNs;
     if (_phase == Phase::Pause && elapsed >= _pauseNs)
         ask();
-    else if (_phase == Phase::Ask && elapsed >= _askNs)
+    else if (_phase == Phase::Ask && elapsed >= _askNs && !_attempt->contact.isInProgress())
         judge();
+    const auto image = InputReport::Image::parse(report.report.data(), report.report.size());
+    if (image)
+        _newestImageMs = image->timestampMs;
     if (_phase != Phase::Ask)
         return;
     const auto event = InputReport::FirmwareEvent::parse(report.report.data(), report.report.size());
     if (event && event->event == InputReport::FirmwareEvent::kReset)
         _attempt->contact.reset();
-    if (const auto image = InputReport::Image::parse(report.report.data(), report.report.size()))
+    if (image)
         _attempt->contact.add(_nowNs, *image);
 }
 
@@ -82,7 +85,7 @@ void Collector::ask() {
     if (_current == _asked.size())
         return enter(Phase::End);
     _fault.clear();
-    _attempt.emplace(Attempt{.number = _current, .contact = {}});
+    _attempt.emplace(Attempt{.number = _current, .contact = RawContact({.ns = _nowNs, .deviceMs = _newestImageMs})});
     enter(Phase::Ask);
 }
 

@@ -18,9 +18,10 @@ namespace VeltoTouch::Bench {
 //   pause  ->  ask  ->  pause ...          done as asked
 //                   ->  decide  ->  pause  spoiled: no contact, more than one, the wrong region, ...
 //
-// Its clock is that of the reports. No recognizer takes part. A label stands when the next gesture is asked for, until
-// then it may be taken back. An attempt that is taken back or repeated is labelled as spoiled, from when it was asked
-// for to its end; one that looks spoiled and is accepted, as what was asked for. One thread.
+// Its clock is that of the reports. A contact that begins in time is waited for to its end. No recognizer takes part. A
+// label stands when the next gesture is asked for, until then it may be taken back. An attempt that is taken back or
+// repeated is labelled as spoiled, from when it was asked for to its end; one that looks spoiled and is accepted, as
+// what was asked for. One thread.
 class Collector {
 public:
     enum class Phase : std::uint8_t { Pause, Ask, Decide, End };
@@ -71,6 +72,7 @@ private:
     Phase _phase = Phase::Pause;
     std::optional<std::uint64_t> _phaseStartNs;
     std::uint64_t _nowNs = 0;
+    std::uint32_t _newestImageMs = 0; // the device's clock
     std::size_t _current = 0;
     std::string _fault;
     std::optional<Attempt> _attempt; // in progress, or the last while its label does not stand

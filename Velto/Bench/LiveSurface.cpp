@@ -24,11 +24,6 @@ LiveSurface::LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device
     : _loop(loop), _handlers(std::move(handlers)),
       _settings(loop, bus, device.name(), std::move(ofCommandLine),
                 [this](const Setting& setting) { changeSetting(setting); }) {
-    loop.post([this, settings = _settings.settings()] { // before any report is posted
-        for (const Setting& setting : settings)
-            _handlers.setting(hostTimeNow(), setting);
-        _handlers.batchEnd();
-    });
     _reader.emplace(device,
                     Surface::DeviceReader::Handlers{
                         .report =
@@ -76,9 +71,16 @@ void LiveSurface::handOver() {
     if (items.empty())
         return;
     _room.release(static_cast<std::ptrdiff_t>(items.size()));
+    if (!std::exchange(_hasBegun, true))
+        begin(items.front().time);
     for (const Item& item : items)
         handOver(item);
     _handlers.batchEnd();
+}
+
+void LiveSurface::begin(HostTime time) const {
+    for (const Setting& setting : _settings.settings())
+        _handlers.setting(time, setting);
 }
 
 void LiveSurface::handOver(const Item& item) const {
@@ -93,6 +95,8 @@ void LiveSurface::handOver(const Item& item) const {
 // What was read before the write comes before it.
 void LiveSurface::changeSetting(const Setting& setting) {
     handOver();
+    if (!_hasBegun)
+        return; // it will be among those in force
     _handlers.setting(hostTimeNow(), setting);
     _handlers.batchEnd();
 }

@@ -36,7 +36,7 @@ public:
         // The report ID first; may be empty. Valid during the call.
         std::function<void(HostTime time, std::span<const std::uint8_t> report)> report = [](auto...) {};
         std::function<void(HostTime time, float x, float y, float z)> acceleration = [](auto...) {}; // in g
-        // First each one that is in force at the start, before any report; then each later write.
+        // With the first report or sample, before it and at its time, each one that is in force; then each later write.
         std::function<void(HostTime time, const Setting& setting)> setting = [](auto...) {};
         // After some of the above, when nothing more waits.
         std::function<void()> batchEnd = [] {};
@@ -72,12 +72,14 @@ private:
 
     void add(Item item);
     void handOver();
+    void begin(HostTime time) const;
     void handOver(const Item& item) const;
     void changeSetting(const Setting& setting);
 
     EventLoop& _loop;
     const Handlers _handlers;
     SettingsSource _settings;
+    bool _hasBegun = false; // the settings in force are handed over
     std::counting_semaphore<> _room{kMostWaiting};
     Mutex _lock;
     std::vector<Item> _waiting VELTO_GUARDED_BY(_lock);

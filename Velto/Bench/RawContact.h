@@ -21,6 +21,9 @@ public:
         std::uint32_t deviceMs = 0;
     };
 
+    // `begin`: when there is no image yet.
+    explicit RawContact(const Moment& begin) noexcept : _newest(begin) {}
+
     void add(std::uint64_t ns, const InputReport::Image& image);
     // The controller has restarted, and its clock.
     void reset() noexcept { _wasReset = true; }
@@ -31,6 +34,9 @@ public:
     // The first and the newest image.
     [[nodiscard]] Moment first() const noexcept { return _first.value_or(_newest); }
     [[nodiscard]] Moment newest() const noexcept { return sinceFirst(_newest); }
+
+    // Whether a contact that began in these images has not ended.
+    [[nodiscard]] bool isInProgress() const noexcept { return _isTouching && !_beganBefore; }
 
     // Why this cannot be what was asked for; empty if it can.
     [[nodiscard]] std::string_view faultAs(const Surface::Step& asked) const;

@@ -33,8 +33,9 @@ std::unique_ptr<CaptureTarget> targetOf(const CaptureOptions& options) {
 } // namespace
 
 Capture::Capture(const CaptureOptions& options)
-    : _options(options), _watch([this](Trouble trouble) { _troubles.push_back(trouble); }), _target(targetOf(options)) {
-}
+    : _options(options), _watch([this](Trouble trouble) { _troubles.push_back(trouble); }) {}
+
+void Capture::begin() { _target = targetOf(_options); }
 
 Bench::LiveSurface::Handlers Capture::handlers(EventLoop& loop) {
     auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });

@@ -30,8 +30,11 @@ struct CaptureOptions {
 // One capture by `velto capture`, from the first frame to the figures at the end. On the loop's thread.
 class Capture {
 public:
-    // `options` outlive this. Throws std::runtime_error if the files cannot be begun.
+    // `options` outlive this.
     explicit Capture(const CaptureOptions& options);
+
+    // Before anything comes. Throws std::runtime_error if the files cannot be begun.
+    void begin();
 
     // What comes from the surface. Where a handler throws, what is written is whole.
     [[nodiscard]] Bench::LiveSurface::Handlers handlers(EventLoop& loop);
@@ -52,7 +55,7 @@ private:
     const CaptureOptions& _options;
     std::vector<Bench::Trouble> _troubles; // of the frame in progress
     Bench::TroubleWatch _watch;
-    const std::unique_ptr<CaptureTarget> _target;
+    std::unique_ptr<CaptureTarget> _target;
     std::uint64_t _reports = 0;
     HostTime _first{};
     HostTime _last{};

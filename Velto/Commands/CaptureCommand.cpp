@@ -59,6 +59,7 @@ int captureWith(const CaptureOptions& options) {
     std::optional<Bench::LiveSurface> surface;
     about(device.name(),
           [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), capture.handlers(loop)); });
+    capture.begin(); // an old recording stays if there is no device
     loop.addTimer(Files::GrowingRecording::kBetweenSyncs, [&] { capture.sync(); });
     const bool showsLine = standardOutputIsTerminal();
     if (showsLine)

@@ -73,7 +73,7 @@ std::vector<OwnFile> ownFiles(const std::string& folder) {
 
 RollingRecording::RollingRecording(std::string path, std::uint64_t largest)
     : _firstPath(std::move(path)), _largest(largest), _path(_firstPath) {
-    about(_path, [this] { _file.emplace(_path); });
+    about(_path, [this] { _file = std::make_unique<Files::GrowingRecording>(_path); });
 }
 
 void RollingRecording::append(const Frame& frame) {
@@ -96,9 +96,10 @@ void RollingRecording::sync() {
 void RollingRecording::goOn(std::uint64_t timestampNs) {
     _file->write();
     _file->sync();
-    _sizeBefore += _file->size();
     _path = unusedPath(_firstPath, ++_number);
-    _file.emplace(_path);
+    auto next = std::make_unique<Files::GrowingRecording>(_path);
+    _sizeBefore += _file->size();
+    _file = std::move(next);
     _settings.writeAt(timestampNs, [this](const Frame& setting) { _file->append(setting); });
 }
 

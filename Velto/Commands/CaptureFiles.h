@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -36,7 +37,7 @@ private:
     const std::string _firstPath;
     const std::uint64_t _largest;
     std::string _path;
-    std::optional<Files::GrowingRecording> _file;
+    std::unique_ptr<Files::GrowingRecording> _file;
     std::uint64_t _sizeBefore = 0;
     std::size_t _number = 1;
     Bench::SettingsInForce _settings;

@@ -19,6 +19,7 @@
 #include <stdexcept>
 #include <system_error>
 #include <utility>
+#include <variant>
 
 #include <fmt/format.h>
 
@@ -103,17 +104,22 @@ void shuffle(std::vector<Step>& steps, std::uint64_t seed) {
 class Session {
 public:
     Session(EventLoop& loop, const CollectOptions& options)
-        : _loop(loop), _recording(options.output),
+        : _loop(loop),
           _collector(options.asked, nanoseconds(options.pause.value_or(2)), nanoseconds(options.time.value_or(3)),
-                     {.label = [this](const Frame& label) { _recording.append(label); },
+                     {.label = [this](const Frame& label) { _recording->append(label); },
                       .change = [this] { handleChange(); }}),
-          _display(makeCollectDisplay(loop, _collector, [this](char key) { _collector.press(key); })) {
-        loop.addTimer(Files::GrowingRecording::kBetweenSyncs, [this] { _recording.sync(); });
+          _display(makeCollectDisplay(
+              loop, _collector, [this](char key) { _collector.press(key); },
+              !std::holds_alternative<PipedSurface>(options.device.surface))) {
+        loop.addTimer(Files::GrowingRecording::kBetweenSyncs, [this] { _recording->sync(); });
     }
+
+    // Before the loop runs. Throws what a GrowingRecording throws.
+    void begin(const std::string& path) { _recording.emplace(path); }
 
     [[nodiscard]] Bench::LiveSurface::Handlers handlers() {
         auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });
-        handlers.batchEnd = [this] { _recording.write(); };
+        handlers.batchEnd = [this] { _recording->write(); };
         handlers.gone = [this](const std::string& failure) {
             _failure = failure;
             _loop.stop();
@@ -123,8 +129,8 @@ public:
 
     void finish() {
         _collector.finish();
-        _recording.write();
-        _recording.sync();
+        _recording->write();
+        _recording->sync();
     }
     void closeDisplay() { _display.reset(); }
     [[nodiscard]] const Collector& collector() const noexcept { return _collector; }
@@ -134,7 +140,7 @@ private:
     static std::uint64_t nanoseconds(double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); }
 
     void add(const Frame& frame) {
-        _recording.append(frame);
+        _recording->append(frame);
         if (frame.type != Frame::Type::InputReport)
             return;
         if (const auto image = InputReport::Image::parse(frame.report.data(), frame.report.size()))
@@ -149,7 +155,7 @@ private:
     }
 
     EventLoop& _loop;
-    Files::GrowingRecording _recording;
+    std::optional<Files::GrowingRecording> _recording;
     Collector _collector;
     std::unique_ptr<CollectDisplay> _display;
     std::string _failure;
@@ -168,6 +174,7 @@ int collect(const CollectOptions& options) {
         std::optional<Bench::LiveSurface> surface;
         about(device.name(),
               [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), session->handlers()); });
+        about(options.output, [&] { session->begin(options.output); }); // an old one stays if there is no device
         try {
             loop.run();
         } catch (const ClosedPipe&) { // the last write to the standard output reports it
@@ -175,8 +182,8 @@ int collect(const CollectOptions& options) {
             throw std::runtime_error(fmt::format("{}: {}", options.output, error.what()));
         }
     }
+    session->closeDisplay(); // before a second signal ends the program
     signals.beginEnd();
-    session->closeDisplay();
     about(options.output, [&] { session->finish(); });
     const Collector& collector = session->collector();
     writeStandardOutput(fmt::format("{}: {} of {} labelled, {} spoiled\n", printable(options.output),

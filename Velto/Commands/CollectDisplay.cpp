@@ -29,8 +29,8 @@ constexpr const char* kChoice = "r repeat, n next: it was done as asked, x leave
 
 class LineDisplay final : public CollectDisplay {
 public:
-    LineDisplay(EventLoop& loop, const Collector& collector, std::function<void(char key)> press)
-        : _loop(loop), _collector(collector), _press(std::move(press)) {
+    LineDisplay(EventLoop& loop, const Collector& collector, std::function<void(char key)> press, bool hasKeys)
+        : _loop(loop), _collector(collector), _press(std::move(press)), _hasKeys(hasKeys) {
         loop.addTimer(kBeat, [this] { takeKey(); });
         announce();
     }
@@ -57,9 +57,9 @@ private:
     }
     void takeKey() {
         pollfd input{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
-        while (_collector.phase() == Phase::Decide && ::poll(&input, 1, 0) > 0) {
+        while (_collector.phase() == Phase::Decide && (!_hasKeys || ::poll(&input, 1, 0) > 0)) {
             char key = kNoMoreKeys;
-            if (::read(STDIN_FILENO, &key, 1) <= 0)
+            if (_hasKeys && ::read(STDIN_FILENO, &key, 1) <= 0)
                 key = kNoMoreKeys;
             _press(key);
         }
@@ -68,6 +68,7 @@ private:
     EventLoop& _loop;
     const Collector& _collector;
     const std::function<void(char key)> _press;
+    const bool _hasKeys;
 };
 
 class ScreenDisplay final : public CollectDisplay {
@@ -80,7 +81,7 @@ public:
                 _loop.stop();
             draw();
         });
-        loop.addTimer(kBeat, [this] { draw(); });
+        loop.addExactTimer(kBeat, [this] { draw(); });
     }
 
     void phaseChanged(const Collector& /*collector*/) override { draw(); }
@@ -159,10 +160,10 @@ std::string nameOf(const Surface::Step& gesture) {
 }
 
 std::unique_ptr<CollectDisplay> makeCollectDisplay(EventLoop& loop, const Collector& collector,
-                                                   std::function<void(char key)> press) {
-    if (standardOutputIsTerminal() && ::isatty(STDIN_FILENO) != 0)
+                                                   std::function<void(char key)> press, bool hasInput) {
+    if (standardOutputIsTerminal() && (!hasInput || ::isatty(STDIN_FILENO) != 0))
         return std::make_unique<ScreenDisplay>(loop, collector, std::move(press));
-    return std::make_unique<LineDisplay>(loop, collector, std::move(press));
+    return std::make_unique<LineDisplay>(loop, collector, std::move(press), hasInput);
 }
 
 } // namespace VeltoTouch::Velto

@@ -29,8 +29,9 @@ public:
 
 // The terminal's whole screen, where input and output are one; else lines on the standard output, and keys from the
 // standard input, one whenever there is a choice: without one, what is spoiled stays so. `press` is called with each
-// key. Before the program has other threads. Throws std::runtime_error.
+// key. `hasInput`: the standard input is free for keys; else the screen takes them from the terminal. Before the
+// program has other threads. Throws std::runtime_error.
 [[nodiscard]] std::unique_ptr<CollectDisplay> makeCollectDisplay(EventLoop& loop, const Bench::Collector& collector,
-                                                                 std::function<void(char key)> press);
+                                                                 std::function<void(char key)> press, bool hasInput);
 
 } // namespace VeltoTouch::Velto

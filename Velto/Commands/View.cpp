@@ -26,7 +26,7 @@ View::View(EventLoop& loop, Screen& screen, Bench::Observation& observation, con
     _state.keys = kKeys;
     loop.addDescriptor(screen.keys(), [this] { handleKeys(); });
     loop.addDescriptor(screen.signals(), [this] { handleSignals(); });
-    loop.addTimer(kPicture, [this] { beat(); });
+    loop.addExactTimer(kPicture, [this] { beat(); });
 }
 
 std::size_t View::shown() {

@@ -43,8 +43,9 @@ struct ViewOptions {
 // The recording's content in the order of time; the settings given take the place of its own.
 void observe(Observation& observation, const std::string& file, const std::vector<Setting>& settings) {
     const PipelineRecording recording = loadRecording(file);
+    const HostTime start(recording.frames().empty() ? 0 : recording.frames().front().timestampNs);
     for (const Setting& setting : settings)
-        observation.set({}, setting);
+        observation.set(start, setting);
     for (const Frame& frame : recording.frames()) {
         const HostTime time(frame.timestampNs);
         if (frame.type == Frame::Type::InputReport)

@@ -63,6 +63,10 @@ void EventLoop::addTimer(std::chrono::microseconds interval, Handler handler) {
     addTimer(interval, kUsualAccuracy, std::move(handler));
 }
 
+void EventLoop::addExactTimer(std::chrono::microseconds interval, Handler handler) {
+    addTimer(interval, kExactly, std::move(handler));
+}
+
 void EventLoop::addTimer(std::chrono::microseconds interval, std::uint64_t accuracyUs, Handler handler) {
     const auto elapsed = [](sd_event_source* timer, std::uint64_t, void* data) {
         auto& source = *static_cast<Source*>(data);

@@ -92,6 +92,7 @@ struct Screen::Terminal {
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
     ~Terminal() {
+        const TerminalRescue::Patience patience; // with a terminal that takes nothing
         ::endwin();
         TerminalRescue::end();
         ::delscreen(screen);
