@@ -18,7 +18,6 @@
 namespace VeltoTouch::Bus {
 namespace {
 
-
 [[noreturn]] void fail(const std::string& what) { throw std::runtime_error(what); }
 
 BusHandle connect(Which which) {
