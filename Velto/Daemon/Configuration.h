@@ -39,8 +39,8 @@ struct Configuration : ConfigurationEntries {
 };
 
 // Reads what there is. A line that is wrong is complained of and left out, all else counts; so does a setting that is
-// surely not meant, in spite of the complaint. A file that cannot be read, is larger than 16 KiB or no TOML has no effect:
-// what it said in `inForce` goes on. Does not throw because of the files' content, nor wait for a pipe's.
+// surely not meant, in spite of the complaint. A file that cannot be read, is larger than 16 KiB or no TOML has no
+// effect: what it said in `inForce` goes on. Does not throw because of the files' content, nor wait for a pipe's.
 [[nodiscard]] Configuration readConfiguration(const std::filesystem::path& folder, const Configuration& inForce = {});
 
 // Reads one file. Throws std::runtime_error if it cannot be read or is no TOML.
