@@ -42,8 +42,9 @@ public:
     void finish();
 
     [[nodiscard]] Phase phase() const noexcept { return _phase; }
-    // The gesture that is asked for now or next, from 0; as many as there are behind the last.
-    [[nodiscard]] std::size_t current() const noexcept { return _current; }
+    // The gesture that is asked for now or next, or that is to be decided on, from 0; as many as there are behind the
+    // last.
+    [[nodiscard]] std::size_t current() const noexcept { return _phase == Phase::Decide ? _attempt->number : _current; }
     [[nodiscard]] const std::vector<Surface::Step>& asked() const noexcept { return _asked; }
     // Why the last attempt is spoiled; empty if it is not.
     [[nodiscard]] const std::string& fault() const noexcept { return _fault; }

@@ -123,7 +123,7 @@ private:
             _screen.put(3, 2, fmt::format("NOW  {:.1f}", left), {.ink = Ink::Green, .isBold = true});
         else if (_collector.phase() == Phase::Decide)
             _screen.put(3, 2, "spoiled: " + _collector.fault(), {.ink = Ink::Red, .isBold = true});
-        else
+        else if (_collector.current() < _collector.asked().size())
             _screen.put(3, 2, fmt::format("in {:.1f} s", left), {.ink = Ink::Yellow});
     }
     // Below a heading of two lines.
