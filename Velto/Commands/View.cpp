@@ -29,6 +29,11 @@ View::View(EventLoop& loop, Screen& screen, Bench::Observation& observation, con
     loop.addExactTimer(kPicture, [this] { beat(); });
 }
 
+void View::say(const std::string& message) {
+    _state.message = message;
+    markChanged();
+}
+
 std::size_t View::shown() {
     if (!_paused)
         return current();

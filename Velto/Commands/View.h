@@ -31,6 +31,8 @@ protected:
     [[nodiscard]] virtual std::string settings() const = 0;
     // Behind "live" or the like; also whether it goes on.
     [[nodiscard]] virtual std::string progress() const = 0;
+    // Shows a message until the next key.
+    void say(const std::string& message);
     virtual void pause() { _paused = current(); }
     virtual void goOn() { _paused.reset(); }
 

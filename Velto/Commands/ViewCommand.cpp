@@ -56,7 +56,7 @@ void observe(Observation& observation, const std::string& file, const std::vecto
     }
 }
 
-// The newest moment of a device. When the device has gone, the view ends unless it is paused.
+// The newest moment of a device. When the device has gone, what was seen of it stays; a failure ends the view.
 class LiveView final : public View {
 public:
     LiveView(EventLoop& loop, Screen& screen, Observation& observation, const ViewOptions& options,
@@ -77,13 +77,19 @@ private:
     [[nodiscard]] std::size_t current() override { return lastMoment(); }
     [[nodiscard]] std::string settings() const override { return _surface.settings().description(); }
     [[nodiscard]] std::string progress() const override { return "live"; }
-    void goOn() override { _hasGone ? loop().stop() : View::goOn(); }
+    void goOn() override {
+        if (!_hasGone)
+            View::goOn();
+    }
 
     void end(const std::string& failure) {
         _hasGone = true;
         _failure = failure;
+        if (!isPaused() && !failure.empty())
+            return loop().stop();
         if (!isPaused())
-            loop().stop();
+            pause();
+        say("the surface has gone");
     }
 
     bool _hasGone = false;
