@@ -35,8 +35,8 @@ LiveSurface::LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device
                                 add({.time = hostTimeOf(time), .content = Acceleration{.x = x, .y = y, .z = z}});
                             },
                         .ended =
-                            [this](std::exception_ptr failure) {
-                                add({.time = hostTimeNow(), .content = End{std::move(failure)}});
+                            [this](const std::exception_ptr& failure) {
+                                add({.time = hostTimeNow(), .content = End{messageOf(failure)}});
                             },
                     });
 }
@@ -87,7 +87,7 @@ void LiveSurface::handOver(const Item& item) const {
     std::visit(Overloaded{
                    [&](const Report& report) { _handlers.report(item.time, report.bytes); },
                    [&](const Acceleration& sample) { _handlers.acceleration(item.time, sample.x, sample.y, sample.z); },
-                   [&](const End& end) { _handlers.gone(messageOf(end.failure)); },
+                   [&](const End& end) { _handlers.gone(end.failure); },
                },
                item.content);
 }

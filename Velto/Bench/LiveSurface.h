@@ -63,7 +63,7 @@ private:
         float x, y, z;
     };
     struct End {
-        std::exception_ptr failure;
+        std::string failure;
     };
     struct Item {
         HostTime time;
