@@ -68,10 +68,8 @@ public:
         : _folder(options.folder), _configuration(options.folder, std::move(trial)),
           _device(about(options.device.subject(), [&] { return connect(options.device, 1.0); })), _signals(_loop),
           _reloadSignal(_loop, [this] { reload(); }), _keyboard(options.withoutKeys ? nullptr : makeKeyboard()),
-          _keys(options.withoutKeys ? nullptr : makeKeys()),
-          _service(openService(options.plugIn, _device, [this](const Gesture& gesture) { handle(gesture); })),
+          _keys(options.withoutKeys ? nullptr : makeKeys()), _service(opened(options.plugIn)),
           _object(_loop, options.bus, servedSurface()) {
-        _device.backend().removalHandler = [this] { _loop.stop(); };
         if (_keys)
             _loop.addTimer(kLongestSilence, [this] { _keys->releaseIfSilent(); });
         _configuration.write(properties());
@@ -95,6 +93,12 @@ public:
     }
 
 private:
+    // The device may go as soon as it is open.
+    [[nodiscard]] HostedService opened(const std::string& plugIn) {
+        _device.backend().removalHandler = [this] { _loop.stop(); };
+        return openService(plugIn, _device, [this](const Gesture& gesture) { handle(gesture); });
+    }
+
     // On the host's queue.
     void handle(const Gesture& gesture) {
         const std::uint16_t key = _keys ? _keys->handle(gesture) : kNoKey;

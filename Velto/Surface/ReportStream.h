@@ -14,9 +14,8 @@ namespace VeltoTouch::Surface {
 //
 //   1.250: 01 f2 0a ...    lines: hexadecimal bytes, the report ID first, with or without blanks between; before them,
 //                          if it is known, the time in seconds and a colon. Empty lines and those with # are skipped
-//   VTR1                   these four bytes, then for each report 8 bytes of time in nanoseconds (0: not known), 2
-//   bytes
-//                          of length, and so many bytes. Numbers are little-endian
+//   VTR1                   these four bytes, then for each report 8 bytes of time in nanoseconds (0: not known),
+//                          2 bytes of length, and so many bytes. Numbers are little-endian
 class ReportStream {
 public:
     static constexpr std::size_t kLongestReport = 512;
