@@ -200,6 +200,11 @@ Command makeScoreCommand(App& program) {
         "Compares the gestures of labelled recordings with what was meant: what was\n"
         "found, missed, wrong or false, and how long the decisions took.\n"
         "\n"
+        "A touch counts for the label with which it shares most time, from 50 ms before\n"
+        "the label to 150 ms after it, and of equals for the first one: gestures that are\n"
+        "less than 200 ms apart can be taken for each other. What is in the time of a\n"
+        "label \"spoiled\" counts for nothing.\n"
+        "\n"
         "A page of --html has pictures of the 500 worst faults: those of the recordings\n"
         "with most of them. With --merge, where no recording is at hand, it has none.");
     addRecordings(*app, options->paths);

@@ -33,6 +33,9 @@ std::string causeOf(const LabelScore& label) {
         return fmt::format("moved by {}", nameOf(*label.movedBy));
     if (label.reason)
         return fmt::format("because of {}", nameOf(*label.reason));
+    if (label.taken)
+        return fmt::format("touch {} in its time counts for label {}, which is too close", label.taken->touch,
+                           label.taken->label);
     return label.result == Result::Missed && !label.touch ? "no touch" : "";
 }
 
