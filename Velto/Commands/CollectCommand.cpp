@@ -11,6 +11,7 @@
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
+#include "Velto/Surface/Blanks.h"
 #include "Velto/Surface/Random.h"
 
 #include <charconv>
@@ -56,19 +57,14 @@ struct CollectOptions {
     Bus::Which bus = Bus::Which::System;
 };
 
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = std::min(text.find_first_not_of(' '), text.size());
-    return text.substr(first, text.find_last_not_of(' ') + 1 - first);
-}
-
 // One of a plan's fields: a gesture, and how often.
 void addAsked(std::string_view field, std::vector<Step>& asked) {
-    const std::string_view text = trimmed(field);
-    const std::size_t blank = text.find(' ');
+    const std::string_view text = Surface::trimmed(field);
+    const std::size_t blank = text.find_first_of(Surface::kBlanks);
     const Step step = parseGesture(text.substr(0, blank));
     std::uint32_t count = 1;
     if (blank != std::string_view::npos) {
-        const std::string_view times = trimmed(text.substr(blank));
+        const std::string_view times = Surface::trimmed(text.substr(blank));
         const char* const end = times.data() + times.size();
         const auto [next, error] = std::from_chars(times.data() + 1, end, count);
         if (times.front() != 'x' || error != std::errc() || next != end || count == 0 || count > kMostOfAGesture)
