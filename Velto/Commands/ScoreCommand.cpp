@@ -1,3 +1,4 @@
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Analysis/ScoreLines.h"
 #include "Velto/Analysis/TouchObserver.h"
 #include "Velto/Commands/Command.h"
@@ -128,8 +129,8 @@ private:
             return false;
         }
         if (_options.mostFalse && _total.falseGestures() > *_options.mostFalse) {
-            complain("score",
-                     fmt::format("{} false gestures are more than {}", _total.falseGestures(), *_options.mostFalse));
+            complain("score", fmt::format("{} {} more than {}", counted(_total.falseGestures(), "false gesture"),
+                                          _total.falseGestures() == 1 ? "is" : "are", *_options.mostFalse));
             return false;
         }
         return true;

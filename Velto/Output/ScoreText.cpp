@@ -1,5 +1,6 @@
 #include "Velto/Output/ScoreText.h"
 
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>
@@ -15,11 +16,6 @@ std::string_view phraseOf(Result result) noexcept {
     static constexpr std::array<std::string_view, kResultNames.size()> kPhrases{
         "found", "wrong kind", "wrong region", "missed", "quiet", "false gesture"};
     return kPhrases[static_cast<std::size_t>(result)];
-}
-
-// "1 recording", "2 recordings".
-std::string counted(std::uint64_t count, std::string_view what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
 std::string causeOf(const LabelScore& label) {
