@@ -120,7 +120,8 @@ private:
         using Ink = Screen::Ink;
         const double left = _collector.secondsLeft();
         if (_collector.phase() == Phase::Ask)
-            _screen.put(3, 2, fmt::format("NOW  {:.1f}", left), {.ink = Ink::Green, .isBold = true});
+            _screen.put(3, 2, left > 0 ? fmt::format("NOW  {:.1f}", left) : "NOW  until the contact ends",
+                        {.ink = Ink::Green, .isBold = true});
         else if (_collector.phase() == Phase::Decide)
             _screen.put(3, 2, "spoiled: " + _collector.fault(), {.ink = Ink::Red, .isBold = true});
         else if (_collector.current() < _collector.asked().size())
