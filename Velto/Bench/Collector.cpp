@@ -1,5 +1,6 @@
 #include "Velto/Bench/Collector.h"
 
+#include "Plugin/Reports/Regions.h"
 #include "Velto/Analysis/Spoiled.h"
 #include "Velto/Surface/SimulatedRecording.h"
 
@@ -37,13 +38,12 @@ void Collector::report(const Frame& report) {
     const auto image = InputReport::Image::parse(report.report.data(), report.report.size());
     if (image)
         _newestImageMs = image->timestampMs;
-    if (_phase != Phase::Ask)
-        return;
+    RawContacts& contacts = _phase == Phase::Ask ? _attempt->contacts : _unasked;
     const auto event = InputReport::FirmwareEvent::parse(report.report.data(), report.report.size());
     if (event && event->event == InputReport::FirmwareEvent::kReset)
-        _attempt->contacts.reset();
+        contacts.reset();
     if (image)
-        _attempt->contacts.add(_nowNs, *image);
+        contacts.add(_nowNs, *image);
 }
 
 void Collector::press(char key) {
@@ -69,6 +69,7 @@ void Collector::finish() {
         accept();
     else if (_attempt)
         spoil(_phase == Phase::Ask ? "not finished" : _fault);
+    writeUnasked();
     enter(Phase::End);
 }
 
@@ -96,6 +97,7 @@ void Collector::enter(Phase phase) {
 void Collector::ask() {
     if (_attempt)
         accept();
+    writeUnasked();
     if (_current == _asked.size())
         return enter(Phase::End);
     _fault.clear();
@@ -111,7 +113,7 @@ void Collector::judge() {
 
 void Collector::accept() {
     const auto spans = _attempt->contacts.spansAs(_asked[_attempt->number]);
-    write(spans.front(), {});
+    write(spans.front(), labelOfAttempt(spans.front()), {});
     std::for_each(spans.begin() + 1, spans.end(), [this](const auto& span) { writeSpoiled(span, "another contact"); });
     ++_labelled;
     _attempt.reset();
@@ -123,21 +125,36 @@ void Collector::spoil(const std::string& reason) {
     _attempt.reset();
 }
 
-void Collector::writeSpoiled(const RawContacts::Span& span, std::string_view reason) {
-    write(span, {textMember("gesture", Analysis::kSpoiled),
-                 textMember("asked", nameOf(_asked[_attempt->number].action)), textMember("reason", reason)});
+Surface::Simulation::Label Collector::labelOfAttempt(const RawContacts::Span& span) const {
+    return labelOf(_asked[_attempt->number], span.start.deviceMs, span.end.deviceMs);
 }
 
-// `more`: members that take the place of those of a label of the gesture.
-void Collector::write(const RawContacts::Span& span, std::vector<Dictionary::Entry> more) {
-    const Ref<Value> label =
-        Surface::labelValue(labelOf(_asked[_attempt->number], span.start.deviceMs, span.end.deviceMs));
-    const auto members = as<Dictionary>(label)->entries();
-    more.insert(more.begin(), members.begin(), members.end());
+void Collector::writeSpoiled(const RawContacts::Span& span, std::string_view reason) {
+    Surface::Simulation::Label label = labelOfAttempt(span);
+    const std::string_view asked = std::exchange(label.gesture, Analysis::kSpoiled);
+    write(span, label, {textMember("asked", asked), textMember("reason", reason)});
+}
+
+void Collector::writeUnasked() {
+    for (const RawContacts::Span& span : std::exchange(_unasked, RawContacts({})).spans())
+        write(span,
+              {.gesture = Analysis::kSpoiled,
+               .region = nameOf(PixelRegion::None),
+               .startMs = span.start.deviceMs,
+               .endMs = span.end.deviceMs},
+              {textMember("reason", "not asked for")});
+}
+
+void Collector::write(const RawContacts::Span& span, const Surface::Simulation::Label& label,
+                      const std::vector<Dictionary::Entry>& more) {
+    const Ref<Value> value = Surface::labelValue(label);
+    const auto entries = as<Dictionary>(value)->entries();
+    std::vector<Dictionary::Entry> members(entries.begin(), entries.end());
+    members.insert(members.end(), more.begin(), more.end());
     _handlers.label({.type = Frame::Type::Metadata,
                      .timestampNs = span.start.ns,
                      .key = std::string(Surface::kLabelKey),
-                     .value = makeRef<Dictionary>(std::move(more)),
+                     .value = makeRef<Dictionary>(std::move(members)),
                      .report = {}});
 }
 

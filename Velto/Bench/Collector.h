@@ -2,6 +2,7 @@
 
 #include "Plugin/Recording/Frame.h"
 #include "Velto/Bench/RawContacts.h"
+#include "Velto/Surface/Simulation.h"
 #include "Velto/Surface/Step.h"
 
 #include <cstddef>
@@ -26,7 +27,7 @@ namespace VeltoTouch::Bench {
 // A label stands when the next gesture is asked for, until then it may be taken back. An attempt that is taken back or
 // repeated is labelled as spoiled, from when it was asked for to its end. One that looks spoiled and is accepted is
 // labelled as what was asked for; of several contacts, the one that was meant (RawContacts.h) is, and each other one as
-// spoiled. One thread.
+// spoiled, as is a contact while nothing is asked for. One thread.
 class Collector {
 public:
     enum class Phase : std::uint8_t { Pause, Ask, Decide, End };
@@ -51,6 +52,10 @@ public:
     // last.
     [[nodiscard]] std::size_t current() const noexcept { return _phase == Phase::Decide ? _attempt->number : _current; }
     [[nodiscard]] const std::vector<Surface::Step>& asked() const noexcept { return _asked; }
+    // The gesture whose label may be taken back; none if there is none.
+    [[nodiscard]] std::optional<std::size_t> last() const noexcept {
+        return _attempt && _phase == Phase::Pause ? std::optional(_attempt->number) : std::nullopt;
+    }
     // Why the last attempt is spoiled; empty if it is not.
     [[nodiscard]] const std::string& fault() const noexcept { return _fault; }
     // Of the pause, or of the time for a gesture; 0 when it is over.
@@ -70,8 +75,11 @@ private:
     void judge();
     void accept();
     void spoil(const std::string& reason);
-    void write(const RawContacts::Span& span, std::vector<Dictionary::Entry> more);
+    [[nodiscard]] Surface::Simulation::Label labelOfAttempt(const RawContacts::Span& span) const;
     void writeSpoiled(const RawContacts::Span& span, std::string_view reason);
+    void writeUnasked();
+    void write(const RawContacts::Span& span, const Surface::Simulation::Label& label,
+               const std::vector<Dictionary::Entry>& more);
 
     const std::vector<Surface::Step> _asked;
     const std::uint64_t _pauseNs;
@@ -84,6 +92,7 @@ private:
     std::size_t _current = 0;
     std::string _fault;
     std::optional<Attempt> _attempt; // in progress, or the last while its label does not stand
+    RawContacts _unasked{{}};        // since the last attempt
     std::size_t _labelled = 0;
     std::size_t _spoiled = 0;
 };

@@ -37,6 +37,13 @@ RawContacts::Moment RawContacts::sinceFirst(Moment moment) const noexcept {
     return moment;
 }
 
+std::vector<RawContacts::Span> RawContacts::spans() const {
+    std::vector<Span> spans;
+    for (const Contact& contact : _contacts)
+        spans.push_back({.start = sinceFirst(contact.span.start), .end = sinceFirst(contact.span.end)});
+    return spans;
+}
+
 std::vector<RawContacts::Span> RawContacts::spansAs(const Surface::Step& asked) const {
     if (_contacts.empty())
         return {allImages()};
@@ -46,12 +53,10 @@ std::vector<RawContacts::Span> RawContacts::spansAs(const Surface::Step& asked) 
             pressed += static_cast<std::uint64_t>(image.signal);
         return std::pair(canBe(asked, contact), pressed);
     };
-    std::vector<Span> spans;
-    for (const Contact& contact : _contacts)
-        spans.push_back({.start = sinceFirst(contact.span.start), .end = sinceFirst(contact.span.end)});
     const auto meant = std::ranges::max_element(_contacts, {}, rank) - _contacts.begin();
-    std::rotate(spans.begin(), spans.begin() + meant, spans.begin() + meant + 1);
-    return spans;
+    std::vector<Span> all = spans();
+    std::rotate(all.begin(), all.begin() + meant, all.begin() + meant + 1);
+    return all;
 }
 
 std::optional<std::uint64_t> RawContacts::endNs() const noexcept {

@@ -34,7 +34,9 @@ public:
 
     // From the first to the newest image.
     [[nodiscard]] Span allImages() const noexcept { return {.start = first(), .end = sinceFirst(_newest)}; }
-    // Of each contact, the one that was meant as `asked` first: of those that can be it, or of all if none can, the one
+    // Of each contact.
+    [[nodiscard]] std::vector<Span> spans() const;
+    // As spans(), the one that was meant as `asked` first: of those that can be it, or of all if none can, the one
     // that pressed most. Without a contact, that of all images.
     [[nodiscard]] std::vector<Span> spansAs(const Surface::Step& asked) const;
 

@@ -110,11 +110,14 @@ private:
         drawPhase();
         if (_image)
             drawPads();
-        _screen.put(kPadsRow + static_cast<int>(Util::kPadLayout.size()) + 1, 0,
-                    _collector.phase() == Phase::Decide
-                        ? kChoice
-                        : "of the last one: r repeat, x it was spoiled, n it was right    q quit and save");
+        _screen.put(kPadsRow + static_cast<int>(Util::kPadLayout.size()) + 1, 0, keys());
         std::ignore = _screen.show();
+    }
+    [[nodiscard]] std::string keys() const {
+        if (_collector.phase() == Phase::Decide)
+            return kChoice;
+        const auto last = _collector.last();
+        return last ? nameOf(_collector.asked()[*last]) + " is done: r repeat, x spoiled, n right, q quit" : "q quit";
     }
     void drawPhase() {
         using Ink = Screen::Ink;
