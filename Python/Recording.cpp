@@ -6,10 +6,10 @@
 #include "Python/Files.h"
 #include "Python/Images.h"
 #include "Python/Source.h"
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Analysis/Label.h"
 #include "Velto/Files/Writing.h"
 
-#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
@@ -28,17 +28,14 @@ py::object fileOf(const Recording& recording) {
     return recording.file().empty() ? py::none() : textOf(recording.file());
 }
 
-std::string counted(std::size_t count, std::string_view what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 std::string reprOf(const Recording& recording) {
     std::size_t images = 0;
     for (const Frame& frame : recording.frames())
         images += InputReport::Image::parse(frame.report.data(), frame.report.size()) ? 1U : 0U;
     const auto name = recording.file().empty() ? "" : " " + py::repr(fileOf(recording)).cast<std::string>();
     return fmt::format("<velto.Recording{}: {:.3f} s, {}, {}>", name, static_cast<double>(recording.durationNs()) / 1e9,
-                       counted(images, "image"), counted(Analysis::labelsOf(recording.frames()).size(), "label"));
+                       Analysis::counted(images, "image"),
+                       Analysis::counted(Analysis::labelsOf(recording.frames()).size(), "label"));
 }
 
 constexpr const char* kClass =

@@ -12,6 +12,7 @@ using namespace Analysis;
 struct Span {
     std::uint64_t startMs;
     std::uint64_t endMs;
+    const char* gesture = "tap"; // of a label
 };
 
 template <class Spanned>
@@ -22,6 +23,8 @@ std::vector<Spanned> made(const std::vector<Span>& spans) {
         all[i].endNs = spans[i].endMs * 1'000'000;
         if constexpr (std::is_same_v<Spanned, Touch>)
             all[i].number = i + 1;
+        else
+            all[i].gesture = spans[i].gesture;
     }
     return all;
 }
@@ -48,6 +51,7 @@ const PairingRow kPairingRows[]{
     {"SecondBestIsLeft", {{100, 200}, {300, 400}}, {{210, 340}, {341, 420}}, "1 2"},
     {"LongTouchBeforeShortOnes", {{100, 110}, {900, 910}}, {{0, 2000}, {890, 920}}, "1 2"},
     {"NoTouch", {{100, 200}}, {}, "-"},
+    {"SpoiledTimeIsNotWidened", {{100, 200, "spoiled"}, {300, 400}}, {{200, 201}, {250, 260}}, "1 2"},
     {"GivesWayAndMovesOn", {{0, 1000}, {100, 2000}}, {{0, 400}, {500, 1400}}, "1 2"},
 };
 

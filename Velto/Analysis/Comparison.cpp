@@ -74,6 +74,8 @@ public:
 
 private:
     void addLabel(const Label& label) {
+        if (label.isSpoiled())
+            return;
         const Touch* const a = _a.touchOf(label);
         const Touch* const b = _b.touchOf(label);
         const Change change = changeOf(isRight(resultOf(label, a)), isRight(resultOf(label, b)), a, b);

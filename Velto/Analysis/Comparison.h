@@ -45,7 +45,7 @@ struct ComparedTouch {
 };
 
 // Compares two plays of a recording, in time order: each label that has a touch in either, and each touch without one.
-// Labels of equal index are the same.
+// Spoiled labels and their touches are left out. Labels of equal index are the same.
 [[nodiscard]] std::vector<ComparedTouch> compare(const LabelledTouches& a, const LabelledTouches& b);
 
 } // namespace VeltoTouch::Analysis

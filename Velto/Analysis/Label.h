@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Plugin/Recording/Frame.h"
+#include "Velto/Analysis/Spoiled.h"
 
 #include <cstdint>
 #include <list>
@@ -23,6 +24,8 @@ struct Label {
 
     // Whether a gesture should come of it; a palm and a brush should give none.
     [[nodiscard]] bool isMeant() const noexcept { return gesture == "tap" || gesture == "hold" || gesture == "slide"; }
+    // Whether nothing is known of what was meant in its time: a score and a comparison leave its touches out.
+    [[nodiscard]] bool isSpoiled() const noexcept { return gesture == kSpoiled; }
 };
 
 // Whether a frame is a label. Frames of the key that have another form are none.

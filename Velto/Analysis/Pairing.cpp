@@ -39,12 +39,13 @@ public:
         : _touches(touches), _nextBest(labels.size()), _taken(touches.size()) {
         std::size_t first = 0; // touches before it end before the window, and before all later ones
         for (const Label& label : labels) {
-            Window window{.startNs = label.startNs - std::min(label.startNs, kBeforeNs),
-                          .endNs = label.endNs + std::min(kAfterNs, ~label.endNs)};
-            while (first < touches.size() && touches[first].endNs < window.startNs)
+            const std::uint64_t startNs = label.startNs - std::min(label.startNs, kBeforeNs);
+            const std::uint64_t endNs = label.endNs + std::min(kAfterNs, ~label.endNs);
+            while (first < touches.size() && touches[first].endNs < startNs)
                 ++first;
-            window.firstTouch = first;
-            _windows.push_back(window);
+            _windows.push_back({.startNs = label.isSpoiled() ? label.startNs : startNs,
+                                .endNs = label.isSpoiled() ? label.endNs : endNs,
+                                .firstTouch = first});
         }
         for (std::size_t label = 0; label < labels.size(); ++label) {
             for (std::optional<std::size_t> asking = label; asking;)
@@ -111,6 +112,21 @@ private:
     std::vector<std::optional<Candidate>> _taken;  // by touch
 };
 
+// Gives touches without a label the spoiled one in whose time they are.
+void addSpoiled(const std::vector<Label>& labels, const std::vector<Touch>& touches,
+                std::vector<const Label*>& byTouch) {
+    const Label* spoiled = nullptr; // of those that have begun, the one that ends last
+    auto next = labels.begin();
+    for (std::size_t touch = 0; touch < touches.size(); ++touch) {
+        for (; next != labels.end() && next->startNs <= touches[touch].endNs; ++next) {
+            if (next->isSpoiled() && (spoiled == nullptr || next->endNs > spoiled->endNs))
+                spoiled = &*next;
+        }
+        if (byTouch[touch] == nullptr && spoiled != nullptr && touches[touch].startNs <= spoiled->endNs)
+            byTouch[touch] = spoiled;
+    }
+}
+
 } // namespace
 
 const Touch* touchThatOverlapsMost(const std::vector<Touch>& touches, std::uint64_t startNs, std::uint64_t endNs) {
@@ -143,6 +159,7 @@ std::vector<const Label*> labelsByTouch(const std::vector<Label>& labels, const 
         if (byLabel[label] != nullptr)
             byTouch[byLabel[label]->number - 1] = &labels[label];
     }
+    addSpoiled(labels, touches, byTouch);
     return byTouch;
 }
 

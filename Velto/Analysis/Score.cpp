@@ -2,7 +2,6 @@
 
 #include "Velto/Analysis/NearestRank.h"
 #include "Velto/Analysis/Pairing.h"
-#include "Velto/Analysis/Spoiled.h"
 
 #include <algorithm>
 #include <utility>
@@ -69,8 +68,45 @@ MovedBy movedBy(const Touch& touch) {
     return by;
 }
 
-bool overlaps(const Label& label, const Touch& touch) noexcept {
-    return touch.startNs <= label.endNs && touch.endNs >= label.startNs;
+LabelScore labelScoreOf(const Label& label, const Touch* touch) {
+    LabelScore score{.label = label.index,
+                     .gesture = label.gesture,
+                     .region = label.region,
+                     .endRegion = label.endRegion,
+                     .startNs = label.startNs,
+                     .endNs = label.endNs,
+                     .result = resultOf(label, touch)};
+    if (touch == nullptr)
+        return score;
+    score.touch = touch->number;
+    score.reason = touch->reason();
+    if (score.result == Result::Found)
+        score.delayMs = delayMsOf(label, *touch);
+    else if (score.result == Result::WrongRegion)
+        score.movedBy = movedBy(*touch);
+    else if (score.result == Result::WrongKind) {
+        score.became = touch->outcome;
+        score.decidedBy = decisionOn(*touch);
+    }
+    return score;
+}
+
+// What is in the time of a label without a touch: another label has it.
+std::optional<LabelScore::Taken> takenFrom(const Label& label, const std::vector<Touch>& touches,
+                                           const std::vector<const Label*>& byTouch) {
+    const auto touch = std::ranges::lower_bound(touches, label.startNs, {}, &Touch::endNs);
+    if (touch == touches.end() || touch->startNs > label.endNs)
+        return std::nullopt;
+    return LabelScore::Taken{.touch = touch->number,
+                             .label = byTouch[static_cast<std::size_t>(touch - touches.begin())]->index};
+}
+
+Stray strayOf(const Touch& touch) {
+    return {.touch = touch.number,
+            .gesture = touch.outcome,
+            .region = touch.region,
+            .startNs = touch.startNs,
+            .endNs = touch.endNs};
 }
 
 } // namespace
@@ -88,45 +124,21 @@ Result resultOf(const Label& label, const Touch* touch) {
 }
 
 RecordingScore scoreOf(const std::vector<Label>& labels, const std::vector<Touch>& touches) {
+    const std::vector<const Label*> byTouch = labelsByTouch(labels, touches);
+    std::vector<const Touch*> byLabel(labels.size(), nullptr); // of a spoiled one, any
     RecordingScore score;
-    const std::vector<const Touch*> paired = pair(labels, touches);
-    std::vector<bool> isLabelled(touches.size(), false);
-    for (std::size_t i = 0; i < labels.size(); ++i) {
-        const Label& label = labels[i];
-        if (label.gesture == kSpoiled) {
-            for (const Touch& touch : touches)
-                isLabelled[touch.number - 1] = isLabelled[touch.number - 1] || overlaps(label, touch);
-            continue;
-        }
-        LabelScore one{.label = label.index,
-                       .gesture = label.gesture,
-                       .region = label.region,
-                       .endRegion = label.endRegion,
-                       .startNs = label.startNs,
-                       .endNs = label.endNs,
-                       .result = resultOf(label, paired[i])};
-        if (const Touch* const touch = paired[i]) {
-            isLabelled[touch->number - 1] = true;
-            one.touch = touch->number;
-            one.reason = touch->reason();
-            if (one.result == Result::Found)
-                one.delayMs = delayMsOf(label, *touch);
-            else if (one.result == Result::WrongRegion)
-                one.movedBy = movedBy(*touch);
-            else if (one.result == Result::WrongKind) {
-                one.became = touch->outcome;
-                one.decidedBy = decisionOn(*touch);
-            }
-        }
-        score.labels.push_back(std::move(one));
+    for (std::size_t i = 0; i < touches.size(); ++i) {
+        if (byTouch[i] != nullptr)
+            byLabel[static_cast<std::size_t>(byTouch[i] - labels.data())] = &touches[i];
+        else if (isGesture(touches[i]))
+            score.strays.push_back(strayOf(touches[i]));
     }
-    for (const Touch& touch : touches) {
-        if (!isLabelled[touch.number - 1] && isGesture(touch))
-            score.strays.push_back({.touch = touch.number,
-                                    .gesture = touch.outcome,
-                                    .region = touch.region,
-                                    .startNs = touch.startNs,
-                                    .endNs = touch.endNs});
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        if (labels[i].isSpoiled())
+            continue;
+        score.labels.push_back(labelScoreOf(labels[i], byLabel[i]));
+        if (score.labels.back().result == Result::Missed && byLabel[i] == nullptr)
+            score.labels.back().taken = takenFrom(labels[i], touches, byTouch);
     }
     return score;
 }

@@ -39,6 +39,12 @@ inline constexpr std::array<std::string_view, 6> kResultNames{"found",  "wrongKi
 [[nodiscard]] Result resultOf(const Label& label, const Touch* touch);
 
 struct LabelScore {
+    // A touch in the time of a label that has none, and the label that it was paired with.
+    struct Taken {
+        std::size_t touch = 0;
+        std::size_t label = 0;
+    };
+
     std::size_t label = 0; // its index
     std::string gesture;
     std::string region;
@@ -52,6 +58,7 @@ struct LabelScore {
     std::optional<Outcome> became = {};    // the other kind, if it is wrong
     std::optional<Check> decidedBy = {};   // the check that made it so; none if a setting changed within the touch
     std::optional<double> delayMs = {};    // if found: from the label's start to the hold, from its end to the tap
+    std::optional<Taken> taken = {};       // if missed without a touch because of another label
 };
 
 // A tap or hold that nobody meant.
@@ -71,7 +78,8 @@ struct RecordingScore {
     std::string error = {}; // why it could not be scored; empty if it was
 };
 
-// Returns the scores of a recording's labels, in their order, and its strays.
+// Returns the scores of a recording's labels, in their order, and its strays. Spoiled labels and their touches are left
+// out. Both lists are in time order.
 [[nodiscard]] RecordingScore scoreOf(const std::vector<Label>& labels, const std::vector<Touch>& touches);
 
 // Counts over many recordings. The memory of a total grows with the delays alone, 8 bytes a gesture that was found.

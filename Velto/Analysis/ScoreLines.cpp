@@ -37,15 +37,21 @@ std::string kindMembers(const LabelScore& label) {
                            : "null");
 }
 
+// Who has the touch that a label lacks; empty for others.
+std::string takenMember(const LabelScore& label) {
+    return label.taken ? fmt::format(R"(,"takenBy":{{"touch":{},"label":{}}})", label.taken->touch, label.taken->label)
+                       : std::string();
+}
+
 void appendLabel(std::string& text, const std::string& file, const LabelScore& label) {
     fmt::format_to(std::back_inserter(text),
                    R"({{"kind":"label"{},"label":{},"gesture":{},"region":{},"endRegion":{},"startNs":{},"endNs":{},)"
-                   R"("result":"{}","touch":{},"reason":{},"movedBy":{}{},"delayMs":{}}})"
+                   R"("result":"{}","touch":{},"reason":{},"movedBy":{}{}{},"delayMs":{}}})"
                    "\n",
                    file, label.label, quoted(label.gesture), quoted(label.region),
                    label.endRegion.empty() ? "null" : quoted(label.endRegion), label.startNs, label.endNs,
                    nameOf(label.result), orNull(label.touch), nameOrNull(label.reason), nameOrNull(label.movedBy),
-                   kindMembers(label), orNull(label.delayMs));
+                   kindMembers(label), takenMember(label), orNull(label.delayMs));
 }
 
 void appendStray(std::string& text, const std::string& file, const Stray& stray) {
@@ -89,6 +95,14 @@ std::optional<Check> decisionIn(const Dictionary& line) {
                  .bound = require(doubleUnder(*check, "bound"))};
 }
 
+std::optional<LabelScore::Taken> takenIn(const Dictionary& line) {
+    const auto* taken = as<Dictionary>(line.find("takenBy"));
+    if (taken == nullptr)
+        return std::nullopt;
+    return LabelScore::Taken{.touch = require(unsignedUnder(*taken, "touch")),
+                             .label = require(unsignedUnder(*taken, "label"))};
+}
+
 LabelScore labelIn(const Dictionary& line) {
     return {.label = require(unsignedUnder(line, "label")),
             .gesture = require(textUnder(line, "gesture")),
@@ -102,7 +116,8 @@ LabelScore labelIn(const Dictionary& line) {
             .movedBy = valueUnder<MovedBy>(line, "movedBy", kMovedByNames.size()),
             .became = valueUnder<Outcome>(line, "became", kOutcomeNames.size()),
             .decidedBy = decisionIn(line),
-            .delayMs = doubleUnder(line, "delayMs")};
+            .delayMs = doubleUnder(line, "delayMs"),
+            .taken = takenIn(line)};
 }
 
 Stray strayIn(const Dictionary& line) {

@@ -1,5 +1,6 @@
 #include "Velto/Commands/Capture.h"
 
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
+using Analysis::counted;
 using Bench::Trouble;
 
 std::string sizeText(std::uint64_t bytes) {
@@ -49,11 +51,11 @@ Bench::LiveSurface::Handlers Capture::handlers(EventLoop& loop) {
 
 std::string Capture::line() const {
     const auto seconds = static_cast<std::uint64_t>(duration().count());
-    std::string text =
-        fmt::format("{}:{:02}:{:02}  {} reports  {:.1f}/s  {}  {} gaps", seconds / 3600, seconds / 60 % 60,
-                    seconds % 60, _reports, rateHz(), sizeText(_target->size()), _watch.count(Trouble::Gap));
+    std::string text = fmt::format("{}:{:02}:{:02}  {}  {:.1f}/s  {}  {}", seconds / 3600, seconds / 60 % 60,
+                                   seconds % 60, counted(_reports, "report"), rateHz(), sizeText(_target->size()),
+                                   counted(_watch.count(Trouble::Gap), "gap"));
     if (const auto recordings = _target->recordings())
-        text += fmt::format("  {} recordings", *recordings);
+        text += "  " + counted(*recordings, "recording");
     return text;
 }
 

@@ -11,6 +11,7 @@
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
+#include "Velto/Surface/Blanks.h"
 #include "Velto/Surface/Random.h"
 
 #include <charconv>
@@ -34,10 +35,15 @@ constexpr const char* kCollectText =
     "\n"
     "PLAN is GESTURE:REGION xN,...: gestures and places as in velto label --help. A label is as\n"
     "long as the contact, found without the recognizer: from the first report in which a pad's\n"
-    "signal exceeds the noise floor to the first in which none does. What looks spoiled (no\n"
-    "contact, more than one, the wrong region) may be repeated (r), accepted as done (n) or left\n"
-    "(x). What is repeated or left is labelled \"spoiled\", from the asking to its end; a score\n"
-    "leaves that time out. q ends and saves; until then each second is safe, as with velto capture.\n"
+    "signal exceeds the noise floor to the first in which none does. It goes on when the pads\n"
+    "have been quiet for half a second after a contact; one that lasts ten seconds longer than\n"
+    "--time does not end, as of a stuck pad.\n"
+    "\n"
+    "What looks spoiled (no contact, more than one, the wrong region) may be repeated (r), accepted\n"
+    "as done (n) or left (x). What is repeated or left is labelled \"spoiled\", from the asking to\n"
+    "its end; a score leaves that time out. Of several contacts that are accepted, the one that\n"
+    "pressed most in the right region is labelled as the gesture, and each other one as spoiled, like\n"
+    "a contact while nothing is asked for. q ends and saves; until then each second is safe, as with velto capture.\n"
     "\n"
     "Without a terminal it writes lines and takes a key of the standard input for each choice.";
 
@@ -56,19 +62,14 @@ struct CollectOptions {
     Bus::Which bus = Bus::Which::System;
 };
 
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = std::min(text.find_first_not_of(' '), text.size());
-    return text.substr(first, text.find_last_not_of(' ') + 1 - first);
-}
-
 // One of a plan's fields: a gesture, and how often.
 void addAsked(std::string_view field, std::vector<Step>& asked) {
-    const std::string_view text = trimmed(field);
-    const std::size_t blank = text.find(' ');
+    const std::string_view text = Surface::trimmed(field);
+    const std::size_t blank = text.find_first_of(Surface::kBlanks);
     const Step step = parseGesture(text.substr(0, blank));
     std::uint32_t count = 1;
     if (blank != std::string_view::npos) {
-        const std::string_view times = trimmed(text.substr(blank));
+        const std::string_view times = Surface::trimmed(text.substr(blank));
         const char* const end = times.data() + times.size();
         const auto [next, error] = std::from_chars(times.data() + 1, end, count);
         if (times.front() != 'x' || error != std::errc() || next != end || count == 0 || count > kMostOfAGesture)

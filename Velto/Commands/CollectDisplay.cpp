@@ -110,17 +110,21 @@ private:
         drawPhase();
         if (_image)
             drawPads();
-        _screen.put(kPadsRow + static_cast<int>(Util::kPadLayout.size()) + 1, 0,
-                    _collector.phase() == Phase::Decide
-                        ? kChoice
-                        : "of the last one: r repeat, x it was spoiled, n it was right    q quit and save");
+        _screen.put(kPadsRow + static_cast<int>(Util::kPadLayout.size()) + 1, 0, keys());
         std::ignore = _screen.show();
+    }
+    [[nodiscard]] std::string keys() const {
+        if (_collector.phase() == Phase::Decide)
+            return kChoice;
+        const auto last = _collector.last();
+        return last ? nameOf(_collector.asked()[*last]) + " is done: r repeat, x spoiled, n right, q quit" : "q quit";
     }
     void drawPhase() {
         using Ink = Screen::Ink;
         const double left = _collector.secondsLeft();
         if (_collector.phase() == Phase::Ask)
-            _screen.put(3, 2, fmt::format("NOW  {:.1f}", left), {.ink = Ink::Green, .isBold = true});
+            _screen.put(3, 2, left > 0 ? fmt::format("NOW  {:.1f}", left) : "NOW  until the contact ends",
+                        {.ink = Ink::Green, .isBold = true});
         else if (_collector.phase() == Phase::Decide)
             _screen.put(3, 2, "spoiled: " + _collector.fault(), {.ink = Ink::Red, .isBold = true});
         else if (_collector.current() < _collector.asked().size())

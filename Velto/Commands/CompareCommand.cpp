@@ -202,7 +202,8 @@ Command makeCompareCommand(App& program) {
                                   "fixed, what is broken, and why.\n"
                                   "\n"
                                   "In a recording with labels nothing was meant by a touch without one: a tap\n"
-                                  "or hold of such a touch that goes is fixed, one that comes is broken.\n"
+                                  "or hold of such a touch that goes is fixed, one that comes is broken. Labels\n"
+                                  "\"spoiled\" and the touches in their time are left out.\n"
                                   "\n"
                                   "Without settings, PATHs are two results of velto explain --jsonl, of the\n"
                                   "same recordings; a page of --html then has no pictures.");

@@ -1,6 +1,7 @@
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
 #include "Plugin/Recording/ContainerReader.h"
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Analysis/Replay.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Disturbances.h"
@@ -95,8 +96,9 @@ std::string asText(const std::string& file, const Info& info) {
             line("", disturbance);
     };
     line("version", fmt::format("{}", info.version));
-    line("frames", fmt::format("{} ({} settings, {} input reports, {} metadata)", info.counts.frames,
-                               info.framesByType[0], info.framesByType[1], info.framesByType[2]));
+    line("frames",
+         fmt::format("{} ({}, {}, {} metadata)", info.counts.frames, Analysis::counted(info.framesByType[0], "setting"),
+                     Analysis::counted(info.framesByType[1], "input report"), info.framesByType[2]));
     line("duration", fmt::format("{:.3f} s", Seconds(info.counts.duration).count()));
     line("images", fmt::format("{}", info.counts.images));
     using enum Replay::Disturbance::Kind;

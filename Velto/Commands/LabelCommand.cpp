@@ -28,8 +28,9 @@ constexpr const char* kLabelText =
     "\n"
     "LABEL is GESTURE:REGION@START+LENGTH: the gestures are tap, hold, slide, brush and palm,\n"
     "places as in velto simulate --help, seconds from the recording's first frame. A palm has\n"
-    "no region: palm@3+1. Numbers are those that velto label lists, before the edit. Without\n"
-    "-o the file itself is edited, whole or not at all; all else in it stays as it is.";
+    "no region: palm@3+1, nor has a time in which nothing counts: spoiled@3+1. Numbers are\n"
+    "those that velto label lists, before the edit. Without -o the file itself is edited,\n"
+    "whole or not at all; all else in it stays as it is.";
 
 struct LabelOptions {
     std::string file;

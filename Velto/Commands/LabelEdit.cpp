@@ -1,6 +1,7 @@
 #include "Velto/Commands/LabelEdit.h"
 
 #include "Plugin/Reports/InputReport.h"
+#include "Plugin/Reports/Regions.h"
 #include "Velto/Analysis/Label.h"
 #include "Velto/Surface/SimulatedRecording.h"
 
@@ -79,7 +80,10 @@ std::uint32_t deviceTimeMs(const std::list<Frame>& frames, std::uint64_t timesta
 }
 
 // Of two members of a name the later one holds.
-Ref<Value> valueOf(const SaidLabel& label, std::uint32_t startMs, const Ref<Value>& old) {
+Ref<Value> valueOf(const SaidLabel& said, std::uint32_t startMs, const Ref<Value>& old) {
+    Surface::Simulation::Label label = said.label;
+    label.startMs = startMs;
+    label.endMs = startMs + said.lengthMs;
     std::vector<Dictionary::Entry> entries;
     const auto add = [&entries](const Ref<Value>& value) {
         if (const auto* dictionary = as<Dictionary>(value); dictionary != nullptr)
@@ -87,7 +91,7 @@ Ref<Value> valueOf(const SaidLabel& label, std::uint32_t startMs, const Ref<Valu
     };
     add(old);
     std::erase_if(entries, [](const Dictionary::Entry& entry) { return entry.key == "endRegion"; });
-    add(Surface::labelValue(labelOf(label.step, startMs, startMs + label.lengthMs)));
+    add(Surface::labelValue(label));
     return makeRef<Dictionary>(std::move(entries));
 }
 
@@ -125,14 +129,16 @@ SaidLabel parseLabel(std::string_view text) {
     const double length = std::round(readSeconds(text, text.substr(plus + 1)) * 1e3);
     if (length < 1 || length > std::numeric_limits<std::uint32_t>::max())
         refuse(text, "the length is 0.001 to 4294967.295 seconds");
-    Surface::Step step;
+    const std::string_view gesture = text.substr(0, at);
+    Surface::Simulation::Label label{.gesture = Analysis::kSpoiled, .region = nameOf(PixelRegion::None)};
     try {
-        step = parseGesture(text.substr(0, at));
+        if (gesture != Analysis::kSpoiled)
+            label = labelOf(parseGesture(gesture), 0, 0);
     } catch (const std::invalid_argument& error) {
         refuse(text, error.what());
     }
     return {.text = std::string(text),
-            .step = step,
+            .label = label,
             .startNs = static_cast<std::uint64_t>(std::llround(start * 1e9)),
             .lengthMs = static_cast<std::uint32_t>(length)};
 }

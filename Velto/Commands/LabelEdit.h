@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Plugin/Recording/Frame.h"
+#include "Velto/Surface/Simulation.h"
 #include "Velto/Surface/Step.h"
 
 #include <cstddef>
@@ -15,12 +16,12 @@
 
 namespace VeltoTouch::Velto {
 
-// A label as the command line says it, GESTURE:REGION@START+LENGTH.
+// A label as the command line says it, GESTURE:REGION@START+LENGTH or spoiled@START+LENGTH.
 struct SaidLabel {
-    std::string text; // as given
-    Surface::Step step;
-    std::uint64_t startNs = 0;  // from the recording's first frame
-    std::uint32_t lengthMs = 0; // at least 1
+    std::string text;                   // as given
+    Surface::Simulation::Label label{}; // without its times
+    std::uint64_t startNs = 0;          // from the recording's first frame
+    std::uint32_t lengthMs = 0;         // at least 1
 };
 
 // Throw std::invalid_argument with what is wrong. A gesture is GESTURE:REGION.

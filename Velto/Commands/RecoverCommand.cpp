@@ -1,4 +1,5 @@
 #include "Plugin/Recording/ContainerWriter.h"
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Analysis/Recovery.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Options/RecordingFiles.h"
@@ -15,6 +16,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
+using Analysis::counted;
 using Analysis::Recovery;
 
 constexpr std::size_t kMostListed = 10; // stretches, for people
@@ -40,7 +42,7 @@ std::string asText(const std::string& file, const Recovery& recovery) {
     const std::size_t frames = recovery.frames.size();
     const std::size_t stretches = recovery.lost.size();
     std::string text = coloured(Colour::Bold, printable(file)) + "\n";
-    text += fmt::format("  saved {} frame{} of version {}\n", frames, frames == 1 ? "" : "s", recovery.version);
+    text += fmt::format("  saved {} of version {}\n", counted(frames, "frame"), recovery.version);
     text += stretches == 0 ? "  lost nothing\n"
                            : fmt::format("  lost {} stretch{} of the text\n", stretches, stretches == 1 ? "" : "es");
     for (std::size_t i = 0; i < std::min(recovery.lost.size(), kMostListed); ++i) {

@@ -1,5 +1,6 @@
 #include "Platform/JSON.h"
 #include "Plugin/Shared/Keys.h"
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Analysis/Replay.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Options/KeyOptions.h"
@@ -17,6 +18,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
+using Analysis::counted;
 using Analysis::Replay;
 
 struct ReplayOptions {
@@ -84,8 +86,8 @@ std::string summaryLine(const std::string& inFile, Replay& replay) {
 
 std::string summaryText(const Replay& replay, const GestureText& gestures) {
     const auto& counts = replay.counts();
-    return fmt::format("  {} frames, {} images, {} invalid reports, {} events\n", counts.frames, counts.images,
-                       counts.invalidReports, counts.events) +
+    return fmt::format("  {}, {}, {}, {}\n", counted(counts.frames, "frame"), counted(counts.images, "image"),
+                       counted(counts.invalidReports, "invalid report"), counted(counts.events, "event")) +
            gestures.summary();
 }
 

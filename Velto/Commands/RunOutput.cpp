@@ -1,6 +1,7 @@
 #include "Velto/Commands/RunOutput.h"
 
 #include "Platform/JSON.h"
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 
@@ -54,7 +55,9 @@ void RunOutput::appendLines(std::string& text, const Ending& ending) const {
 }
 
 void RunOutput::appendTable(std::string& text, const Ending& ending) const {
-    text += fmt::format("  {} reports, {} events\n", ending.reports, _events) + _gestures->summary();
+    text +=
+        fmt::format("  {}, {}\n", Analysis::counted(ending.reports, "report"), Analysis::counted(_events, "event")) +
+        _gestures->summary();
     for (const auto& [key, value] : ending.properties)
         text += printable(fmt::format("  {} = {}", key, JSON::text(value.get()))) + "\n";
 }

@@ -1,3 +1,4 @@
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Analysis/ScoreLines.h"
 #include "Velto/Analysis/TouchObserver.h"
 #include "Velto/Commands/Command.h"
@@ -128,8 +129,8 @@ private:
             return false;
         }
         if (_options.mostFalse && _total.falseGestures() > *_options.mostFalse) {
-            complain("score",
-                     fmt::format("{} false gestures are more than {}", _total.falseGestures(), *_options.mostFalse));
+            complain("score", fmt::format("{} {} more than {}", counted(_total.falseGestures(), "false gesture"),
+                                          _total.falseGestures() == 1 ? "is" : "are", *_options.mostFalse));
             return false;
         }
         return true;
@@ -199,6 +200,11 @@ Command makeScoreCommand(App& program) {
         "score", {"velto score recordings/", "velto score recordings/ --min-recall 0.98 --max-false 5"},
         "Compares the gestures of labelled recordings with what was meant: what was\n"
         "found, missed, wrong or false, and how long the decisions took.\n"
+        "\n"
+        "A touch counts for the label with which it shares most time, from 50 ms before\n"
+        "the label to 150 ms after it, and of equals for the first one: gestures that are\n"
+        "less than 200 ms apart can be taken for each other. What is in the time of a\n"
+        "label \"spoiled\" counts for nothing.\n"
         "\n"
         "A page of --html has pictures of the 500 worst faults: those of the recordings\n"
         "with most of them. With --merge, where no recording is at hand, it has none.");

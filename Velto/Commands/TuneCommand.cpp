@@ -1,5 +1,6 @@
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Analysis/Tuning.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/PagePlay.h"
@@ -151,7 +152,8 @@ std::string asText(const Answer& answer) {
             text += row(tuned.points[i], settingsText(answer.points[i]));
     }
     if (onFront > kMostShown)
-        text += fmt::format("  ... and {} more points of the front (--jsonl has all)\n", onFront - kMostShown);
+        text +=
+            fmt::format("  ... and {} of the front (--jsonl has all)\n", counted(onFront - kMostShown, "more point"));
     text += row(tuned.present, settingsText(answer.present) + "  (present)");
     return text + "\n" + conclusion(answer);
 }

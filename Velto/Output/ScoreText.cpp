@@ -1,5 +1,6 @@
 #include "Velto/Output/ScoreText.h"
 
+#include "Velto/Analysis/Counted.h"
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>
@@ -17,11 +18,6 @@ std::string_view phraseOf(Result result) noexcept {
     return kPhrases[static_cast<std::size_t>(result)];
 }
 
-// "1 recording", "2 recordings".
-std::string counted(std::uint64_t count, std::string_view what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 std::string causeOf(const LabelScore& label) {
     if (label.became)
         return fmt::format("became {}{}", nameOf(*label.became),
@@ -33,6 +29,9 @@ std::string causeOf(const LabelScore& label) {
         return fmt::format("moved by {}", nameOf(*label.movedBy));
     if (label.reason)
         return fmt::format("because of {}", nameOf(*label.reason));
+    if (label.taken)
+        return fmt::format("touch {} in its time counts for label {}, which is too close", label.taken->touch,
+                           label.taken->label);
     return label.result == Result::Missed && !label.touch ? "no touch" : "";
 }
 

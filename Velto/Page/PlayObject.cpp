@@ -74,7 +74,7 @@ void PlayObject::addLabels(const Play& play) {
              fmt::format(R"({{"index":{},"startNs":{},"endNs":{},"gesture":{},"region":{},"endRegion":{},)"
                          R"("result":"{}","isRight":{},"ofTouch":{}}})",
                          label.index, label.startNs, label.endNs, quoted(label.gesture), quoted(label.region),
-                         quoted(label.endRegion), nameOf(result), isRight(result),
+                         quoted(label.endRegion), nameOf(result), label.isSpoiled() || isRight(result),
                          touches[i] == nullptr ? 0 : touches[i]->number)});
     }
 }

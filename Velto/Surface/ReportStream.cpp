@@ -1,5 +1,7 @@
 #include "Velto/Surface/ReportStream.h"
 
+#include "Velto/Surface/Blanks.h"
+
 #include <algorithm>
 #include <charconv>
 #include <stdexcept>
@@ -11,7 +13,6 @@ namespace VeltoTouch::Surface {
 namespace {
 
 constexpr std::string_view kMagic = "VTR1";
-constexpr std::string_view kBlanks = " \t\r";
 constexpr std::size_t kTimeLength = 8;
 constexpr std::size_t kHeaderLength = kTimeLength + 2;
 constexpr std::size_t kLongestLine = 4096;
@@ -19,11 +20,6 @@ constexpr std::size_t kMostSeconds = 10; // digits; three hundred years
 constexpr std::size_t kDecimals = 9;
 
 [[noreturn]] void refuse(std::string_view what) { throw std::invalid_argument(std::string(what)); }
-
-std::string_view trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(kBlanks);
-    return first == std::string_view::npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
 
 // To the nanosecond.
 std::uint64_t timeOf(std::string_view text) {
