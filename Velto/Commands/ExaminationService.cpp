@@ -82,12 +82,16 @@ Finding findingOf(const Bus::UnitState& state, const std::string& unit, const st
 
 std::string Examination::unit() const { return fmt::format("velto-touch@{}.service", Bus::elementOf(_device)); }
 
+std::string Examination::commandLine(std::string_view subcommand) const {
+    return fmt::format("velto {}{}{}", subcommand, isOnSystemBus() ? "" : " --user",
+                       _served.size() > 1 ? " --device " + _device : "");
+}
+
 Finding Examination::notServed() const {
-    const bool isSystems = _options.served.bus == Bus::Which::System;
-    const std::string serve =
-        fmt::format("{}velto serve {}--device {}", isSystems ? "sudo " : "", isSystems ? "" : "--user ", _device);
+    const std::string serve = isOnSystemBus() ? fmt::format("sudo velto serve --device {}", _device)
+                                              : fmt::format("velto serve --user --device {}", _device);
     const Obstacle obstacle = hasNode() ? obstacleToKeyboard() : Obstacle();
-    const auto state = isSystems && hasNode() ? Bus::stateOfUnit(unit()) : std::nullopt;
+    const auto state = isOnSystemBus() && hasNode() ? Bus::stateOfUnit(unit()) : std::nullopt;
     if (state)
         return findingOf(*state, unit(), serve, obstacle);
     return {.verdict = No,
@@ -95,21 +99,16 @@ Finding Examination::notServed() const {
             .advice = obstacle.advice + serve};
 }
 
-// By the reason why there was no answer.
-std::string Examination::howToBeAnswered(std::string_view reason) const {
-    if (reason.starts_with("not allowed"))
-        return "sit at the machine, or sudo velto doctor";
-    return hasNode() && _options.served.bus == Bus::Which::System ? "sudo systemctl restart " + unit()
-                                                                  : "end velto serve and start it again";
+std::string Examination::howToRestart() const {
+    return hasNode() && isOnSystemBus() ? "sudo systemctl restart " + unit() : "end velto serve and start it again";
 }
 
 Finding Examination::service() {
     if (!_busFailure.empty())
         return {.verdict = No,
                 .text = _busFailure,
-                .advice = _options.served.bus == Bus::Which::System
-                              ? "sudo systemctl start dbus; velto run --device surface needs none"
-                              : "log in, or leave out --user for the system's bus"};
+                .advice = isOnSystemBus() ? "sudo systemctl start dbus; velto run --device surface needs none"
+                                          : "log in, or leave out --user for the system's bus"};
     if (!isServed())
         return notServed();
     std::string version;
@@ -117,7 +116,10 @@ Finding Examination::service() {
         _client.emplace(_options.served.bus, _device);
         version = textOf(_client->getObjectProperty("Version"));
     } catch (const std::runtime_error& error) {
-        return {.verdict = No, .text = error.what(), .advice = howToBeAnswered(error.what())};
+        const bool isRefused = std::string_view(error.what()).starts_with("not allowed");
+        return {.verdict = No,
+                .text = error.what(),
+                .advice = isRefused ? "sit at the machine, or sudo " + commandLine("doctor") : howToRestart()};
     }
     try {
         const std::string since = timeOf(_client->getObjectProperty("Since"));
@@ -126,7 +128,7 @@ Finding Examination::service() {
     } catch (const std::runtime_error&) {
         return {.verdict = No,
                 .text = fmt::format("the service of version {} is older than this program", version),
-                .advice = "sudo systemctl restart " + unit()};
+                .advice = howToRestart()};
     }
 }
 
