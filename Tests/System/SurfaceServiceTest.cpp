@@ -79,7 +79,7 @@ TEST(SurfaceServiceTest, OneThatHangsStartsAgainAndOneThatHasNothingToDoDoesNotH
     EXPECT_EQ(shell("systemctl daemon-reload").status, 0);
 }
 
-// Each stage is broken and mended again.
+// Each stage is broken, and what the last one advises mends them all.
 TEST(SurfaceServiceTest, TheDoctorSaysWhatIsWrong) {
     KernelNews news;
     ServedSurface surface;
@@ -98,12 +98,10 @@ TEST(SurfaceServiceTest, TheDoctorSaysWhatIsWrong) {
     EXPECT_THAT(doctor("chgrp root /dev/uinput && systemctl start --no-block " + unit + " && sleep 1"),
                 AllOf(HasSubstr(unit + " does not come up (exit-code), and /dev/uinput does not belong to the group"),
                       HasSubstr("          sudo udevadm trigger")));
-    EXPECT_THAT(doctor("systemctl stop " + unit + " && systemctl mask --runtime " + unit), HasSubstr(" is masked\n"));
-    EXPECT_EQ(shell("systemctl unmask --runtime " + unit +
-                    " && chgrp velto-uinput /dev/uinput && systemctl reset-failed " + unit + "; systemctl start " +
-                    unit)
-                  .status,
-              0);
+    const std::string page = doctor("systemctl stop " + unit + " && systemctl mask --runtime " + unit);
+    EXPECT_THAT(page, HasSubstr(" is masked\n"));
+    const std::string advice = page.substr(page.rfind("  sudo "));
+    EXPECT_EQ(shell("sudo() { \"$@\"; }; " + advice).status, 0) << advice;
     EXPECT_THAT(doctor("true"), HasSubstr("no reports come (0 since the start)"));
 }
 

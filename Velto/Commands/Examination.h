@@ -47,6 +47,9 @@ public:
     [[nodiscard]] Finding key();
     [[nodiscard]] Finding readers() const;
 
+    // What a user without rights does.
+    [[nodiscard]] static std::string howToJoin();
+
 private:
     [[nodiscard]] bool hasNode() const noexcept { return _device.starts_with('/'); }
     [[nodiscard]] bool isServed() const;

@@ -68,10 +68,7 @@ bool isMember(gid_t group) {
 
 std::string howToGetTheRight(const struct stat& status) {
     if (groupOf(status) == kGroup)
-        return isMember(status.st_gid) ? "you have joined the group velto since you logged in: log in again"
-                                       : fmt::format("join the group velto (sudo adduser {} velto, then log in again) "
-                                                     "or run as root",
-                                                     nameOfUser(::geteuid()));
+        return Examination::howToJoin();
     if (::getgrnam(kGroup) == nullptr)
         return "run as root; with the package velto-touch installed, the node belongs to the group velto";
     return "udev has not given it to the group velto: sudo udevadm trigger --subsystem-match=hidraw, or run as root";
@@ -88,6 +85,14 @@ Finding noRight(const std::string& node) {
 }
 
 } // namespace
+
+std::string Examination::howToJoin() {
+    const group* const found = ::getgrnam(kGroup);
+    if (found != nullptr && isMember(found->gr_gid))
+        return "you have joined the group velto since you logged in: log in again";
+    return fmt::format("join the group velto (sudo adduser {} velto, then log in again) or run as root",
+                       nameOfUser(::geteuid()));
+}
 
 bool Examination::isServed() const { return std::ranges::find(_served, Bus::elementOf(_device)) != _served.end(); }
 

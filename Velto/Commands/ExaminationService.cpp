@@ -43,14 +43,14 @@ Obstacle obstacleToKeyboard() {
     const FileDescriptor node(::open(kUinput, O_RDWR | O_NONBLOCK | O_CLOEXEC));
     const int error = node.isOpen() ? 0 : errno;
     if (error == ENOENT)
-        return {.text = fmt::format(", and {} is not there", kUinput), .advice = "sudo modprobe uinput; then "};
+        return {.text = fmt::format(", and {} is not there", kUinput), .advice = "sudo modprobe uinput && "};
     if (error == ENODEV || error == ENXIO)
-        return {.text = ", and the module uinput is not loaded", .advice = "sudo modprobe uinput; then "};
+        return {.text = ", and the module uinput is not loaded", .advice = "sudo modprobe uinput && "};
     struct stat status {};
     const group* const wanted = ::getgrnam(kUinputGroup);
     if (wanted != nullptr && ::stat(kUinput, &status) == 0 && status.st_gid != wanted->gr_gid)
         return {.text = fmt::format(", and {} does not belong to the group {}", kUinput, kUinputGroup),
-                .advice = "sudo udevadm trigger --subsystem-match=misc --sysname-match=uinput; then "};
+                .advice = "sudo udevadm trigger --settle --subsystem-match=misc --sysname-match=uinput && "};
     return {};
 }
 
@@ -61,10 +61,13 @@ Finding findingOf(const Bus::UnitState& state, const std::string& unit, const st
         return Finding{.verdict = No, .text = unit + text, .advice = advice};
     };
     const std::string why = (state.result == "success" ? "" : fmt::format(" ({})", state.result)) + obstacle.text;
-    const std::string restart = fmt::format("{}sudo systemctl restart {}", obstacle.advice, unit);
-    const std::string journal = fmt::format("; journalctl -u {} says why", unit);
+    // One that has failed too often is not started before it is reset.
+    const std::string reset = state.active == "failed" ? fmt::format("sudo systemctl reset-failed {} && ", unit) : "";
+    const std::string restart = fmt::format("{}{}sudo systemctl restart {}", obstacle.advice, reset, unit);
+    const std::string journal = fmt::format("; sudo journalctl -u {} says why", unit);
     if (state.load == "masked")
-        return no(" is masked", fmt::format("sudo systemctl unmask {}", unit));
+        return no(" is masked", fmt::format("sudo systemctl unmask {0} && sudo systemctl unmask --runtime {0} && {1}",
+                                            unit, restart));
     if (state.load != "loaded")
         return no(" is not installed", "install the package velto-touch, or " + serve);
     if (state.active == "failed")
@@ -119,7 +122,7 @@ Finding Examination::service() {
         const bool isRefused = std::string_view(error.what()).starts_with("not allowed");
         return {.verdict = No,
                 .text = error.what(),
-                .advice = isRefused ? "sit at the machine, or sudo " + commandLine("doctor") : howToRestart()};
+                .advice = isRefused ? "sit at the machine, or " + howToJoin() : howToRestart()};
     }
     try {
         const std::string since = timeOf(_client->getObjectProperty("Since"));
