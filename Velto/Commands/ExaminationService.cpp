@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 #include <grp.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -38,6 +39,9 @@ struct Obstacle {
     std::string text;
     std::string advice;
 };
+
+// Who may not serves without keys.
+bool mayMakeKeyboard() { return ::access(kUinput, W_OK) == 0; }
 
 Obstacle obstacleToKeyboard() {
     const FileDescriptor node(::open(kUinput, O_RDWR | O_NONBLOCK | O_CLOEXEC));
@@ -92,7 +96,8 @@ std::string Examination::commandLine(std::string_view subcommand) const {
 
 Finding Examination::notServed() const {
     const std::string serve = isOnSystemBus() ? fmt::format("sudo velto serve --device {}", _device)
-                                              : fmt::format("velto serve --user --device {}", _device);
+                                              : fmt::format("velto serve --user {}--device {}",
+                                                            mayMakeKeyboard() ? "" : "--no-keys ", _device);
     const Obstacle obstacle = hasNode() ? obstacleToKeyboard() : Obstacle();
     const auto state = isOnSystemBus() && hasNode() ? Bus::stateOfUnit(unit()) : std::nullopt;
     if (state)
@@ -111,7 +116,7 @@ Finding Examination::service() {
         return {.verdict = No,
                 .text = _busFailure,
                 .advice = isOnSystemBus() ? "sudo systemctl start dbus; velto run --device surface needs none"
-                                          : "log in, or leave out --user for the system's bus"};
+                                          : "log in (which takes the package dbus-user-session), or leave out --user"};
     if (!isServed())
         return notServed();
     std::string version;
