@@ -73,7 +73,8 @@ Finding findingOf(const Bus::UnitState& state, const std::string& unit, const st
         return no(" is masked", fmt::format("sudo systemctl unmask {0} && sudo systemctl unmask --runtime {0} && {1}",
                                             unit, restart));
     if (state.load != "loaded")
-        return no(" is not installed", "install the package velto-touch, or " + serve);
+        return no(" is not installed", "install the package velto-touch; without it, " + serve +
+                                           " presses keys, but the bus refuses it a name");
     if (state.active == "failed")
         return no(" has failed" + why, restart + journal);
     if (state.active == "activating")
