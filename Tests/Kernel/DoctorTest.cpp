@@ -57,7 +57,7 @@ TEST(DoctorTest, WithoutAServiceItSaysWhatIsMissing) {
                               HasSubstr("  sudo velto serve --device " + surface.path() + "\n"))));
     std::filesystem::rename("/dev/uinput", "/dev/elsewhere");
     EXPECT_THAT(velto().run({"doctor"}), Ends(1, AllOf(HasSubstr(", and /dev/uinput is not there\n"),
-                                                       HasSubstr("  sudo modprobe uinput; then sudo velto serve"))));
+                                                       HasSubstr("  sudo modprobe uinput && sudo velto serve"))));
     std::filesystem::rename("/dev/elsewhere", "/dev/uinput");
 }
 

@@ -47,16 +47,23 @@ public:
     [[nodiscard]] Finding key();
     [[nodiscard]] Finding readers() const;
 
+    // What a user without rights does.
+    [[nodiscard]] static std::string howToJoin();
+
 private:
     [[nodiscard]] bool hasNode() const noexcept { return _device.starts_with('/'); }
     [[nodiscard]] bool isServed() const;
+    [[nodiscard]] bool isOnSystemBus() const noexcept { return _options.served.bus == Bus::Which::System; }
     [[nodiscard]] std::string unit() const;
+    // A subcommand with the options by which it reaches the same service: "velto record --user".
+    [[nodiscard]] std::string commandLine(std::string_view subcommand) const;
     [[nodiscard]] Finding notServed() const;
-    [[nodiscard]] std::string howToBeAnswered(std::string_view reason) const;
+    [[nodiscard]] std::string howToRestart() const;
     [[nodiscard]] std::uint64_t counter(const char* name);
     void watch();
     [[nodiscard]] Finding noTouch();
-    [[nodiscard]] std::string howTouchEnded();
+    [[nodiscard]] Finding noGesture();
+    [[nodiscard]] std::string howToGiveKey() const;
 
     const Options _options;
     std::string _device; // its node, or the name of a made-up one

@@ -49,9 +49,9 @@ std::string groupOf(const struct stat& status) {
     return found == nullptr ? std::to_string(status.st_gid) : found->gr_name;
 }
 
-std::string ownerOf(const struct stat& status) {
-    const passwd* const found = ::getpwuid(status.st_uid);
-    return found == nullptr ? std::to_string(status.st_uid) : found->pw_name;
+std::string nameOfUser(uid_t number) {
+    const passwd* const found = ::getpwuid(number);
+    return found == nullptr ? std::to_string(number) : found->pw_name;
 }
 
 // Whether the user's entry has the group; this process may have been started before.
@@ -68,9 +68,7 @@ bool isMember(gid_t group) {
 
 std::string howToGetTheRight(const struct stat& status) {
     if (groupOf(status) == kGroup)
-        return isMember(status.st_gid) ? "you have joined the group velto since you logged in: log in again"
-                                       : "join the group velto (sudo adduser YOU velto, then log in again) or run as "
-                                         "root";
+        return Examination::howToJoin();
     if (::getgrnam(kGroup) == nullptr)
         return "run as root; with the package velto-touch installed, the node belongs to the group velto";
     return "udev has not given it to the group velto: sudo udevadm trigger --subsystem-match=hidraw, or run as root";
@@ -81,12 +79,20 @@ Finding noRight(const std::string& node) {
     if (::stat(node.c_str(), &status) != 0)
         return missing(node);
     return {.verdict = No,
-            .text = fmt::format("no right to open {} ({}:{} {:04o})", node, ownerOf(status), groupOf(status),
+            .text = fmt::format("no right to open {} ({}:{} {:04o})", node, nameOfUser(status.st_uid), groupOf(status),
                                 status.st_mode & 07777U),
             .advice = howToGetTheRight(status)};
 }
 
 } // namespace
+
+std::string Examination::howToJoin() {
+    const group* const found = ::getgrnam(kGroup);
+    if (found != nullptr && isMember(found->gr_gid))
+        return "you have joined the group velto since you logged in: log in again";
+    return fmt::format("join the group velto (sudo adduser {} velto, then log in again) or run as root",
+                       nameOfUser(::geteuid()));
+}
 
 bool Examination::isServed() const { return std::ranges::find(_served, Bus::elementOf(_device)) != _served.end(); }
 

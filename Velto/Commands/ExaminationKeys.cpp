@@ -1,5 +1,8 @@
 #include "Velto/Commands/Examination.h"
+#include "Velto/Daemon/ConfigurationEntry.h"
+#include "Velto/Daemon/KeyNames.h"
 #include "Velto/Daemon/OpenNodes.h"
+#include "Velto/Options/Lasting.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -21,14 +24,21 @@ Finding Examination::keyboard() const {
     return {.verdict = Yes, .text = _keyboard};
 }
 
+// A service on the session's bus is not reached by root.
+std::string Examination::howToGiveKey() const {
+    const KeyUse use = _gesture->kind == GestureKind::Tap ? &RegionKeys::tap : &RegionKeys::hold;
+    const PixelRegion region = _gesture->region.value_or(PixelRegion::None);
+    return fmt::format("sudo velto set --keep {}.{}={}{}", kKeysDomain, nameOf(use, region),
+                       nameOfKey(keysOf(kDefaultKeys, region).*use),
+                       isOnSystemBus() ? "" : "; then end velto serve and start it again");
+}
+
 Finding Examination::key() {
     const std::uint64_t keys = counter("keys");
     if (!_gesture)
         return {.verdict = keys > 0 ? Yes : Unasked, .text = fmt::format("keys pressed since the start: {}", keys)};
     if (keys == _keysBefore)
-        return {.verdict = No,
-                .text = "the gesture pressed no key",
-                .advice = "give it one: [keys] in /etc/velto-touch/config.toml"};
+        return {.verdict = No, .text = "the gesture pressed no key", .advice = howToGiveKey()};
     return {.verdict = Yes, .text = fmt::format("keys pressed: {}", keys - _keysBefore)};
 }
 

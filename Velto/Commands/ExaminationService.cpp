@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 #include <grp.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -39,18 +40,21 @@ struct Obstacle {
     std::string advice;
 };
 
+// Who may not serves without keys.
+bool mayMakeKeyboard() { return ::access(kUinput, W_OK) == 0; }
+
 Obstacle obstacleToKeyboard() {
     const FileDescriptor node(::open(kUinput, O_RDWR | O_NONBLOCK | O_CLOEXEC));
     const int error = node.isOpen() ? 0 : errno;
     if (error == ENOENT)
-        return {.text = fmt::format(", and {} is not there", kUinput), .advice = "sudo modprobe uinput; then "};
+        return {.text = fmt::format(", and {} is not there", kUinput), .advice = "sudo modprobe uinput && "};
     if (error == ENODEV || error == ENXIO)
-        return {.text = ", and the module uinput is not loaded", .advice = "sudo modprobe uinput; then "};
+        return {.text = ", and the module uinput is not loaded", .advice = "sudo modprobe uinput && "};
     struct stat status {};
     const group* const wanted = ::getgrnam(kUinputGroup);
     if (wanted != nullptr && ::stat(kUinput, &status) == 0 && status.st_gid != wanted->gr_gid)
         return {.text = fmt::format(", and {} does not belong to the group {}", kUinput, kUinputGroup),
-                .advice = "sudo udevadm trigger --subsystem-match=misc --sysname-match=uinput; then "};
+                .advice = "sudo udevadm trigger --settle --subsystem-match=misc --sysname-match=uinput && "};
     return {};
 }
 
@@ -61,12 +65,16 @@ Finding findingOf(const Bus::UnitState& state, const std::string& unit, const st
         return Finding{.verdict = No, .text = unit + text, .advice = advice};
     };
     const std::string why = (state.result == "success" ? "" : fmt::format(" ({})", state.result)) + obstacle.text;
-    const std::string restart = fmt::format("{}sudo systemctl restart {}", obstacle.advice, unit);
-    const std::string journal = fmt::format("; journalctl -u {} says why", unit);
+    // One that has failed too often is not started before it is reset.
+    const std::string reset = state.active == "failed" ? fmt::format("sudo systemctl reset-failed {} && ", unit) : "";
+    const std::string restart = fmt::format("{}{}sudo systemctl restart {}", obstacle.advice, reset, unit);
+    const std::string journal = fmt::format("; sudo journalctl -u {} says why", unit);
     if (state.load == "masked")
-        return no(" is masked", fmt::format("sudo systemctl unmask {}", unit));
+        return no(" is masked", fmt::format("sudo systemctl unmask {0} && sudo systemctl unmask --runtime {0} && {1}",
+                                            unit, restart));
     if (state.load != "loaded")
-        return no(" is not installed", "install the package velto-touch, or " + serve);
+        return no(" is not installed", "install the package velto-touch; without it, " + serve +
+                                           " presses keys, but the bus refuses it a name");
     if (state.active == "failed")
         return no(" has failed" + why, restart + journal);
     if (state.active == "activating")
@@ -82,12 +90,17 @@ Finding findingOf(const Bus::UnitState& state, const std::string& unit, const st
 
 std::string Examination::unit() const { return fmt::format("velto-touch@{}.service", Bus::elementOf(_device)); }
 
+std::string Examination::commandLine(std::string_view subcommand) const {
+    return fmt::format("velto {}{}{}", subcommand, isOnSystemBus() ? "" : " --user",
+                       _served.size() > 1 ? " --device " + _device : "");
+}
+
 Finding Examination::notServed() const {
-    const bool isSystems = _options.served.bus == Bus::Which::System;
-    const std::string serve =
-        fmt::format("{}velto serve {}--device {}", isSystems ? "sudo " : "", isSystems ? "" : "--user ", _device);
+    const std::string serve = isOnSystemBus() ? fmt::format("sudo velto serve --device {}", _device)
+                                              : fmt::format("velto serve --user {}--device {}",
+                                                            mayMakeKeyboard() ? "" : "--no-keys ", _device);
     const Obstacle obstacle = hasNode() ? obstacleToKeyboard() : Obstacle();
-    const auto state = isSystems && hasNode() ? Bus::stateOfUnit(unit()) : std::nullopt;
+    const auto state = isOnSystemBus() && hasNode() ? Bus::stateOfUnit(unit()) : std::nullopt;
     if (state)
         return findingOf(*state, unit(), serve, obstacle);
     return {.verdict = No,
@@ -95,21 +108,16 @@ Finding Examination::notServed() const {
             .advice = obstacle.advice + serve};
 }
 
-// By the reason why there was no answer.
-std::string Examination::howToBeAnswered(std::string_view reason) const {
-    if (reason.starts_with("not allowed"))
-        return "sit at the machine, or sudo velto doctor";
-    return hasNode() && _options.served.bus == Bus::Which::System ? "sudo systemctl restart " + unit()
-                                                                  : "end velto serve and start it again";
+std::string Examination::howToRestart() const {
+    return hasNode() && isOnSystemBus() ? "sudo systemctl restart " + unit() : "end velto serve and start it again";
 }
 
 Finding Examination::service() {
     if (!_busFailure.empty())
         return {.verdict = No,
                 .text = _busFailure,
-                .advice = _options.served.bus == Bus::Which::System
-                              ? "sudo systemctl start dbus; velto run --device surface needs none"
-                              : "log in, or leave out --user for the system's bus"};
+                .advice = isOnSystemBus() ? "sudo systemctl start dbus; velto run --device surface needs none"
+                                          : "log in (which takes the package dbus-user-session), or leave out --user"};
     if (!isServed())
         return notServed();
     std::string version;
@@ -117,7 +125,10 @@ Finding Examination::service() {
         _client.emplace(_options.served.bus, _device);
         version = textOf(_client->getObjectProperty("Version"));
     } catch (const std::runtime_error& error) {
-        return {.verdict = No, .text = error.what(), .advice = howToBeAnswered(error.what())};
+        const bool isRefused = std::string_view(error.what()).starts_with("not allowed");
+        return {.verdict = No,
+                .text = error.what(),
+                .advice = isRefused ? "sit at the machine, or " + howToJoin() : howToRestart()};
     }
     try {
         const std::string since = timeOf(_client->getObjectProperty("Since"));
@@ -126,7 +137,7 @@ Finding Examination::service() {
     } catch (const std::runtime_error&) {
         return {.verdict = No,
                 .text = fmt::format("the service of version {} is older than this program", version),
-                .advice = "sudo systemctl restart " + unit()};
+                .advice = howToRestart()};
     }
 }
 

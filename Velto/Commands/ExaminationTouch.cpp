@@ -7,6 +7,7 @@
 #include "Velto/Output/TouchText.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 #include <fmt/format.h>
@@ -36,6 +37,9 @@ Contacts newest(Contacts contacts, const Track& track, std::chrono::nanoseconds 
 }
 
 double shareOf(const WeakContact& contact) { return contact.check.value / contact.check.bound; }
+
+// The next tens below the contact's value, at which it would have turned on.
+double thresholdFor(const WeakContact& contact) { return (std::ceil(contact.check.value / 10) - 1) * 10; }
 
 } // namespace
 
@@ -67,7 +71,7 @@ Finding Examination::noTouch() {
     const double seconds = std::chrono::duration<double>(_options.wait).count();
     Finding finding{.verdict = No,
                     .text = fmt::format("no touch turned on in {:g} s", seconds),
-                    .advice = "as root or in the group velto, velto doctor says how weak the contacts were"};
+                    .advice = "sudo " + commandLine("doctor") + " says how weak the contacts were"};
     try {
         const Track track = recordedBy(*_client);
         const std::vector<WeakContact> contacts = newest(weakContactsOf(track, {}), track, _options.wait);
@@ -76,29 +80,36 @@ Finding Examination::noTouch() {
             finding.text = fmt::format("{} contact{} in {:g} s stayed below the activation threshold: {:.0f} of {:.0f}",
                                        contacts.size(), contacts.size() == 1 ? "" : "s", seconds,
                                        strongest->check.value, strongest->check.bound);
-            finding.advice = "press harder, or lower Pipeline.Algs.ActivationThreshold with velto set";
+            finding.advice = strongest->check.rule == Rule::Residual
+                                 ? "press harder, and lift off entirely between two touches"
+                                 : fmt::format("press harder, or {} Pipeline.Algs.ActivationThreshold={:.0f}",
+                                               commandLine("set"), thresholdFor(*strongest));
         } else if (track.imageCount() == 0) {
             finding.text = "reports come, but no images of the pads";
-            finding.advice = "velto record -o seen.json && velto info seen.json shows what they are";
+            finding.advice = commandLine("record") + " -o seen.json && velto info seen.json shows what they are";
         } else {
             finding.text = fmt::format("nothing touched the surface in {:g} s", seconds);
-            finding.advice = "touch it while velto doctor waits; if you did, velto record -o seen.json && velto plot "
-                             "seen.json -o seen.html shows what its pads sense";
+            finding.advice = "touch it while velto doctor waits; if you did, " + commandLine("record") +
+                             " -o seen.json && velto plot seen.json -o seen.html shows what its pads sense";
         }
     } catch (const std::exception&) { // without the right to the recording
     }
     return finding;
 }
 
-// Empty if it is not known.
-std::string Examination::howTouchEnded() {
+Finding Examination::noGesture() {
+    Finding finding{.verdict = No,
+                    .text = "the touch became no tap and no hold",
+                    .advice = "sudo " + commandLine("doctor") + " says why"};
     try {
         const Track track = recordedBy(*_client);
         const std::vector<Touch> touches = newest(touchesOf(track, {}), track, _options.wait);
-        return touches.empty() ? "" : ": " + verdictText(touches.back());
-    } catch (const std::exception&) {
-        return {};
+        if (!touches.empty())
+            finding.text += ": " + verdictText(touches.back());
+        finding.advice = commandLine("record") + " -o seen.json && velto explain seen.json --rejected";
+    } catch (const std::exception&) { // without the right to the recording
     }
+    return finding;
 }
 
 Finding Examination::gesture() {
@@ -107,9 +118,7 @@ Finding Examination::gesture() {
                 .text = fmt::format("{} {}", _gesture->kind == GestureKind::Tap ? "tap" : "hold",
                                     nameOf(_gesture->region.value_or(PixelRegion::None)))};
     if (_wasTouched)
-        return {.verdict = No,
-                .text = "the touch became no tap and no hold" + howTouchEnded(),
-                .advice = "velto record -o seen.json && velto explain seen.json --rejected"};
+        return noGesture();
     const std::uint64_t count = counter("numTaps") + counter("numBeginHold");
     return {.verdict = count > 0 ? Yes : Unasked, .text = fmt::format("taps and holds since the start: {}", count)};
 }

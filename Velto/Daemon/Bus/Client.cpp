@@ -51,13 +51,13 @@ std::vector<std::string> elementsOn(sd_bus* bus) {
     return elements;
 }
 
-std::string choose(sd_bus* bus, const std::string& device) {
+std::string choose(sd_bus* bus, Which which, const std::string& device) {
     const std::vector<std::string> elements = elementsOn(bus);
     std::string wanted = elementOf(device);
     if (device.empty() && elements.size() == 1)
         return elements.front();
     if (elements.empty())
-        fail("no surface is served (velto serve does that)");
+        fail(fmt::format("no surface is served (velto serve{} does that)", which == Which::Session ? " --user" : ""));
     if (device.empty())
         fail(fmt::format("several surfaces are served, say which: {}", fmt::join(elements, ", ")));
     if (std::ranges::find(elements, wanted) == elements.end())
@@ -124,7 +124,8 @@ struct Client::Signals {
 
 std::vector<std::string> servedOn(Which which) { return elementsOn(connect(which).get()); }
 
-Client::Client(Which which, const std::string& device) : _bus(connect(which)), _element(choose(_bus.get(), device)) {}
+Client::Client(Which which, const std::string& device)
+    : _bus(connect(which)), _element(choose(_bus.get(), which, device)) {}
 
 BusMessage Client::callOf(const char* interface, const char* method) {
     const auto make = [&](sd_bus_message** message) {
