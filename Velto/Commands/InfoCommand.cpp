@@ -1,6 +1,5 @@
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
-#include "Plugin/Recording/ContainerReader.h"
 #include "Velto/Analysis/Replay.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Disturbances.h"
@@ -49,7 +48,7 @@ std::vector<Setting> settingsInForce(const PipelineRecording& recording) {
 
 Info inspect(const std::string& file) {
     Info info;
-    auto [version, frames] = readContainer(*readFile(file));
+    auto [version, frames] = loadContainer(file);
     PipelineRecording recording(std::move(frames));
     recording.sortFrames();
     info.version = version;

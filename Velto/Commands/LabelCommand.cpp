@@ -1,6 +1,5 @@
 #include "Platform/JSON.h"
 #include "Plugin/Recording/ContainerFormat.h"
-#include "Plugin/Recording/ContainerReader.h"
 #include "Plugin/Recording/ContainerWriter.h"
 #include "Velto/Analysis/Label.h"
 #include "Velto/Commands/Command.h"
@@ -87,7 +86,7 @@ void list(const LabelOptions& options, const std::string& file) {
 
 // The recording with its labels edited. One of an old version would not stay as it is.
 std::string edited(const LabelOptions& options, const std::string& file) {
-    auto [version, frames] = readContainer(*readFile(file));
+    auto [version, frames] = loadContainer(file);
     if (version != Container::kCurrentVersion)
         throw std::runtime_error(
             fmt::format("a recording of version {}: velto convert brings it to the current one", version));
