@@ -35,7 +35,7 @@ void Collector::report(const Frame& report) {
     if (_phase != Phase::Ask)
         return;
     const auto event = InputReport::FirmwareEvent::parse(report.report.data(), report.report.size());
-    if (event && event->event == InputReport::FirmwareEvent::kReset)
+    if (event && event->isReset())
         _attempt->contact.reset();
     if (image)
         _attempt->contact.add(_nowNs, *image);

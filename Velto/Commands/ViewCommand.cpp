@@ -157,10 +157,7 @@ int viewDevice(const ViewOptions& options, const DeviceChoice& choice) {
         loop.run();
         failure = view.failure();
     });
-    if (failure.empty())
-        return 0;
-    complain(choice.subject(), failure);
-    return 1;
+    return statusOfEnd(choice.subject(), failure);
 }
 
 int view(const ViewOptions& options) {
