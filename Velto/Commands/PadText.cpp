@@ -10,7 +10,7 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-std::string padRow(std::string_view baseline, std::string_view noise, std::string_view peak) {
+std::string figuresRow(std::string_view baseline, std::string_view noise, std::string_view peak) {
     return fmt::format("{:>11}{:>8}{:>8}", baseline, noise, peak);
 }
 
@@ -24,11 +24,11 @@ std::array<std::string, 3> padFigures(const Analysis::PadStatistics& pad, const 
 
 } // namespace
 
-std::string padHeading() { return padRow("baseline", "noise", "peak"); }
+std::string padHeading() { return figuresRow("baseline", "noise", "peak"); }
 
 std::string padCells(const Analysis::PadStatistics& pad) {
     const auto [baseline, noise, peak] = padFigures(pad, "-");
-    return padRow(baseline, noise, peak);
+    return figuresRow(baseline, noise, peak);
 }
 
 std::string padMembers(std::size_t pad, const Analysis::PadStatistics& statistics) {
