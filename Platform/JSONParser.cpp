@@ -13,24 +13,28 @@ namespace dom = simdjson::dom;
 static_assert(Data::kPadding >= simdjson::SIMDJSON_PADDING, "the parser reads this far beyond the text");
 
 ParsedText::ParsedText(const Data& text) {
-    if (parse(text))
+    simdjson::error_code error = parse(text);
+    if (error == simdjson::SUCCESS)
         return;
-    Examination examination = examine(text.bytes());
+    Examination examination = examine(text.bytes()); // needs no tree
     fault = examination.fault;
-    if (!examination.fault)
-        parse(*makeRef<Data>(std::move(examination.readableText)));
+    if (fault)
+        return;
+    if (error != simdjson::MEMALLOC)
+        error = parse(*makeRef<Data>(std::move(examination.readableText)));
+    if (error == simdjson::MEMALLOC)
+        throw std::bad_alloc();
 }
 
 ParsedText::~ParsedText() = default;
 
-bool ParsedText::parse(const Data& text) {
+simdjson::error_code ParsedText::parse(const Data& text) {
     const std::string_view bytes = text.bytes();
-    const auto result = parser.parse(bytes.data(), bytes.size(), false).get(root);
-    if (result == simdjson::MEMALLOC)
-        throw std::bad_alloc();
-    if (result == simdjson::CAPACITY)
+    const simdjson::error_code error = parser.parse(bytes.data(), bytes.size(), false).get(root);
+    if (error == simdjson::CAPACITY)
         throw std::runtime_error("4 GiB or larger");
-    return isValid = result == simdjson::SUCCESS;
+    isValid = error == simdjson::SUCCESS;
+    return error;
 }
 
 Ref<Value> valueOf(dom::element element) {

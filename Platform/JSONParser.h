@@ -13,8 +13,8 @@ namespace VeltoTouch::JSON {
 
 // A text, parsed whole. The tree is the parser's own and goes with it.
 struct ParsedText {
-    // Throws std::bad_alloc if there is no memory for the tree, std::runtime_error if the text is 4 GiB or larger,
-    // which the parser cannot address.
+    // Throws std::bad_alloc if there is no memory for the tree of a text without a fault, std::runtime_error if the
+    // text is 4 GiB or larger, which the parser cannot address.
     explicit ParsedText(const Data& text);
     ParsedText(const ParsedText&) = delete;
     ParsedText& operator=(const ParsedText&) = delete;
@@ -26,7 +26,7 @@ struct ParsedText {
     std::optional<Fault> fault; // the first one of a text that is no JSON
 
 private:
-    bool parse(const Data& text);
+    simdjson::error_code parse(const Data& text);
 };
 
 // The value that an element stands for.

@@ -1,6 +1,7 @@
 #include "Python/Columns.h"
 
 #include "Platform/JSON.h"
+#include "Plugin/Recording/AccelMetadata.h"
 #include "Plugin/Shared/Keys.h"
 #include "Python/Arrays.h"
 #include "Velto/Analysis/Label.h"
@@ -51,7 +52,7 @@ py::str strOf(std::string_view text) {
 
 std::optional<SampleRow> sampleIn(const Frame& frame, std::uint64_t ns) {
     const auto* axes = as<Dictionary>(frame.value);
-    if (frame.type != Frame::Type::Metadata || frame.key != "Accel" || axes == nullptr)
+    if (frame.type != Frame::Type::Metadata || frame.key != AccelMetadata::kKey || axes == nullptr)
         return std::nullopt;
     const auto axis = [axes](const char* name) {
         return static_cast<float>(Analysis::doubleUnder(*axes, name).value_or(std::nan("")));

@@ -38,7 +38,7 @@ void Pipeline::handleInputReport(std::uint64_t timestamp, const std::uint8_t* re
 
 void Pipeline::handleFirmwareEvent(std::uint64_t timestamp, const InputReport::FirmwareEvent& event) {
     notify(firmwareEventHandler, timestamp, event);
-    if (event.event != InputReport::FirmwareEvent::kReset)
+    if (!event.isReset())
         return;
     ++resetCount;
     HIDEvents events = algs.handleReset();

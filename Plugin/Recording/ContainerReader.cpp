@@ -53,9 +53,9 @@ void requireJSON(const JSON::Document& document) {
 
 } // namespace
 
-std::list<Frame> readContainer(const Data& container) {
+ContainerContent readContainer(const Data& container) {
     if (auto frames = scanContainer(container.bytes()))
-        return *std::move(frames);
+        return {.version = kCurrentVersion, .frames = *std::move(frames)};
     const JSON::Document document(container);
     const JSON::Element root = document.root();
     const std::uint64_t version = asMigration([&] {
@@ -63,14 +63,9 @@ std::list<Frame> readContainer(const Data& container) {
         return versionOf(root);
     });
     if (version == kCurrentVersion)
-        return readFrames(root, kFrames);
+        return {.version = version, .frames = readFrames(root, kFrames)};
     const Ref<Value> migrated = asMigration([&] { return migrateContainer(root.value()); });
-    return readFrames(ValueNode(migrated.get()), version == 0 ? kReports : kFrames);
-}
-
-std::uint64_t versionOfContainer(const Data& container) {
-    const JSON::Document document(container);
-    return versionOf(document.root());
+    return {.version = version, .frames = readFrames(ValueNode(migrated.get()), version == 0 ? kReports : kFrames)};
 }
 
 } // namespace VeltoTouch

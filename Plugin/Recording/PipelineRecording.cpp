@@ -25,7 +25,7 @@ Frame keyedFrame(Frame::Type type, std::uint64_t timestamp, const std::string& k
 PipelineRecording::PipelineRecording(const Data* container) {
     if (container == nullptr)
         throw std::invalid_argument("json not supplied");
-    _frames = FrameList(readContainer(*container));
+    _frames = FrameList(readContainer(*container).frames);
 }
 
 void PipelineRecording::setState(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value) noexcept {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <utility>
 
 namespace VeltoTouch {
 
@@ -28,6 +29,9 @@ public:
     // Reads a container of any known version, see readContainer; frames in file order. Throws what it throws, and
     // std::invalid_argument("json not supplied") for null.
     explicit PipelineRecording(const Data* container);
+
+    // Has these frames, in their order.
+    explicit PipelineRecording(std::list<Frame> frames) noexcept : _frames(std::move(frames)) {}
 
     // A copy has a list of its own, the same target and bound, and no playback. A move leaves no frames behind.
     PipelineRecording(const PipelineRecording& other) = default;

@@ -41,6 +41,8 @@ struct FirmwareEvent {
     std::uint8_t event; // kReset, or a code that is only passed on
     std::array<std::uint8_t, 8> context;
 
+    [[nodiscard]] bool isReset() const noexcept { return event == kReset; }
+
     // The context as one number, first byte most significant, as logs and trace points show it.
     [[nodiscard]] std::uint64_t contextNumber() const noexcept;
 

@@ -1,7 +1,6 @@
 #include "Plugin/Service/AccelCapture.h"
 
-#include <utility>
-#include <vector>
+#include "Plugin/Recording/AccelMetadata.h"
 
 namespace VeltoTouch {
 namespace {
@@ -9,16 +8,9 @@ namespace {
 constexpr std::size_t kSamplesBeforeDigitizerEvent = 100;
 constexpr std::uint64_t kSamplesAfterDigitizerEvent = 100;
 
-Ref<Value> valueOf(const AccelSample& sample) {
-    std::vector<Dictionary::Entry> axes;
-    axes.push_back({.key = "X", .value = Number::withFloat(sample.x)});
-    axes.push_back({.key = "Y", .value = Number::withFloat(sample.y)});
-    axes.push_back({.key = "Z", .value = Number::withFloat(sample.z)});
-    return makeRef<Dictionary>(std::move(axes));
-}
-
 void record(const AccelSample& sample, PipelineInput& recording) {
-    recording.handleMetadata(sample.timestamp, "Accel", valueOf(sample));
+    recording.handleMetadata(sample.timestamp, AccelMetadata::kKey,
+                             AccelMetadata::valueOf(sample.x, sample.y, sample.z));
 }
 
 } // namespace

@@ -27,8 +27,11 @@ public:
     }
 
     std::string padText(char pad) {
-        const auto [rest, peak] = statistics().pads.at(padOf(pad));
-        return fmt::format("{} {} {}", rest ? rest->baseline : -1, rest ? rest->noise : -1, peak ? *peak : -1);
+        const StreamStatistics found = statistics();
+        const auto& figures = found.pads.at(padOf(pad));
+        const auto rest = figures.rest();
+        return fmt::format("{} {} {}", rest ? rest->baseline : -1, rest ? rest->noise : -1,
+                           figures.peak().value_or(-1));
     }
 
 private:

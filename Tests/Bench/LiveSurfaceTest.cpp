@@ -1,4 +1,5 @@
 #include "Velto/Bench/LiveSurface.h"
+#include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
 #include "Tests/Daemon/BusFixture.h"
 #include "Velto/Surface/Devices.h"
@@ -106,6 +107,40 @@ TEST_F(BusTest, ALiveSurfaceFollowsTheSettingsOfTheServiceThatServesIt) {
     EXPECT_EQ(given.front(), "Pipeline.Algs.HoldTimeoutMilliseconds=1");
     EXPECT_THAT(given, testing::Contains("Pipeline.Algs.ActivationThreshold=7").Times(1));
     EXPECT_EQ(given.back(), "Pipeline.Algs.HoldTimeoutMilliseconds=250");
+}
+
+TEST_F(BusTest, ALiveSurfaceTakesUpAServiceThatBeginsAndGoesBackWhenItEnds) {
+    for (const SettingRow& row : kSettingRows)
+        properties.put(fullKeyOf(row), Number::withUnsignedInt(1));
+    for (std::size_t n = 0; n < kGroupCount; ++n)
+        properties.put(fmt::format("Pipeline.Algs.VirtualNormalizationFactors.{}", n), Number::withFloat(0.5F));
+    server.reset();
+    const Surface::ConnectedDevice device(kDevice, fastDevice(1), {});
+    EventLoop loop;
+    std::vector<std::string> seen;
+    std::optional<LiveSurface> surface;
+    std::string timeout = "default";
+    const auto look = [&] { // at first without a service, then with it, at last without it again
+        const std::string now = fmt::format("{}: {}", surface->settings().description(), timeout);
+        if (!seen.empty() && seen.back() == now)
+            return;
+        seen.push_back(now);
+        if (seen.size() == 1)
+            server.emplace(properties, kDevice);
+        else if (seen.size() == 2)
+            server.reset();
+        else
+            loop.stop();
+    };
+    surface.emplace(loop, device, Bus::Which::System, std::vector<Setting>(),
+                    LiveSurface::Handlers{.setting =
+                                              [&](HostTime, const Setting& setting) {
+                                                  if (setting.key == Analysis::kHoldTimeout)
+                                                      timeout = JSON::text(setting.value.get());
+                                              },
+                                          .batchEnd = look});
+    loop.run(kPatience);
+    EXPECT_THAT(seen, testing::ElementsAre("the defaults: default", "velto serve (hidraw7): 1", "the defaults: 500"));
 }
 
 } // namespace

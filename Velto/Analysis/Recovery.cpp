@@ -224,8 +224,8 @@ std::optional<Recovery> search(std::string_view text) {
 // What the reader makes of it, if it accepts it.
 std::optional<Recovery> accepted(const Data& container) {
     try {
-        std::list<Frame> frames = readContainer(container);
-        return Recovery{.version = versionOfContainer(container), .frames = std::move(frames), .lost = {}};
+        auto [version, frames] = readContainer(container);
+        return Recovery{.version = version, .frames = std::move(frames), .lost = {}};
     } catch (const std::invalid_argument&) {
     } catch (const std::runtime_error&) { // in the migration
     }

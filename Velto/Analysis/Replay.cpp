@@ -84,7 +84,7 @@ void Replay::installDisturbanceHandlers(HostTime start) {
         disturb(timestamp, {.kind = Gap, .frame = image.frameNumber});
     };
     _pipeline->firmwareEventHandler = [=, this](std::uint64_t timestamp, const InputReport::FirmwareEvent& event) {
-        if (event.event != InputReport::FirmwareEvent::kReset)
+        if (!event.isReset())
             return;
         if (frameHandler)
             _image = InputReport::Image{};

@@ -3,19 +3,10 @@
 #include "Velto/Analysis/NearestRank.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace VeltoTouch::Analysis {
 namespace {
-
-// What a pad says while nothing is on.
-StreamStatistics::Rest restOf(std::vector<std::int32_t>& signals) {
-    const std::int32_t baseline = nearestRank(signals, 50);
-    for (std::int32_t& signal : signals)
-        signal = std::abs(signal - baseline);
-    return {.baseline = baseline, .noise = nearestRank(signals, 68)};
-}
 
 void addTimes(StreamStatistics& statistics, const std::list<Frame>& frames) {
     std::vector<std::uint64_t> intervals;
@@ -45,7 +36,6 @@ void addTimes(StreamStatistics& statistics, const std::list<Frame>& frames) {
 StreamStatistics statisticsOf(PipelineRecording& recording, const std::function<void()>& frameDone) {
     StreamStatistics statistics;
     addTimes(statistics, recording.frames());
-    std::array<std::vector<std::int32_t>, kPadCount> atRest;
     Replay replay;
     replay.gestureHandler = [](const Gesture&) {};
     bool isReset = false; // what the recognizer sees next is no image
@@ -56,19 +46,11 @@ StreamStatistics statisticsOf(PipelineRecording& recording, const std::function<
     replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
         if (std::exchange(isReset, false))
             return;
-        for (std::size_t i = 0; i < kPadCount; ++i) {
-            auto& peak = statistics.pads[i].peak;
-            peak = std::max(image.padSignal[i], peak.value_or(image.padSignal[i]));
-            if (!algs.handStats.touching)
-                atRest[i].push_back(image.padSignal[i]);
-        }
+        for (std::size_t i = 0; i < kPadCount; ++i)
+            statistics.pads[i].add(image.padSignal[i], !algs.handStats.touching);
     };
     replay.frameDone = frameDone;
     replay.play(recording, {}, Replay::kMaxSpeed);
-    for (std::size_t i = 0; i < kPadCount; ++i) {
-        if (!atRest[i].empty())
-            statistics.pads[i].rest = restOf(atRest[i]);
-    }
     return statistics;
 }
 

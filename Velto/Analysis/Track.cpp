@@ -3,26 +3,16 @@
 #include "Plugin/Shared/Keys.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace VeltoTouch::Analysis {
-namespace {
 
-std::optional<Track::Step::Kind> kindOf(const Frame& frame, InputReport::Image& image) {
-    const std::uint8_t* const report = frame.report.data();
-    const std::size_t length = frame.report.size();
-    if (const auto event = InputReport::FirmwareEvent::parse(report, length)) {
-        const bool isReset = event->event == InputReport::FirmwareEvent::kReset;
-        return isReset ? std::optional(Track::Step::Kind::Reset) : std::nullopt;
-    }
-    const auto parsed = InputReport::Image::parse(report, length);
-    if (!parsed)
-        return std::nullopt;
-    image = *parsed;
-    return Track::Step::Kind::Image;
+std::optional<Track::Step> Track::stepOf(std::span<const std::uint8_t> report) {
+    if (const auto event = InputReport::FirmwareEvent::parse(report.data(), report.size()))
+        return event->isReset() ? std::optional(Step{.kind = Step::Kind::Reset}) : std::nullopt;
+    if (const auto image = InputReport::Image::parse(report.data(), report.size()))
+        return Step{.kind = Step::Kind::Image, .image = *image};
+    return std::nullopt;
 }
-
-} // namespace
 
 Track::Track(const std::list<Frame>& frames) {
     if (frames.empty())
@@ -31,12 +21,12 @@ Track::Track(const std::list<Frame>& frames) {
     _durationNs = frames.back().timestampNs - start;
     _steps.reserve(frames.size());
     for (const Frame& frame : frames) {
-        Step step{.ns = frame.timestampNs - start};
+        Step step;
         if (frame.type == Frame::Type::InputReport) {
-            const auto kind = kindOf(frame, step.image);
-            if (!kind)
+            const auto seen = stepOf(frame.report);
+            if (!seen)
                 continue;
-            step.kind = *kind;
+            step = *seen;
             _imageCount += step.kind == Step::Kind::Image ? 1 : 0;
         } else if (const auto key = Keys::below(Keys::kAlgsDomain, frame.key);
                    key && frame.type == Frame::Type::State) {
@@ -46,6 +36,7 @@ Track::Track(const std::list<Frame>& frames) {
         } else {
             continue;
         }
+        step.ns = frame.timestampNs - start;
         _steps.push_back(step);
     }
 }

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +30,9 @@ public:
         std::uint64_t ns = 0;          // nanoseconds from the recording's first frame
         InputReport::Image image = {}; // all 0 for a reset, as the recognizer takes it
     };
+
+    // The step that a report is, its time 0; none for a report that recognition does not see.
+    [[nodiscard]] static std::optional<Step> stepOf(std::span<const std::uint8_t> report);
 
     // A frame's events, if there are any, have time stamp 0. The recognizer is as it stands after the frame.
     using FrameHandler = std::function<void(const Step& step, const Algs& algs, const HIDEvents& events)>;

@@ -40,7 +40,7 @@ void Collector::report(const Frame& report) {
         _newestImageMs = image->timestampMs;
     RawContacts& contacts = _phase == Phase::Ask ? _attempt->contacts : _unasked;
     const auto event = InputReport::FirmwareEvent::parse(report.report.data(), report.report.size());
-    if (event && event->event == InputReport::FirmwareEvent::kReset)
+    if (event && event->isReset())
         contacts.reset();
     if (image)
         contacts.add(_nowNs, *image);

@@ -1,10 +1,9 @@
 #include "Velto/Bench/LiveFrames.h"
 
+#include "Plugin/Recording/AccelMetadata.h"
 #include "Plugin/Shared/Keys.h"
 
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace VeltoTouch::Bench {
 namespace {
@@ -18,14 +17,10 @@ Frame reportFrame(HostTime time, std::span<const std::uint8_t> report) {
 }
 
 Frame accelerationFrame(HostTime time, float x, float y, float z) {
-    std::vector<Dictionary::Entry> axes;
-    axes.push_back({.key = "X", .value = Number::withFloat(x)});
-    axes.push_back({.key = "Y", .value = Number::withFloat(y)});
-    axes.push_back({.key = "Z", .value = Number::withFloat(z)});
     return {.type = Frame::Type::Metadata,
             .timestampNs = time.count(),
-            .key = "Accel",
-            .value = makeRef<Dictionary>(std::move(axes)),
+            .key = AccelMetadata::kKey,
+            .value = AccelMetadata::valueOf(x, y, z),
             .report = {}};
 }
 

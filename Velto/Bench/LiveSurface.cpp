@@ -23,7 +23,7 @@ LiveSurface::LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device
                          std::vector<Setting> ofCommandLine, Handlers handlers)
     : _loop(loop), _handlers(std::move(handlers)),
       _settings(loop, bus, device.name(), std::move(ofCommandLine),
-                [this](const Setting& setting) { changeSetting(setting); }) {
+                [this](std::span<const Setting> changed) { changeSettings(changed); }) {
     _reader.emplace(device,
                     Surface::DeviceReader::Handlers{
                         .report =
@@ -93,11 +93,12 @@ void LiveSurface::handOver(const Item& item) const {
 }
 
 // What was read before the write comes before it.
-void LiveSurface::changeSetting(const Setting& setting) {
+void LiveSurface::changeSettings(std::span<const Setting> changed) {
     handOver();
-    if (!_hasBegun)
-        return; // it will be among those in force
-    _handlers.setting(hostTimeNow(), setting);
+    if (_hasBegun) { // else they will be among those in force
+        for (const Setting& setting : changed)
+            _handlers.setting(hostTimeNow(), setting);
+    }
     _handlers.batchEnd();
 }
 

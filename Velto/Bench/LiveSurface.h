@@ -74,7 +74,7 @@ private:
     void handOver();
     void begin(HostTime time) const;
     void handOver(const Item& item) const;
-    void changeSetting(const Setting& setting);
+    void changeSettings(std::span<const Setting> changed);
 
     EventLoop& _loop;
     const Handlers _handlers;

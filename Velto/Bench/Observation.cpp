@@ -32,11 +32,7 @@ std::size_t strongestGroupOf(const VirtualPixels& groups) {
 Observation::Observation(std::uint64_t bound) : _bound(bound) {
     _recording.setMaxFrameCount(bound);
     _recording.pipeline = _pipeline;
-    _pipeline->imageHandler = [this](std::uint64_t, const InputReport::Image& image) { _image = image; };
     _pipeline->invalidReportHandler = [this](auto...) { ++_invalidReports; };
-    _pipeline->firmwareEventHandler = [this](std::uint64_t, const InputReport::FirmwareEvent& event) {
-        _isReset = event.event == InputReport::FirmwareEvent::kReset;
-    };
     _pipeline->hidEventsHandler = [this](std::uint64_t, const HIDEvents& events) { _events = events; };
 }
 
@@ -51,20 +47,18 @@ void Observation::report(HostTime time, std::span<const std::uint8_t> report) {
     time = _last = std::max(time, _last); // a piped device may say anything
     ++_reports;
     _recording.handleInputReport(ticksOf(time), report.data(), report.size());
-    if (_image || _isReset)
-        observe(time - *_start);
-    _image.reset();
-    _isReset = false;
+    if (auto step = Analysis::Track::stepOf(report)) {
+        step->ns = (time - *_start).count();
+        observe(*step);
+    }
     _events.clear();
 }
 
-void Observation::observe(HostTime time) {
-    const auto kind = _isReset ? Analysis::Track::Step::Kind::Reset : Analysis::Track::Step::Kind::Image;
-    _observer.frame({.kind = kind, .ns = time.count(), .image = _image.value_or(InputReport::Image{})}, _pipeline->algs,
-                    _events);
+void Observation::observe(const Analysis::Track::Step& step) {
+    _observer.frame(step, _pipeline->algs, _events);
     for (Analysis::Touch& touch : _observer.takeEnded())
         _decisions.push_back({.moment = end(), .touch = std::move(touch)});
-    add(momentNow(time));
+    add(momentAt(step));
 }
 
 void Observation::add(const Moment& moment) {
@@ -77,13 +71,13 @@ void Observation::add(const Moment& moment) {
         _decisions.pop_front();
 }
 
-Moment Observation::momentNow(HostTime time) const {
+Moment Observation::momentAt(const Analysis::Track::Step& step) const {
     const Algs& algs = _pipeline->algs;
     const HandStats& hand = algs.handStats;
     const std::size_t group = strongestGroupOf(algs.virtualPixels);
-    Moment moment{.time = time,
-                  .image = _image.value_or(InputReport::Image{}),
-                  .isReset = _isReset,
+    Moment moment{.time = HostTime(step.ns),
+                  .image = step.image,
+                  .isReset = step.kind == Analysis::Track::Step::Kind::Reset,
                   .strongestGroup = algs.virtualPixels.names[group],
                   .groupValue = algs.virtualPixels.value[group],
                   .isGroupOn = algs.virtualPixels.on[group] != 0,

@@ -89,9 +89,9 @@ public:
 private:
     static constexpr std::size_t kMostDecisions = 10'000;
 
-    void observe(HostTime time);
+    void observe(const Analysis::Track::Step& step);
     void add(const Moment& moment);
-    [[nodiscard]] Moment momentNow(HostTime time) const;
+    [[nodiscard]] Moment momentAt(const Analysis::Track::Step& step) const;
 
     const std::uint64_t _bound;
     const std::shared_ptr<Pipeline> _pipeline = std::make_shared<Pipeline>();
@@ -101,11 +101,7 @@ private:
     HostTime _last{};
     std::uint64_t _reports = 0;
     std::uint64_t _invalidReports = 0;
-
-    // Of the report in progress.
-    std::optional<InputReport::Image> _image;
-    bool _isReset = false;
-    HIDEvents _events;
+    HIDEvents _events; // of the report in progress
 
     std::deque<Moment> _moments;
     std::size_t _forgotten = 0;

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,7 @@ using Analysis::Setting;
 
 // The settings in force for a surface, from the first of these that there is:
 //
-//   velto serve                 where it serves a device of this name: what it has now, and every later write
+//   velto serve                 while it serves a device of this name: what it has now, and every later write
 //   /etc/velto-touch            the configuration
 //   the defaults                of the recognizer
 //
@@ -24,10 +25,11 @@ using Analysis::Setting;
 // The loop's thread.
 class SettingsSource {
 public:
-    using ChangeHandler = std::function<void(const Setting& setting)>;
+    using ChangeHandler = std::function<void(std::span<const Setting> changed)>;
 
-    // `device`: the name of a connected device. Reads what is in force; `changeHandler` is called for each later write
-    // while the loop runs. Throws std::runtime_error if the service does not answer.
+    // `device`: the name of a connected device. Reads what is in force; `changeHandler` is called while the loop runs:
+    // for each later write, and with what changes as a service begins or ends, which may be nothing. Throws
+    // std::runtime_error if the service does not answer.
     SettingsSource(EventLoop& loop, std::optional<Bus::Which> bus, const std::string& device,
                    std::vector<Setting> ofCommandLine, ChangeHandler changeHandler);
     SettingsSource(const SettingsSource&) = delete;
@@ -37,20 +39,24 @@ public:
     // Every setting that is in force, those left at their default too if a service has said so. No actions.
     [[nodiscard]] const std::vector<Setting>& settings() const noexcept { return _settings; }
 
-    // Where they come from, for people: "velto serve (hidraw0), 1 of the command line". Changes as the service ends.
+    // Where they come from, for people: "velto serve (hidraw0), 1 of the command line".
     [[nodiscard]] std::string description() const;
 
 private:
     void connect(EventLoop& loop, Bus::Which bus, const std::string& device);
-    void readService();
-    void readConfiguration();
+    void serviceBegan();
+    void serviceEnded();
+    void write(const std::string& key, const Ref<Value>& value);
+    void takeOver(std::vector<Setting> settings);
+    [[nodiscard]] std::vector<Setting> ofService();
+    [[nodiscard]] std::vector<Setting> ofConfiguration();
+    [[nodiscard]] Setting* settingUnderKey(const std::string& key);
     [[nodiscard]] bool isOfCommandLine(const std::string& key) const;
-    void change(const std::string& key, const Ref<Value>& value);
 
     const std::vector<Setting> _ofCommandLine;
     const ChangeHandler _changeHandler;
-    std::optional<Bus::Client> _client; // none: no service
-    bool _hasServiceEnded = false;
+    std::optional<Bus::Client> _client; // none: no bus, or a device that has no name there
+    bool _isServed = false;
     bool _isConfigured = false;
     std::vector<Setting> _settings;
 };

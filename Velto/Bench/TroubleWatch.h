@@ -2,12 +2,14 @@
 
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Recording/Frame.h"
+#include "Velto/Analysis/TouchObserver.h"
 
 #include <array>
 #include <cstdint>
 #include <functional>
-#include <memory>
+#include <optional>
 #include <string_view>
+#include <vector>
 
 namespace VeltoTouch::Bench {
 
@@ -19,7 +21,7 @@ inline constexpr std::array<std::string_view, 4> kTroubleNames{"cancel", "gap", 
     return kTroubleNames[static_cast<std::size_t>(trouble)];
 }
 
-// Plays frames, as they come, through a recognizer of its own and finds their trouble. One thread.
+// Plays frames, as they come, through a recognizer of its own and finds their trouble and their touches. One thread.
 class TroubleWatch {
 public:
     // `troubleHandler` is called within `handle`, and must not throw.
@@ -29,6 +31,12 @@ public:
     ~TroubleWatch() = default;
 
     void handle(const Frame& frame);
+
+    // After the newest frame: a touch is in progress or ended with it; neither that nor anything above noise.
+    [[nodiscard]] bool isTouched() const noexcept { return _observer.inProgress() != nullptr || _ended; }
+    [[nodiscard]] bool isClear() const noexcept { return !isTouched() && !_pipeline.algs.handStats.aboveNoise; }
+    // The touch that ended with the newest frame; null if none did.
+    [[nodiscard]] const Analysis::Touch* endedTouch() const noexcept { return _ended ? &*_ended : nullptr; }
 
     // How often it happened.
     [[nodiscard]] std::uint64_t count(Trouble trouble) const noexcept {
@@ -41,6 +49,9 @@ private:
     const std::function<void(Trouble trouble)> _troubleHandler;
     std::array<std::uint64_t, kTroubleNames.size()> _counts{};
     Pipeline _pipeline;
+    Analysis::TouchObserver _observer{Analysis::TouchObserver::Contributions::Leave};
+    HIDEvents _events; // of the frame in progress
+    std::optional<Analysis::Touch> _ended;
 };
 
 } // namespace VeltoTouch::Bench

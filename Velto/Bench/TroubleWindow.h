@@ -1,7 +1,9 @@
 #pragma once
 
 #include "Plugin/Recording/Frame.h"
+#include "Velto/Bench/TroubleWatch.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -26,12 +28,20 @@ private:
 // the stretches of two moments touch or overlap, they are one, without a gap.
 //
 //   frames    ......................................................
-//   moments             x       x                        x
-//   kept          ( ............... )              ( ......... )
+//   touches       [----]   [------------]                   [--]
+//   moments                             x                      x
+//   kept        ( .......................... )          ( ......... )
 //
-// Holds the frames of the last `beforeNs` and no more. One thread.
+// A touch is kept whole. With the moment at the end of a touch the time before counts from its beginning, and the
+// stretch begins so far back that the recognizer, which starts anew with it, decides the touch by the same numbers. (It
+// remembers the last gesture and its pixels.) All this within the `kHistory` before the time before: what lasts longer
+// is cut.
+//
+// Holds the frames of the last `beforeNs` and `kHistory`. One thread.
 class TroubleWindow {
 public:
+    static constexpr std::uint64_t kHistory = std::uint64_t{10} * 60 * 1'000'000'000;
+
     struct Handlers {
         std::function<void()> begin;
         // First the settings in force, with the time of the stretch's first frame.
@@ -39,8 +49,9 @@ public:
         std::function<void()> end;
     };
 
-    TroubleWindow(std::uint64_t beforeNs, std::uint64_t afterNs, Handlers handlers)
-        : _beforeNs(beforeNs), _afterNs(afterNs), _handlers(std::move(handlers)) {}
+    // `watch` outlives this and handles each frame before it comes here.
+    TroubleWindow(const TroubleWatch& watch, std::uint64_t beforeNs, std::uint64_t afterNs, Handlers handlers)
+        : _watch(watch), _beforeNs(beforeNs), _afterNs(afterNs), _handlers(std::move(handlers)) {}
 
     // Takes in a frame. The times should not decrease; a frame that is late counts as one of the newest time.
     void add(Frame frame);
@@ -52,12 +63,19 @@ public:
 private:
     struct Waiting {
         std::uint64_t ns;
+        bool isTouched;
+        bool isClear;
         Frame frame;
     };
 
+    [[nodiscard]] bool isKept() const;
     void keepWaiting();
-    void forgetOld();
+    void forgetFirst();
+    [[nodiscard]] std::size_t start() const;
+    [[nodiscard]] std::size_t clearUpTo(std::size_t last) const;
+    [[nodiscard]] bool isDecidedAlike(const Analysis::Touch& touch, std::size_t start) const;
 
+    const TroubleWatch& _watch;
     const std::uint64_t _beforeNs;
     const std::uint64_t _afterNs;
     const Handlers _handlers;

@@ -21,7 +21,7 @@ std::string sizeText(std::uint64_t bytes) {
                         : fmt::format("{:.2f} GB", size / 1e9);
 }
 
-std::unique_ptr<CaptureTarget> targetOf(const CaptureOptions& options) {
+std::unique_ptr<CaptureTarget> targetOf(const CaptureOptions& options, const Bench::TroubleWatch& watch) {
     if (options.on.empty())
         return std::make_unique<WholeCapture>(options.output);
     const auto nanoseconds = [](double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); };
@@ -29,7 +29,8 @@ std::unique_ptr<CaptureTarget> targetOf(const CaptureOptions& options) {
         TroubleCapture::Options{.folder = options.output,
                                 .beforeNs = nanoseconds(options.before.value_or(10)),
                                 .afterNs = nanoseconds(options.after.value_or(5)),
-                                .limit = options.limit});
+                                .limit = options.limit},
+        watch);
 }
 
 } // namespace
@@ -37,7 +38,7 @@ std::unique_ptr<CaptureTarget> targetOf(const CaptureOptions& options) {
 Capture::Capture(const CaptureOptions& options)
     : _options(options), _watch([this](Trouble trouble) { _troubles.push_back(trouble); }) {}
 
-void Capture::begin() { _target = targetOf(_options); }
+void Capture::begin() { _target = targetOf(_options, _watch); }
 
 Bench::LiveSurface::Handlers Capture::handlers(EventLoop& loop) {
     auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });
@@ -81,8 +82,8 @@ void Capture::add(const Frame& frame) {
         _last = HostTime(frame.timestampNs);
         _first = _reports++ == 0 ? _last : _first;
     }
-    _target->add(frame);
     _watch.handle(frame);
+    _target->add(frame);
     for (const Trouble trouble : std::exchange(_troubles, {})) {
         if (std::ranges::find(_options.on, trouble) != _options.on.end())
             _target->mark(trouble);

@@ -31,9 +31,15 @@ constexpr const char* kCaptureText =
     "OUT-2. Ends at the device's end, after --duration or with Ctrl-C.\n"
     "\n"
     "With --on it keeps only the time around trouble: recordings in the folder OUT, named after\n"
-    "when (UTC) and why. Where their times overlap, they are one.";
+    "when (UTC) and why. Where their times overlap, they are one. A touch is kept whole, and the\n"
+    "time before a cancelled one counts from its beginning; if its decision hangs on touches\n"
+    "before it, these are kept too: velto explain says of the recording what was decided live.\n"
+    "What lies more than ten minutes further back is not kept.\n"
+    "\n"
+    "Several captures may keep recordings in one folder, but none beside one with --limit.";
 
 constexpr std::chrono::milliseconds kBetweenLines{200};
+constexpr std::uint64_t kLeastLimit = 1'000'000; // some 30 s of reports
 
 // Runs the work, and reports a failure in place of throwing it on. The exit status.
 template <class Work>
@@ -69,10 +75,7 @@ int captureWith(const CaptureOptions& options) {
     surface.reset();
     if (status == 0) // what is behind a failed write is not written either
         status = attempt([&] { capture.finish(); });
-    if (!capture.failure().empty()) {
-        complain(device.name(), capture.failure());
-        status = 1;
-    }
+    status = std::max(status, statusOfEnd(device.name(), capture.failure()));
     writeStandardOutput((showsLine ? "\r\x1b[K" : "") + capture.lines());
     return status;
 }
@@ -93,8 +96,9 @@ std::uint64_t parseSize(const std::string& text) {
     std::uint64_t factor = unit == end ? 1 : 0;
     if (end - unit == 1 && kUnits.find(*unit) != std::string_view::npos)
         factor = static_cast<std::uint64_t>(std::pow(1000, kUnits.find(*unit) + 1));
-    if (error != std::errc() || size == 0 || factor == 0 || size > std::uint64_t{1'000'000'000'000'000} / factor)
-        throw CLI::ValidationError("--limit", "a number of bytes is wanted, such as 500M or 2G");
+    if (error != std::errc() || factor == 0 || size > std::uint64_t{1'000'000'000'000'000} / factor ||
+        size * factor < kLeastLimit)
+        throw CLI::ValidationError("--limit", "a number of bytes is wanted, such as 500M or 2G, at least 1M");
     return size * factor;
 }
 
@@ -117,7 +121,7 @@ void addTroubleOptions(App& app, CaptureOptions& options) {
     app.add_option_function<std::string>(
            "--limit", [&options](const std::string& text) { options.limit = parseSize(text); },
            "With --on: delete the oldest recordings of this kind in the folder, those of earlier runs too, when they "
-           "take more than this together (500M, 2G)")
+           "take more than this together (500M, 2G; at least 1M)")
         ->type_name("SIZE")
         ->needs(on);
 }

@@ -1,8 +1,10 @@
 #include "Velto/Commands/CaptureFiles.h"
 
 #include "Velto/Commands/Hosting.h"
+#include "Velto/Files/Reading.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <ctime>
 #include <filesystem>
@@ -13,6 +15,7 @@
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <sys/file.h>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -108,15 +111,24 @@ void WholeCapture::finish() {
     sync();
 }
 
-TroubleCapture::TroubleCapture(const Options& options)
-    : _options(options), _window(options.beforeNs, options.afterNs,
+TroubleCapture::TroubleCapture(const Options& options, const Bench::TroubleWatch& watch)
+    : _options(options), _window(watch, options.beforeNs, options.afterNs,
                                  {.begin = [this] { begin(); },
                                   .frame = [this](const Frame& frame) { _recording->append(frame); },
                                   .end = [this] { end(); }}) {
     about(_options.folder, [this] {
         fs::create_directories(_options.folder);
+        lockFolder();
         keepLimit();
     });
+}
+
+// A limit counts and deletes the recordings of others too: nobody else may write any. A file system without locks is
+// taken as it is.
+void TroubleCapture::lockFolder() {
+    _folder = Files::openToRead(_options.folder);
+    if (::flock(_folder.get(), (_options.limit ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        throw std::runtime_error("another capture keeps recordings here, and --limit is for one alone");
 }
 
 void TroubleCapture::mark(Bench::Trouble trouble) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/FileDescriptor.h"
 #include "Velto/Bench/TroubleWatch.h"
 #include "Velto/Bench/TroubleWindow.h"
 #include "Velto/Files/GrowingRecording.h"
@@ -91,7 +92,9 @@ public:
         std::optional<std::uint64_t> limit;
     };
 
-    explicit TroubleCapture(const Options& options);
+    // `watch` outlives this and handles each frame before it comes here. Throws std::runtime_error if another capture
+    // with a limit keeps its recordings in the folder, or any does where this one has a limit.
+    TroubleCapture(const Options& options, const Bench::TroubleWatch& watch);
 
     void add(const Frame& frame) override { _window.add(frame); }
     void mark(Bench::Trouble trouble) override;
@@ -106,7 +109,10 @@ private:
     void end();
     void keepLimit() const;
 
+    void lockFolder();
+
     const Options _options;
+    FileDescriptor _folder; // holds the lock
     Bench::TroubleWindow _window;
     Bench::Trouble _trouble{}; // the first of the recording in progress
     std::optional<RollingRecording> _recording;

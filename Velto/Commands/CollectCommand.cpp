@@ -189,10 +189,7 @@ int collect(const CollectOptions& options) {
     const Collector& collector = session->collector();
     writeStandardOutput(fmt::format("{}: {} of {} labelled, {} spoiled\n", printable(options.output),
                                     collector.labelled(), collector.asked().size(), collector.spoiled()));
-    if (session->failure().empty())
-        return 0;
-    complain(device.name(), session->failure());
-    return 1;
+    return statusOfEnd(device.name(), session->failure());
 }
 
 } // namespace

@@ -68,8 +68,7 @@ std::string textOf(HostTime time, Bytes report) {
     const std::string tail = fmt::format("    {}\n", hexOf(report));
     if (const auto event = InputReport::FirmwareEvent::parse(report.data(), report.size()))
         return fmt::format("{}firmware event {}{}, context {:x}\n{}", head, event->event,
-                           event->event == InputReport::FirmwareEvent::kReset ? " (reset)" : "", event->contextNumber(),
-                           tail);
+                           event->isReset() ? " (reset)" : "", event->contextNumber(), tail);
     if (const auto image = InputReport::Image::parse(report.data(), report.size())) {
         std::array<std::string_view, kPadCount> letters;
         for (std::size_t i = 0; i < kPadCount; ++i)
@@ -186,10 +185,7 @@ int dumpDevice(const DumpOptions& options, const DeviceChoice& choice) {
     if (!options.hex)
         writeStandardOutput(featuresOf(device, options));
     loop.run(options.duration);
-    if (failure.empty())
-        return 0;
-    complain(choice.subject(), failure);
-    return 1;
+    return statusOfEnd(choice.subject(), failure);
 }
 
 int dump(const DumpOptions& options) {

@@ -81,6 +81,13 @@ void requireOtherFile(const DeviceChoice& device, const std::string& output) {
         throw std::runtime_error(output + ": it is the recording that is played");
 }
 
+int statusOfEnd(const std::string& device, const std::string& failure) {
+    if (failure.empty())
+        return 0;
+    complain(device, failure);
+    return 1;
+}
+
 void addPlugIn(App& app, std::string& target) {
     CLI::Option* option =
         app.add_option("--plugin", target, "The plug-in's folder (default: the one that came with this program)");

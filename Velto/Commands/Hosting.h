@@ -25,6 +25,10 @@ CLI::Option* addDeviceArgument(App& app, DeviceChoice& target);
 // as it comes would take the place of what has not been played yet.
 void requireOtherFile(const DeviceChoice& device, const std::string& output);
 
+// The exit status of a command whose device has gone: 0 if it was unplugged or at its end. Reports any other failure
+// under the device's name.
+[[nodiscard]] int statusOfEnd(const std::string& device, const std::string& failure);
+
 // --plugin PATH. Unset, the target is empty.
 void addPlugIn(App& app, std::string& target);
 

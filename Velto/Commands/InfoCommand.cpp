@@ -1,6 +1,5 @@
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
-#include "Plugin/Recording/ContainerReader.h"
 #include "Velto/Analysis/Counted.h"
 #include "Velto/Analysis/Replay.h"
 #include "Velto/Commands/Command.h"
@@ -50,10 +49,10 @@ std::vector<Setting> settingsInForce(const PipelineRecording& recording) {
 
 Info inspect(const std::string& file) {
     Info info;
-    const Ref<Data> container = readFile(file);
-    PipelineRecording recording(container.get());
+    auto [version, frames] = loadContainer(file);
+    PipelineRecording recording(std::move(frames));
     recording.sortFrames();
-    info.version = versionOfContainer(*container);
+    info.version = version;
     for (const Frame& frame : recording.frames())
         ++info.framesByType[static_cast<std::size_t>(frame.type)];
 

@@ -1,6 +1,5 @@
 #include "Platform/JSON.h"
 #include "Plugin/Recording/ContainerFormat.h"
-#include "Plugin/Recording/ContainerReader.h"
 #include "Plugin/Recording/ContainerWriter.h"
 #include "Velto/Analysis/Label.h"
 #include "Velto/Commands/Command.h"
@@ -88,9 +87,8 @@ void list(const LabelOptions& options, const std::string& file) {
 
 // The recording with its labels edited. One of an old version would not stay as it is.
 std::string edited(const LabelOptions& options, const std::string& file) {
-    const Ref<Data> container = readFile(file);
-    std::list<Frame> frames = readContainer(*container);
-    if (const auto version = versionOfContainer(*container); version != Container::kCurrentVersion)
+    auto [version, frames] = loadContainer(file);
+    if (version != Container::kCurrentVersion)
         throw std::runtime_error(
             fmt::format("a recording of version {}: velto convert brings it to the current one", version));
     editLabels(frames, options.edit);

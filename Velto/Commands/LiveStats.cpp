@@ -3,8 +3,12 @@
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Analysis/NearestRank.h"
+#include "Velto/Analysis/PadStatistics.h"
+#include "Velto/Analysis/PixelNames.h"
+#include "Velto/Analysis/Track.h"
 #include "Velto/Bench/LiveSurface.h"
 #include "Velto/Commands/Hosting.h"
+#include "Velto/Commands/PadText.h"
 #include "Velto/Daemon/EventLoop.h"
 #include "Velto/Daemon/StopSignals.h"
 #include "Velto/Output/Files.h"
@@ -12,9 +16,11 @@
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <deque>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -24,6 +30,20 @@ namespace VeltoTouch::Velto {
 namespace {
 
 using namespace std::chrono_literals;
+
+// Lines of the left text with those of the right behind them. No left line is wider than the first.
+std::string beside(const std::string& left, const std::string& right) {
+    std::istringstream leftLines(left);
+    std::istringstream rightLines(right);
+    const std::size_t width = left.find('\n');
+    std::string text;
+    for (std::string one, other;;) {
+        const bool isLeft = static_cast<bool>(std::getline(leftLines, one));
+        if (!std::getline(rightLines, other) && !isLeft)
+            return text;
+        text += fmt::format("{:<{}}{}\n", one, width, other);
+    }
+}
 
 constexpr std::size_t kMostSpans = 10'000; // that figures are made of; the longest is of all
 
@@ -71,11 +91,14 @@ private:
 // What is measured of a surface.
 class LiveStats {
 public:
-    LiveStats() {
+    // `isPiped`: reports have the times of another clock, and how late an event is cannot be known.
+    explicit LiveStats(bool isPiped) {
         _pipeline.invalidReportHandler = [this](auto...) { ++_invalidReports; };
-        _pipeline.hidEventsHandler = [this](auto...) {
+        _pipeline.hidEventsHandler = [this, isPiped](auto...) {
+            ++_events;
             const HostTime now = hostTimeNow();
-            _latencies.add((now - std::min(now, _lastTime.value_or(now))).count());
+            if (!isPiped)
+                _latencies.add((now - std::min(now, _lastTime.value_or(now))).count());
         };
     }
     LiveStats(const LiveStats&) = delete;
@@ -93,31 +116,50 @@ public:
         _firstTime = _firstTime.value_or(time);
         _lastTime = time;
         _pipeline.handleInputReport(Util::machTimeFromNanoseconds(time.count()), report.data(), report.size());
+        const auto step = Analysis::Track::stepOf(report);
+        if (!step || step->kind != Analysis::Track::Step::Kind::Image)
+            return;
+        for (std::size_t i = 0; i < kPadCount; ++i)
+            _pads[i].add(step->image.padSignal[i], !_pipeline.algs.handStats.touching);
     }
 
-    [[nodiscard]] std::string text() const {
-        std::string text =
-            row("reports", fmt::format("{}", _reports)) + row("rate", number(rateHz(), "{:.2f} Hz")) +
-            spans("interval", _intervals.figures()) +
-            row("jitter", _intervals.count() == 0 ? "-" : fmt::format("{:.3f} ms", _intervals.figures()->deviation)) +
-            row("events", fmt::format("{}", _latencies.count())) + spans("report to event", _latencies.figures());
-        return text + row("gaps", fmt::format("{}", _pipeline.disjointImageCount)) +
-               row("firmware resets", fmt::format("{}", _pipeline.resetCount)) +
-               row("invalid reports", fmt::format("{}", _invalidReports));
+    // The pads stand below the rest, or beside it where rows are few.
+    [[nodiscard]] std::string text(bool isBeside) const {
+        return isBeside ? beside(streamRows(), padRows()) : streamRows() + padRows();
     }
 
     // `ns`: since the start.
     [[nodiscard]] std::string line(const std::string& inFile, std::uint64_t ns) const {
-        return fmt::format(
-            R"({{"kind":"stream"{},"ns":{},"reports":{},"rateHz":{},"intervalMs":{},"jitterMs":{},)"
-            R"("events":{},"latencyMs":{},"gaps":{},"resets":{},"invalid":{}}})"
-            "\n",
-            inFile, ns, _reports, rateHz() ? fmt::format("{}", *rateHz()) : "null", spansLine(_intervals.figures()),
-            _intervals.count() == 0 ? "null" : fmt::format("{}", _intervals.figures()->deviation), _latencies.count(),
-            spansLine(_latencies.figures()), _pipeline.disjointImageCount, _pipeline.resetCount, _invalidReports);
+        std::vector<std::string> pads;
+        for (std::size_t i = 0; i < kPadCount; ++i)
+            pads.push_back(fmt::format("{{{}}}", padMembers(i, _pads[i])));
+        return fmt::format(R"({{"kind":"stream"{},"ns":{},"reports":{},"rateHz":{},"intervalMs":{},"jitterMs":{},)"
+                           R"("events":{},"latencyMs":{},"gaps":{},"resets":{},"invalid":{},"pads":[{}]}})"
+                           "\n",
+                           inFile, ns, _reports, rateHz() ? fmt::format("{}", *rateHz()) : "null",
+                           spansLine(_intervals.figures()),
+                           _intervals.count() == 0 ? "null" : fmt::format("{}", _intervals.figures()->deviation),
+                           _events, spansLine(_latencies.figures()), _pipeline.disjointImageCount, _pipeline.resetCount,
+                           _invalidReports, fmt::join(pads, ","));
     }
 
 private:
+    [[nodiscard]] std::string streamRows() const {
+        std::string text =
+            row("reports", fmt::format("{}", _reports)) + row("rate", number(rateHz(), "{:.2f} Hz")) +
+            spans("interval", _intervals.figures()) +
+            row("jitter", _intervals.count() == 0 ? "-" : fmt::format("{:.3f} ms", _intervals.figures()->deviation)) +
+            row("events", fmt::format("{}", _events)) + spans("report to event", _latencies.figures());
+        return text + row("gaps", fmt::format("{}", _pipeline.disjointImageCount)) +
+               row("firmware resets", fmt::format("{}", _pipeline.resetCount)) +
+               row("invalid reports", fmt::format("{}", _invalidReports));
+    }
+    [[nodiscard]] std::string padRows() const {
+        std::string text = fmt::format("  {:<18}{}\n", "pad", padHeading());
+        for (std::size_t i = 0; i < kPadCount; ++i)
+            text += fmt::format("  {:<18}{}\n", Analysis::letterOf(i), padCells(_pads[i]));
+        return text;
+    }
     // Of all reports.
     [[nodiscard]] std::optional<double> rateHz() const {
         if (!_firstTime || !(*_lastTime > *_firstTime))
@@ -149,10 +191,12 @@ private:
     Pipeline _pipeline;
     std::uint64_t _reports = 0;
     std::uint64_t _invalidReports = 0;
+    std::uint64_t _events = 0;
     std::optional<HostTime> _firstTime;
     std::optional<HostTime> _lastTime;
     Spans _intervals;
     Spans _latencies; // from a report to an event that it gave
+    std::array<Analysis::PadStatistics, kPadCount> _pads;
 };
 
 // The block is written over the one before.
@@ -181,7 +225,7 @@ int showLiveStats(const LiveStatsOptions& options) {
     const std::string subject = options.device.subject();
     const auto device = about(subject, [&] { return connect(options.device, 1.0); });
     const StopSignals signals(loop); // before any thread
-    LiveStats stats;
+    LiveStats stats(std::holds_alternative<PipedSurface>(options.device.surface));
     std::string failure;
     std::optional<Bench::LiveSurface> surface;
     about(subject, [&] {
@@ -197,24 +241,22 @@ int showLiveStats(const LiveStatsOptions& options) {
                     }});
     });
     const HostTime start = hostTimeNow();
-    const std::string heading =
-        fmt::format("{}   settings: {}\n", printable(options.device.name), surface->settings().description());
+    const auto heading = [&] {
+        return fmt::format("{}   settings: {}\n", printable(options.device.name), surface->settings().description());
+    };
     Block block;
     const auto show = [&] {
         if (options.jsonl)
             writeStandardOutput(stats.line(fileMember(options.device.file()), (hostTimeNow() - start).count()));
         else
-            block.show(heading + stats.text());
+            block.show(heading() + stats.text(true));
     };
     const bool isRefreshed = options.jsonl || standardOutputIsTerminal();
     if (isRefreshed)
         loop.addTimer(1s, show);
     loop.run(options.duration);
-    isRefreshed ? show() : writeStandardOutput(heading + stats.text());
-    if (failure.empty())
-        return 0;
-    complain(subject, failure);
-    return 1;
+    isRefreshed ? show() : writeStandardOutput(heading() + stats.text(false));
+    return statusOfEnd(subject, failure);
 }
 
 } // namespace VeltoTouch::Velto

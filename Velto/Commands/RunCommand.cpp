@@ -122,11 +122,7 @@ int run(const RunOptions& options) {
         status |= saveRun(service, options.recording, ending.reports, start);
     service.stop();
     output.end(ending);
-    if (const std::string failure = device.backend().failure(); !failure.empty()) {
-        complain(options.device.subject(), failure);
-        status = 1;
-    }
-    return status;
+    return status | statusOfEnd(options.device.subject(), device.backend().failure());
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Disturbances.h"
 #include "Velto/Commands/LiveStats.h"
+#include "Velto/Commands/PadText.h"
+#include "Velto/Files/Reading.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/RecordingFiles.h"
@@ -10,6 +12,7 @@
 #include "Velto/Output/GestureText.h"
 #include "Velto/Output/Progress.h"
 #include "Velto/Output/Terminal.h"
+#include "Velto/Surface/ReportStream.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -17,6 +20,7 @@
 #include <memory>
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -90,13 +94,10 @@ std::string asLines(const Shown& shown) {
     std::string text = streamLine(inFile, statistics);
     for (const Replay::Disturbance& disturbance : statistics.disturbances)
         text += disturbanceLine(inFile, disturbance);
-    for (std::size_t i = 0; i < kPadCount; ++i) {
-        const auto& [rest, peak] = statistics.pads[i];
-        text += fmt::format(R"({{"kind":"pad"{},"pad":"{}","baseline":{},"noise":{},"peak":{}}})"
+    for (std::size_t i = 0; i < kPadCount; ++i)
+        text += fmt::format(R"({{"kind":"pad"{},{}}})"
                             "\n",
-                            inFile, Analysis::letterOf(i), rest ? fmt::format("{}", rest->baseline) : "null",
-                            rest ? fmt::format("{}", rest->noise) : "null", jsonOf(peak));
-    }
+                            inFile, padMembers(i, statistics.pads[i]));
     return text;
 }
 
@@ -142,17 +143,9 @@ void addStream(Columns& columns) {
 }
 
 void addPads(Columns& columns) {
-    const auto padRow = [](const auto& baseline, const auto& noise, const auto& peak) {
-        return fmt::format("{:>11}{:>8}{:>8}", baseline, noise, peak);
-    };
-    columns.row("pad", [&](const auto&) { return padRow("baseline", "noise", "peak"); });
-    for (std::size_t i = 0; i < kPadCount; ++i) {
-        columns.row(Analysis::letterOf(i), [&](const StreamStatistics& recording) {
-            const auto& [rest, peak] = recording.pads[i];
-            return padRow(rest ? fmt::format("{}", rest->baseline) : "-", rest ? fmt::format("{}", rest->noise) : "-",
-                          peak ? fmt::format("{}", *peak) : "-");
-        });
-    }
+    columns.row("pad", [](const auto&) { return padHeading(); });
+    for (std::size_t i = 0; i < kPadCount; ++i)
+        columns.row(Analysis::letterOf(i), [i](const auto& recording) { return padCells(recording.pads[i]); });
 }
 
 // The first of each kind are listed of a single recording.
@@ -195,10 +188,15 @@ bool areTwoRecordings(const std::vector<std::string>& paths) {
            std::ranges::none_of(paths, [&](const auto& path) { return std::filesystem::is_directory(path, ignored); });
 }
 
-// A path that does not exist may be a device; - is a recording.
+bool standardInputHasReports() {
+    const std::optional<char> first = Files::nextByteOf(STDIN_FILENO);
+    return first && Surface::ReportStream::mayBeginWith(*first);
+}
+
+// A path that does not exist may be a device; - is a recording or reports.
 std::optional<DeviceChoice> deviceOf(const std::vector<std::string>& paths) {
     try {
-        if (paths.size() != 1 || paths.front() == "-")
+        if (paths.size() != 1 || (paths.front() == "-" && !standardInputHasReports()))
             return std::nullopt;
         const Watched watched = parseWatched(paths.front());
         return watched.device() == nullptr ? std::nullopt : std::optional(*watched.device());
@@ -237,7 +235,8 @@ Command makeStatsCommand(App& program) {
         "Two recordings are shown side by side.\n"
         "\n"
         "With a device in place of recordings, the same of its reports as they come, and\n"
-        "how long it takes from reading a report to an event.");
+        "how long it takes from reading a report to an event. The standard input, -, is a\n"
+        "recording or reports (lines of velto dump --hex), whichever it begins as.");
     addRecordings(*app, options->paths);
     addBus(*app, options->bus);
     addDuration(*app, options->duration)->description("Of a device: end after so many seconds");

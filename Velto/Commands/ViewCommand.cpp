@@ -27,7 +27,8 @@ using Bench::Observation;
 constexpr const char* kViewText =
     "Shows the surface live in the terminal while somebody presses: its pads, the touch\n"
     "in progress and why the last ones became what they became. Of a recording the same,\n"
-    "at its own pace or image by image. A device may be served at the same time.\n"
+    "at its own pace or image by image. A device may be served at the same time: the first\n"
+    "line says where the settings come from, which changes as its service begins or ends.\n"
     "\n"
     "Space pauses and goes on, left and right step by an image, page up and down by a\n"
     "second, up and down from touch to touch, home and end to the first and the newest;\n"
@@ -157,10 +158,7 @@ int viewDevice(const ViewOptions& options, const DeviceChoice& choice) {
         loop.run();
         failure = view.failure();
     });
-    if (failure.empty())
-        return 0;
-    complain(choice.subject(), failure);
-    return 1;
+    return statusOfEnd(choice.subject(), failure);
 }
 
 int view(const ViewOptions& options) {

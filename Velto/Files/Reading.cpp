@@ -4,10 +4,12 @@
 #include "Velto/Files/SystemCalls.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <utility>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace VeltoTouch::Files {
 namespace {
@@ -26,6 +28,18 @@ FileDescriptor openToRead(const std::string& path) { return opened(::open(path.c
 std::size_t expectedSizeOf(const FileDescriptor& file) {
     const auto size = static_cast<std::size_t>(statusOf(file.get()).st_size); // of a pipe or device 0
     return size > 0 ? size : kChunk;
+}
+
+std::optional<char> nextByteOf(int descriptor) {
+    std::array<int, 2> ends{};
+    check(::pipe2(ends.data(), O_CLOEXEC));
+    const FileDescriptor output(ends[0]);
+    const FileDescriptor input(ends[1]);
+    char byte = 0;
+    const bool isFound = ::tee(descriptor, input.get(), 1, 0) == 1
+                             ? ::read(output.get(), &byte, 1) == 1
+                             : ::pread(descriptor, &byte, 1, ::lseek(descriptor, 0, SEEK_CUR)) == 1;
+    return isFound ? std::optional(byte) : std::nullopt;
 }
 
 Ref<Data> readAll(int descriptor, std::size_t expectedSize, const std::function<void(std::size_t size)>& progress) {

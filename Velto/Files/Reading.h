@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 
 // Files read as a whole. Any thread.
@@ -21,6 +22,10 @@ void requireReadable(std::size_t size);
 
 // Returns a file's size, kChunk for a pipe or a device, which do not know theirs. Throws std::system_error.
 [[nodiscard]] std::size_t expectedSizeOf(const FileDescriptor& file);
+
+// The next byte of a pipe or file, which stays to be read. Waits for it. None at the end, and of what cannot be looked
+// into, such as a terminal. Throws std::system_error.
+[[nodiscard]] std::optional<char> nextByteOf(int descriptor);
 
 // Returns all that can be read; `progress` is called with the size of what has been read. Throws std::system_error, and
 // what `requireReadable` throws.

@@ -59,14 +59,14 @@ struct Connect {
         const PipelineRecording recording = loadRecording(surface.file);
         if (const std::uint64_t settings = settingsIn(recording); settings > 0)
             complain(surface.file, fmt::format("left out {} recorded settings", settings));
-        return {name, recordingPlayer(recording, speed), {}};
+        return {name, recordingPlayer(recording, speed), {makeRef<SilentAccelerometer>()}};
     }
     ConnectedDevice operator()(const FirstSurface& /*surface*/) const {
         return connectNode(findSurfaces().front().path);
     }
     ConnectedDevice operator()(const SurfaceNode& surface) const { return connectNode(surface.path); }
     ConnectedDevice operator()(const PipedSurface& /*surface*/) const {
-        return {name, makeRef<PipedDevice>(STDIN_FILENO), {}};
+        return {name, makeRef<PipedDevice>(STDIN_FILENO), {makeRef<SilentAccelerometer>()}};
     }
 };
 

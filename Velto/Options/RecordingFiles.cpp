@@ -1,5 +1,7 @@
 #include "Velto/Options/RecordingFiles.h"
 
+#include "Plugin/Recording/Damage.h"
+#include "Velto/Analysis/Recovery.h"
 #include "Velto/Files/RecordingPaths.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Progress.h"
@@ -9,6 +11,7 @@
 #include <iterator>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -24,10 +27,28 @@ std::vector<std::string> recordingsAt(const std::string& path) {
     return files;
 }
 
+// Whether something of a damaged recording can be saved. Looks at its beginning alone, as far as a moment's work goes.
+bool canBeRecovered(std::string_view text) {
+    constexpr std::size_t kLookedAt = std::size_t{1} << 16U;
+    const auto recovery = Analysis::recoverFrames(*makeRef<Data>(std::string(text.substr(0, kLookedAt))));
+    return recovery && !recovery->frames.empty();
+}
+
 } // namespace
 
+ContainerContent loadContainer(const std::string& file) {
+    const Ref<Data> text = readFile(file);
+    try {
+        return readContainer(*text);
+    } catch (const std::exception& error) {
+        if (file == "-" || placeOf(error) == nullptr || !canBeRecovered(text->bytes()))
+            throw;
+        throw std::runtime_error(fmt::format("{}; velto recover {} saves what is whole", messageOf(error), file));
+    }
+}
+
 PipelineRecording loadRecording(const std::string& file) {
-    PipelineRecording recording(readFile(file).get());
+    PipelineRecording recording(loadContainer(file).frames);
     recording.sortFrames();
     return recording;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Plugin/Recording/ContainerReader.h"
 #include "Plugin/Recording/PipelineRecording.h"
 #include "Velto/Options/App.h"
 
@@ -11,7 +12,11 @@
 
 namespace VeltoTouch::Velto {
 
-// Reads a recording and sorts its frames by time. Throws what readFile and the recording's reader throw.
+// Reads a recording. Throws what readFile and readContainer throw; where the place of the damage is known and
+// `velto recover` can save something, a std::runtime_error that says so in place of the latter.
+[[nodiscard]] ContainerContent loadContainer(const std::string& file);
+
+// The same, with the frames sorted by time.
 [[nodiscard]] PipelineRecording loadRecording(const std::string& file);
 
 // PATH...: recordings and folders of recordings.

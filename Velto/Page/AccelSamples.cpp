@@ -1,5 +1,6 @@
 #include "Velto/Page/AccelSamples.h"
 
+#include "Plugin/Recording/AccelMetadata.h"
 #include "Velto/Analysis/Members.h"
 #include "Velto/Page/Column.h"
 #include "Velto/Page/JSONText.h"
@@ -17,7 +18,7 @@ using namespace Analysis;
 AccelSamples::AccelSamples(const std::list<Frame>& frames) {
     for (const Frame& frame : frames) {
         const auto* sample = as<Dictionary>(frame.value);
-        if (frame.type != Frame::Type::Metadata || frame.key != "Accel" || sample == nullptr)
+        if (frame.type != Frame::Type::Metadata || frame.key != AccelMetadata::kKey || sample == nullptr)
             continue;
         const auto x = doubleUnder(*sample, "X");
         const auto y = doubleUnder(*sample, "Y");

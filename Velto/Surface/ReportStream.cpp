@@ -3,6 +3,7 @@
 #include "Velto/Surface/Blanks.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <stdexcept>
 #include <vector>
@@ -87,6 +88,10 @@ void at(std::string_view unit, std::uint64_t place, const Step& step) {
 }
 
 } // namespace
+
+bool ReportStream::mayBeginWith(char byte) noexcept {
+    return byte == kMagic.front() || byte == '#' || std::isxdigit(static_cast<unsigned char>(byte)) != 0;
+}
 
 void ReportStream::add(std::span<const std::uint8_t> bytes, const Handler& handler) {
     _pending.append(bytes.begin(), bytes.end());

@@ -20,6 +20,9 @@ class ReportStream {
 public:
     static constexpr std::size_t kLongestReport = 512;
 
+    // Whether a stream may begin so. A recording never does, unless it is damaged.
+    [[nodiscard]] static bool mayBeginWith(char byte) noexcept;
+
     // `timeNs`: none if the stream does not say it.
     using Handler = std::function<void(std::optional<std::uint64_t> timeNs, std::span<const std::uint8_t> report)>;
 

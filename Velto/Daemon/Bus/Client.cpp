@@ -108,9 +108,14 @@ struct Client::Signals {
         return 0;
     }
     static int ownerChanged(sd_bus_message* signal, void* object, sd_bus_error* /*error*/) {
+        auto& client = *static_cast<Client*>(object);
         const char* owner = nullptr;
-        if (sd_bus_message_skip(signal, "ss") >= 0 && sd_bus_message_read(signal, "s", &owner) >= 0 && *owner == '\0')
-            end(*static_cast<Client*>(object));
+        if (sd_bus_message_skip(signal, "ss") < 0 || sd_bus_message_read(signal, "s", &owner) < 0)
+            return 0;
+        if (*owner == '\0')
+            end(client);
+        else
+            client._watcher->post([&client] { client._beginHandler(); });
         return 0;
     }
     static int disconnected(sd_bus_message* /*signal*/, void* object, sd_bus_error* /*error*/) {
@@ -126,6 +131,14 @@ std::vector<std::string> servedOn(Which which) { return elementsOn(connect(which
 
 Client::Client(Which which, const std::string& device)
     : _bus(connect(which)), _element(choose(_bus.get(), which, device)) {}
+
+Client::Client(Which which, const std::string& device, MayBeUnserved /*tag*/)
+    : _bus(connect(which)), _element(elementOf(device)) {}
+
+bool Client::isServed() const {
+    const std::vector<std::string> elements = elementsOn(_bus.get());
+    return std::ranges::find(elements, _element) != elements.end();
+}
 
 BusMessage Client::callOf(const char* interface, const char* method) {
     const auto make = [&](sd_bus_message** message) {
@@ -182,8 +195,10 @@ void Client::watch(EventLoop& loop, std::function<void(const Gesture&)> gestureH
     follow(loop, "Gesture", Signals::gesture, std::move(endHandler));
 }
 
-void Client::followProperties(EventLoop& loop, PropertyHandler propertyHandler, std::function<void()> endHandler) {
+void Client::followProperties(EventLoop& loop, PropertyHandler propertyHandler, std::function<void()> endHandler,
+                              std::function<void()> beginHandler) {
     _propertyHandler = std::move(propertyHandler);
+    _beginHandler = std::move(beginHandler);
     follow(loop, "PropertyChanged", Signals::property, std::move(endHandler));
 }
 
@@ -198,8 +213,7 @@ void Client::follow(EventLoop& loop, const char* signal, int (*handler)(sd_bus_m
                       nameOf(_element)),
           Signals::ownerChanged);
     match("type='signal',sender='org.freedesktop.DBus.Local',member='Disconnected'", Signals::disconnected);
-    const auto elements = elementsOn(_bus.get());
-    if (std::ranges::find(elements, _element) == elements.end()) // it has gone meanwhile
+    if (!isServed()) // it has gone meanwhile
         Signals::end(*this);
     checked(sd_bus_attach_event(_bus.get(), loop.handle(), SD_EVENT_PRIORITY_NORMAL), "the bus");
 }

@@ -24,6 +24,11 @@ public:
     // `device` is the served name; empty for the only one.
     Client(Which which, const std::string& device);
 
+    // A client of a surface that need not be served yet: calls are refused until it is.
+    struct MayBeUnserved {};
+    Client(Which which, const std::string& device, MayBeUnserved);
+    [[nodiscard]] bool isServed() const;
+
     // Never returns nil: a property that is absent is refused.
     [[nodiscard]] Ref<Value> getProperty(const std::string& key);
     void setProperty(const std::string& key, const Value& value);
@@ -42,7 +47,9 @@ public:
 
     using PropertyHandler = std::function<void(const std::string& key, const Ref<Value>& value)>;
     // The same for each write of a public property: what is read from here on is no older than the writes reported.
-    void followProperties(EventLoop& loop, PropertyHandler propertyHandler, std::function<void()> endHandler);
+    // `beginHandler` is called for each service that begins meanwhile.
+    void followProperties(EventLoop& loop, PropertyHandler propertyHandler, std::function<void()> endHandler,
+                          std::function<void()> beginHandler);
 
     // The bus name's part of the surface, such as hidraw0.
     [[nodiscard]] const std::string& element() const noexcept { return _element; }
@@ -63,6 +70,7 @@ private:
     std::function<void(const Gesture&)> _gestureHandler;
     PropertyHandler _propertyHandler;
     std::function<void()> _endHandler;
+    std::function<void()> _beginHandler = [] {};
 };
 
 } // namespace VeltoTouch::Bus
