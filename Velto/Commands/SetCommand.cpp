@@ -17,7 +17,6 @@
 #include <stdexcept>
 #include <vector>
 
-#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -81,8 +80,8 @@ int reportOverruled(const std::filesystem::path& folder, const std::filesystem::
             report(setting.key, setting.origin);
     }
     for (const ConfiguredKey& key : configuration.keys) {
-        if (find(kept, key.use, key.region) != nullptr)
-            report(fmt::format("{}.{}", kKeysDomain, nameOf(key.use, key.region)), key.origin);
+        if (find(kept, key.place) != nullptr)
+            report(fullKeyOf(key.place), key.origin);
     }
     return status;
 }

@@ -27,7 +27,7 @@ std::string keptText(const ConfigurationEntries& entries) {
         text += fmt::format("{} = {}\n", *Keys::belowAlgs(setting.key), textOf(*as<Number>(setting.value)));
     text += "\n[keys]\n";
     for (const ConfiguredKey& key : entries.keys)
-        text += fmt::format("{} = \"{}\"\n", nameOf(key.use, key.region), nameOfKey(key.key));
+        text += fmt::format("{} = \"{}\"\n", nameOf(key.place), nameOfKey(key.key));
     return text;
 }
 

@@ -15,9 +15,6 @@ namespace VeltoTouch::Velto {
 [[nodiscard]] std::vector<std::string> writableKeys();
 [[nodiscard]] std::vector<std::string> readableKeys();
 
-// Returns a value as people write it: compact JSON, a float with no more digits than it needs.
-[[nodiscard]] std::string shortText(const Value* value);
-
 // Lists at the end of the help.
 [[nodiscard]] HelpList settingList();
 [[nodiscard]] HelpList propertyList();

@@ -3,16 +3,19 @@
 #include "Velto/Daemon/Configuration.h"
 #include "Velto/Daemon/WantedSettings.h"
 
+#include <functional>
 #include <string>
 
-namespace VeltoTouch::Velto {
+namespace VeltoTouch {
 
 // The configuration of the surface that velto serve serves, and over it what its command line says. What is wrong and
 // what changes is logged. One thread.
 class ServedConfiguration {
 public:
+    using Log = std::function<void(const std::string& line)>;
+
     // Reads the folder.
-    ServedConfiguration(std::string folder, ConfigurationEntries trial);
+    ServedConfiguration(std::string folder, ConfigurationEntries trial, Log log);
 
     // Reads the folder anew.
     void read();
@@ -30,12 +33,10 @@ private:
 
     const std::string _folder;
     const ConfigurationEntries _trial;
+    const Log _log;
     Configuration _configuration;
     WantedSettings _settings;
     KeyTable _keys = kDefaultKeys;
 };
 
-// Logs one line, unless standard error does not take it: serving does not wait for it.
-void logServing(const std::string& line);
-
-} // namespace VeltoTouch::Velto
+} // namespace VeltoTouch
