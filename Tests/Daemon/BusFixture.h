@@ -28,6 +28,7 @@ namespace VeltoTouch::Tests {
 
 inline constexpr std::chrono::seconds kPatience{20};
 inline constexpr const char* kDevice = "/dev/hidraw7";
+inline constexpr const char* kSlowlyWritten = "Pipeline.Algs.EnableHoldSuppression";
 inline constexpr const char* kPath = "/org/velto/Touch1/hidraw7";
 
 using Counters = std::map<std::string, std::uint64_t>;
@@ -43,7 +44,7 @@ public:
         const std::lock_guard guard(_lock);
         _values[key] = std::move(value);
     }
-    // Reading "Slow" takes until it is let go.
+    // Reading "Slow", and writing kSlowlyWritten, takes until it is let go.
     void letSlowGo() {
         const std::lock_guard guard(_lock);
         _isSlow = false;
@@ -54,6 +55,8 @@ public:
         std::unique_lock guard(_lock);
         _changed.wait_for(guard, kPatience, [&] { return _reads["Slow"] > 0; });
     }
+    std::function<void(Bus::TouchObject& object)> atReload = [](Bus::TouchObject&) {}; // on the loop's thread
+
     [[nodiscard]] int readsOf(const std::string& key) {
         const std::lock_guard guard(_lock);
         return _reads[key];
@@ -75,6 +78,10 @@ private:
     bool set(const std::string& key, const Ref<Value>& value) {
         if (key == "ReadOnly")
             return false;
+        if (key == kSlowlyWritten) {
+            std::unique_lock guard(_lock);
+            _changed.wait(guard, [&] { return !_isSlow; });
+        }
         put(key, value);
         return true;
     }
@@ -98,7 +105,11 @@ public:
                                        .properties = properties.access(),
                                        .deliveredReports = [reports = 42U]() mutable { return reports++; },
                                        .sources = [&properties] { return properties.access().get("Sources"); },
-                                       .reload = [&properties] { properties.put("Reloaded", makeRef<Null>()); }});
+                                       .reload =
+                                           [this, &properties] {
+                                               properties.put("Reloaded", makeRef<Null>());
+                                               properties.atReload(*_object);
+                                           }});
               _object = &object;
               _loop.run();
           }) {}

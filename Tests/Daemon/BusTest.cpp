@@ -159,6 +159,32 @@ TEST_F(BusTest, WhoMayOnlySeeWhatTheSurfaceDoesReadsNothingElse) {
     }
 }
 
+// A write that is done on its thread while the loop reloads is signalled after what the reload has written over it.
+TEST_F(BusTest, TheLastSignalOfAPropertyHasTheValueThatHolds) {
+    std::ignore = client();
+    properties.atReload = [&](Bus::TouchObject& object) {
+        properties.letSlowGo();
+        EXPECT_TRUE(eventually([&] { return properties.access().get(kSlowlyWritten) != nullptr; }));
+        properties.put(kSlowlyWritten, Number::withUnsignedInt(0));
+        object.tellProperty(kSlowlyWritten);
+    };
+    const BusHandle raw = connection();
+    std::vector<std::uint64_t> signalled;
+    const auto take = [](sd_bus_message* signal, void* values, sd_bus_error*) {
+        sd_bus_message_skip(signal, "s");
+        const Ref<Value> value = Bus::readVariant(signal, Bus::kAnySize);
+        static_cast<std::vector<std::uint64_t>*>(values)->push_back(as<Number>(value)->unsignedLongLongValue());
+        return 0;
+    };
+    sd_bus_match_signal(raw.get(), nullptr, nullptr, kPath, Bus::kInterface, "PropertyChanged", take, &signalled);
+    Replies replies;
+    callSlowly(raw, "SetProperty", replies, "sv", kSlowlyWritten, "u", 1);
+    callSlowly(raw, "Reload", replies, "");
+    EXPECT_TRUE(happens(std::span(&raw, 1), [&] { return signalled.size() == 2; }));
+    EXPECT_EQ(replies.answered, 2U);
+    EXPECT_EQ(signalled.back(), 0U);
+}
+
 TEST_F(BusTest, AnEndDoesNotWaitForWhatIsQueued) {
     std::ignore = client();
     const BusHandle asking = connection();

@@ -132,7 +132,7 @@ private:
         return {.get = properties().get, .set = [this](const std::string& key, const Ref<Value>& value) {
                     const bool isTaken = _service.setProperty(key, value);
                     if (isTaken)
-                        _object.tellProperty(key, value);
+                        _object.tellProperty(key);
                     return isTaken;
                 }};
     }

@@ -136,8 +136,11 @@ void TouchObject::tellGesture(const Gesture& gesture) {
                        eventMembersOf(gesture).phase, gesture.frame, gesture.time.count());
 }
 
-void TouchObject::tellProperty(const std::string& key, const Ref<Value>& value) {
+void TouchObject::tellProperty(const std::string& key) {
     if (!isPublic(key) || !_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
+        return;
+    const Ref<Value> value = _surface.properties.get(key);
+    if (!value)
         return;
     const auto make = [&](sd_bus_message** message) {
         return sd_bus_message_new_signal(_bus.get(), message, _path.c_str(), kInterface, "PropertyChanged");

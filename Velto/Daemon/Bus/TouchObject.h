@@ -40,7 +40,8 @@ struct ServedSurface {
 //                                         names; a change is signalled at most once a second, and not for reports alone
 //   Gesture(s, s, u, u, t)                gesture, region (empty where it has none), phase, frame number, time of the
 //                                         report (monotonic clock, ns)
-//   PropertyChanged(s, v)                 key and value of a public one, after it was written by a call or a reload
+//   PropertyChanged(s, v)                 key and present value of a public one, after it was written by a call or a
+//                                         reload
 //
 // The bus's policy says who may call what. Without a bus the object tries again every second and signals nothing. What
 // a bus that does not read has not taken is bounded, and so is what clients do not read: see CallQueue.
@@ -55,8 +56,9 @@ public:
     ~TouchObject();
 
     void tellGesture(const Gesture& gesture);
-    // Signals the value that a property was written with. Does nothing for one that is not public.
-    void tellProperty(const std::string& key, const Ref<Value>& value);
+    // Called after a property was written, on whatever thread: signals the value that it has now, so that the last
+    // signal has the last value. Does nothing for one that is not public.
+    void tellProperty(const std::string& key);
 
 private:
     using Counters = std::map<std::string, std::uint64_t>;

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <exception>
 #include <memory>
+#include <utility>
 #include <variant>
 
 namespace VeltoTouch::Bus {
@@ -50,13 +51,13 @@ struct TouchObject::Table::Functions {
     static int setProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
         return answering(call, [&] {
             const std::string key = readKey(call);
-            const Ref<Value> value = readVariant(call, CallQueue::kLargestValue);
-            const auto answer = [answer = answerTo(call, of(object)), key, value, object](const auto& outcome) {
+            Ref<Value> value = readVariant(call, CallQueue::kLargestValue);
+            const auto answer = [answer = answerTo(call, of(object)), key, object](const auto& outcome) {
                 answer(outcome);
                 if (!std::holds_alternative<CallError>(outcome))
-                    of(object).tellProperty(key, value);
+                    of(object).tellProperty(key);
             };
-            of(object)._requests.set(key, value, answer);
+            of(object)._requests.set(key, std::move(value), answer);
         });
     }
     static int getSources(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
