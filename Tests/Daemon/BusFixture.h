@@ -100,10 +100,15 @@ public:
         : _thread([this, &properties, device] {
               Bus::TouchObject object(_loop, Bus::Which::System,
                                       {.device = device,
+                                       .configuration = "/etc/somewhere",
                                        .keyboard = [] { return "/dev/input/event9"; },
                                        .pressedKeys = [] { return 5U; },
                                        .properties = properties.access(),
                                        .deliveredReports = [reports = 42U]() mutable { return reports++; },
+                                       .keys =
+                                           [] {
+                                               return std::map<std::string, std::string>{{"keys.a", "KEY_B"}};
+                                           },
                                        .sources = [&properties] { return properties.access().get("Sources"); },
                                        .reload =
                                            [this, &properties] {

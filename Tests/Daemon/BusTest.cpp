@@ -252,6 +252,9 @@ TEST_F(BusTest, TheObjectSaysWhatItIs) {
         << "for whoever wants no answer";
     EXPECT_EQ(textOf(raw.get(), "Device"), kDevice);
     EXPECT_EQ(textOf(raw.get(), "Keyboard"), "/dev/input/event9");
+    EXPECT_EQ(caller.configuration(), "/etc/somewhere");
+    EXPECT_EQ(caller.user(), ::geteuid());
+    EXPECT_EQ(JSON::text(caller.keys().get()), R"({"keys.a":"KEY_B"})");
     EXPECT_EQ(textOf(raw.get(), "Version"), "19.0.1");
     EXPECT_EQ(callAt(Bus::kObjects, raw.get(), "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", ""),
               "a{oa{sa{sv}}}");

@@ -35,8 +35,8 @@ protected:
     [[nodiscard]] std::string place(const Origin& origin) const { return textOf(origin).substr(folder.size() + 1); }
     [[nodiscard]] std::vector<std::string> complaints() const {
         std::vector<std::string> lines;
-        for (const auto& [origin, message] : configuration.complaints)
-            lines.push_back(place(origin) + ": " + message);
+        for (const Complaint& complaint : configuration.complaints)
+            lines.push_back(place(complaint.origin) + ": " + complaint.message);
         return lines;
     }
     // What holds, as KEY=VALUE@PLACE.

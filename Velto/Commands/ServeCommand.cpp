@@ -138,10 +138,12 @@ private:
     }
     [[nodiscard]] Bus::ServedSurface servedSurface() {
         return {.device = _device.name(),
+                .configuration = _configuration.path(),
                 .keyboard = [this] { return _keyboard ? _keyboard->node() : ""; },
                 .pressedKeys = [this] { return _keyboard ? _keyboard->pressedKeys() : 0; },
                 .properties = properties(),
                 .deliveredReports = [this] { return _device.backend().deliveredReports(); },
+                .keys = [this] { return _configuration.keyNames(); },
                 .sources = [this] { return _configuration.sources(properties()); },
                 .reload = [this] { reload(); }};
     }

@@ -3,6 +3,7 @@
 #include "Velto/Daemon/KeyNames.h"
 #include "Velto/Daemon/ValueText.h"
 
+#include <filesystem>
 #include <utility>
 
 #include <fmt/format.h>
@@ -21,25 +22,41 @@ ServedConfiguration::ServedConfiguration(std::string folder, ConfigurationEntrie
 
 void ServedConfiguration::read() {
     _configuration = readConfiguration(_folder, _configuration);
-    for (const auto& [origin, message] : _configuration.complaints)
-        _log(fmt::format("{}: {}", textOf(origin), message));
-    ConfigurationEntries entries;
-    put(entries, _configuration);
-    put(entries, _trial);
-    _settings = WantedSettings(entries.settings);
-    setKeys(entries);
+    for (const Complaint& complaint : _configuration.complaints)
+        _log(fmt::format("{}: {}", textOf(complaint.origin), complaint.message));
+    _entries = {};
+    put(_entries, _configuration);
+    put(_entries, _trial);
+    _settings = WantedSettings(_entries.settings);
+    setKeys();
 }
 
-void ServedConfiguration::setKeys(const ConfigurationEntries& entries) {
-    const KeyTable before = std::exchange(_keys, keyTableOf(entries));
+void ServedConfiguration::setKeys() {
+    const KeyTable before = std::exchange(_keys, keyTableOf(_entries));
     for (const KeyPlace& place : kKeyPlaces) {
         const std::uint16_t key = keyAt(_keys, place);
         if (key == keyAt(before, place))
             continue;
-        const ConfiguredKey* const configured = find(entries, place);
+        const ConfiguredKey* const configured = find(_entries, place);
         _log(fmt::format("{}: {} ({})", fullKeyOf(place), nameOfKey(key),
                          configured != nullptr ? textOf(configured->origin) : kDefault));
     }
+}
+
+std::string ServedConfiguration::path() const { return std::filesystem::absolute(_folder).lexically_normal(); }
+
+std::map<std::string, std::string> ServedConfiguration::keyNames() const {
+    std::map<std::string, std::string> names;
+    for (const KeyPlace& place : kKeyPlaces)
+        names[fullKeyOf(place)] = nameOfKey(keyAt(_keys, place));
+    return names;
+}
+
+Ref<Value> ServedConfiguration::sources(const Bus::ServiceProperties& properties) const {
+    std::vector<Dictionary::Entry> entries = _settings.sources(properties);
+    for (const ConfiguredKey& key : _entries.keys)
+        entries.push_back({.key = fullKeyOf(key.place), .value = makeRef<String>(textOf(key.origin))});
+    return makeRef<Dictionary>(std::move(entries));
 }
 
 void ServedConfiguration::write(const Bus::ServiceProperties& properties) const {

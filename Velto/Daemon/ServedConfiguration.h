@@ -4,6 +4,7 @@
 #include "Velto/Daemon/WantedSettings.h"
 
 #include <functional>
+#include <map>
 #include <string>
 
 namespace VeltoTouch {
@@ -20,21 +21,27 @@ public:
     // Reads the folder anew.
     void read();
 
+    // The folder's absolute path.
+    [[nodiscard]] std::string path() const;
+
     [[nodiscard]] const KeyTable& keys() const noexcept { return _keys; }
+    // Returns the keys' names by what they are for: "keys.tap.play-pause".
+    [[nodiscard]] std::map<std::string, std::string> keyNames() const;
 
     // See WantedSettings.
     void write(const Bus::ServiceProperties& properties) const;
-    [[nodiscard]] Ref<Value> sources(const Bus::ServiceProperties& properties) const {
-        return _settings.sources(properties);
-    }
+
+    // Returns a dictionary: where the settings' present values come from, as WantedSettings says it, and the keys.
+    [[nodiscard]] Ref<Value> sources(const Bus::ServiceProperties& properties) const;
 
 private:
-    void setKeys(const ConfigurationEntries& entries);
+    void setKeys();
 
     const std::string _folder;
     const ConfigurationEntries _trial;
     const Log _log;
     Configuration _configuration;
+    ConfigurationEntries _entries; // its own, and those of the trial
     WantedSettings _settings;
     KeyTable _keys = kDefaultKeys;
 };

@@ -42,14 +42,14 @@ void WantedSettings::write(const Bus::ServiceProperties& properties,
     }
 }
 
-Ref<Value> WantedSettings::sources(const Bus::ServiceProperties& properties) const {
+std::vector<Dictionary::Entry> WantedSettings::sources(const Bus::ServiceProperties& properties) const {
     std::vector<Dictionary::Entry> entries;
     for (const auto& [key, value, source] : _wanted) {
         const bool isWanted = readsAs(key, value, properties.get(key));
         if (!isWanted || !source.empty())
             entries.push_back({.key = key, .value = makeRef<String>(isWanted ? source : "set for now")});
     }
-    return makeRef<Dictionary>(std::move(entries));
+    return entries;
 }
 
 } // namespace VeltoTouch

@@ -5,7 +5,9 @@
 
 #include <cerrno>
 #include <exception>
+#include <map>
 #include <memory>
+#include <string>
 #include <utility>
 #include <variant>
 
@@ -100,19 +102,36 @@ struct TouchObject::Table::Functions {
                      sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
         return sd_bus_message_append(reply, "t", of(object)._since);
     }
+    static int configuration(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                             sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return appending(
+            [&] { return sd_bus_message_append(reply, "s", cleanText(of(object)._surface.configuration).c_str()); });
+    }
+    static int keys(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
+                    sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
+        return appending([&] {
+            return appendEach(reply, "{ss}", of(object)._surface.keys(),
+                              [](const std::string& key) { return key.c_str(); });
+        });
+    }
     static int keyboard(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
         return appending([&] { return sd_bus_message_append(reply, "s", of(object)._surface.keyboard().c_str()); });
     }
     static int counters(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return appending([&] { return appendCounters(reply, of(object).counters()); });
+        return appending([&] {
+            return appendEach(reply, "{st}", of(object).counters(), [](std::uint64_t count) { return count; });
+        });
     }
-    static int appendCounters(sd_bus_message* reply, const Counters& counters) {
-        int result = sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, "{st}");
-        for (const auto& [name, count] : counters) {
+    // Appends a dictionary whose entries have these types; `argument` passes a value on to the library.
+    template <class Value, class Argument>
+    static int appendEach(sd_bus_message* reply, const char* types, const std::map<std::string, Value>& entries,
+                          const Argument& argument) {
+        int result = sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, types);
+        for (const auto& [name, value] : entries) {
             if (result >= 0)
-                result = sd_bus_message_append(reply, "{st}", name.c_str(), count);
+                result = sd_bus_message_append(reply, types, name.c_str(), argument(value));
         }
         return result < 0 ? result : sd_bus_message_close_container(reply);
     }
@@ -133,6 +152,8 @@ const sd_bus_vtable TouchObject::Table::rows[] = {
     SD_BUS_PROPERTY("Device", "s", Functions::device, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Version", "s", Functions::version, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Since", "t", Functions::since, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Configuration", "s", Functions::configuration, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Keys", "a{ss}", Functions::keys, 0, 0),
     SD_BUS_PROPERTY("Keyboard", "s", Functions::keyboard, 0, 0),
     SD_BUS_PROPERTY("Counters", "a{st}", Functions::counters, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_SIGNAL_WITH_NAMES(
