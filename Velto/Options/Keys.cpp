@@ -1,6 +1,8 @@
 #include "Velto/Options/Keys.h"
 
 #include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/ConfigurationEntry.h"
+#include "Velto/Daemon/KeyNames.h"
 #include "Velto/Daemon/ValueText.h"
 
 #include <fmt/format.h>
@@ -41,6 +43,13 @@ std::vector<std::string> readableKeys() {
     return keys;
 }
 
+std::vector<std::string> servedKeys() {
+    std::vector<std::string> keys = readableKeys();
+    for (const KeyPlace& place : kKeyPlaces)
+        keys.push_back(fullKeyOf(place));
+    return keys;
+}
+
 HelpList settingList() {
     HelpList list{.heading = "Settings", .entries = {}, .remarks = {}};
     for (const SettingRow& row : kSettingRows)
@@ -77,6 +86,13 @@ std::vector<ListedProperty> listedProperties() {
                               .defaultValue = defaultOf(setting),
                               .isRead = !setting.row.is<SettingRow::Action>()});
     }
+    for (const KeyPlace& place : kKeyPlaces)
+        properties.push_back({.key = fullKeyOf(place),
+                              .type = "key",
+                              .range = "KEY_*, none",
+                              .bounds = "null",
+                              .defaultValue = makeRef<String>(nameOfKey(keyAt(kDefaultKeys, place))),
+                              .isRead = true});
     for (const PropertyRow& row : kPropertyRows) {
         if (row.isPublic)
             properties.push_back({.key = std::string(row.key),
