@@ -71,7 +71,7 @@ TEST(LiveSurfaceTest, AReaderThatWaitsForRoomCanBeEnded) {
     std::this_thread::sleep_for(100ms);
 }
 
-// Each write is handed over with the value that was written; a setting of the command line stays.
+// Each write is handed over with the value that holds; a setting of the command line stays.
 TEST_F(BusTest, ALiveSurfaceFollowsTheSettingsOfTheServiceThatServesIt) {
     for (const FoundSetting& setting : allSettings())
         properties.put(fullKeyOf(setting), Number::withUnsignedInt(1));

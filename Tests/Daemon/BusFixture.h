@@ -17,6 +17,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <linux/sockios.h>
@@ -55,7 +56,18 @@ public:
         std::unique_lock guard(_lock);
         _changed.wait_for(guard, kPatience, [&] { return _reads["Slow"] > 0; });
     }
-    std::function<void(Bus::TouchObject& object)> atReload = [](Bus::TouchObject&) {}; // on the loop's thread
+    using Reload = std::function<void(Bus::TouchObject& object)>; // on the loop's thread
+    void setReload(Reload reload) {
+        const std::lock_guard guard(_lock);
+        _reload = std::move(reload);
+    }
+    void reload(Bus::TouchObject& object) {
+        put("Reloaded", makeRef<Null>());
+        _lock.lock();
+        const Reload reload = _reload;
+        _lock.unlock();
+        reload(object);
+    }
 
     [[nodiscard]] int readsOf(const std::string& key) {
         const std::lock_guard guard(_lock);
@@ -89,6 +101,7 @@ private:
     std::mutex _lock;
     std::condition_variable _changed;
     bool _isSlow = true;
+    Reload _reload = [](Bus::TouchObject&) {};
     std::map<std::string, int> _reads;
     std::map<std::string, Ref<Value>> _values{{"Slow", makeRef<Null>()}};
 };
@@ -110,11 +123,7 @@ public:
                                                return std::map<std::string, std::string>{{"keys.a", "KEY_B"}};
                                            },
                                        .sources = [&properties] { return properties.access().get("Sources"); },
-                                       .reload =
-                                           [this, &properties] {
-                                               properties.put("Reloaded", makeRef<Null>());
-                                               properties.atReload(*_object);
-                                           }});
+                                       .reload = [this, &properties] { properties.reload(*_object); }});
               _object = &object;
               _loop.run();
           }) {}

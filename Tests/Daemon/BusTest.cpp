@@ -162,12 +162,12 @@ TEST_F(BusTest, WhoMayOnlySeeWhatTheSurfaceDoesReadsNothingElse) {
 // A write that is done on its thread while the loop reloads is signalled after what the reload has written over it.
 TEST_F(BusTest, TheLastSignalOfAPropertyHasTheValueThatHolds) {
     std::ignore = client();
-    properties.atReload = [&](Bus::TouchObject& object) {
+    properties.setReload([&](Bus::TouchObject& object) {
         properties.letSlowGo();
         EXPECT_TRUE(eventually([&] { return properties.access().get(kSlowlyWritten) != nullptr; }));
         properties.put(kSlowlyWritten, Number::withUnsignedInt(0));
         object.tellProperty(kSlowlyWritten);
-    };
+    });
     const BusHandle raw = connection();
     std::vector<std::uint64_t> signalled;
     const auto take = [](sd_bus_message* signal, void* values, sd_bus_error*) {
