@@ -33,7 +33,7 @@ bool isSameFolder(const std::filesystem::path& one, const std::filesystem::path&
 struct ConfigurationReader {
     std::string element;
     std::filesystem::path folder;
-    bool isTrusted; // its service could write wherever this program can
+    bool isTrusted; // served by root or this program's user
 };
 
 std::vector<ConfigurationReader> readersOn(Bus::Which bus) {
@@ -52,7 +52,7 @@ std::vector<ConfigurationReader> readersOn(Bus::Which bus) {
     return readers;
 }
 
-// The folder that all served surfaces read.
+// The folder that all served surfaces read. Another user's service, unless root's, may name the machine's alone.
 std::filesystem::path folderOf(const std::vector<ConfigurationReader>& readers) {
     if (readers.empty())
         return kConfigurationFolder;
@@ -62,7 +62,9 @@ std::filesystem::path folderOf(const std::vector<ConfigurationReader>& readers) 
             throw std::runtime_error(fmt::format("{} reads {}, {} reads {}: say which is meant (--config FOLDER)",
                                                  element, folder.native(), reader.element, reader.folder.native()));
     }
-    if (folder != kConfigurationFolder && !isTrusted)
+    if (isSameFolder(folder, kConfigurationFolder))
+        return kConfigurationFolder;
+    if (!isTrusted)
         throw std::runtime_error(fmt::format("{} is served by another user and reads {} (--config {} keeps there)",
                                              element, folder.native(), folder.native()));
     return folder;

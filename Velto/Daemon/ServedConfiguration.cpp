@@ -43,7 +43,10 @@ void ServedConfiguration::setKeys() {
     }
 }
 
-std::string ServedConfiguration::path() const { return std::filesystem::absolute(_folder).lexically_normal(); }
+std::string ServedConfiguration::path() const {
+    const std::filesystem::path folder = std::filesystem::absolute(_folder).lexically_normal();
+    return folder.has_filename() ? folder : folder.parent_path(); // without a slash at its end
+}
 
 std::map<std::string, std::string> ServedConfiguration::keyNames() const {
     std::map<std::string, std::string> names;
