@@ -150,7 +150,8 @@ int keep(const ConfigurationEntries& entries, const std::filesystem::path& given
         throw std::runtime_error("only root may keep settings (sudo velto set --keep)");
     const std::filesystem::path file = keptFileIn(folder);
     if (!about(file, [&] { return write(file, entries); })) {
-        complain(file.native(), "nothing is kept, as these lines would be lost (config.toml is for them)");
+        complain(file.native(),
+                 "nothing is kept: these lines would be lost (correct them, or move them to config.toml)");
         return 1;
     }
     const int status = reportOverruled(folder, file, entries);
