@@ -10,6 +10,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <functional>
+#include <latch>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -106,7 +107,8 @@ private:
     std::map<std::string, Ref<Value>> _values{{"Slow", makeRef<Null>()}};
 };
 
-// A program that serves a surface, on a thread.
+// A program that serves a surface, on a thread. Several are made one after the other: objects of several threads share
+// the keys of the bus library's tables, which no lock guards.
 class Server {
 public:
     Server(Properties& properties, const char* device)
@@ -125,8 +127,11 @@ public:
                                        .sources = [&properties] { return properties.access().get("Sources"); },
                                        .reload = [this, &properties] { properties.reload(*_object); }});
               _object = &object;
+              _isMade.count_down();
               _loop.run();
-          }) {}
+          }) {
+        _isMade.wait();
+    }
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
     ~Server() {
@@ -141,6 +146,7 @@ public:
 private:
     EventLoop _loop;
     Bus::TouchObject* _object = nullptr;
+    std::latch _isMade{1};
     std::thread _thread;
 };
 
