@@ -40,13 +40,13 @@ std::string textOf(const Number& number) {
 
 std::filesystem::path keptFileIn(const std::filesystem::path& folder) { return folder / "config.d/90-set.toml"; }
 
-ConfigurationEntries readKept(const std::filesystem::path& file, std::vector<Complaint>& lost) {
+Configuration::File readKept(const std::filesystem::path& file, std::vector<Complaint>& lost) {
     std::vector<Complaint> complaints;
-    ConfigurationEntries entries = readConfigurationFile(file, complaints);
+    Configuration::File kept = readConfigurationFile(file, complaints);
     std::ranges::copy_if(complaints, std::back_inserter(lost), &Complaint::isLeftOut);
     if (lost.empty())
         lost = commentsIn(file);
-    return entries;
+    return kept;
 }
 
 std::string keptText(const ConfigurationEntries& entries) {

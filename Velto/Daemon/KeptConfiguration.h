@@ -14,7 +14,7 @@ namespace VeltoTouch {
 
 // Reads the file. `lost` has the lines that its text with other entries would not have: wrong ones, or else comments.
 // Throws std::runtime_error if it cannot be read or is no TOML.
-[[nodiscard]] ConfigurationEntries readKept(const std::filesystem::path& file, std::vector<Complaint>& lost);
+[[nodiscard]] Configuration::File readKept(const std::filesystem::path& file, std::vector<Complaint>& lost);
 
 // The text of the file with these entries.
 [[nodiscard]] std::string keptText(const ConfigurationEntries& entries);
