@@ -66,9 +66,7 @@ Judgement unknown(std::string_view key) {
 
 std::optional<FoundSetting> spelledSetting(const std::string& key) {
     const auto setting = settingUnder(key);
-    const bool isSpelled = setting && (!setting->row.is<SettingRow::Factors>() ||
-                                       key == fmt::format("{}.{}", fullKeyOf(setting->row), setting->factor));
-    return isSpelled ? setting : std::nullopt;
+    return setting && key == fullKeyOf(*setting) ? setting : std::nullopt;
 }
 
 bool isOnlyRead(const std::string& key) { return std::ranges::count(kPropertyRows, key, &PropertyRow::key) > 0; }
@@ -82,6 +80,21 @@ std::optional<FoundSetting> settingUnder(std::string_view key) {
 
 std::string fullKeyOf(const SettingRow& row) {
     return fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, row.key);
+}
+
+std::string fullKeyOf(const FoundSetting& setting) {
+    const std::string key = fullKeyOf(setting.row);
+    return setting.row.is<SettingRow::Factors>() ? fmt::format("{}.{}", key, setting.factor) : key;
+}
+
+std::vector<FoundSetting> allSettings() {
+    std::vector<FoundSetting> settings;
+    for (const SettingRow& row : kSettingRows) {
+        const std::size_t count = row.is<SettingRow::Factors>() ? kGroupCount : 1;
+        for (std::size_t n = 0; n < count; ++n)
+            settings.push_back({.row = row, .factor = n});
+    }
+    return settings;
 }
 
 const ValueKind& kindOf(const SettingRow& row) noexcept {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // The service's properties by their full keys: the recognizer's settings and what is only read. One place judges what
 // may be read and written. The service takes any value; its callers decide what to refuse.
@@ -20,6 +21,11 @@ namespace VeltoTouch {
 
 // A row's full key; for factors, what stands before the dot and N.
 [[nodiscard]] std::string fullKeyOf(const SettingRow& row);
+// A setting's, with the N of a factor.
+[[nodiscard]] std::string fullKeyOf(const FoundSetting& setting);
+
+// Every setting in the order of the rows, each factor one of its own.
+[[nodiscard]] std::vector<FoundSetting> allSettings();
 
 // What is read and is no setting.
 struct PropertyRow {

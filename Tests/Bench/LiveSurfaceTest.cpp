@@ -72,12 +72,10 @@ TEST(LiveSurfaceTest, AReaderThatWaitsForRoomCanBeEnded) {
     std::this_thread::sleep_for(100ms);
 }
 
-// Each write is handed over with the value that was written; a setting of the command line stays.
+// Each write is handed over with the value that holds; a setting of the command line stays.
 TEST_F(BusTest, ALiveSurfaceFollowsTheSettingsOfTheServiceThatServesIt) {
-    for (const SettingRow& row : kSettingRows)
-        properties.put(fullKeyOf(row), Number::withUnsignedInt(1));
-    for (std::size_t n = 0; n < kGroupCount; ++n)
-        properties.put(fmt::format("Pipeline.Algs.VirtualNormalizationFactors.{}", n), Number::withFloat(0.5F));
+    for (const FoundSetting& setting : allSettings())
+        properties.put(fullKeyOf(setting), Number::withUnsignedInt(1));
     const std::string threshold(Analysis::kActivationThreshold);
     const std::string timeout(Analysis::kHoldTimeout);
     Bus::Client writer = client();

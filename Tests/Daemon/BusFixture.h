@@ -10,6 +10,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <functional>
+#include <latch>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -17,6 +18,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <linux/sockios.h>
@@ -28,6 +30,7 @@ namespace VeltoTouch::Tests {
 
 inline constexpr std::chrono::seconds kPatience{20};
 inline constexpr const char* kDevice = "/dev/hidraw7";
+inline constexpr const char* kSlowlyWritten = "Pipeline.Algs.EnableHoldSuppression";
 inline constexpr const char* kPath = "/org/velto/Touch1/hidraw7";
 
 using Counters = std::map<std::string, std::uint64_t>;
@@ -43,7 +46,7 @@ public:
         const std::lock_guard guard(_lock);
         _values[key] = std::move(value);
     }
-    // Reading "Slow" takes until it is let go.
+    // Reading "Slow", and writing kSlowlyWritten, takes until it is let go.
     void letSlowGo() {
         const std::lock_guard guard(_lock);
         _isSlow = false;
@@ -54,6 +57,19 @@ public:
         std::unique_lock guard(_lock);
         _changed.wait_for(guard, kPatience, [&] { return _reads["Slow"] > 0; });
     }
+    using Reload = std::function<void(Bus::TouchObject& object)>; // on the loop's thread
+    void setReload(Reload reload) {
+        const std::lock_guard guard(_lock);
+        _reload = std::move(reload);
+    }
+    void reload(Bus::TouchObject& object) {
+        put("Reloaded", makeRef<Null>());
+        _lock.lock();
+        const Reload reload = _reload;
+        _lock.unlock();
+        reload(object);
+    }
+
     [[nodiscard]] int readsOf(const std::string& key) {
         const std::lock_guard guard(_lock);
         return _reads[key];
@@ -75,6 +91,10 @@ private:
     bool set(const std::string& key, const Ref<Value>& value) {
         if (key == "ReadOnly")
             return false;
+        if (key == kSlowlyWritten) {
+            std::unique_lock guard(_lock);
+            _changed.wait(guard, [&] { return !_isSlow; });
+        }
         put(key, value);
         return true;
     }
@@ -82,26 +102,36 @@ private:
     std::mutex _lock;
     std::condition_variable _changed;
     bool _isSlow = true;
+    Reload _reload = [](Bus::TouchObject&) {};
     std::map<std::string, int> _reads;
     std::map<std::string, Ref<Value>> _values{{"Slow", makeRef<Null>()}};
 };
 
-// A program that serves a surface, on a thread.
+// A program that serves a surface, on a thread. Several are made one after the other: objects of several threads share
+// the keys of the bus library's tables, which no lock guards.
 class Server {
 public:
     Server(Properties& properties, const char* device)
         : _thread([this, &properties, device] {
               Bus::TouchObject object(_loop, Bus::Which::System,
                                       {.device = device,
+                                       .configuration = "/etc/somewhere",
                                        .keyboard = [] { return "/dev/input/event9"; },
                                        .pressedKeys = [] { return 5U; },
                                        .properties = properties.access(),
                                        .deliveredReports = [reports = 42U]() mutable { return reports++; },
+                                       .keys =
+                                           [] {
+                                               return std::map<std::string, std::string>{{"keys.a", "KEY_B"}};
+                                           },
                                        .sources = [&properties] { return properties.access().get("Sources"); },
-                                       .reload = [&properties] { properties.put("Reloaded", makeRef<Null>()); }});
+                                       .reload = [this, &properties] { properties.reload(*_object); }});
               _object = &object;
+              _isMade.count_down();
               _loop.run();
-          }) {}
+          }) {
+        _isMade.wait();
+    }
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
     ~Server() {
@@ -116,6 +146,7 @@ public:
 private:
     EventLoop _loop;
     Bus::TouchObject* _object = nullptr;
+    std::latch _isMade{1};
     std::thread _thread;
 };
 

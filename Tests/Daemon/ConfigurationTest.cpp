@@ -35,8 +35,8 @@ protected:
     [[nodiscard]] std::string place(const Origin& origin) const { return textOf(origin).substr(folder.size() + 1); }
     [[nodiscard]] std::vector<std::string> complaints() const {
         std::vector<std::string> lines;
-        for (const auto& [origin, message] : configuration.complaints)
-            lines.push_back(place(origin) + ": " + message);
+        for (const Complaint& complaint : configuration.complaints)
+            lines.push_back(place(complaint.origin) + ": " + complaint.message);
         return lines;
     }
     // What holds, as KEY=VALUE@PLACE.
@@ -44,8 +44,8 @@ protected:
         std::vector<std::string> lines;
         for (const auto& [key, value, origin] : configuration.settings)
             lines.push_back(fmt::format("{}={}@{}", *Keys::belowAlgs(key), JSON::text(value.get()), place(origin)));
-        for (const auto& [use, region, key, origin] : configuration.keys)
-            lines.push_back(fmt::format("{}={}@{}", nameOf(use, region), nameOfKey(key), place(origin)));
+        for (const auto& [keyPlace, key, origin] : configuration.keys)
+            lines.push_back(fmt::format("{}={}@{}", nameOf(keyPlace), nameOfKey(key), place(origin)));
         return lines;
     }
 };
@@ -139,7 +139,7 @@ TEST_F(ConfigurationTest, TheInstalledFileShowsTheDefaults) {
             expected.push_back(fullKeyOf(row));
     }
     EXPECT_THAT(names, testing::UnorderedElementsAreArray(expected));
-    EXPECT_EQ(configuration.keys.size(), kKeyUseRows.size() * kRegionsWithPads.size());
+    EXPECT_EQ(configuration.keys.size(), kKeyPlaces.size());
     EXPECT_EQ(keyTableOf(configuration), kDefaultKeys);
 }
 

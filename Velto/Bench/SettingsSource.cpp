@@ -12,26 +12,6 @@
 #include <fmt/format.h>
 
 namespace VeltoTouch::Bench {
-namespace {
-
-// The full keys of what can be read.
-std::vector<std::string> settingKeys() {
-    std::vector<std::string> keys;
-    for (const SettingRow& row : kSettingRows) {
-        if (row.is<SettingRow::Action>())
-            continue;
-        if (!row.is<SettingRow::Factors>()) {
-            keys.push_back(fullKeyOf(row));
-            continue;
-        }
-        for (std::size_t n = 0; n < kGroupCount; ++n)
-            keys.push_back(fmt::format("{}.{}", fullKeyOf(row), n));
-    }
-    return keys;
-}
-
-} // namespace
-
 SettingsSource::SettingsSource(EventLoop& loop, std::optional<Bus::Which> bus, const std::string& device,
                                std::vector<Setting> ofCommandLine, ChangeHandler changeHandler)
     : _ofCommandLine(std::move(ofCommandLine)), _changeHandler(std::move(changeHandler)) {
@@ -79,8 +59,9 @@ std::vector<Setting> SettingsSource::ofConfiguration() {
 
 std::vector<Setting> SettingsSource::ofService() {
     std::vector<Setting> settings;
-    for (std::string& key : settingKeys()) {
-        if (isOfCommandLine(key))
+    for (const FoundSetting& setting : allSettings()) {
+        std::string key = fullKeyOf(setting);
+        if (setting.row.is<SettingRow::Action>() || isOfCommandLine(key))
             continue;
         Ref<Value> value = _client->getProperty(key);
         settings.push_back({.key = std::move(key), .value = std::move(value)});

@@ -5,6 +5,7 @@
 #include "Velto/Daemon/Bus/Client.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/KeyOptions.h"
+#include "Velto/Options/Lasting.h"
 #include "Velto/Options/Suggestion.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
@@ -22,8 +23,8 @@ namespace VeltoTouch::Velto {
 namespace {
 
 constexpr const char* kGetText = "Reads properties of a surface that velto serve serves, each a line of JSON.\n"
-                                 "Without a key, lists the settings with their kinds, ranges and defaults and where\n"
-                                 "their values come from, and the statistics.";
+                                 "Without a key, lists the settings and the keys of gestures with their kinds, ranges\n"
+                                 "and defaults and where their values come from, and the statistics.";
 
 struct GetOptions {
     ServedChoice served;
@@ -31,25 +32,54 @@ struct GetOptions {
     bool jsonl = false;
 };
 
-Ref<Value> read(Bus::Client& client, const std::string& key) {
-    try {
-        return client.getProperty(key);
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error(error.what() + didYouMean(key, readableKeys()));
-    }
+bool isOfGesture(const std::string& key) { return Keys::below(kKeysDomain, key).has_value(); }
+
+// Returns the text under a key of a dictionary, or null.
+const String* textIn(const Ref<Value>& texts, const std::string& key) {
+    const auto* const dictionary = as<Dictionary>(texts);
+    return dictionary != nullptr ? as<String>(dictionary->find(key)) : nullptr;
 }
 
-// Where the value of a setting comes from: a file and its line, "set for now" or "default"; empty for anything else.
+// Reads properties of the service, and keys of gestures.
+class ServedValues {
+public:
+    explicit ServedValues(Bus::Client& client) : _client(client) {}
+
+    [[nodiscard]] Ref<Value> at(const std::string& key) {
+        if (isOfGesture(key))
+            return keyOf(key);
+        try {
+            return _client.getProperty(key);
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(error.what() + didYouMean(key, servedKeys()));
+        }
+    }
+
+private:
+    Ref<Value> keyOf(const std::string& gesture) {
+        if (!_keys)
+            _keys = _client.keys();
+        if (const String* const name = textIn(_keys, gesture))
+            return makeRef<String>(name->text());
+        throw std::runtime_error("there is no value under this key");
+    }
+
+    Bus::Client& _client;
+    Ref<Value> _keys; // of all gestures; nil until one is wanted
+};
+
+// Where the value of a setting or the key of a gesture comes from: a file and its line, "set for now" or "default";
+// empty for anything else.
 class Sources {
 public:
     explicit Sources(Bus::Client& client) : _sources(client.sources()) {}
 
     [[nodiscard]] std::string of(const std::string& key) const {
         const auto setting = settingUnder(key);
-        if (!setting || setting->row.is<SettingRow::Action>())
+        const bool isSetting = setting && !setting->row.is<SettingRow::Action>();
+        if (!isSetting && !isOfGesture(key))
             return "";
-        const auto* const dictionary = as<Dictionary>(_sources);
-        const auto* const text = dictionary != nullptr ? as<String>(dictionary->find(key)) : nullptr;
+        const String* const text = textIn(_sources, key);
         return text != nullptr ? text->text() : "default";
     }
 
@@ -58,11 +88,12 @@ private:
 };
 
 int get(Bus::Client& client, const GetOptions& options) {
+    ServedValues values(client);
     std::optional<Sources> sources;
     if (options.jsonl)
         sources.emplace(client);
     return forEachFile(options.keys, [&](const std::string& key) {
-        const std::string value = JSON::text(read(client, key).get());
+        const std::string value = JSON::text(values.at(key).get());
         std::string quotedKey;
         JSON::appendString(quotedKey, key);
         writeStandardOutput(options.jsonl ? fmt::format(R"({{"kind":"property","key":{},"value":{}{}}})", quotedKey,
@@ -75,9 +106,10 @@ int get(Bus::Client& client, const GetOptions& options) {
 // Whole or not at all: who may read one of these may read them all.
 int list(Bus::Client& client, bool asLines) {
     const Sources sources(client);
+    ServedValues values(client);
     std::vector<ReadProperty> properties;
     for (ListedProperty& property : listedProperties()) {
-        Ref<Value> value = property.isRead ? client.getProperty(property.key) : nullptr;
+        Ref<Value> value = property.isRead ? values.at(property.key) : nullptr;
         std::string source = sources.of(property.key);
         properties.push_back({.property = std::move(property), .value = std::move(value), .source = std::move(source)});
     }
@@ -102,7 +134,10 @@ Command makeGetCommand(App& program) {
     app->add_flag("--jsonl", options->jsonl,
                   "JSON Lines: key, value and source; in a list also type, range and default");
     app->addList(settingList());
-    addKeyArguments(*app, options->keys, "Properties of the service (default: a list of them)");
+    app->addList(keyList());
+    addServedKeyArguments(*app, options->keys,
+                          "Properties of the service, and keys such as keys.tap.play-pause "
+                          "(default: a list of them)");
     return {app, [options] { return run(*options); }};
 }
 

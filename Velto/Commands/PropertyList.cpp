@@ -1,6 +1,7 @@
 #include "Velto/Commands/PropertyList.h"
 
 #include "Platform/JSON.h"
+#include "Velto/Daemon/ValueText.h"
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>

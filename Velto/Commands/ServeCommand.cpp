@@ -1,10 +1,10 @@
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
-#include "Velto/Commands/ServedConfiguration.h"
 #include "Velto/Daemon/Bus/TouchObject.h"
 #include "Velto/Daemon/EventLoop.h"
 #include "Velto/Daemon/GestureLog.h"
 #include "Velto/Daemon/ReloadSignal.h"
+#include "Velto/Daemon/ServedConfiguration.h"
 #include "Velto/Daemon/StopSignals.h"
 #include "Velto/Daemon/SurfaceKeys.h"
 #include "Velto/Daemon/UinputKeyboard.h"
@@ -51,6 +51,9 @@ struct ServeOptions {
 // A key of a surface that has fallen silent is released after one to two of them.
 constexpr std::chrono::seconds kLongestSilence{1};
 
+// Logs one line, unless standard error does not take it: serving does not wait for it.
+void logServing(const std::string& line) { writeErrorLineIfTaken("velto: " + line); }
+
 // Runs the loop; returns what it throws.
 std::exception_ptr failureOf(EventLoop& loop) noexcept {
     try {
@@ -65,7 +68,7 @@ std::exception_ptr failureOf(EventLoop& loop) noexcept {
 class Serving {
 public:
     Serving(const ServeOptions& options, ConfigurationEntries trial)
-        : _folder(options.folder), _configuration(options.folder, std::move(trial)),
+        : _folder(options.folder), _configuration(options.folder, std::move(trial), logServing),
           _device(about(options.device.subject(), [&] { return connect(options.device, 1.0); })), _signals(_loop),
           _reloadSignal(_loop, [this] { reload(); }), _keyboard(options.withoutKeys ? nullptr : makeKeyboard()),
           _keys(options.withoutKeys ? nullptr : makeKeys()), _service(opened(options.plugIn)),
@@ -129,16 +132,18 @@ private:
         return {.get = properties().get, .set = [this](const std::string& key, const Ref<Value>& value) {
                     const bool isTaken = _service.setProperty(key, value);
                     if (isTaken)
-                        _object.tellProperty(key, value);
+                        _object.tellProperty(key);
                     return isTaken;
                 }};
     }
     [[nodiscard]] Bus::ServedSurface servedSurface() {
         return {.device = _device.name(),
+                .configuration = _configuration.path(),
                 .keyboard = [this] { return _keyboard ? _keyboard->node() : ""; },
                 .pressedKeys = [this] { return _keyboard ? _keyboard->pressedKeys() : 0; },
                 .properties = properties(),
                 .deliveredReports = [this] { return _device.backend().deliveredReports(); },
+                .keys = [this] { return _configuration.keyNames(); },
                 .sources = [this] { return _configuration.sources(properties()); },
                 .reload = [this] { reload(); }};
     }

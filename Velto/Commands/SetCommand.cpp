@@ -1,25 +1,17 @@
 #include "Velto/Commands/Command.h"
-#include "Velto/Commands/Hosting.h"
+#include "Velto/Commands/Keeping.h"
 #include "Velto/Daemon/Bus/Client.h"
-#include "Velto/Daemon/Configuration.h"
-#include "Velto/Daemon/KeptConfiguration.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Keys.h"
 #include "Velto/Options/Lasting.h"
 #include "Velto/Options/Suggestion.h"
-#include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <vector>
-
-#include <fmt/format.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -34,7 +26,7 @@ constexpr const char* kSetText = "Writes properties of a surface that velto serv
 struct SetOptions {
     ServedChoice served;
     std::vector<Setting> settings;
-    std::string folder = kConfigurationFolder;
+    std::string folder; // empty: the one that is read
     bool keep = false;
 };
 
@@ -53,62 +45,10 @@ int set(const SetOptions& options) {
     return failed ? 1 : 0;
 }
 
-// Everybody may read the file: the service is not root.
-void write(const std::filesystem::path& file, const ConfigurationEntries& kept) {
-    ::umask(022);
-    std::filesystem::create_directories(file.parent_path());
-    std::vector<Complaint> complaints; // of lines that go with this
-    ConfigurationEntries entries;
-    if (std::filesystem::exists(file))
-        put(entries, readConfigurationFile(file, complaints));
-    put(entries, kept);
-    writeFile(file, keptText(entries));
-}
-
-// A file that comes later has the last word. Returns the exit status.
-int reportOverruled(const std::filesystem::path& folder, const std::filesystem::path& file,
-                    const ConfigurationEntries& kept) {
-    const Configuration configuration = readConfiguration(folder);
-    int status = 0;
-    const auto report = [&](const std::string& name, const Origin& origin) {
-        if (origin.file == file)
-            return;
-        complain(name, "kept, but " + textOf(origin) + " counts");
-        status = 1;
-    };
-    for (const ConfiguredSetting& setting : configuration.settings) {
-        if (std::ranges::count(kept.settings, setting.key, &ConfiguredSetting::key) > 0)
-            report(setting.key, setting.origin);
-    }
-    for (const ConfiguredKey& key : configuration.keys) {
-        if (find(kept, key.use, key.region) != nullptr)
-            report(fmt::format("{}.{}", kKeysDomain, nameOf(key.use, key.region)), key.origin);
-    }
-    return status;
-}
-
-// All that are served, whatever comes of the others. Returns the exit status.
-int reload(Bus::Which bus) {
-    const std::vector<std::string> served = Bus::servedOn(bus);
-    if (served.empty())
-        throw std::runtime_error("no surface is served");
-    return forEachFile(served, [bus](const std::string& element) { Bus::Client(bus, element).reload(); });
-}
-
-int keep(const SetOptions& options) {
-    if (options.folder == kConfigurationFolder && ::geteuid() != 0)
-        throw std::runtime_error("only root may keep settings (sudo velto set --keep)");
-    const std::filesystem::path file = keptFileIn(options.folder);
-    const ConfigurationEntries kept = lastingOf(options.settings, file);
+int keepGiven(const SetOptions& options) {
+    const ConfigurationEntries entries = lastingOf(options.settings, "velto set --keep");
     warnOfDoubtfulSettings(options.settings);
-    about(file, [&] { write(file, kept); });
-    const int status = reportOverruled(options.folder, file, kept);
-    try {
-        return std::max(status, reload(options.served.bus));
-    } catch (const std::runtime_error& error) {
-        writeErrorLine(std::string("velto: kept, from the next start on: ") + error.what());
-    }
-    return status;
+    return keep(entries, options.folder, options.served.bus);
 }
 
 // Keys of gestures are no properties.
@@ -116,7 +56,7 @@ int run(const SetOptions& options) {
     const auto isKey = [](const Setting& setting) { return Keys::below(kKeysDomain, setting.key).has_value(); };
     try {
         if (options.keep)
-            return keep(options);
+            return keepGiven(options);
         if (std::ranges::any_of(options.settings, isKey))
             throw std::invalid_argument("keys of gestures are not set but kept (--keep)");
     } catch (const std::invalid_argument& error) {
@@ -138,7 +78,9 @@ Command makeSetCommand(App& program) {
     CLI::Option* keep =
         app->add_flag("--keep", options->keep, "Keep it in config.d/90-set.toml, and reload the configuration");
     keep->excludes(app->get_option("--device"));
-    addConfiguration(*app, options->folder, "The configuration's folder, for --keep")->needs(keep);
+    addConfiguration(*app, options->folder,
+                     "The configuration's folder, for --keep (default: the one that velto serve reads)")
+        ->needs(keep);
     addSettingArguments(*app, options->settings, "VALUE is JSON, or a text where it is no JSON")->required();
     app->addList(keyList());
     return {app, [options] { return run(*options); }};

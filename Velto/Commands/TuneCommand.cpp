@@ -4,6 +4,7 @@
 #include "Velto/Analysis/Tuning.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/PagePlay.h"
+#include "Velto/Daemon/ValueText.h"
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Keys.h"

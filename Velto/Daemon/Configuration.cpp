@@ -88,7 +88,8 @@ private:
         const ConfiguredSetting& setting = _file.settings.emplace_back(configuredSetting(name, valueAt(node), origin));
         const std::string doubt = judgeWrite(setting.key, setting.value.get()).reason;
         if (!doubt.empty())
-            refuse(fmt::format("{}: {}", name, doubt));
+            _complaints.push_back(
+                {.origin = origin, .message = fmt::format("{}: {}", name, doubt), .isLeftOut = false});
     }
 
     void readKey(const std::string& name, const toml::node& node, const Origin& origin) {

@@ -25,7 +25,8 @@ inline constexpr const char* kConfigurationFolder = "/etc/velto-touch";
 
 struct Complaint {
     Origin origin;
-    std::string message; // what is wrong, and what is wanted
+    std::string message;   // what is wrong, and what is wanted
+    bool isLeftOut = true; // else it is surely not meant, but holds
 };
 
 // Each setting and key once: that of the last file.

@@ -25,10 +25,8 @@ std::vector<std::string_view> settingNames() {
 
 std::vector<std::string> keyNames() {
     std::vector<std::string> names;
-    for (const KeyUseRow& row : kKeyUseRows) {
-        for (const RegionRow& region : kRegionsWithPads)
-            names.push_back(nameOf(row.use, region.region));
-    }
+    for (const KeyPlace& place : kKeyPlaces)
+        names.push_back(nameOf(place));
     return names;
 }
 
@@ -42,10 +40,6 @@ void put(std::vector<Entry>& entries, const Entry& entry, const IsSame& isSame) 
         *found = entry;
 }
 
-bool isFor(const ConfiguredKey& key, KeyUse use, PixelRegion region) noexcept {
-    return key.use == use && key.region == region;
-}
-
 } // namespace
 
 void refuse(const std::string& what) { throw std::invalid_argument(what); }
@@ -54,7 +48,9 @@ std::string textOf(const Origin& origin) {
     return origin.line == 0 ? origin.file : fmt::format("{}:{}", origin.file, origin.line);
 }
 
-std::string nameOf(KeyUse use, PixelRegion region) { return fmt::format("{}.{}", nameOf(use), rowOf(region).place); }
+std::string nameOf(const KeyPlace& place) { return fmt::format("{}.{}", nameOf(place.use), rowOf(place.region).place); }
+
+std::string fullKeyOf(const KeyPlace& place) { return fmt::format("{}.{}", kKeysDomain, nameOf(place)); }
 
 ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin) {
     ConfiguredSetting setting{.key = fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, name),
@@ -70,37 +66,38 @@ ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Ori
     return setting;
 }
 
-ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origin origin) {
-    const auto code = keyCalled(key);
-    for (const KeyUseRow& row : kKeyUseRows) {
-        for (const RegionRow& region : kRegionsWithPads) {
-            if (name != nameOf(row.use, region.region))
-                continue;
-            if (!code)
-                refuse(fmt::format("{}: the name of a key is wanted, such as \"KEY_MUTE\", or \"none\"", name));
-            return {.use = row.use, .region = region.region, .key = *code, .origin = std::move(origin)};
-        }
+KeyPlace keyPlaceCalled(std::string_view name) {
+    for (const KeyPlace& place : kKeyPlaces) {
+        if (name == nameOf(place))
+            return place;
     }
     refuse(fmt::format("unknown name '{}' (one of {} is wanted)", name, fmt::join(keyNames(), ", ")));
+}
+
+ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origin origin) {
+    const KeyPlace place = keyPlaceCalled(name);
+    const auto code = keyCalled(key);
+    if (!code)
+        refuse(fmt::format("{}: the name of a key is wanted, such as \"KEY_MUTE\", or \"none\"", name));
+    return {.place = place, .key = *code, .origin = std::move(origin)};
 }
 
 void put(ConfigurationEntries& target, const ConfigurationEntries& entries) {
     for (const ConfiguredSetting& setting : entries.settings)
         put(target.settings, setting, [&](const ConfiguredSetting& other) { return other.key == setting.key; });
     for (const ConfiguredKey& key : entries.keys)
-        put(target.keys, key, [&](const ConfiguredKey& other) { return isFor(other, key.use, key.region); });
+        put(target.keys, key, [&](const ConfiguredKey& other) { return other.place == key.place; });
 }
 
-const ConfiguredKey* find(const ConfigurationEntries& entries, KeyUse use, PixelRegion region) noexcept {
-    const auto found =
-        std::ranges::find_if(entries.keys, [&](const ConfiguredKey& key) { return isFor(key, use, region); });
+const ConfiguredKey* find(const ConfigurationEntries& entries, const KeyPlace& place) noexcept {
+    const auto found = std::ranges::find(entries.keys, place, &ConfiguredKey::place);
     return found == entries.keys.end() ? nullptr : &*found;
 }
 
 KeyTable keyTableOf(const ConfigurationEntries& entries) {
     KeyTable table = kDefaultKeys;
     for (const ConfiguredKey& key : entries.keys)
-        keysOf(table, key.region).*key.use = key.key;
+        keysOf(table, key.place.region).*key.place.use = key.key;
     return table;
 }
 

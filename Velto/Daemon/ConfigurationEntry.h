@@ -28,11 +28,13 @@ struct ConfiguredSetting {
 };
 
 struct ConfiguredKey {
-    KeyUse use;
-    PixelRegion region;
+    KeyPlace place;
     std::uint16_t key; // kNoKey: none
     Origin origin;
 };
+
+// The domain of the keys of gestures.
+inline constexpr std::string_view kKeysDomain = "keys";
 
 struct ConfigurationEntries {
     std::vector<ConfiguredSetting> settings;
@@ -43,18 +45,21 @@ struct ConfigurationEntries {
 void put(ConfigurationEntries& target, const ConfigurationEntries& entries);
 
 // Returns the key of a gesture, or null.
-[[nodiscard]] const ConfiguredKey* find(const ConfigurationEntries& entries, KeyUse use, PixelRegion region) noexcept;
+[[nodiscard]] const ConfiguredKey* find(const ConfigurationEntries& entries, const KeyPlace& place) noexcept;
 
 // Throws std::invalid_argument.
 [[noreturn]] void refuse(const std::string& what);
 
-// Throw std::invalid_argument with what is wanted instead: an entry of [recognizer] by its name and value, and one of
-// [keys] by its name, such as "tap.play-pause", and a key's.
+// Throw std::invalid_argument with what is wanted instead: an entry of [recognizer] by its name and value, the place of
+// one of [keys] by its name, such as "tap.play-pause", and the entry by its name and a key's.
 [[nodiscard]] ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin);
+[[nodiscard]] KeyPlace keyPlaceCalled(std::string_view name);
 [[nodiscard]] ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origin origin);
 
 // "tap.play-pause".
-[[nodiscard]] std::string nameOf(KeyUse use, PixelRegion region);
+[[nodiscard]] std::string nameOf(const KeyPlace& place);
+// "keys.tap.play-pause": as it is given beside the full keys of settings.
+[[nodiscard]] std::string fullKeyOf(const KeyPlace& place);
 
 // The default keys, but for those that are configured.
 [[nodiscard]] KeyTable keyTableOf(const ConfigurationEntries& entries);

@@ -36,6 +36,23 @@ inline constexpr std::array<KeyUseRow, 2> kKeyUseRows{{{&RegionKeys::tap, "tap"}
     return std::ranges::find(kKeyUseRows, use, &KeyUseRow::use)->name;
 }
 
+// What a key can be configured for.
+struct KeyPlace {
+    KeyUse use;
+    PixelRegion region;
+
+    [[nodiscard]] bool operator==(const KeyPlace& other) const noexcept = default;
+};
+inline constexpr auto kKeyPlaces = [] {
+    std::array<KeyPlace, kKeyUseRows.size() * kRegionsWithPads.size()> places{};
+    auto place = places.begin();
+    for (const KeyUseRow& row : kKeyUseRows) {
+        for (const RegionRow& region : kRegionsWithPads)
+            *place++ = {.use = row.use, .region = region.region};
+    }
+    return places;
+}();
+
 // By the region's number.
 using KeyTable = std::array<RegionKeys, kRegionCount>;
 
@@ -44,6 +61,10 @@ using KeyTable = std::array<RegionKeys, kRegionCount>;
 }
 [[nodiscard]] constexpr const RegionKeys& keysOf(const KeyTable& table, PixelRegion region) noexcept {
     return table[static_cast<std::size_t>(region)];
+}
+
+[[nodiscard]] constexpr std::uint16_t keyAt(const KeyTable& table, const KeyPlace& place) noexcept {
+    return keysOf(table, place.region).*place.use;
 }
 
 inline constexpr KeyTable kDefaultKeys = [] {

@@ -6,22 +6,10 @@
 #include <algorithm>
 #include <utility>
 
-#include <fmt/format.h>
-
 namespace VeltoTouch {
 namespace {
 
 using Wanted = WantedSettings::Wanted;
-
-void addDefaults(std::vector<Wanted>& wanted, const SettingRow& row) {
-    const bool areFactors = row.is<SettingRow::Factors>();
-    for (std::size_t n = 0; n < (areFactors ? kGroupCount : 1); ++n) {
-        if (Ref<Value> value = defaultOf({.row = row, .factor = n})) // an action has none
-            wanted.push_back({.key = areFactors ? fmt::format("{}.{}", fullKeyOf(row), n) : fullKeyOf(row),
-                              .value = std::move(value),
-                              .source = ""});
-    }
-}
 
 // Whether a setting that is written with one value reads as the other. Both are numbers.
 bool readsAs(const std::string& key, const Ref<Value>& written, const Ref<Value>& read) {
@@ -36,8 +24,10 @@ bool readsAs(const std::string& key, const Ref<Value>& written, const Ref<Value>
 } // namespace
 
 WantedSettings::WantedSettings(const std::vector<ConfiguredSetting>& configured) {
-    for (const SettingRow& row : kSettingRows)
-        addDefaults(_wanted, row);
+    for (const FoundSetting& setting : allSettings()) {
+        if (Ref<Value> value = defaultOf(setting)) // an action has none
+            _wanted.push_back({.key = fullKeyOf(setting), .value = std::move(value), .source = ""});
+    }
     for (const ConfiguredSetting& setting : configured) {
         if (const auto found = std::ranges::find(_wanted, setting.key, &Wanted::key); found != _wanted.end())
             *found = {.key = setting.key, .value = setting.value, .source = textOf(setting.origin)};
@@ -52,14 +42,14 @@ void WantedSettings::write(const Bus::ServiceProperties& properties,
     }
 }
 
-Ref<Value> WantedSettings::sources(const Bus::ServiceProperties& properties) const {
+std::vector<Dictionary::Entry> WantedSettings::sources(const Bus::ServiceProperties& properties) const {
     std::vector<Dictionary::Entry> entries;
     for (const auto& [key, value, source] : _wanted) {
         const bool isWanted = readsAs(key, value, properties.get(key));
         if (!isWanted || !source.empty())
             entries.push_back({.key = key, .value = makeRef<String>(isWanted ? source : "set for now")});
     }
-    return makeRef<Dictionary>(std::move(entries));
+    return entries;
 }
 
 } // namespace VeltoTouch

@@ -27,7 +27,7 @@ public:
 
     // Returns where the present values come from, by the full key of the setting: "FILE:LINE" or "set for now". What
     // has its default is left out.
-    [[nodiscard]] Ref<Value> sources(const Bus::ServiceProperties& properties) const;
+    [[nodiscard]] std::vector<Dictionary::Entry> sources(const Bus::ServiceProperties& properties) const;
 
 private:
     std::vector<Wanted> _wanted;

@@ -32,16 +32,18 @@ CLI::Option* addSettingOption(App& app, const std::string& name, std::vector<Set
                      keyCandidates(writableKeys(), "="));
 }
 
+// `require` throws std::invalid_argument for a key that is none of the known ones.
 CLI::Option* addKeyOption(App& app, const std::string& name, std::vector<std::string>& target,
+                          void (*require)(const std::string& key), const std::vector<std::string>& known,
                           const std::string& description) {
-    const auto parse = [&target](const std::vector<std::string>& keys) {
+    const auto parse = [&target, require](const std::vector<std::string>& keys) {
         for (const std::string& key : keys)
-            asUsage(key, [&] { requireReadable(key); });
+            asUsage(key, [&] { require(key); });
         target = keys;
     };
     app.addList(propertyList());
     return app.offer(app.add_option_function<std::vector<std::string>>(name, parse, description),
-                     keyCandidates(readableKeys(), ""));
+                     keyCandidates(known, ""));
 }
 
 } // namespace
@@ -63,11 +65,11 @@ CLI::Option* addSettingArguments(App& app, std::vector<Setting>& target, const s
 }
 
 CLI::Option* addKeys(App& app, std::vector<std::string>& target, const std::string& description) {
-    return addKeyOption(app, "--get", target, description)->type_name("KEY");
+    return addKeyOption(app, "--get", target, requireReadable, readableKeys(), description)->type_name("KEY");
 }
 
-CLI::Option* addKeyArguments(App& app, std::vector<std::string>& target, const std::string& description) {
-    return addKeyOption(app, "KEY", target, description)->type_name("");
+CLI::Option* addServedKeyArguments(App& app, std::vector<std::string>& target, const std::string& description) {
+    return addKeyOption(app, "KEY", target, requireServed, servedKeys(), description)->type_name("");
 }
 
 } // namespace VeltoTouch::Velto

@@ -19,8 +19,8 @@ CLI::Option* addSettings(App& app, std::vector<Setting>& target, KeyScope scope,
 CLI::Option* addPlayedSettings(App& app, std::vector<Setting>& target);
 CLI::Option* addSettingArguments(App& app, std::vector<Setting>& target, const std::string& description);
 
-// --get KEY, any number of times; as an argument, KEY... The help lists what is only read.
+// --get KEY, any number of times; as an argument, KEY..., also of gestures. The help lists what is only read.
 CLI::Option* addKeys(App& app, std::vector<std::string>& target, const std::string& description);
-CLI::Option* addKeyArguments(App& app, std::vector<std::string>& target, const std::string& description);
+CLI::Option* addServedKeyArguments(App& app, std::vector<std::string>& target, const std::string& description);
 
 } // namespace VeltoTouch::Velto

@@ -1,7 +1,9 @@
 #include "Velto/Options/Keys.h"
 
-#include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/ConfigurationEntry.h"
+#include "Velto/Daemon/KeyNames.h"
+#include "Velto/Daemon/ValueText.h"
 
 #include <fmt/format.h>
 
@@ -21,25 +23,7 @@ std::string valuesOf(const SettingRow& row) {
     return value ? fmt::format("{} (default: {})", wanted, shortText(value.get())) : wanted;
 }
 
-void addListed(std::vector<ListedProperty>& properties, const FoundSetting& setting, const std::string& key) {
-    const ValueKind& kind = kindOf(setting.row);
-    properties.push_back({.key = key,
-                          .type = kind.name,
-                          .range = kind.range,
-                          .bounds = kind.bounds,
-                          .defaultValue = defaultOf(setting),
-                          .isRead = !setting.row.is<SettingRow::Action>()});
-}
-
 } // namespace
-
-std::string shortText(const Value* value) {
-    const auto* number = as<Number>(value);
-    if (number == nullptr || std::holds_alternative<bool>(number->content()) ||
-        number->doubleValue() != static_cast<double>(number->floatValue()))
-        return JSON::text(value);
-    return fmt::format("{}", number->floatValue());
-}
 
 std::vector<std::string> writableKeys() {
     std::vector<std::string> keys;
@@ -56,6 +40,13 @@ std::vector<std::string> readableKeys() {
     }
     for (const PropertyRow& row : kPropertyRows)
         keys.emplace_back(row.key);
+    return keys;
+}
+
+std::vector<std::string> servedKeys() {
+    std::vector<std::string> keys = readableKeys();
+    for (const KeyPlace& place : kKeyPlaces)
+        keys.push_back(fullKeyOf(place));
     return keys;
 }
 
@@ -86,12 +77,22 @@ Candidates keyCandidates(const std::vector<std::string>& keys, const std::string
 
 std::vector<ListedProperty> listedProperties() {
     std::vector<ListedProperty> properties;
-    for (const SettingRow& row : kSettingRows) {
-        if (!row.is<SettingRow::Factors>())
-            addListed(properties, {.row = row, .factor = 0}, fullKeyOf(row));
-        for (std::size_t n = 0; row.is<SettingRow::Factors>() && n < kGroupCount; ++n)
-            addListed(properties, {.row = row, .factor = n}, fmt::format("{}.{}", fullKeyOf(row), n));
+    for (const FoundSetting& setting : allSettings()) {
+        const ValueKind& kind = kindOf(setting.row);
+        properties.push_back({.key = fullKeyOf(setting),
+                              .type = kind.name,
+                              .range = kind.range,
+                              .bounds = kind.bounds,
+                              .defaultValue = defaultOf(setting),
+                              .isRead = !setting.row.is<SettingRow::Action>()});
     }
+    for (const KeyPlace& place : kKeyPlaces)
+        properties.push_back({.key = fullKeyOf(place),
+                              .type = "key",
+                              .range = "KEY_*, none",
+                              .bounds = "null",
+                              .defaultValue = makeRef<String>(nameOfKey(keyAt(kDefaultKeys, place))),
+                              .isRead = true});
     for (const PropertyRow& row : kPropertyRows) {
         if (row.isPublic)
             properties.push_back({.key = std::string(row.key),

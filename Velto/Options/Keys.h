@@ -14,9 +14,8 @@ namespace VeltoTouch::Velto {
 
 [[nodiscard]] std::vector<std::string> writableKeys();
 [[nodiscard]] std::vector<std::string> readableKeys();
-
-// Returns a value as people write it: compact JSON, a float with no more digits than it needs.
-[[nodiscard]] std::string shortText(const Value* value);
+// The readable ones, and those of gestures: what velto get reads.
+[[nodiscard]] std::vector<std::string> servedKeys();
 
 // Lists at the end of the help.
 [[nodiscard]] HelpList settingList();
@@ -31,10 +30,11 @@ struct ListedProperty {
     std::string_view type;
     std::string_view range;
     std::string_view bounds; // the range as JSON
-    Ref<Value> defaultValue; // nil for an action and for anything but a setting
+    Ref<Value> defaultValue; // nil for an action and for statistics
     bool isRead;             // there is a value
 };
-// Returns every setting, and of the other properties those that are small and do not ask the device.
+// Returns every setting, every key of a gesture, and of the other properties those that are small and do not ask the
+// device.
 [[nodiscard]] std::vector<ListedProperty> listedProperties();
 [[nodiscard]] std::vector<std::string> unlistedKeys();
 

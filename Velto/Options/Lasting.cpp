@@ -7,8 +7,6 @@
 #include <stdexcept>
 #include <system_error>
 
-#include <fmt/format.h>
-
 namespace VeltoTouch::Velto {
 
 ConfigurationEntries lastingOf(const std::vector<Setting>& given, const std::string& origin) {
@@ -28,11 +26,8 @@ ConfigurationEntries lastingOf(const std::vector<Setting>& given, const std::str
 
 HelpList keyList() {
     HelpList list{.heading = "Keys", .entries = {}, .remarks = {}, .textColumn = 26};
-    for (const KeyUseRow& row : kKeyUseRows) {
-        for (const RegionRow& region : kRegionsWithPads)
-            list.entries.push_back({.term = fmt::format("{}.{}", kKeysDomain, nameOf(row.use, region.region)),
-                                    .text = nameOfKey(keysOf(kDefaultKeys, region.region).*row.use)});
-    }
+    for (const KeyPlace& place : kKeyPlaces)
+        list.entries.push_back({.term = fullKeyOf(place), .text = nameOfKey(keyAt(kDefaultKeys, place))});
     list.remarks = "These are the defaults; a key has the kernel's name, none is no key.";
     return list;
 }

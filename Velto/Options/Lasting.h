@@ -5,15 +5,12 @@
 #include "Velto/Options/Settings.h"
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace VeltoTouch::Velto {
 
-// Keys of gestures are given as "keys.tap.play-pause=KEY_MUTE".
-inline constexpr std::string_view kKeysDomain = "keys";
-
-// Sorts what was given on the command line. Throws std::invalid_argument for what no configuration can hold.
+// Sorts what was given on the command line; keys of gestures as "keys.tap.play-pause=KEY_MUTE". Throws
+// std::invalid_argument for what no configuration can hold.
 [[nodiscard]] ConfigurationEntries lastingOf(const std::vector<Setting>& given, const std::string& origin);
 
 // The keys at the end of the help, with their defaults.

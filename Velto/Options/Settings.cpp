@@ -2,11 +2,13 @@
 
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/ConfigurationEntry.h"
 #include "Velto/Options/Keys.h"
 #include "Velto/Options/Suggestion.h"
 #include "Velto/Output/Terminal.h"
 
 #include <stdexcept>
+#include <tuple>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -44,6 +46,13 @@ void requireReadable(const std::string& key) {
     if (key.empty())
         refuse("a key is wanted");
     require(judgeRead(key), key, readableKeys());
+}
+
+void requireServed(const std::string& key) {
+    if (const auto name = Keys::below(kKeysDomain, key))
+        std::ignore = keyPlaceCalled(*name);
+    else
+        requireReadable(key);
 }
 
 void warnOfDoubtfulSettings(const std::vector<Setting>& settings) {

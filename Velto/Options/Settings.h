@@ -18,6 +18,8 @@ enum class KeyScope { Pipeline, Service };
 // that the pipeline does not accept.
 [[nodiscard]] Setting parseSetting(std::string_view text, KeyScope scope);
 void requireReadable(const std::string& key);
+// The same, or the key of a gesture.
+void requireServed(const std::string& key);
 
 // Warns on standard error of values that are surely not meant.
 void warnOfDoubtfulSettings(const std::vector<Setting>& settings);

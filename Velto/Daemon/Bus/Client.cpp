@@ -28,6 +28,8 @@ BusHandle connect(Which which) {
     }
 }
 
+using Credentials = std::unique_ptr<sd_bus_creds, Unreferencing<sd_bus_creds_unref>>;
+
 struct FreeNames {
     void operator()(char** names) const noexcept {
         for (char** name = names; *name != nullptr; ++name)
@@ -180,6 +182,25 @@ Ref<Value> Client::getObjectProperty(const char* name) {
     checked(sd_bus_message_append(call.get(), "ss", kInterface, name), "call");
     return readVariant(send(call).get(), kAnySize);
 }
+
+std::string Client::configuration() {
+    const Ref<Value> folder = getObjectProperty("Configuration");
+    if (as<String>(folder) == nullptr)
+        fail("it does not say where its configuration is");
+    return as<String>(folder)->text();
+}
+
+uid_t Client::user() {
+    const auto make = [this](sd_bus_creds** creds) {
+        return sd_bus_get_name_creds(_bus.get(), nameOf(_element).c_str(), SD_BUS_CREDS_EUID, creds);
+    };
+    const auto creds = madeBy<Credentials>(make, "user");
+    uid_t user = 0;
+    checked(sd_bus_creds_get_euid(creds.get(), &user), "user");
+    return user;
+}
+
+Ref<Value> Client::keys() { return getObjectProperty("Keys"); }
 
 Ref<Value> Client::sources() { return readVariant(send(callOf(kInterface, "GetSources")).get(), kAnySize); }
 

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/types.h>
+
 namespace VeltoTouch::Bus {
 
 // Returns the names on the bus of the surfaces that are served now ("hidraw0", "sim"), sorted. Throws
@@ -35,7 +37,13 @@ public:
 
     // Reads a property of the object on the bus, such as Counters.
     [[nodiscard]] Ref<Value> getObjectProperty(const char* name);
-    // Returns a dictionary: where the values of settings come from that have not their defaults.
+    // Returns the folder of the configuration that the service reads.
+    [[nodiscard]] std::string configuration();
+    // Returns the user whom the service runs as.
+    [[nodiscard]] uid_t user();
+    // Returns a dictionary: the keys of gestures by what they are for, such as keys.tap.play-pause.
+    [[nodiscard]] Ref<Value> keys();
+    // Returns a dictionary: where the values of settings and the keys come from that have not their defaults.
     [[nodiscard]] Ref<Value> sources();
     // Lets the service read its configuration anew.
     void reload();

@@ -4,18 +4,16 @@
 #include "Plugin/Pipeline/Properties.h"
 #include "Velto/Daemon/Bus/Connection.h"
 #include "Velto/Daemon/Bus/Replies.h"
+#include "Velto/Daemon/Bus/TouchTable.h"
 
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <exception>
-#include <memory>
 #include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
 #include <sys/socket.h>
-#include <systemd/sd-bus-vtable.h>
 
 namespace VeltoTouch::Bus {
 namespace {
@@ -54,142 +52,13 @@ std::uint64_t realTimeNow() {
     return static_cast<std::uint64_t>(std::chrono::nanoseconds(now).count());
 }
 
-// A message that answers are made for, on the loop's thread alone.
-using Call = std::shared_ptr<sd_bus_message>;
-Call retained(sd_bus_message* message) { return {sd_bus_message_ref(message), sd_bus_message_unref}; }
-
-std::string readKey(sd_bus_message* call) {
-    const char* key = nullptr;
-    checked(sd_bus_message_read(call, "s", &key), "key");
-    return key;
-}
-
-// What the library calls and expects a number from: nothing is thrown through it.
-template <class Step>
-int appending(const Step& step) noexcept {
-    try {
-        return step();
-    } catch (const std::exception&) {
-        return -ENOMEM; // the only thing that can be wrong
-    }
+int nameRequested(sd_bus_message* reply, void* /*object*/, sd_bus_error* /*error*/) {
+    if (const sd_bus_error* error = sd_bus_message_get_error(reply); error != nullptr)
+        complain("the bus gives no name", error->message);
+    return 1;
 }
 
 } // namespace
-
-// The bus library's view of the object: functions and a table of them.
-struct TouchObject::Table {
-    static TouchObject& of(void* object) { return *static_cast<TouchObject*>(object); }
-
-    static int getProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        return answering(call, [&] { get(call, of(object), readKey(call)); });
-    }
-    static int getPublicProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        return answering(call, [&] {
-            const std::string key = readKey(call);
-            if (!isPublic(key))
-                throw CallError(SD_BUS_ERROR_ACCESS_DENIED, "only root and the group velto may read this key");
-            get(call, of(object), key);
-        });
-    }
-    static int setProperty(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        return answering(call, [&] {
-            const std::string key = readKey(call);
-            const Ref<Value> value = readVariant(call, CallQueue::kLargestValue);
-            const auto answer = [answer = answerTo(call, of(object)), key, value, object](const auto& outcome) {
-                answer(outcome);
-                if (!std::holds_alternative<CallError>(outcome))
-                    of(object).tellProperty(key, value);
-            };
-            of(object)._requests.set(key, value, answer);
-        });
-    }
-    static int getSources(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        return answering(call, [&] { of(object).sendReply(call, of(object)._surface.sources().get()); });
-    }
-    static int reload(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
-        return answering(call, [&] {
-            of(object)._surface.reload();
-            of(object).sendReply(call, nullptr);
-        });
-    }
-    static void get(sd_bus_message* call, TouchObject& object, const std::string& key) {
-        object._requests.get(key, answerTo(call, object));
-    }
-    static PropertyRequests::Answer answerTo(sd_bus_message* call, TouchObject& object) {
-        return [kept = retained(call), &object](const PropertyRequests::Outcome& outcome) {
-            answering(kept.get(), [&] {
-                if (const auto* error = std::get_if<CallError>(&outcome))
-                    throw *error;
-                object.sendReply(kept.get(), std::get<Ref<Value>>(outcome).get());
-            });
-        };
-    }
-    // Does a step of a call; what fails is the caller's to know.
-    template <class Step>
-    static int answering(sd_bus_message* call, const Step& step) noexcept {
-        attempt(step, [&](const CallError& error) { sendError(call, error); });
-        return 1;
-    }
-    static int device(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
-                      sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return appending(
-            [&] { return sd_bus_message_append(reply, "s", cleanText(of(object)._surface.device).c_str()); });
-    }
-    static int version(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
-                       sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return appending([&] { return sd_bus_message_append(reply, "s", of(object).version().c_str()); });
-    }
-    static int since(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
-                     sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return sd_bus_message_append(reply, "t", of(object)._since);
-    }
-    static int keyboard(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
-                        sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return appending([&] { return sd_bus_message_append(reply, "s", of(object)._surface.keyboard().c_str()); });
-    }
-    static int counters(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
-                        sd_bus_message* reply, void* object, sd_bus_error* /*error*/) {
-        return appending([&] { return appendCounters(reply, of(object).counters()); });
-    }
-    static int appendCounters(sd_bus_message* reply, const Counters& counters) {
-        int result = sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, "{st}");
-        for (const auto& [name, count] : counters) {
-            if (result >= 0)
-                result = sd_bus_message_append(reply, "{st}", name.c_str(), count);
-        }
-        return result < 0 ? result : sd_bus_message_close_container(reply);
-    }
-    static int nameRequested(sd_bus_message* reply, void* /*object*/, sd_bus_error* /*error*/) {
-        if (const sd_bus_error* error = sd_bus_message_get_error(reply); error != nullptr)
-            complain("the bus gives no name", error->message);
-        return 1;
-    }
-
-    static const sd_bus_vtable rows[];
-};
-
-// Everybody may call everything here: the bus's policy says who reaches us.
-const sd_bus_vtable TouchObject::Table::rows[] = {
-    SD_BUS_VTABLE_START(0),
-    SD_BUS_METHOD_WITH_NAMES("GetProperty", "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value), getProperty,
-                             SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_NAMES("GetPublicProperty", "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value), getPublicProperty,
-                             SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_NAMES("SetProperty", "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), "", "", setProperty,
-                             SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_NAMES("GetSources", "", "", "v", SD_BUS_PARAM(sources), getSources, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD("Reload", "", "", reload, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_PROPERTY("Device", "s", device, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_PROPERTY("Version", "s", version, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_PROPERTY("Since", "t", since, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_PROPERTY("Keyboard", "s", keyboard, 0, 0),
-    SD_BUS_PROPERTY("Counters", "a{st}", counters, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
-    SD_BUS_SIGNAL_WITH_NAMES(
-        "Gesture", "ssuut",
-        SD_BUS_PARAM(gesture) SD_BUS_PARAM(region) SD_BUS_PARAM(phase) SD_BUS_PARAM(frame) SD_BUS_PARAM(timeNs), 0),
-    SD_BUS_SIGNAL_WITH_NAMES("PropertyChanged", "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), 0),
-    SD_BUS_VTABLE_END,
-};
 
 TouchObject::TouchObject(EventLoop& loop, Which which, ServedSurface surface)
     : _which(which), _surface(std::move(surface)), _path(pathOf(elementOf(_surface.device))),
@@ -238,7 +107,7 @@ void TouchObject::connect() {
 
 // Stands in line for the name where somebody has it.
 void TouchObject::requestName(const std::string& name) {
-    checked(sd_bus_request_name_async(_bus.get(), nullptr, name.c_str(), SD_BUS_NAME_QUEUE, Table::nameRequested, this),
+    checked(sd_bus_request_name_async(_bus.get(), nullptr, name.c_str(), SD_BUS_NAME_QUEUE, nameRequested, this),
             "name");
 }
 
@@ -267,8 +136,11 @@ void TouchObject::tellGesture(const Gesture& gesture) {
                        eventMembersOf(gesture).phase, gesture.frame, gesture.time.count());
 }
 
-void TouchObject::tellProperty(const std::string& key, const Ref<Value>& value) {
+void TouchObject::tellProperty(const std::string& key) {
     if (!isPublic(key) || !_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
+        return;
+    const Ref<Value> value = _surface.properties.get(key);
+    if (!value)
         return;
     const auto make = [&](sd_bus_message** message) {
         return sd_bus_message_new_signal(_bus.get(), message, _path.c_str(), kInterface, "PropertyChanged");

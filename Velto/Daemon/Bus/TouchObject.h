@@ -15,14 +15,16 @@ namespace VeltoTouch::Bus {
 
 // The served surface, as the object shows it.
 struct ServedSurface {
-    std::string device; // as it was given on the command line
+    std::string device;        // as it was given on the command line
+    std::string configuration; // the folder
     // The keyboard's event node, empty if no keys are pressed, and the number of keys pressed so far.
     std::function<std::string()> keyboard = [] { return std::string(); };
     std::function<std::uint64_t()> pressedKeys = [] { return std::uint64_t{0}; };
     ServiceProperties properties;
-    std::function<std::uint64_t()> deliveredReports; // so far
-    std::function<Ref<Value>()> sources;             // of the settings' values
-    std::function<void()> reload;                    // of the configuration
+    std::function<std::uint64_t()> deliveredReports;          // so far
+    std::function<std::map<std::string, std::string>()> keys; // names of keys, by what they are for
+    std::function<Ref<Value>()> sources;                      // of the settings' values, and of the keys
+    std::function<void()> reload;                             // of the configuration
 };
 
 // A surface as an object on the message bus, with the interface org.velto.Touch1:
@@ -30,17 +32,20 @@ struct ServedSurface {
 //   GetProperty(s key) -> v               a property of the service
 //   GetPublicProperty(s key) -> v         one that shows what the surface does: isPublic
 //   SetProperty(s key, v value)           writes one, from the next report on
-//   GetSources() -> v                     where the settings' values come from
+//   GetSources() -> v                     where the settings' values and the keys come from
 //   Reload()                              reads the configuration anew
 //   Device      s                         such as /dev/hidraw0
 //   Version     s                         the service's, such as 19.0.0
 //   Since       t                         when the service started (real-time clock, ns)
+//   Configuration s                       the folder that the configuration is read from
+//   Keys        a{ss}                     the keys of gestures, such as KEY_MUTE of keys.tap.play-pause
 //   Keyboard    s                         the event node of the keyboard; empty if no keys are pressed
 //   Counters    a{st}                     reports, events and pressed keys, and what the recognizer counts, under its
 //                                         names; a change is signalled at most once a second, and not for reports alone
 //   Gesture(s, s, u, u, t)                gesture, region (empty where it has none), phase, frame number, time of the
 //                                         report (monotonic clock, ns)
-//   PropertyChanged(s, v)                 key and value of a public one, after it was written by a call or a reload
+//   PropertyChanged(s, v)                 key and present value of a public one, after it was written by a call or a
+//                                         reload
 //
 // The bus's policy says who may call what. Without a bus the object tries again every second and signals nothing. What
 // a bus that does not read has not taken is bounded, and so is what clients do not read: see CallQueue.
@@ -55,8 +60,9 @@ public:
     ~TouchObject();
 
     void tellGesture(const Gesture& gesture);
-    // Signals the value that a property was written with. Does nothing for one that is not public.
-    void tellProperty(const std::string& key, const Ref<Value>& value);
+    // Called after a property was written, on whatever thread: signals the value that it has now, so that the last
+    // signal has the last value. Does nothing for one that is not public.
+    void tellProperty(const std::string& key);
 
 private:
     using Counters = std::map<std::string, std::uint64_t>;
