@@ -24,7 +24,7 @@ using testing::IsEmpty;
 using testing::Le;
 using testing::SizeIs;
 
-constexpr double kPatienceSeconds = 20;
+constexpr double kNewsSeconds = 20;
 
 auto near(double g) { return DoubleNear(g, 1e-6); }
 
@@ -52,12 +52,12 @@ protected:
     }
     // Runs until the next event.
     [[nodiscard]] bool run() {
-        return CFRunLoopRunInMode(mode.get(), kPatienceSeconds, true) == kCFRunLoopRunHandledSource;
+        return CFRunLoopRunInMode(mode.get(), kNewsSeconds, true) == kCFRunLoopRunHandledSource;
     }
     // Runs until it gives values that were read from now on: it reads by itself, and two events may be on their way.
     [[nodiscard]] bool runToNewValues() { return run() && run() && run(); }
     void runUntilItHasLeft() const {
-        EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
+        EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kNewsSeconds, false), kCFRunLoopRunFinished);
         EXPECT_THAT(findAccelerometers(), IsEmpty());
     }
     [[nodiscard]] std::vector<double> lastValues() const {
@@ -165,7 +165,7 @@ TEST(EventReaderPriorityTest, ItsThreadHasNone) {
     };
     const RunLoopSource source =
         startReading(RunLoop::current(), mode->text(), {.read = read, .interval = [] { return std::uint64_t{0}; }}, {});
-    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kPatienceSeconds, false), kCFRunLoopRunFinished);
+    EXPECT_EQ(CFRunLoopRunInMode(mode.get(), kNewsSeconds, false), kCFRunLoopRunFinished);
     ASSERT_EQ(pthread_setschedparam(pthread_self(), SCHED_OTHER, &none), 0);
     EXPECT_EQ(policy, SCHED_OTHER);
 }

@@ -11,7 +11,7 @@ namespace VeltoTouch::Tests {
 namespace {
 
 // A HID device without any report.
-const VirtualDevice::Identity kStranger{.reportDescriptor = {0x05, 0x01, 0x09, 0x00, 0xA1, 0x01, 0xC0}};
+const VirtualDevice::Identity kNoSurface{.reportDescriptor = {0x05, 0x01, 0x09, 0x00, 0xA1, 0x01, 0xC0}};
 
 std::string lineOf(const std::string& kind, const std::string& path) {
     return fmt::format(
@@ -22,7 +22,7 @@ std::string lineOf(const std::string& kind, const std::string& path) {
 
 TEST(DevicesCommandTest, TheSurfacesOfThisMachineAreShown) {
     const std::string none = "no surface is plugged in\n";
-    const VirtualDevice stranger(kStranger);
+    const VirtualDevice stranger(kNoSurface);
     EXPECT_THAT(velto().run({"devices"}), Ends(1, "", "velto: " + none));
     EXPECT_THAT(velto().run({"run", "--device", "surface"}), Ends(1, "", "velto: surface: " + none));
     const VirtualDevice surface;

@@ -97,10 +97,10 @@ TEST_F(HidrawDeviceTest, ReportsArriveBitForBitInOrderAndWithTheHostsTime) {
     openAndStart();
     std::vector<Report> sent;
     const std::uint64_t startTime = mach_absolute_time();
-    for (std::uint32_t i = 0; i < 10 * kKernelsRoom; ++i) {
+    for (std::uint32_t i = 0; i < 10 * kSurelyKept; ++i) {
         sent.push_back(i % 16 == 5 ? firmwareEventReport(static_cast<std::uint8_t>(i)) : imageNumber(i));
         surface.send(sent.back());
-        if (i % kKernelsRoom == kKernelsRoom - 1) {
+        if (i % kSurelyKept == kSurelyKept - 1) {
             ASSERT_TRUE(receive(sent.size()));
         }
     }
@@ -175,7 +175,7 @@ TEST_F(HidrawDeviceTest, ReportsAreAskedForOnOtherThreadsUntilItHasGone) {
     });
     std::size_t sent = 0;
     while (answers < 50) {
-        for (int i = 0; i < kKernelsRoom; ++i)
+        for (int i = 0; i < kSurelyKept; ++i)
             surface.send(imageNumber(static_cast<std::uint32_t>(sent++)));
         if (!receive(sent))
             break;

@@ -14,7 +14,7 @@
 namespace VeltoTouch::Tests {
 
 inline constexpr double kPatienceSeconds = 20;
-inline constexpr int kKernelsRoom = 60; // reports that the kernel surely keeps for a reader
+inline constexpr int kSurelyKept = 60; // reports that the kernel surely keeps for a reader
 
 // Keeps the reports that a device delivers.
 class Reports final : public InputReportSink {

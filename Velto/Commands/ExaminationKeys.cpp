@@ -28,7 +28,7 @@ Finding Examination::keyboard() const {
 std::string Examination::howToGiveKey() const {
     const KeyUse use = _gesture->kind == GestureKind::Tap ? &RegionKeys::tap : &RegionKeys::hold;
     const PixelRegion region = _gesture->region.value_or(PixelRegion::None);
-    return fmt::format("sudo velto set --keep {}.{}={}{}", kKeysDomain, nameOf(use, region),
+    return fmt::format("sudo velto set --keep {}={}{}", fullKeyOf(KeyPlace{.use = use, .region = region}),
                        nameOfKey(keysOf(kDefaultKeys, region).*use),
                        isOnSystemBus() ? "" : "; then end velto serve and start it again");
 }
