@@ -29,7 +29,7 @@ void SettingsSource::connect(EventLoop& loop, Bus::Which bus, const std::string&
     }
     _client->followProperties(
         loop, [this](const std::string& key, const Ref<Value>& value) { write(key, value); },
-        [this] { serviceEnded(); }, [this] { serviceBegan(); });
+        [this] { serviceEnded(); }, [this] { serviceBegan(); }, [this] { busLost(); });
     _isServed = _client->isServed();
 }
 
@@ -47,10 +47,17 @@ void SettingsSource::serviceEnded() {
         takeOver(ofConfiguration());
 }
 
+// What is in force for a service can be followed no more. Without one there is nothing to lose.
+void SettingsSource::busLost() const {
+    if (_isServed)
+        Bus::Client::failOfLoss();
+}
+
 std::vector<Setting> SettingsSource::ofConfiguration() {
     std::vector<Setting> settings;
-    for (ConfiguredSetting& setting : VeltoTouch::readConfiguration(kConfigurationFolder).settings) {
-        _isConfigured = true;
+    std::vector<ConfiguredSetting> configured = VeltoTouch::readConfiguration(kConfigurationFolder).settings;
+    _isConfigured = !configured.empty();
+    for (ConfiguredSetting& setting : configured) {
         if (!isOfCommandLine(setting.key))
             settings.push_back({.key = std::move(setting.key), .value = std::move(setting.value)});
     }

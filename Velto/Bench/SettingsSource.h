@@ -46,6 +46,7 @@ private:
     void connect(EventLoop& loop, Bus::Which bus, const std::string& device);
     void serviceBegan();
     void serviceEnded();
+    void busLost() const;
     void write(const std::string& key, const Ref<Value>& value);
     void takeOver(std::vector<Setting> settings);
     [[nodiscard]] std::vector<Setting> ofService();

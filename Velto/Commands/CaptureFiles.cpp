@@ -9,6 +9,7 @@
 #include <ctime>
 #include <filesystem>
 #include <regex>
+#include <system_error>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -25,14 +26,11 @@ namespace fs = std::filesystem;
 // The limit holds though the file in progress is never deleted.
 constexpr std::uint64_t kFilesWithinLimit = 4;
 
-// The first of NAME-FROM.json, NAME-(FROM + 1).json, ... that is not there.
-std::string unusedPath(const fs::path& path, std::size_t& number) {
-    for (;; ++number) {
-        fs::path next = path;
-        next.replace_filename(fmt::format("{}-{}{}", path.stem().string(), number, path.extension().string()));
-        if (!fs::exists(fs::symlink_status(next)))
-            return next;
-    }
+// NAME.json, NAME-2.json, ...
+std::string numbered(fs::path path, std::size_t number) {
+    if (number > 1)
+        path.replace_filename(fmt::format("{}-{}{}", path.stem().string(), number, path.extension().string()));
+    return path;
 }
 
 // "20261126T034512.123Z"
@@ -74,9 +72,14 @@ std::vector<OwnFile> ownFiles(const std::string& folder) {
 
 } // namespace
 
-RollingRecording::RollingRecording(std::string path, std::uint64_t largest)
+RollingRecording::RollingRecording(std::string path, Old old, std::uint64_t largest)
     : _firstPath(std::move(path)), _largest(largest), _path(_firstPath) {
-    about(_path, [this] { _file = std::make_unique<Files::GrowingRecording>(_path); });
+    about(_path, [&] {
+        if (old == Old::Keep)
+            beginUnused();
+        else
+            _file = std::make_unique<Files::GrowingRecording>(_path);
+    });
 }
 
 void RollingRecording::append(const Frame& frame) {
@@ -99,11 +102,27 @@ void RollingRecording::sync() {
 void RollingRecording::goOn(std::uint64_t timestampNs) {
     _file->write();
     _file->sync();
-    _path = unusedPath(_firstPath, ++_number);
-    auto next = std::make_unique<Files::GrowingRecording>(_path);
-    _sizeBefore += _file->size();
-    _file = std::move(next);
+    const std::uint64_t size = _file->size();
+    ++_number;
+    beginUnused();
+    _sizeBefore += size;
     _settings.writeAt(timestampNs, [this](const Frame& setting) { _file->append(setting); });
+}
+
+// Under the first name from the present one on that nothing has. Another capture may take one at the same moment.
+void RollingRecording::beginUnused() {
+    for (;; ++_number) {
+        _path = numbered(_firstPath, _number);
+        if (fs::exists(fs::symlink_status(_path)))
+            continue;
+        try {
+            _file = std::make_unique<Files::GrowingRecording>(_path, Old::Keep);
+            return;
+        } catch (const std::system_error& error) {
+            if (error.code() != std::errc::file_exists)
+                throw;
+        }
+    }
 }
 
 void WholeCapture::finish() {
@@ -137,12 +156,10 @@ void TroubleCapture::mark(Bench::Trouble trouble) {
 }
 
 void TroubleCapture::begin() {
-    std::string path = fs::path(_options.folder) / fmt::format("velto-{}-{}.json", timeNow(), nameOf(_trouble));
-    std::size_t number = 2;
-    if (fs::exists(fs::symlink_status(path)))
-        path = unusedPath(path, number);
+    const fs::path path = fs::path(_options.folder) / fmt::format("velto-{}-{}.json", timeNow(), nameOf(_trouble));
     const std::uint64_t largest = _options.limit.value_or(Files::GrowingRecording::kLargest * kFilesWithinLimit);
-    _recording.emplace(std::move(path), std::min(Files::GrowingRecording::kLargest, largest / kFilesWithinLimit));
+    _recording.emplace(path, RollingRecording::Old::Keep,
+                       std::min(Files::GrowingRecording::kLargest, largest / kFilesWithinLimit));
     ++_recordings;
 }
 

@@ -18,10 +18,12 @@
 namespace VeltoTouch::Velto {
 
 // A recording in as many files as it takes: where one is full, the next goes on, beginning with the settings in force.
-// NAME.json is followed by NAME-2.json and so on; a file that is there already is never one of those.
+// NAME.json is followed by NAME-2.json and so on; a file that is there already is never one of those, NAME.json itself
+// only if it is to be replaced.
 class RollingRecording {
 public:
-    explicit RollingRecording(std::string path, std::uint64_t largest = Files::GrowingRecording::kLargest);
+    using Old = Files::GrowingRecording::Old;
+    RollingRecording(std::string path, Old old, std::uint64_t largest = Files::GrowingRecording::kLargest);
 
     void append(const Frame& frame);
     void write();
@@ -34,6 +36,7 @@ public:
 
 private:
     void goOn(std::uint64_t timestampNs);
+    void beginUnused();
 
     const std::string _firstPath;
     const std::uint64_t _largest;
@@ -69,7 +72,7 @@ public:
 // Everything, in one recording.
 class WholeCapture final : public CaptureTarget {
 public:
-    explicit WholeCapture(const std::string& path) : _recording(path) {}
+    explicit WholeCapture(const std::string& path) : _recording(path, RollingRecording::Old::Replace) {}
 
     void add(const Frame& frame) override { _recording.append(frame); }
     void write() override { _recording.write(); }

@@ -10,9 +10,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -73,14 +75,23 @@ std::filesystem::path folderOf(const std::vector<ConfigurationReader>& readers) 
 // Held from the reading of the file until it is replaced.
 class FolderLock {
 public:
-    // Waits for whoever has it.
+    // Waits for whoever has it, but not for ever: who may read the folder may lock it.
     explicit FolderLock(const std::filesystem::path& folder)
         : _folder(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-        if (!_folder.isOpen() || ::flock(_folder.get(), LOCK_EX) != 0)
-            throw std::system_error(errno, std::generic_category());
+        const auto deadline = std::chrono::steady_clock::now() + kPatience;
+        while (!_folder.isOpen() || ::flock(_folder.get(), LOCK_EX | LOCK_NB) != 0) {
+            if (errno != EWOULDBLOCK && errno != EINTR)
+                throw std::system_error(errno, std::generic_category());
+            if (std::chrono::steady_clock::now() > deadline)
+                throw std::runtime_error("nothing is kept: somebody has locked the folder");
+            std::this_thread::sleep_for(kBetweenTries);
+        }
     }
 
 private:
+    static constexpr std::chrono::seconds kPatience{10};
+    static constexpr std::chrono::milliseconds kBetweenTries{5};
+
     const FileDescriptor _folder;
 };
 

@@ -29,8 +29,9 @@ void writeAt(int file, std::uint64_t place, std::string_view text) {
 
 } // namespace
 
-GrowingRecording::GrowingRecording(const std::string& path)
-    : _file(beginFile(path, std::string(kContainerBeginning).append(kContainerEnding))),
+GrowingRecording::GrowingRecording(const std::string& path, Old old)
+    : _file((old == Old::Keep ? beginNewFile : beginFile)(path,
+                                                          std::string(kContainerBeginning).append(kContainerEnding))),
       _framesEnd(kContainerBeginning.size()) {}
 
 void GrowingRecording::append(const Frame& frame) {

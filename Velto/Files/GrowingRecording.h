@@ -22,8 +22,10 @@ public:
     // How often its owner syncs: what a loss of power takes is less than a second.
     static constexpr std::chrono::milliseconds kBetweenSyncs{500};
 
-    // Begins a recording without frames. An existing file is replaced as writeFile does. Throws what beginFile throws.
-    explicit GrowingRecording(const std::string& path);
+    // Begins a recording without frames. An existing file is replaced as writeFile does, or kept. Throws what beginFile
+    // or beginNewFile throws.
+    enum class Old : bool { Replace, Keep };
+    explicit GrowingRecording(const std::string& path, Old old = Old::Replace);
 
     // Adds a frame, which `write` writes at the latest. The three throw std::system_error; the file then holds the
     // frames of the writes before.

@@ -2,6 +2,7 @@
 
 #include "Velto/Files/SystemCalls.h"
 
+#include <cstdio>
 #include <random>
 
 #include <fcntl.h>
@@ -48,22 +49,35 @@ NewFile::~NewFile() {
         ::unlinkat(_folder, _temporaryName.c_str(), 0);
 }
 
+int NewFile::link(const char* name) const {
+    const std::string self = fmt::format("/proc/self/fd/{}", _file.get());
+    return ::linkat(AT_FDCWD, self.c_str(), _folder, name, AT_SYMLINK_FOLLOW);
+}
+
 void NewFile::moveTo(const std::string& name) {
     if (_temporaryName.empty()) {
-        const std::string self = fmt::format("/proc/self/fd/{}", _file.get());
-        const auto link = [&](const char* newName) {
-            return ::linkat(AT_FDCWD, self.c_str(), _folder, newName, AT_SYMLINK_FOLLOW);
-        };
         if (link(name.c_str()) == 0)
             return;
         if (errno != EEXIST)
             throwSystemError();
         _heldSignals.emplace(SignalMask::all());
-        _temporaryName = makeTemporaryName(link);
+        _temporaryName = makeTemporaryName([this](const char* newName) { return link(newName); });
     }
     check(::renameat(_folder, _temporaryName.c_str(), _folder, name.c_str()));
     _temporaryName.clear();
     _heldSignals.reset();
+}
+
+// Some file systems cannot rename without replacing, others know no links.
+void NewFile::takeName(const std::string& name) {
+    if (_temporaryName.empty())
+        return check(link(name.c_str()));
+    if (::renameat2(_folder, _temporaryName.c_str(), _folder, name.c_str(), RENAME_NOREPLACE) == 0)
+        _temporaryName.clear();
+    else if (errno == EINVAL)
+        check(::linkat(_folder, _temporaryName.c_str(), _folder, name.c_str(), 0));
+    else
+        throwSystemError();
 }
 
 } // namespace VeltoTouch::Files

@@ -25,10 +25,15 @@ public:
     // Gives the file this name in the folder, replacing what has the name. Throws std::system_error.
     void moveTo(const std::string& name);
 
+    // The same for a name that nothing has: EEXIST if something has it by now.
+    void takeName(const std::string& name);
+
     // Hands on the file, open for writing. The last call.
     [[nodiscard]] FileDescriptor release() noexcept { return std::move(_file); }
 
 private:
+    int link(const char* name) const;
+
     const int _folder;
     std::optional<SignalMask> _heldSignals; // released last
     std::string _temporaryName;             // empty: none

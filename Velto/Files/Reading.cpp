@@ -9,6 +9,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Files {
@@ -36,9 +37,10 @@ std::optional<char> nextByteOf(int descriptor) {
     const FileDescriptor output(ends[0]);
     const FileDescriptor input(ends[1]);
     char byte = 0;
-    const bool isFound = ::tee(descriptor, input.get(), 1, 0) == 1
-                             ? ::read(output.get(), &byte, 1) == 1
-                             : ::pread(descriptor, &byte, 1, ::lseek(descriptor, 0, SEEK_CUR)) == 1;
+    const bool isFound = ::recv(descriptor, &byte, 1, MSG_PEEK) == 1 ||
+                         (::tee(descriptor, input.get(), 1, 0) == 1
+                              ? ::read(output.get(), &byte, 1) == 1
+                              : ::pread(descriptor, &byte, 1, ::lseek(descriptor, 0, SEEK_CUR)) == 1);
     return isFound ? std::optional(byte) : std::nullopt;
 }
 

@@ -64,13 +64,15 @@ void syncFolder(const Place& place) {
         throwSystemError();
 }
 
-FileDescriptor writeWhole(const Place& place, std::string_view content) {
+// `name` gives the file its name.
+FileDescriptor writeWhole(const Place& place, std::string_view content,
+                          void (NewFile::*name)(const std::string&) = &NewFile::moveTo) {
     requireRightToWrite(place);
     NewFile file(place.folder);
     writeAll(file.descriptor(), content);
     prepare(file.descriptor(), place);
     check(::fsync(file.descriptor()));
-    file.moveTo(place.name);
+    (file.*name)(place.name);
     syncFolder(place);
     return file.release();
 }
@@ -107,6 +109,10 @@ FileDescriptor beginFile(const std::string& path, std::string_view content) {
     if (!place.isForFile())
         throw std::runtime_error("it is no regular file");
     return writeWhole(place, content);
+}
+
+FileDescriptor beginNewFile(const std::string& path, std::string_view content) {
+    return writeWhole(Place::at(path), content, &NewFile::takeName);
 }
 
 void requireWritable(const std::string& path) {

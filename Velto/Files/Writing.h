@@ -20,6 +20,9 @@ void writeFile(const std::string& path, std::string_view content);
 // regular file.
 [[nodiscard]] FileDescriptor beginFile(const std::string& path, std::string_view content);
 
+// The same, but nothing is replaced: throws std::system_error with EEXIST where something has the name by then.
+[[nodiscard]] FileDescriptor beginNewFile(const std::string& path, std::string_view content);
+
 // Throws what writeFile would throw before it writes. For a file that is written after long work.
 void requireWritable(const std::string& path);
 

@@ -121,13 +121,16 @@ struct Client::Signals {
         return 0;
     }
     static int disconnected(sd_bus_message* /*signal*/, void* object, sd_bus_error* /*error*/) {
-        static_cast<Client*>(object)->_watcher->post([] { fail("the bus has gone"); });
+        auto& client = *static_cast<Client*>(object);
+        client._watcher->post([&client] { client._lossHandler(); });
         return 0;
     }
     static void end(Client& client) {
         client._watcher->post([&client] { client._endHandler(); });
     }
 };
+
+void Client::failOfLoss() { fail("the bus has gone"); }
 
 std::vector<std::string> servedOn(Which which) { return elementsOn(connect(which).get()); }
 
@@ -217,9 +220,10 @@ void Client::watch(EventLoop& loop, std::function<void(const Gesture&)> gestureH
 }
 
 void Client::followProperties(EventLoop& loop, PropertyHandler propertyHandler, std::function<void()> endHandler,
-                              std::function<void()> beginHandler) {
+                              std::function<void()> beginHandler, std::function<void()> lossHandler) {
     _propertyHandler = std::move(propertyHandler);
     _beginHandler = std::move(beginHandler);
+    _lossHandler = std::move(lossHandler);
     follow(loop, "PropertyChanged", Signals::property, std::move(endHandler));
 }
 

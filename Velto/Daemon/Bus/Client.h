@@ -55,9 +55,12 @@ public:
 
     using PropertyHandler = std::function<void(const std::string& key, const Ref<Value>& value)>;
     // The same for each write of a public property: what is read from here on is no older than the writes reported.
-    // `beginHandler` is called for each service that begins meanwhile.
+    // `beginHandler` is called for each service that begins meanwhile, `lossHandler` in place of the end of the run
+    // when the bus is lost.
     void followProperties(EventLoop& loop, PropertyHandler propertyHandler, std::function<void()> endHandler,
-                          std::function<void()> beginHandler);
+                          std::function<void()> beginHandler, std::function<void()> lossHandler);
+    // Throws what the loss of the bus is for people.
+    [[noreturn]] static void failOfLoss();
 
     // The bus name's part of the surface, such as hidraw0.
     [[nodiscard]] const std::string& element() const noexcept { return _element; }
@@ -79,6 +82,7 @@ private:
     PropertyHandler _propertyHandler;
     std::function<void()> _endHandler;
     std::function<void()> _beginHandler = [] {};
+    std::function<void()> _lossHandler = failOfLoss;
 };
 
 } // namespace VeltoTouch::Bus
