@@ -39,6 +39,14 @@ TEST_F(GestureTest, TouchBecomesAHoldWhenItOutlastsTheTimeout) {
     }
 }
 
+TEST(HandStatsTest, AScoreAtItsThresholdIsEnoughForAHold) {
+    HandStats hand;
+    hand.touching = true;
+    hand.touchScore = hand.holdScoreThreshold;
+    hand.updateGestureState(hand.touchStartTime + hand.holdTimeoutMs + 1);
+    EXPECT_TRUE(hand.holding);
+}
+
 TEST_F(GestureTest, FrameLogsThreeTextsAtDebugLevel) {
     // What the recognizer logs of the next frame.
     const auto logOfFrame = [this](os_log_type_t level) {

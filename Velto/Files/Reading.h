@@ -23,8 +23,8 @@ void requireReadable(std::size_t size);
 // Returns a file's size, kChunk for a pipe or a device, which do not know theirs. Throws std::system_error.
 [[nodiscard]] std::size_t expectedSizeOf(const FileDescriptor& file);
 
-// The next byte of a pipe, a socket or a file, which stays to be read. Waits for it. None at the end, and of what cannot be looked
-// into, such as a terminal. Throws std::system_error.
+// The next byte of a pipe, a socket or a file, which stays to be read. Waits for it. None at the end, and of what
+// cannot be looked into, such as a terminal. Throws std::system_error.
 [[nodiscard]] std::optional<char> nextByteOf(int descriptor);
 
 // Returns all that can be read; `progress` is called with the size of what has been read. Throws std::system_error, and
