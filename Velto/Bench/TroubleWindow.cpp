@@ -50,10 +50,10 @@ void TroubleWindow::add(Frame frame) {
     if (isKept())
         return keepWaiting();
     const auto waitsFor = [this] { return _nowNs - _waiting.front().ns; };
-    const bool isForgotten = waitsFor() > _beforeNs + kHistory;
-    if (isForgotten || (waitsFor() > _beforeNs && !_watch.isTouched())) // the next stretch does not reach back
+    const auto isTooOld = [&] { return waitsFor() > _beforeNs + kHistory || _waiting.size() > kMostFrames; };
+    if (isTooOld() || (waitsFor() > _beforeNs && !_watch.isTouched())) // the next stretch does not reach back
         finish();
-    while (waitsFor() > _beforeNs + kHistory)
+    while (isTooOld())
         forgetFirst();
 }
 

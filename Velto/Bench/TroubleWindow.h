@@ -37,10 +37,11 @@ private:
 // remembers the last gesture and its pixels.) All this within the `kHistory` before the time before: what lasts longer
 // is cut.
 //
-// Holds the frames of the last `beforeNs` and `kHistory`. One thread.
+// Holds the frames of the last `beforeNs` and `kHistory`, and `kMostFrames` where a clock stands still. One thread.
 class TroubleWindow {
 public:
     static constexpr std::uint64_t kHistory = std::uint64_t{10} * 60 * 1'000'000'000;
+    static constexpr std::size_t kMostFrames = 1'000'000; // a quarter of an hour of the fastest surface
 
     struct Handlers {
         std::function<void()> begin;

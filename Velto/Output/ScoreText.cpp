@@ -137,8 +137,6 @@ std::string totalSentences(const ScoreTotal& total) {
     text += "\n";
     text += delayLine("hold, from the label's start", total.holdDelays());
     text += delayLine("tap, from the label's end", total.tapDelays());
-    if (total.failed() > 0)
-        text += "  of a damaged recording, velto recover saves what is whole\n";
     return text;
 }
 
