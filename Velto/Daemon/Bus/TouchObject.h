@@ -60,7 +60,7 @@ public:
     ~TouchObject();
 
     void tellGesture(const Gesture& gesture);
-    // Called after a property was written, on whatever thread: signals the value that it has now, so that the last
+    // Called after a property was written by whatever thread: signals the value that it has now, so that the last
     // signal has the last value. Does nothing for one that is not public.
     void tellProperty(const std::string& key);
 
