@@ -1,6 +1,8 @@
 #include "Tests/Kernel/Touches.h"
+#include "Tests/Support/Eventually.h"
 #include "Tests/Support/Program.h"
 
+#include <filesystem>
 #include <functional>
 #include <thread>
 
@@ -37,9 +39,12 @@ private:
 };
 
 TEST(BenchTest, ACaptureOfAnUnpluggedSurfaceEndsWithItsLastReport) {
-    const InAHold hold([](VirtualDevice& surface) { surface.unplug(); });
     const TemporaryFolder folder;
     const std::string file = folder.path("capture.json");
+    const InAHold hold([&file](VirtualDevice& surface) {
+        std::ignore = eventually([&file] { return std::filesystem::exists(file); }); // it has begun
+        surface.unplug();
+    });
     EXPECT_THAT(velto().run({"capture", hold.surface.path(), "-o", file}),
                 Ends(0, HasSubstr("reports            " + std::to_string(kKernelsRoom) + " ")));
     EXPECT_THAT(velto().run({"explain", file}).output, AllOf(HasSubstr("touch 1 "), HasSubstr(" VolumeUp ")));
