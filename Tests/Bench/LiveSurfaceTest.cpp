@@ -108,10 +108,8 @@ TEST_F(BusTest, ALiveSurfaceFollowsTheSettingsOfTheServiceThatServesIt) {
 }
 
 TEST_F(BusTest, ALiveSurfaceTakesUpAServiceThatBeginsAndGoesBackWhenItEnds) {
-    for (const SettingRow& row : kSettingRows)
-        properties.put(fullKeyOf(row), Number::withUnsignedInt(1));
-    for (std::size_t n = 0; n < kGroupCount; ++n)
-        properties.put(fmt::format("Pipeline.Algs.VirtualNormalizationFactors.{}", n), Number::withFloat(0.5F));
+    for (const FoundSetting& setting : allSettings())
+        properties.put(fullKeyOf(setting), Number::withUnsignedInt(1));
     server.reset();
     const Surface::ConnectedDevice device(kDevice, fastDevice(1), {});
     EventLoop loop;

@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 namespace VeltoTouch::Bench {
+
 SettingsSource::SettingsSource(EventLoop& loop, std::optional<Bus::Which> bus, const std::string& device,
                                std::vector<Setting> ofCommandLine, ChangeHandler changeHandler)
     : _ofCommandLine(std::move(ofCommandLine)), _changeHandler(std::move(changeHandler)) {

@@ -111,7 +111,6 @@ private:
     void begin();
     void end();
     void keepLimit() const;
-
     void lockFolder();
 
     const Options _options;

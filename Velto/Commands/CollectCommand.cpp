@@ -42,8 +42,9 @@ constexpr const char* kCollectText =
     "What looks spoiled (no contact, more than one, the wrong region) may be repeated (r), accepted\n"
     "as done (n) or left (x). What is repeated or left is labelled \"spoiled\", from the asking to\n"
     "its end; a score leaves that time out. Of several contacts that are accepted, the one that\n"
-    "pressed most in the right region is labelled as the gesture, and each other one as spoiled, like\n"
-    "a contact while nothing is asked for. q ends and saves; until then each second is safe, as with velto capture.\n"
+    "pressed most in the right region is labelled as the gesture, and each other one as spoiled,\n"
+    "like a contact while nothing is asked for. q ends and saves; until then each second is safe,\n"
+    "as with velto capture.\n"
     "\n"
     "Without a terminal it writes lines and takes a key of the standard input for each choice.";
 

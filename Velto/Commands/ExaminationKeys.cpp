@@ -2,7 +2,6 @@
 #include "Velto/Daemon/ConfigurationEntry.h"
 #include "Velto/Daemon/KeyNames.h"
 #include "Velto/Daemon/OpenNodes.h"
-#include "Velto/Options/Lasting.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -26,10 +25,9 @@ Finding Examination::keyboard() const {
 
 // A service on the session's bus is not reached by root.
 std::string Examination::howToGiveKey() const {
-    const KeyUse use = _gesture->kind == GestureKind::Tap ? &RegionKeys::tap : &RegionKeys::hold;
-    const PixelRegion region = _gesture->region.value_or(PixelRegion::None);
-    return fmt::format("sudo velto set --keep {}={}{}", fullKeyOf(KeyPlace{.use = use, .region = region}),
-                       nameOfKey(keysOf(kDefaultKeys, region).*use),
+    const KeyPlace place{.use = _gesture->kind == GestureKind::Tap ? &RegionKeys::tap : &RegionKeys::hold,
+                         .region = _gesture->region.value_or(PixelRegion::None)};
+    return fmt::format("sudo velto set --keep {}={}{}", fullKeyOf(place), nameOfKey(keyAt(kDefaultKeys, place)),
                        isOnSystemBus() ? "" : "; then end velto serve and start it again");
 }
 
