@@ -173,8 +173,12 @@ protected:
         }
     }
 
-    // A connection for what no client of ours would say.
-    [[nodiscard]] static BusHandle connection() { return madeBy<BusHandle>(sd_bus_open_system, "bus"); }
+    // A connection for what no client of ours would say. Its calls wait for as long as a busy machine takes.
+    [[nodiscard]] static BusHandle connection() {
+        BusHandle connection = madeBy<BusHandle>(sd_bus_open_system, "bus");
+        sd_bus_set_method_call_timeout(connection.get(), 120'000'000);
+        return connection;
+    }
 
     struct Replies {
         std::size_t answered = 0;

@@ -157,7 +157,7 @@ TEST_F(BusTest, WhatCannotBeDoneIsRefused) {
     EXPECT_EQ(get(std::string(Bus::CallQueue::kLongestText + 1, 'x').c_str()), kInvalid);
     EXPECT_EQ(call(raw.get(), Bus::kInterface, "Explode", "sss", "", "", ""), kInvalid) << "texts have a bound";
     EXPECT_EQ(get("Deeper"), kTooMuch);
-    properties.put("Huge", makeRef<String>(std::string(Bus::kLargestSent / 2, '\0'))); // three bytes each, as U+FFFD
+    properties.put("Huge", makeRef<String>(std::string(Bus::kLargestSent / 3 + 1, '\0'))); // U+FFFD, three bytes
     EXPECT_EQ(get("Huge"), kTooMuch);
     EXPECT_EQ(call(raw.get(), Bus::kInterface, "GetProperty", "u", 1), kInvalid);
     EXPECT_EQ(call(raw.get(), Bus::kInterface, "GetProperty", ""), kInvalid);
