@@ -22,7 +22,7 @@ std::uint64_t chosen(const char* variable, std::uint64_t usual) {
     return text == nullptr ? usual : std::strtoull(text, nullptr, 10);
 }
 const std::uint64_t kSeed = chosen("VELTO_STORY_SEED", 1);
-const std::uint64_t kFrames = chosen("VELTO_STORY_FRAMES", VELTO_IS_SANITIZED ? 30'000 : 90'000);
+const std::uint64_t kFrames = chosen("VELTO_STORY_FRAMES", 90'000);
 constexpr int kContainersPerStory = 30;
 const std::uint64_t kSeconds = chosen("VELTO_STORY_SECONDS", 0);
 

@@ -9,7 +9,7 @@
 namespace VeltoTouch::Tests {
 namespace {
 
-constexpr std::uint64_t kStories = VELTO_IS_SANITIZED ? 100 : 300;
+constexpr std::uint64_t kStories = 300;
 constexpr int kFewestCancels = kStories;       // so that there was something to turn round
 constexpr std::uint64_t kWithAlternatives = 6; // every sixth story's first touch: they take some 80 plays
 
