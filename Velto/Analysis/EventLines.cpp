@@ -23,13 +23,7 @@ void appendTouch(std::string& text, const Gesture& gesture) {
 
 } // namespace
 
-std::string fileMember(std::string_view path) {
-    if (path.empty())
-        return {};
-    std::string member = R"(,"file":)";
-    JSON::appendString(member, path);
-    return member;
-}
+std::string fileMember(std::string_view path) { return path.empty() ? "" : R"(,"file":)" + JSON::quoted(path); }
 
 void appendEventLine(std::string& text, std::string_view inFile, const Gesture& gesture) {
     const EventMembers event = eventMembersOf(gesture);
