@@ -78,9 +78,7 @@ std::optional<FoundSetting> settingUnder(std::string_view key) {
     return name ? findSetting(*name) : std::nullopt;
 }
 
-std::string fullKeyOf(const SettingRow& row) {
-    return fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, row.key);
-}
+std::string fullKeyOf(const SettingRow& row) { return Keys::algsKey(row.key); }
 
 std::string fullKeyOf(const FoundSetting& setting) {
     const std::string key = fullKeyOf(setting.row);
