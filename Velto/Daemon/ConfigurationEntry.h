@@ -33,7 +33,8 @@ struct ConfiguredKey {
     Origin origin;
 };
 
-// The domain of the keys of gestures.
+// The tables of a configuration file. The second one's name is also the domain of its entries' full keys.
+inline constexpr std::string_view kRecognizerTable = "recognizer";
 inline constexpr std::string_view kKeysDomain = "keys";
 
 struct ConfigurationEntries {
