@@ -125,7 +125,7 @@ void TouchObject::sendReply(sd_bus_message* call, const Value* value) {
     checked(sd_bus_send(nullptr, reply.get(), nullptr), "reply");
 }
 
-void TouchObject::tellGesture(const Gesture& gesture) {
+void TouchObject::signalGesture(const Gesture& gesture) {
     ++_events;
     if (!_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
         return;
@@ -136,7 +136,7 @@ void TouchObject::tellGesture(const Gesture& gesture) {
                        eventMembersOf(gesture).phase, gesture.frame, gesture.time.count());
 }
 
-void TouchObject::tellProperty(const std::string& key) {
+void TouchObject::signalProperty(const std::string& key) {
     if (!isPublic(key) || !_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
         return;
     const Ref<Value> value = _surface.properties.get(key);
