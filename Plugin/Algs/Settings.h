@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Value.h"
 #include "Plugin/Algs/EventStats.h"
 #include "Plugin/Algs/HandStats.h"
 #include "Plugin/Algs/VirtualImage.h"

@@ -6,7 +6,6 @@
 #include "Velto/Analysis/Members.h"
 #include "Velto/Analysis/TouchLines.h"
 
-#include <algorithm>
 #include <iterator>
 #include <utility>
 

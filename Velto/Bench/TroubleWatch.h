@@ -9,7 +9,6 @@
 #include <functional>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 namespace VeltoTouch::Bench {
 

@@ -12,7 +12,6 @@
 #include <cmath>
 #include <memory>
 #include <optional>
-#include <utility>
 
 #include <fmt/format.h>
 

@@ -7,7 +7,6 @@
 #include "Velto/Output/Terminal.h"
 #include "Velto/Output/TouchText.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -16,7 +16,6 @@
 #include <chrono>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>

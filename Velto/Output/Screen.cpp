@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
-#include <string>
 #include <system_error>
 
 #define NCURSES_NOMACROS // functions in place of macros with common names

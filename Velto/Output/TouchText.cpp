@@ -4,7 +4,6 @@
 #include "Velto/Output/Terminal.h"
 
 #include <cmath>
-#include <cstdlib>
 
 #include <fmt/format.h>
 

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <span>
 
 // Where the pads of the simulated surface lie and how much of a contact each of them feels.

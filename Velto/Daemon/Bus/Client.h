@@ -5,7 +5,6 @@
 #include "Velto/Daemon/EventLoop.h"
 #include "Velto/Host/Gesture.h"
 
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
