@@ -28,9 +28,9 @@ public:
     void write();
     void sync();
 
-    // Of the file that grows, and of all.
+    // The file that grows.
     [[nodiscard]] const std::string& path() const noexcept { return _path; }
-    [[nodiscard]] std::uint64_t fileSize() const noexcept { return _file->size(); }
+    // Of all files, in bytes.
     [[nodiscard]] std::uint64_t size() const noexcept { return _sizeBefore + _file->size(); }
 
 private:
