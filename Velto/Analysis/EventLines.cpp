@@ -2,6 +2,7 @@
 
 #include "Platform/JSON.h"
 #include "Plugin/Reports/Regions.h"
+#include "Velto/Analysis/LineMembers.h"
 
 #include <iterator>
 
@@ -16,9 +17,8 @@ void appendStart(std::string& text, std::string_view kind, std::string_view inFi
 }
 
 void appendTouch(std::string& text, const Gesture& gesture) {
-    const std::string region = gesture.region ? fmt::format("\"{}\"", nameOf(*gesture.region)) : "null";
-    fmt::format_to(std::back_inserter(text), R"(,"frame":{},"region":{},"phase":{})", gesture.frame, region,
-                   eventMembersOf(gesture).phase);
+    fmt::format_to(std::back_inserter(text), R"(,"frame":{},"region":{},"phase":{})", gesture.frame,
+                   nameOrNull(gesture.region), eventMembersOf(gesture).phase);
 }
 
 } // namespace

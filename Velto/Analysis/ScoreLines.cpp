@@ -4,7 +4,6 @@
 #include "Velto/Analysis/EventLines.h"
 #include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/Members.h"
-#include "Velto/Analysis/TouchLines.h"
 
 #include <iterator>
 #include <utility>
@@ -13,11 +12,6 @@
 
 namespace VeltoTouch::Analysis {
 namespace {
-
-template <class T>
-std::string orNull(const std::optional<T>& value) {
-    return value ? fmt::format("{}", *value) : "null";
-}
 
 // How a label became the wrong kind; empty for others.
 std::string kindMembers(const LabelScore& label) {

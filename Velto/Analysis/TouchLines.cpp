@@ -2,6 +2,7 @@
 
 #include "Platform/JSON.h"
 #include "Velto/Analysis/EventLines.h"
+#include "Velto/Analysis/LineMembers.h"
 
 #include <cmath>
 #include <iterator>
@@ -48,8 +49,7 @@ std::string checkObject(const Check& check, const Typicals& typicals) {
     const RuleRow& rule = rowOf(check.rule);
     return fmt::format(R"({{"rule":"{}"{},"op":"{}"{},"unit":"{}","passed":{},"setting":"{}","pulls":{}}})", rule.name,
                        numberMember("value", check.value), rule.op, numberMember("bound", check.bound, "boundText"),
-                       rule.unit, check.passed ? fmt::format("{}", *check.passed) : "null", rule.setting,
-                       array(typicals.pullsOf(check), pullObject));
+                       rule.unit, orNull(check.passed), rule.setting, array(typicals.pullsOf(check), pullObject));
 }
 
 std::string alternativeObject(const Alternative& alternative) {

@@ -2,6 +2,7 @@
 
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Shared/ClockConversion.h"
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/NearestRank.h"
 #include "Velto/Analysis/PadStatistics.h"
 #include "Velto/Analysis/PixelNames.h"
@@ -136,8 +137,7 @@ public:
         return fmt::format(R"({{"kind":"stream"{},"ns":{},"reports":{},"rateHz":{},"intervalMs":{},"jitterMs":{},)"
                            R"("events":{},"latencyMs":{},"gaps":{},"resets":{},"invalid":{},"pads":[{}]}})"
                            "\n",
-                           inFile, ns, _reports, rateHz() ? fmt::format("{}", *rateHz()) : "null",
-                           spansLine(_intervals.figures()),
+                           inFile, ns, _reports, Analysis::orNull(rateHz()), spansLine(_intervals.figures()),
                            _intervals.count() == 0 ? "null" : fmt::format("{}", _intervals.figures()->deviation),
                            _events, spansLine(_latencies.figures()), _pipeline.disjointImageCount, _pipeline.resetCount,
                            _invalidReports, fmt::join(pads, ","));
