@@ -68,21 +68,22 @@ int captureWith(const CaptureOptions& options) {
     loop.addTimer(Files::GrowingRecording::kBetweenSyncs, [&] { capture.sync(); });
     const bool showsLine = standardOutputIsTerminal();
     if (showsLine)
-        loop.addTimer(kBetweenLines, [&] { writeStandardOutput("\r\x1b[K" + capture.line()); });
+        loop.addTimer(kBetweenLines, [&] { writeStandardOutput(kWipedLine + capture.line()); });
     int status = attempt([&] { loop.run(options.duration); });
     signals.beginEnd();
     surface.reset();
     if (status == 0) // what is behind a failed write is not written either
         status = attempt([&] { capture.finish(); });
     status = std::max(status, statusOfEnd(device.name(), capture.failure()));
-    writeStandardOutput((showsLine ? "\r\x1b[K" : "") + capture.lines());
+    writeStandardOutput((showsLine ? kWipedLine : "") + capture.lines());
     return status;
 }
 
 Trouble troubleNamed(const std::string& name) {
     const auto* const found = std::ranges::find(Bench::kTroubleNames, name);
     if (found == Bench::kTroubleNames.end())
-        throw CLI::ValidationError("--on", fmt::format("\"{}\" is none of cancel, gap, reset, invalid", name));
+        throw CLI::ValidationError("--on",
+                                   fmt::format("\"{}\" is none of {}", name, fmt::join(Bench::kTroubleNames, ", ")));
     return static_cast<Trouble>(found - Bench::kTroubleNames.begin());
 }
 

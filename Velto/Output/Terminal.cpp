@@ -21,7 +21,6 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kWipedLine = "\r\x1b[K";
 // Bytes of a text that a pipe takes without waiting, all of them escaped, once it takes anything.
 constexpr std::size_t kTakenAtOnce = PIPE_BUF / 6 - 16;
 

@@ -10,6 +10,9 @@
 
 namespace VeltoTouch::Velto {
 
+// Goes back to the beginning of a terminal's line and clears it.
+inline constexpr const char* kWipedLine = "\r\x1b[K";
+
 // Writes one line to standard error; control characters are escaped.
 void writeErrorLine(std::string_view text);
 
