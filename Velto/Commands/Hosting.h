@@ -32,7 +32,8 @@ void requireOtherFile(const DeviceChoice& device, const std::string& output);
 // --plugin PATH. Unset, the target is empty.
 void addPlugIn(App& app, std::string& target);
 
-// Does a part of the work. A failure is reported under the subject's name.
+// Runs a part of the work and returns its result. A failure is thrown on as a std::runtime_error under the subject's
+// name.
 template <class Work>
 auto about(const std::string& subject, const Work& work) {
     try {
