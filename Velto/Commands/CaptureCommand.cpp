@@ -4,6 +4,7 @@
 #include "Velto/Daemon/StopSignals.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/PlayOptions.h"
+#include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 
@@ -135,11 +136,7 @@ Command makeCaptureCommand(App& program) {
                                    "velto capture surface --on cancel,gap --before 30 --limit 500M -o trouble/"},
                                   kCaptureText);
     addDeviceArgument(*app, options->device);
-    CLI::Option* output =
-        app->add_option("-o", options->output, "The recording, or with --on the folder of recordings");
-    app->offer(output, fileNames())->type_name("OUT")->required()->check([](const std::string& path) {
-        return isStandardOutput(path) ? "a file is wanted" : "";
-    });
+    addOutputFile(*app, options->output, "The recording, or with --on the folder of recordings");
     addDuration(*app, options->duration);
     addTroubleOptions(*app, *options);
     addSpeed(*app, options->speed, "Pace of a device that is played: a factor on its own, or max (default: 1)");

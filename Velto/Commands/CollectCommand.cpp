@@ -9,6 +9,7 @@
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/Numbers.h"
 #include "Velto/Options/PlayOptions.h"
+#include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Surface/Blanks.h"
@@ -206,10 +207,7 @@ Command makeCollectCommand(App& program) {
            "What to ask for, and how often: tap:volume-up x20, hold:play-pause x10")
         ->type_name("")
         ->required();
-    CLI::Option* output = app->add_option("-o", options->output, "The recording");
-    app->offer(output, fileNames())->type_name("OUT")->required()->check([](const std::string& path) {
-        return isStandardOutput(path) ? "a file is wanted" : "";
-    });
+    addOutputFile(*app, options->output, "The recording");
     app->add_option("--seed", options->seed, "Ask in a random order, the same for the same seed")->type_name("N");
     addSeconds(*app, "--pause", options->pause, "Count down for so many seconds before each gesture (default: 2)");
     addSeconds(*app, "--time", options->time, "Wait for a gesture for so many seconds (default: 3)");
