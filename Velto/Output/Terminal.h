@@ -38,7 +38,10 @@ void complain(std::string_view subject, std::string_view message);
 // Returns whether the standard output is a terminal.
 [[nodiscard]] bool standardOutputIsTerminal() noexcept;
 
-// Colours text if the standard output is a terminal and NO_COLOR is not set.
+// Returns whether the user wants no colours: NO_COLOR is set, and not empty.
+[[nodiscard]] bool refusesColours() noexcept;
+
+// Colours text if the standard output is a terminal and colours are not refused.
 enum class Colour { Plain, Bold, Green, Yellow, Red };
 [[nodiscard]] std::string coloured(Colour colour, std::string_view text);
 
