@@ -64,7 +64,7 @@ int watch(const DevicesOptions& options) {
     const auto added = [&](const HidrawNode& node) { showAdded(node, options.jsonl); };
     const auto removed = [&](const HidrawNode& node) { showRemoved(node, options.jsonl); };
     std::ranges::for_each(monitor.nodes(), added);
-    loop.addDescriptor(monitor.descriptor(), [&] { monitor.readNews(added, removed); });
+    loop.addDescriptor(monitor.descriptor(), [&] { monitor.readChanges(added, removed); });
     loop.run(options.duration);
     return 0;
 }
