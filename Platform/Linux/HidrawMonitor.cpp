@@ -47,7 +47,7 @@ HidrawMonitor::~HidrawMonitor() = default;
 int HidrawMonitor::descriptor() const noexcept { return udev_monitor_get_fd(_monitor.get()); }
 
 // Takes the events that have come. Returns whether there were any, or the kernel has dropped some: one of those may
-// have been of ours.
+// have been about a node of ours.
 bool HidrawMonitor::takeEvents() {
     bool hasCome = false;
     while (udev_device* const device = udev_monitor_receive_device(_monitor.get())) {
