@@ -83,17 +83,13 @@ void addAsked(std::string_view field, std::vector<Step>& asked) {
 }
 
 std::vector<Step> parsePlan(std::string_view text) {
-    try {
-        std::vector<Step> asked;
-        for (;;) {
-            const std::size_t comma = text.find(',');
-            addAsked(text.substr(0, comma), asked);
-            if (comma == std::string_view::npos)
-                return asked;
-            text.remove_prefix(comma + 1);
-        }
-    } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError("PLAN", error.what());
+    std::vector<Step> asked;
+    for (;;) {
+        const std::size_t comma = text.find(',');
+        addAsked(text.substr(0, comma), asked);
+        if (comma == std::string_view::npos)
+            return asked;
+        text.remove_prefix(comma + 1);
     }
 }
 
@@ -203,7 +199,8 @@ Command makeCollectCommand(App& program) {
         kCollectText);
     addDeviceArgument(*app, options->device);
     app->add_option_function<std::string>(
-           "PLAN", [options](const std::string& text) { options->asked = parsePlan(text); },
+           "PLAN",
+           [options](const std::string& text) { options->asked = asUsage("PLAN", [&] { return parsePlan(text); }); },
            "What to ask for, and how often: tap:volume-up x20, hold:play-pause x10")
         ->type_name("")
         ->required();

@@ -39,11 +39,7 @@ struct LabelOptions {
 };
 
 SaidLabel readLabel(const std::string& text) {
-    try {
-        return parseLabel(text);
-    } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError(error.what());
-    }
+    return asUsage("", [&] { return parseLabel(text); });
 }
 
 std::size_t readNumber(const std::string& option, const std::string& text) {
