@@ -1,5 +1,5 @@
+#include "Plugin/Reports/Regions.h"
 #include "Velto/Analysis/LineMembers.h"
-#include "Velto/Analysis/PixelNames.h"
 #include "Velto/Analysis/StreamStatistics.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Disturbances.h"
@@ -141,7 +141,7 @@ void addStream(Columns& columns) {
 void addPads(Columns& columns) {
     columns.row("pad", [](const auto&) { return padHeading(); });
     for (std::size_t i = 0; i < kPadCount; ++i)
-        columns.row(Analysis::letterOf(i), [i](const auto& recording) { return padCells(recording.pads[i]); });
+        columns.row(letterOf(i), [i](const auto& recording) { return padCells(recording.pads[i]); });
 }
 
 // The first of each kind are listed of a single recording.
