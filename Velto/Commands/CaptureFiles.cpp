@@ -1,7 +1,7 @@
 #include "Velto/Commands/CaptureFiles.h"
 
-#include "Velto/Commands/Hosting.h"
 #include "Velto/Files/Reading.h"
+#include "Velto/Output/Terminal.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,17 @@ void complain(std::string_view subject, std::string_view message);
 
 // Returns an exception's text, followed in brackets by the place of a damage, if it is known.
 [[nodiscard]] std::string messageOf(const std::exception& error);
+
+// Runs a part of the work and returns its result. A failure is thrown on as a std::runtime_error under the subject's
+// name.
+template <class Work>
+auto about(const std::string& subject, const Work& work) {
+    try {
+        return work();
+    } catch (const std::exception& error) {
+        throw std::runtime_error(subject + ": " + messageOf(error));
+    }
+}
 
 // Makes foreign text (names of files and devices, contents of recordings) safe for a terminal: control characters and
 // invalid UTF-8 become escapes. JSON stays the same JSON.
