@@ -63,15 +63,9 @@ std::string alternativeObject(const Alternative& alternative) {
 std::string labelObject(const Label* label) {
     if (label == nullptr)
         return "null";
-    std::string text = fmt::format(R"({{"index":{},"gesture":)", label->index);
-    JSON::appendString(text, label->gesture);
-    text += R"(,"region":)";
-    JSON::appendString(text, label->region);
-    if (!label->endRegion.empty()) {
-        text += R"(,"endRegion":)";
-        JSON::appendString(text, label->endRegion);
-    }
-    return text + fmt::format(R"(,"startNs":{},"endNs":{}}})", label->startNs, label->endNs);
+    const std::string end = label->endRegion.empty() ? "" : R"(,"endRegion":)" + JSON::quoted(label->endRegion);
+    return fmt::format(R"({{"index":{},"gesture":{},"region":{}{},"startNs":{},"endNs":{}}})", label->index,
+                       JSON::quoted(label->gesture), JSON::quoted(label->region), end, label->startNs, label->endNs);
 }
 
 std::string numberMember(std::string_view name, double number, std::string_view textName) {
@@ -109,8 +103,8 @@ void appendWeakLine(std::string& text, std::string_view file, const WeakContact&
                    R"("durationMs":{},"peak":{},"checks":[{}],"reason":"{}"}})"
                    "\n",
                    fileMember(file), contact.number, contact.startNs, contact.endNs, contact.startFrame,
-                   contact.endFrame, static_cast<double>(contact.endNs - contact.startNs) / 1e6,
-                   peakObject(contact.peak), checkObject(contact.check, Typicals()), nameOf(contact.check.rule));
+                   contact.endFrame, contact.durationMs(), peakObject(contact.peak),
+                   checkObject(contact.check, Typicals()), nameOf(contact.check.rule));
 }
 
 } // namespace VeltoTouch::Analysis
