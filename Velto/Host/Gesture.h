@@ -23,6 +23,11 @@ struct Gesture {
     HostTime time{};         // of its report
 };
 
+// Returns the name of a gesture's region; empty if it has none.
+[[nodiscard]] constexpr std::string_view regionNameOf(const Gesture& gesture) noexcept {
+    return gesture.region ? nameOf(*gesture.region) : "";
+}
+
 // Returns nothing for an event that is no gesture of the surface.
 [[nodiscard]] std::optional<Gesture> gestureOf(const HIDEvent& event) noexcept;
 

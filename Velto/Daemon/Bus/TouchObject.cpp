@@ -130,7 +130,7 @@ void TouchObject::signalGesture(const Gesture& gesture) {
     if (!_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
         return;
     const std::string name(nameOf(gesture.kind));
-    const std::string region(gesture.region ? nameOf(*gesture.region) : "");
+    const std::string region(regionNameOf(gesture));
     // Where the bus has gone, the next beat finds out.
     sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, "Gesture", "ssuut", name.c_str(), region.c_str(),
                        eventMembersOf(gesture).phase, gesture.frame, gesture.time.count());
