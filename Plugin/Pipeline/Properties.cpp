@@ -1,6 +1,5 @@
 #include "Plugin/Pipeline/Properties.h"
 
-#include "Plugin/Shared/KeyDomain.h"
 #include "Plugin/Shared/Overloaded.h"
 
 #include <algorithm>

@@ -8,7 +8,6 @@
 #include "Velto/Daemon/ValueText.h"
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
-#include "Velto/Options/Keys.h"
 #include "Velto/Options/Numbers.h"
 #include "Velto/Options/Sweeps.h"
 #include "Velto/Output/Files.h"

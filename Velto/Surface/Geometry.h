@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Plugin/Reports/InputReport.h"
-
 #include <array>
 #include <cstddef>
 #include <span>
