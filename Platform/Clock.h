@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-// The host clock. Its ticks are nanoseconds here (timebase 1/1); only the clock conversions of `Util` may rely on that.
+// The host clock. Its ticks are nanoseconds here (timebase 1/1). Only the platform layer relies on that; all others
+// convert, with `Util` (Plugin/Shared/ClockConversion.h) or, above the plug-in, `hostTimeOf` (Velto/Host/HostTime.h).
 
 namespace VeltoTouch {
 
@@ -14,9 +15,10 @@ struct mach_timebase_info_data_t {
 // Returns the monotonic host time in ticks. Any thread.
 [[nodiscard]] std::uint64_t mach_absolute_time() noexcept;
 
+// Sets `info` to what a tick is. Any thread.
 void mach_timebase_info(mach_timebase_info_data_t* info) noexcept;
 
-// Blocks the calling thread for at least `microseconds`; signals do not shorten it.
+// Blocks the calling thread for at least `microseconds`; signals do not shorten it. Any thread.
 void usleep(std::uint64_t microseconds) noexcept;
 
 } // namespace VeltoTouch

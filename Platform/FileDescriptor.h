@@ -6,7 +6,7 @@
 
 namespace VeltoTouch {
 
-// Owns an open file descriptor, or none (-1).
+// Owns an open file descriptor, or none (-1). Closes it on destruction.
 class FileDescriptor {
 public:
     FileDescriptor() noexcept = default;
@@ -22,6 +22,7 @@ public:
     }
 
     [[nodiscard]] int get() const noexcept { return _descriptor; }
+    // Gives the descriptor up to the caller, who closes it.
     [[nodiscard]] int release() noexcept { return std::exchange(_descriptor, -1); }
     [[nodiscard]] bool isOpen() const noexcept { return _descriptor >= 0; }
 

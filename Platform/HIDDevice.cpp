@@ -7,6 +7,7 @@
 #include <system_error>
 
 namespace VeltoTouch {
+
 // What every HIDDevice is.
 class OpenableDevice final : public HIDDevice, public InputReportSink {
 public:

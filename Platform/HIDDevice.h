@@ -21,6 +21,7 @@ using IOHIDDeviceRef = HIDDevice*;
 // Makes a device object for a service handle. Returns null if no device is registered under the handle.
 [[nodiscard]] Ref<HIDDevice> IOHIDDeviceCreate(CFTypeRef allocator, io_service_t service);
 
+// Open and close the device. Any thread.
 [[nodiscard]] IOReturn IOHIDDeviceOpen(IOHIDDeviceRef device, IOOptionBits options);
 IOReturn IOHIDDeviceClose(IOHIDDeviceRef device, IOOptionBits options);
 
@@ -44,7 +45,7 @@ void IOHIDDeviceUnscheduleFromRunLoop(IOHIDDeviceRef device, CFRunLoopRef loop, 
 [[nodiscard]] IOReturn IOHIDDeviceGetReport(IOHIDDeviceRef device, IOHIDReportType type, std::uint32_t reportID,
                                             std::uint8_t* report, CFIndex* reportLength);
 
-// Any thread.
+// Return the value under a key, nil if there is none, and whether the device has taken a value. Any thread.
 [[nodiscard]] Ref<Value> IOHIDDeviceGetProperty(IOHIDDeviceRef device, CFStringRef key);
 [[nodiscard]] bool IOHIDDeviceSetProperty(IOHIDDeviceRef device, CFStringRef key, CFPropertyListRef value);
 

@@ -27,6 +27,13 @@ void append(std::string& text, const Value* value);
 // Appends `string` quoted and escaped. Each byte that belongs to no well-formed UTF-8 sequence becomes U+FFFD.
 void appendString(std::string& text, std::string_view string);
 
+// Returns the same text.
+[[nodiscard]] inline std::string quoted(std::string_view string) {
+    std::string text;
+    appendString(text, string);
+    return text;
+}
+
 // Returns the compact text of `value`.
 [[nodiscard]] std::string text(const Value* value);
 

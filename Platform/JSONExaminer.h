@@ -20,7 +20,8 @@ struct Examination {
     std::string readableText; // without a fault: the same text, with those integers written as doubles
 };
 
-// Walks through the text byte by byte. Reads what the parser reads, and those integers.
+// Walks through the text byte by byte. Accepts what the parser accepts, and those integers too. Throws std::bad_alloc.
+// Any thread.
 [[nodiscard]] Examination examine(std::string_view text);
 
 } // namespace VeltoTouch::JSON

@@ -3,7 +3,6 @@
 #include "Platform/Object.h"
 
 #include <array>
-#include <string>
 #include <string_view>
 
 // Universally unique identifiers: 16 bytes, written as 8-4-4-4-12 hexadecimal digits.

@@ -104,8 +104,7 @@ py::array writesOf(const Recording& recording) {
     py::list rows;
     for (const Frame& frame : recording.frames()) {
         if (frame.type == Frame::Type::State)
-            rows.append(py::make_tuple(recording.nsOf(frame),
-                                       strOf(std::string(Keys::kPipelineDomain) + '.' + frame.key),
+            rows.append(py::make_tuple(recording.nsOf(frame), strOf(Keys::pipelineKey(frame.key)),
                                        loads(strOf(JSON::text(frame.value.get())))));
     }
     return arrayOfTuples(rows, {{"ns", "u8"}, {"key", "O"}, {"value", "O"}});

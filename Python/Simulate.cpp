@@ -3,8 +3,6 @@
 #include "Velto/Surface/Scripts.h"
 #include "Velto/Surface/SimulatedRecording.h"
 
-#include <utility>
-
 namespace VeltoTouch::Python {
 
 using namespace Surface;

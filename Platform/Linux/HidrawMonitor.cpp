@@ -46,18 +46,19 @@ HidrawMonitor::~HidrawMonitor() = default;
 
 int HidrawMonitor::descriptor() const noexcept { return udev_monitor_get_fd(_monitor.get()); }
 
-// Takes what has come. Where too much came the kernel says so, and what was lost may be ours.
-bool HidrawMonitor::hasNews() {
-    bool isNews = false;
+// Takes the events that have come. Returns whether there were any, or the kernel has dropped some: one of those may
+// have been about a node of ours.
+bool HidrawMonitor::takeEvents() {
+    bool hasCome = false;
     while (udev_device* const device = udev_monitor_receive_device(_monitor.get())) {
         udev_device_unref(device);
-        isNews = true;
+        hasCome = true;
     }
-    return isNews || errno == ENOBUFS;
+    return hasCome || errno == ENOBUFS;
 }
 
-void HidrawMonitor::readNews(const Handler& added, const Handler& removed) {
-    if (!hasNews())
+void HidrawMonitor::readChanges(const Handler& added, const Handler& removed) {
+    if (!takeEvents())
         return;
     const std::vector<HidrawNode> before = std::exchange(_nodes, findHidrawNodes(_match));
     for (const HidrawNode& node : before) {

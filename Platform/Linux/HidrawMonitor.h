@@ -15,8 +15,8 @@ class HidrawMonitor {
 public:
     using Handler = std::function<void(const HidrawNode& node)>;
 
-    // Lists the nodes; changes from here on are kept until `readNews`. Throws std::system_error if the kernel does not
-    // report changes.
+    // Lists the nodes; changes from here on are kept until `readChanges`. Throws std::system_error if the kernel does
+    // not report changes.
     explicit HidrawMonitor(HidrawMatch match);
     HidrawMonitor(const HidrawMonitor&) = delete;
     HidrawMonitor& operator=(const HidrawMonitor&) = delete;
@@ -30,10 +30,10 @@ public:
     // Reads the changes without waiting: calls a handler once for each node that was added and for each that was
     // removed. A device that is plugged in again is a new node, whatever its path, and the removal of the old one is
     // reported first. A node that is added and removed between two calls is not reported.
-    void readNews(const Handler& added, const Handler& removed);
+    void readChanges(const Handler& added, const Handler& removed);
 
 private:
-    [[nodiscard]] bool hasNews();
+    [[nodiscard]] bool takeEvents();
 
     const HidrawMatch _match;
     const std::unique_ptr<udev_monitor, udev_monitor* (*)(udev_monitor*)> _monitor;

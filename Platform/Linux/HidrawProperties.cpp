@@ -6,7 +6,6 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
-#include <type_traits>
 
 #include <linux/hidraw.h>
 #include <linux/input.h>

@@ -3,7 +3,6 @@
 #include "Platform/Log.h"
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace VeltoTouch {

@@ -10,7 +10,8 @@ struct Counter {
     std::uint64_t EventStats::*count;
 };
 
-// Note the crossing in the last row of each table.
+// The last rows look swapped and are not: the dispatched counters have numHolding2Suppressed, the rejected ones
+// numSuppressed2Holding.
 constexpr std::array<Counter, 12> kDispatched{{
     {"numTaps", &EventStats::numTaps},
     {"numBeginHold", &EventStats::numBeginHold},

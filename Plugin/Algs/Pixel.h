@@ -3,7 +3,6 @@
 #include "Plugin/Reports/InputReport.h"
 #include "Plugin/Reports/Regions.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <string_view>
 

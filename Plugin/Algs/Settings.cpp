@@ -1,7 +1,6 @@
 #include "Plugin/Algs/Settings.h"
 
 #include "Plugin/Algs/Algs.h"
-#include "Plugin/Shared/KeyDomain.h"
 #include "Plugin/Shared/Keys.h"
 #include "Plugin/Shared/Overloaded.h"
 

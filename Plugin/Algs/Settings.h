@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Value.h"
 #include "Plugin/Algs/EventStats.h"
 #include "Plugin/Algs/HandStats.h"
 #include "Plugin/Algs/VirtualImage.h"
@@ -16,12 +17,12 @@ namespace VeltoTouch {
 // A setting of the recognizer. Reading, writing, judging, lists and completion all use its row; the default is the
 // value in a new recognizer. A new setting is a field of HandStats or VirtualImage, and a row here.
 struct SettingRow {
-    // What stands in the place decides which values there are.
+    // Where the setting is kept. The kind of the place decides which values it takes.
     using Switch = bool HandStats::*;
     using Milliseconds = std::uint32_t HandStats::*;
     using Threshold = float HandStats::*;
     using Factors = std::array<float, kGroupCount> VirtualImage::*; // one for each N under the key, a dot and N
-    using Action = void (EventStats::*)() noexcept;                 // done by every write, whose value is not read
+    using Action = void (EventStats::*)() noexcept;                 // done by each write, whatever its value
     using Place = std::variant<Switch, Milliseconds, Threshold, Factors, Action>;
 
     std::string_view key; // without domain
@@ -56,7 +57,7 @@ struct FoundSetting {
 // the number is ignored, what is no number is 0, a negative one wraps.
 [[nodiscard]] std::optional<FoundSetting> findSetting(std::string_view key);
 
-// What stands in a setting's place, and in that of a new recognizer; nil for an action.
+// Return a setting's value, and its value in a new recognizer; nil for an action.
 [[nodiscard]] Ref<Value> valueOf(const FoundSetting& setting, const HandStats& hand, const VirtualImage& image);
 [[nodiscard]] Ref<Value> defaultOf(const FoundSetting& setting);
 

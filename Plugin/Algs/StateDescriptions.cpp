@@ -64,8 +64,8 @@ std::string Algs::touchStateDescription(const std::int16_t* padValues, std::uint
     Text text;
     appendStatistics(text, handStats);
     for (std::size_t i = 0; i < kPadCount; ++i)
-        fmt::format_to(std::back_inserter(text), "{}{:c}={:4} {:4}{}", i == 0 ? "[" : ", ",
-                       static_cast<char>('A' + pixels[i].index), padValues[i], pixels[i].value, onMark(pixels[i]));
+        fmt::format_to(std::back_inserter(text), "{}{}={:4} {:4}{}", i == 0 ? "[" : ", ", letterOf(i), padValues[i],
+                       pixels[i].value, onMark(pixels[i]));
     fmt::format_to(std::back_inserter(text), "] {}", stateLine(timeMs));
     return fmt::to_string(text);
 }

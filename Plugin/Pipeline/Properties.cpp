@@ -1,6 +1,5 @@
 #include "Plugin/Pipeline/Properties.h"
 
-#include "Plugin/Shared/KeyDomain.h"
 #include "Plugin/Shared/Overloaded.h"
 
 #include <algorithm>
@@ -78,9 +77,7 @@ std::optional<FoundSetting> settingUnder(std::string_view key) {
     return name ? findSetting(*name) : std::nullopt;
 }
 
-std::string fullKeyOf(const SettingRow& row) {
-    return fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, row.key);
-}
+std::string fullKeyOf(const SettingRow& row) { return Keys::algsKey(row.key); }
 
 std::string fullKeyOf(const FoundSetting& setting) {
     const std::string key = fullKeyOf(setting.row);

@@ -27,12 +27,12 @@ namespace VeltoTouch {
 // Every setting in the order of the rows, each factor one of its own.
 [[nodiscard]] std::vector<FoundSetting> allSettings();
 
-// What is read and is no setting.
+// A property that is no setting. It is only read.
 struct PropertyRow {
     std::string_view key;
     std::string_view type;
     std::string_view meaning;
-    bool isPublic; // for whoever may only see what the surface does: asks no device, gives no touch away. In lists
+    bool isPublic; // listed, and readable by unprivileged callers: asks no device, discloses no touch
 };
 inline constexpr std::array kPropertyRows{
     PropertyRow{Keys::kEventStats, "dictionary", "gestures dispatched and rejected, by kind and region", true},
@@ -58,21 +58,21 @@ struct Judgement {
     enum class Verdict {
         Sensible,
         Doubtful,   // surely not meant
-        OutOfRange, // a number that the setting has no use for
-        NoNumber,   // counts as 0
+        OutOfRange, // a number beyond the setting's range
+        NoNumber,   // the service reads it as 0
         ReadOnly,
         WriteOnly,
         Unknown,
     };
     Verdict verdict = Verdict::Sensible;
-    std::string reason; // what is wanted, or doubtful; empty where there is nothing to add
+    std::string reason; // what is wanted, or what is doubtful; empty if the verdict says it all
 };
 
-// Whether a property is for those who may only see what the surface does: settings and public rows.
+// Returns whether a property is readable by unprivileged callers: the settings, and the public rows.
 [[nodiscard]] bool isPublic(const std::string& key);
 
-// Keys outside the pipeline are the device's and are judged Sensible. A factor's number must be plain decimal; other
-// spellings that the service reads are Unknown.
+// Judge what a caller is about to write or read. Keys outside the pipeline are the device's and are Sensible. A
+// factor's number must be plain decimal; other spellings that the service reads are Unknown. Any thread.
 [[nodiscard]] Judgement judgeWrite(const std::string& key, const Value* value);
 [[nodiscard]] Judgement judgeRead(const std::string& key);
 

@@ -19,7 +19,6 @@ class Element;
 struct ParsedText;
 
 // Parsed text, kept in the parser's own compact form. Elements are views into it and must not outlive it.
-// Large recordings are read through it without making a value of every frame.
 class Document {
 public:
     // Parses `text` whole. Throws std::bad_alloc if there is no memory for it, std::runtime_error if it is 4 GiB or

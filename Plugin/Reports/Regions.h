@@ -17,8 +17,15 @@ namespace VeltoTouch {
 // The number is what gesture events carry.
 enum class PixelRegion : std::int32_t { None = 0, PlayPause = 1, VolumeDown = 2, VolumeUp = 3 };
 
-// A pad's number by its letter.
+// A pad's number by its letter; for any other character a number that is no pad's.
 [[nodiscard]] constexpr std::size_t padOf(char letter) noexcept { return static_cast<std::size_t>(letter - 'A'); }
+
+// A pad's letter, of static lifetime.
+[[nodiscard]] constexpr std::string_view letterOf(std::size_t pad) noexcept {
+    constexpr std::string_view kLetters = "ABCDEFGHIJKLMNO";
+    static_assert(kLetters.size() == kPadCount);
+    return kLetters.substr(pad, 1);
+}
 
 struct RegionRow {
     PixelRegion region;

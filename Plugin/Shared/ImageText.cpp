@@ -1,5 +1,7 @@
 #include "Plugin/Shared/ImageText.h"
 
+#include "Plugin/Reports/Regions.h"
+
 #include <cassert>
 
 #include <fmt/format.h>
@@ -8,8 +10,8 @@ namespace VeltoTouch::Util {
 namespace {
 
 int padValue(const InputReport::Image& image, char letter, bool raw) {
-    assert(letter >= 'A' && letter <= 'O');
-    const auto pad = static_cast<std::size_t>(letter - 'A');
+    const std::size_t pad = padOf(letter);
+    assert(pad < kPadCount);
     return raw ? int{image.padRaw[pad]} : int{image.padSignal[pad]};
 }
 

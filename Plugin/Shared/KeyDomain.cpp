@@ -1,13 +1,14 @@
 #include "Plugin/Shared/KeyDomain.h"
 
+#include "Plugin/Shared/Keys.h"
+
 namespace VeltoTouch::Util {
 
 bool stripDomainFromKey(std::string& key, std::string_view domain) noexcept {
-    const std::size_t prefixLength = domain.size() + 1;
-    if (key.size() < prefixLength || key[domain.size()] != '.' || !key.starts_with(domain))
-        return false;
-    key.erase(0, prefixLength);
-    return true;
+    const auto rest = Keys::below(domain, key);
+    if (rest)
+        key.erase(0, key.size() - rest->size());
+    return rest.has_value();
 }
 
 } // namespace VeltoTouch::Util

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
-// The keys of the service's properties but its settings (Plugin/Algs/Settings.h), and their domains. A domain and a dot
-// stand before the keys of whoever answers them: the pipeline's among the service's, the recognizer's among the
-// pipeline's. Recordings hold the pipeline's keys without its domain.
+// The keys of the service's properties, but for its settings (Plugin/Algs/Settings.h), and their domains. A domain and
+// the dot behind it say who answers a key: "Pipeline." the pipeline, and "Algs." behind that the recognizer. Recordings
+// hold the pipeline's keys without its domain.
 
 namespace VeltoTouch::Keys {
 
@@ -21,20 +22,28 @@ inline constexpr std::string_view kFirmwareDebugReports = "FirmwareDebugReports"
 inline constexpr std::string_view kFactoryResetHoldDuration = "FactoryResetHoldDuration";
 inline constexpr std::string_view kServicePluginDebug = "ServicePluginDebug";
 
-// What stands behind a domain and its dot; nothing where the key does not begin with both.
+// Returns what stands behind a domain and its dot; nothing if the key does not begin with both.
 [[nodiscard]] constexpr std::optional<std::string_view> below(std::string_view domain, std::string_view key) noexcept {
     if (key.size() <= domain.size() || key[domain.size()] != '.' || !key.starts_with(domain))
         return std::nullopt;
     return key.substr(domain.size() + 1);
 }
 
-// The same for a key of the pipeline's, and for one of the recognizer's.
+// The same for the full key of a property of the pipeline, and of the recognizer.
 [[nodiscard]] constexpr std::optional<std::string_view> belowPipeline(std::string_view key) noexcept {
     return below(kPipelineDomain, key);
 }
 [[nodiscard]] constexpr std::optional<std::string_view> belowAlgs(std::string_view key) noexcept {
     const auto rest = belowPipeline(key);
     return rest ? below(kAlgsDomain, *rest) : std::nullopt;
+}
+
+// The other way round: return the full key for a key of the pipeline, and for one of the recognizer.
+[[nodiscard]] inline std::string pipelineKey(std::string_view key) {
+    return std::string(kPipelineDomain).append(".").append(key);
+}
+[[nodiscard]] inline std::string algsKey(std::string_view key) {
+    return pipelineKey(kAlgsDomain).append(".").append(key);
 }
 
 } // namespace VeltoTouch::Keys

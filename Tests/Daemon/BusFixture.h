@@ -140,7 +140,7 @@ public:
     }
 
     void tell(const Gesture& gesture) {
-        _loop.post([this, gesture] { _object->tellGesture(gesture); });
+        _loop.post([this, gesture] { _object->signalGesture(gesture); });
     }
 
 private:

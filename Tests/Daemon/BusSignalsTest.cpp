@@ -51,7 +51,7 @@ TEST_F(BusTest, TheLastSignalOfAPropertyHasTheValueThatHolds) {
         properties.letSlowGo();
         EXPECT_TRUE(eventually([&] { return properties.access().get(kSlowlyWritten) != nullptr; }));
         properties.put(kSlowlyWritten, Number::withUnsignedInt(0));
-        object.tellProperty(kSlowlyWritten);
+        object.signalProperty(kSlowlyWritten);
     });
     const BusHandle raw = connection();
     std::vector<std::uint64_t> signalled;

@@ -43,7 +43,7 @@ protected:
         };
         pollfd news{.fd = monitor.descriptor(), .events = POLLIN, .revents = 0};
         while (::poll(&news, 1, told.size() < count ? kPatienceMs : 0) == 1)
-            monitor.readNews(note("+"), note("-"));
+            monitor.readChanges(note("+"), note("-"));
     }
 };
 

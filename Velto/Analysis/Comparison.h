@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-// What becomes another thing when a recording is played in two ways.
+// Compares two plays of a recording: which touches become something else.
 
 namespace VeltoTouch::Analysis {
 

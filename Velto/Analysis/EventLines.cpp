@@ -2,6 +2,7 @@
 
 #include "Platform/JSON.h"
 #include "Plugin/Reports/Regions.h"
+#include "Velto/Analysis/LineMembers.h"
 
 #include <iterator>
 
@@ -16,20 +17,13 @@ void appendStart(std::string& text, std::string_view kind, std::string_view inFi
 }
 
 void appendTouch(std::string& text, const Gesture& gesture) {
-    const std::string region = gesture.region ? fmt::format("\"{}\"", nameOf(*gesture.region)) : "null";
-    fmt::format_to(std::back_inserter(text), R"(,"frame":{},"region":{},"phase":{})", gesture.frame, region,
-                   eventMembersOf(gesture).phase);
+    fmt::format_to(std::back_inserter(text), R"(,"frame":{},"region":{},"phase":{})", gesture.frame,
+                   nameOrNull(gesture.region), eventMembersOf(gesture).phase);
 }
 
 } // namespace
 
-std::string fileMember(std::string_view path) {
-    if (path.empty())
-        return {};
-    std::string member = R"(,"file":)";
-    JSON::appendString(member, path);
-    return member;
-}
+std::string fileMember(std::string_view path) { return path.empty() ? "" : R"(,"file":)" + JSON::quoted(path); }
 
 void appendEventLine(std::string& text, std::string_view inFile, const Gesture& gesture) {
     const EventMembers event = eventMembersOf(gesture);

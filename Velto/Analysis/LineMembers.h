@@ -1,25 +1,24 @@
 #pragma once
 
 #include <optional>
-#include <stdexcept>
 #include <string>
-#include <utility>
+
+#include <fmt/format.h>
+
+// Values of members in a line of JSON.
 
 namespace VeltoTouch::Analysis {
 
-// What a line needs to be one that a command printed with --jsonl.
-struct LineOf {
-    const char* command;
+// Returns the number or truth value, or null for nothing.
+template <class T>
+[[nodiscard]] std::string orNull(const std::optional<T>& value) {
+    return value ? fmt::format("{}", *value) : "null";
+}
 
-    // Returns the member. Throws std::invalid_argument if it is absent.
-    template <class T>
-    [[nodiscard]] T operator()(std::optional<T> member) const {
-        if (!member)
-            refuse();
-        return *std::move(member);
-    }
-
-    [[noreturn]] void refuse() const { throw std::invalid_argument("no line of " + std::string(command) + " --jsonl"); }
-};
+// Returns "NAME", or null for nothing.
+template <class Named>
+[[nodiscard]] std::string nameOrNull(const std::optional<Named>& value) {
+    return value ? fmt::format("\"{}\"", nameOf(*value)) : "null";
+}
 
 } // namespace VeltoTouch::Analysis

@@ -4,10 +4,12 @@
 
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
-// Members of a JSON object; nothing if there is none of the name and kind.
+// Reads the members of a JSON object; nothing if there is none of the name and kind.
 
 namespace VeltoTouch::Analysis {
 
@@ -41,5 +43,20 @@ template <class Named>
     }
     return std::nullopt;
 }
+
+// What a line needs to be one that a command printed with --jsonl.
+struct LineOf {
+    const char* command;
+
+    // Returns the member. Throws std::invalid_argument if it is absent.
+    template <class T>
+    [[nodiscard]] T operator()(std::optional<T> member) const {
+        if (!member)
+            refuse();
+        return *std::move(member);
+    }
+
+    [[noreturn]] void refuse() const { throw std::invalid_argument("no line of " + std::string(command) + " --jsonl"); }
+};
 
 } // namespace VeltoTouch::Analysis

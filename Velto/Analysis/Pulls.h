@@ -3,7 +3,6 @@
 #include "Plugin/Algs/Algs.h"
 #include "Velto/Analysis/Touch.h"
 
-#include <array>
 #include <map>
 #include <optional>
 #include <string>

@@ -33,8 +33,8 @@ struct Recovery {
     std::vector<Lost> lost;
 };
 
-// None if nothing can be saved. Takes time in proportion to the text, whatever is in it. Throws std::bad_alloc, and
-// std::runtime_error for 4 GiB or more. Any thread.
+// Returns nothing if nothing can be saved. Takes time in proportion to the text, whatever is in it. Throws
+// std::bad_alloc, and std::runtime_error for 4 GiB or more. Any thread.
 [[nodiscard]] std::optional<Recovery> recoverFrames(const Data& container);
 
 } // namespace VeltoTouch::Analysis

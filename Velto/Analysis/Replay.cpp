@@ -1,8 +1,5 @@
 #include "Velto/Analysis/Replay.h"
 
-#include "Plugin/Pipeline/Properties.h"
-#include "Plugin/Shared/ClockConversion.h"
-#include "Plugin/Shared/KeyDomain.h"
 #include "Plugin/Shared/Keys.h"
 
 #include <algorithm>

@@ -109,12 +109,13 @@ public:
     [[nodiscard]] double hours() const noexcept { return static_cast<double>(_durationNs) / 3.6e12; }
     [[nodiscard]] const Counts& counts() const noexcept { return _counts; }
     [[nodiscard]] std::uint64_t strays() const noexcept { return _strays; }
-    // Gestures that should not be: false ones and strays; nothing per hour of no time.
+    // Gestures that should not be, false ones and strays: how many, and how many an hour; nothing if no time was
+    // recorded.
     [[nodiscard]] std::uint64_t falseGestures() const noexcept { return _counts.of(Result::False) + _strays; }
     [[nodiscard]] std::optional<double> falsePerHour() const noexcept;
-    // Labels of a tap, hold or slide.
+    // Returns the number of labels of a tap, hold or slide.
     [[nodiscard]] std::uint64_t meant() const noexcept { return _meant; }
-    // Found of those meant; 1 without any.
+    // Returns the share of the meant gestures that were found; 1 without any.
     [[nodiscard]] double recall() const noexcept;
     // Nearest rank; nothing without any.
     [[nodiscard]] std::optional<Delays> holdDelays() const { return delaysOf(_holdDelaysMs); }

@@ -4,9 +4,7 @@
 #include "Velto/Analysis/EventLines.h"
 #include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/Members.h"
-#include "Velto/Analysis/TouchLines.h"
 
-#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -14,17 +12,6 @@
 
 namespace VeltoTouch::Analysis {
 namespace {
-
-std::string quoted(std::string_view text) {
-    std::string literal;
-    JSON::appendString(literal, text);
-    return literal;
-}
-
-template <class T>
-std::string orNull(const std::optional<T>& value) {
-    return value ? fmt::format("{}", *value) : "null";
-}
 
 // How a label became the wrong kind; empty for others.
 std::string kindMembers(const LabelScore& label) {
@@ -48,8 +35,8 @@ void appendLabel(std::string& text, const std::string& file, const LabelScore& l
                    R"({{"kind":"label"{},"label":{},"gesture":{},"region":{},"endRegion":{},"startNs":{},"endNs":{},)"
                    R"("result":"{}","touch":{},"reason":{},"movedBy":{}{}{},"delayMs":{}}})"
                    "\n",
-                   file, label.label, quoted(label.gesture), quoted(label.region),
-                   label.endRegion.empty() ? "null" : quoted(label.endRegion), label.startNs, label.endNs,
+                   file, label.label, JSON::quoted(label.gesture), JSON::quoted(label.region),
+                   label.endRegion.empty() ? "null" : JSON::quoted(label.endRegion), label.startNs, label.endNs,
                    nameOf(label.result), orNull(label.touch), nameOrNull(label.reason), nameOrNull(label.movedBy),
                    kindMembers(label), takenMember(label), orNull(label.delayMs));
 }
@@ -76,9 +63,10 @@ std::string delayObject(const std::optional<ScoreTotal::Delays>& delays) {
 std::string gestureObjects(const ScoreTotal& total) {
     std::string text;
     for (const auto& [gesture, regions] : total.byGesture()) {
-        text += fmt::format("{}{}:{{", text.empty() ? "" : ",", quoted(gesture));
+        text += fmt::format("{}{}:{{", text.empty() ? "" : ",", JSON::quoted(gesture));
         for (const auto& [region, counts] : regions)
-            text += fmt::format("{}{}:{{{}}}", text.back() == '{' ? "" : ",", quoted(region), countMembers(counts));
+            text +=
+                fmt::format("{}{}:{{{}}}", text.back() == '{' ? "" : ",", JSON::quoted(region), countMembers(counts));
         text += '}';
     }
     return '{' + text + '}';
@@ -161,7 +149,7 @@ void appendScoreLines(std::string& text, const RecordingScore& recording) {
                    R"({{"kind":"recording"{},"durationNs":{},"labels":{},"error":{}}})"
                    "\n",
                    file, recording.durationNs, recording.labels.size(),
-                   recording.error.empty() ? "null" : quoted(recording.error));
+                   recording.error.empty() ? "null" : JSON::quoted(recording.error));
 }
 
 void appendTotalLine(std::string& text, const ScoreTotal& total, const std::optional<Shard>& shard) {

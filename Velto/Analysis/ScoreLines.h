@@ -31,7 +31,7 @@ public:
     // that is none of these.
     [[nodiscard]] std::optional<RecordingScore> read(std::string_view line);
 
-    // What the lines read lack of what the line of all counts, or have beyond it; empty if they are whole.
+    // Says how the lines that were read differ from what the line of all counts; empty if they do not.
     [[nodiscard]] std::string missing() const;
 
     // Of the line of all; none before it. A run that was not split is its only shard.

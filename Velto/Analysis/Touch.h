@@ -7,7 +7,6 @@
 #include <array>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -148,6 +147,8 @@ struct WeakContact {
     std::uint32_t endFrame = 0;
     Peak peak = {};
     Check check = {}; // Activation or Residual, not passed
+
+    [[nodiscard]] double durationMs() const noexcept { return static_cast<double>(endNs - startNs) / 1e6; }
 };
 
 [[nodiscard]] constexpr std::string_view nameOf(Rule rule) noexcept { return rowOf(rule).name; }

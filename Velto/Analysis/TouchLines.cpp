@@ -2,6 +2,7 @@
 
 #include "Platform/JSON.h"
 #include "Velto/Analysis/EventLines.h"
+#include "Velto/Analysis/LineMembers.h"
 
 #include <cmath>
 #include <iterator>
@@ -48,8 +49,7 @@ std::string checkObject(const Check& check, const Typicals& typicals) {
     const RuleRow& rule = rowOf(check.rule);
     return fmt::format(R"({{"rule":"{}"{},"op":"{}"{},"unit":"{}","passed":{},"setting":"{}","pulls":{}}})", rule.name,
                        numberMember("value", check.value), rule.op, numberMember("bound", check.bound, "boundText"),
-                       rule.unit, check.passed ? fmt::format("{}", *check.passed) : "null", rule.setting,
-                       array(typicals.pullsOf(check), pullObject));
+                       rule.unit, orNull(check.passed), rule.setting, array(typicals.pullsOf(check), pullObject));
 }
 
 std::string alternativeObject(const Alternative& alternative) {
@@ -63,15 +63,9 @@ std::string alternativeObject(const Alternative& alternative) {
 std::string labelObject(const Label* label) {
     if (label == nullptr)
         return "null";
-    std::string text = fmt::format(R"({{"index":{},"gesture":)", label->index);
-    JSON::appendString(text, label->gesture);
-    text += R"(,"region":)";
-    JSON::appendString(text, label->region);
-    if (!label->endRegion.empty()) {
-        text += R"(,"endRegion":)";
-        JSON::appendString(text, label->endRegion);
-    }
-    return text + fmt::format(R"(,"startNs":{},"endNs":{}}})", label->startNs, label->endNs);
+    const std::string end = label->endRegion.empty() ? "" : R"(,"endRegion":)" + JSON::quoted(label->endRegion);
+    return fmt::format(R"({{"index":{},"gesture":{},"region":{}{},"startNs":{},"endNs":{}}})", label->index,
+                       JSON::quoted(label->gesture), JSON::quoted(label->region), end, label->startNs, label->endNs);
 }
 
 std::string numberMember(std::string_view name, double number, std::string_view textName) {
@@ -109,8 +103,8 @@ void appendWeakLine(std::string& text, std::string_view file, const WeakContact&
                    R"("durationMs":{},"peak":{},"checks":[{}],"reason":"{}"}})"
                    "\n",
                    fileMember(file), contact.number, contact.startNs, contact.endNs, contact.startFrame,
-                   contact.endFrame, static_cast<double>(contact.endNs - contact.startNs) / 1e6,
-                   peakObject(contact.peak), checkObject(contact.check, Typicals()), nameOf(contact.check.rule));
+                   contact.endFrame, contact.durationMs(), peakObject(contact.peak),
+                   checkObject(contact.check, Typicals()), nameOf(contact.check.rule));
 }
 
 } // namespace VeltoTouch::Analysis

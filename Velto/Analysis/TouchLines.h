@@ -23,10 +23,4 @@ void appendWeakLine(std::string& text, std::string_view file, const WeakContact&
 // Returns ,"NAME":NUMBER. A number that is not finite is null, with its text in a member `textName` beside it.
 [[nodiscard]] std::string numberMember(std::string_view name, double number, std::string_view textName = "text");
 
-// Returns "NAME", or null for nothing.
-template <class Named>
-[[nodiscard]] std::string nameOrNull(const std::optional<Named>& value) {
-    return value ? '"' + std::string(nameOf(*value)) + '"' : "null";
-}
-
 } // namespace VeltoTouch::Analysis

@@ -1,14 +1,30 @@
 #include "Velto/Analysis/TouchObserver.h"
 
-#include "Velto/Analysis/PixelNames.h"
+#include "Plugin/Reports/Regions.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace VeltoTouch::Analysis {
 namespace {
+
+// Returns the name of the first pixel that `isWanted(bank, index)` picks, a pad's letter or a group's name; pads come
+// before groups. Empty if it picks none.
+template <class IsWanted>
+std::string_view pixelWith(const Algs& algs, IsWanted isWanted) {
+    for (std::size_t i = 0; i < kPadCount; ++i) {
+        if (isWanted(algs.pixels, i))
+            return letterOf(i);
+    }
+    for (std::size_t i = 0; i < kGroupCount; ++i) {
+        if (isWanted(algs.virtualPixels, i))
+            return algs.virtualPixels.names[i];
+    }
+    return {};
+}
 
 // The region was just decided by the recognizer; what would it have decided without the last gesture?
 MovedBy movedBy(const Algs& algs, std::uint32_t timeMs) {

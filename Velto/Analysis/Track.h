@@ -10,7 +10,6 @@
 #include <list>
 #include <optional>
 #include <span>
-#include <string>
 #include <string_view>
 #include <vector>
 

@@ -57,9 +57,9 @@ struct Tuned {
     std::optional<std::uint64_t> heldOutCost;
 };
 
-// Chooses. `recordings` are the faults of each recording, its last element at the present settings, those before at
-// the points. Recording i belongs to fold i modulo `folds`, so that fewer recordings are each a fold; fewer than 2
-// folds are none. Of equals the first point is best.
+// Chooses the best point. `recordings` are the faults of each recording, its last element at the present settings,
+// those before at the points. Recording i belongs to fold i modulo `folds`, so that fewer recordings are each a fold;
+// fewer than 2 folds are none. Of equals the first point is best.
 [[nodiscard]] Tuned tuned(const std::vector<std::vector<Faults>>& recordings, std::size_t folds);
 
 } // namespace VeltoTouch::Analysis

@@ -1,6 +1,6 @@
 #include "Velto/Analysis/WeakContacts.h"
 
-#include "Velto/Analysis/PixelNames.h"
+#include "Plugin/Reports/Regions.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,7 +3,6 @@
 #include "Velto/Analysis/Touch.h"
 #include "Velto/Analysis/Track.h"
 
-#include <functional>
 #include <vector>
 
 namespace VeltoTouch::Analysis {

@@ -47,19 +47,17 @@ void Collector::report(const Frame& report) {
 }
 
 void Collector::press(char key) {
-    const bool isOfAnAttempt = _attempt && _phase != Phase::Ask && _phase != Phase::End;
-    if (key == static_cast<char>(Key::Quit))
+    const auto pressed = static_cast<Key>(key);
+    if (pressed == Key::Quit)
         return finish();
-    if (!isOfAnAttempt)
+    const bool isOfAnAttempt = _attempt && _phase != Phase::Ask && _phase != Phase::End;
+    const bool takesBack = pressed == Key::Repeat || pressed == Key::Spoiled;
+    if (!isOfAnAttempt || !(takesBack || pressed == Key::Next))
         return;
-    if (key == static_cast<char>(Key::Next) || key == static_cast<char>(Key::Spoiled)) {
-        key == static_cast<char>(Key::Next) ? accept() : spoil(_fault.empty() ? "taken back" : _fault);
-        enter(Phase::Pause);
-    } else if (key == static_cast<char>(Key::Repeat)) {
+    if (pressed == Key::Repeat)
         _current = _attempt->number;
-        spoil(_fault.empty() ? "taken back" : _fault);
-        enter(Phase::Pause);
-    }
+    takesBack ? spoil(_fault.empty() ? "taken back" : _fault) : accept();
+    enter(Phase::Pause);
 }
 
 void Collector::finish() {

@@ -42,9 +42,10 @@ public:
 
     // Takes in a report, in the order of time.
     void report(const Frame& report);
-    // Repeat and Spoiled are of the gesture that was done last; Next accepts it. Others mean nothing.
+    // Takes a key: Repeat and Spoiled take back the gesture that was done last, Next accepts it, Quit finishes. Any
+    // other character does nothing.
     void press(char key);
-    // No more comes. An attempt in progress is spoiled.
+    // Called when no more reports come. An attempt in progress is spoiled.
     void finish();
 
     [[nodiscard]] Phase phase() const noexcept { return _phase; }
@@ -58,7 +59,7 @@ public:
     }
     // Why the last attempt is spoiled; empty if it is not.
     [[nodiscard]] const std::string& fault() const noexcept { return _fault; }
-    // Of the pause, or of the time for a gesture; 0 when it is over.
+    // Returns what is left of the pause, or of the time for a gesture; 0 when it is over.
     [[nodiscard]] double secondsLeft() const noexcept;
     [[nodiscard]] std::size_t labelled() const noexcept { return _labelled; }
     [[nodiscard]] std::size_t spoiled() const noexcept { return _spoiled; }

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <functional>
 #include <optional>
 #include <semaphore>
@@ -30,21 +29,21 @@ class LiveSurface {
 public:
     static constexpr std::ptrdiff_t kMostWaiting = 16'384; // reports and samples
 
-    // Called while the loop runs, in the order of time but for what the clock of a piped device says. What one throws
-    // ends the run. `time` is the host's monotonic clock.
+    // Called while the loop runs, in the order of time unless the clock of a piped device goes back. What one throws
+    // ends the run. `time` is of the host's monotonic clock.
     struct Handlers {
         // The report ID first; may be empty. Valid during the call.
         std::function<void(HostTime time, std::span<const std::uint8_t> report)> report = [](auto...) {};
         std::function<void(HostTime time, float x, float y, float z)> acceleration = [](auto...) {}; // in g
-        // With the first report or sample, before it and at its time, each one that is in force; then each later write.
+        // Each setting in force, just before the first report or sample and at its time; then each later write.
         std::function<void(HostTime time, const Setting& setting)> setting = [](auto...) {};
-        // After some of the above, when nothing more waits.
+        // After a batch of the above, when nothing more waits.
         std::function<void()> batchEnd = [] {};
-        // The device has gone, once; the last call. `failure` says why where it was not unplugged or at its end.
+        // The last call, when the device has gone. `failure` says why; empty if it was unplugged or at its end.
         std::function<void(const std::string& failure)> gone = [](auto&&) {};
     };
 
-    // Opens the device. `bus`: where its service is looked for; none: nowhere. `loop` must not run after this is
+    // Opens the device. `bus` is where its service is looked for; none: nowhere. `loop` must not run after this is
     // destroyed; `device` outlives this. Throws std::runtime_error if the device cannot be opened or the service does
     // not answer.
     LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device, std::optional<Bus::Which> bus,

@@ -49,7 +49,7 @@ struct Moment {
     std::uint32_t holdTimeoutMs = 0;
     std::optional<Contact> contact;
 
-    // Until then.
+    // Counts until then.
     std::uint64_t reports = 0;
     std::uint32_t gaps = 0;
     std::uint32_t resets = 0;
@@ -65,7 +65,7 @@ public:
     Observation& operator=(const Observation&) = delete;
     ~Observation() = default;
 
-    // In the order of time. Keys outside the pipeline are recorded by nobody.
+    // Take in a write of a setting and a report, in the order of time. Keys outside the pipeline's domain are ignored.
     void set(HostTime time, const Setting& setting);
     void report(HostTime time, std::span<const std::uint8_t> report);
 
@@ -81,7 +81,7 @@ public:
     };
     [[nodiscard]] const std::deque<Decision>& decisions() const noexcept { return _decisions; }
 
-    // Of the images up to a moment, over at most the second before it; none where there are too few.
+    // Returns the rate of the images up to a moment, over at most the second before it; nothing if there are too few.
     [[nodiscard]] std::optional<double> rateHz(std::size_t number) const;
 
     [[nodiscard]] PipelineRecording& recording() noexcept { return _recording; }

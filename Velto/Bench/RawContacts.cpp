@@ -2,7 +2,6 @@
 
 #include "Plugin/Algs/Pixel.h"
 #include "Plugin/Reports/Regions.h"
-#include "Velto/Analysis/PixelNames.h"
 
 #include <algorithm>
 #include <iterator>
@@ -88,7 +87,7 @@ std::string RawContacts::faultAs(const Surface::Step& asked) const {
     if (_contacts.empty())
         return "no contact";
     if (_isTouching)
-        return fmt::format("the contact does not end: pad {}", Analysis::letterOf(_contacts.back().images.back().pad));
+        return fmt::format("the contact does not end: pad {}", letterOf(_contacts.back().images.back().pad));
     if (_beganBefore)
         return "the contact began too early";
     if (_contacts.size() > 1)

@@ -25,11 +25,12 @@ public:
         Moment end;
     };
 
-    // `begin`: when there is no image yet.
+    // `begin` stands for the newest image until there is one.
     explicit RawContacts(const Moment& begin) noexcept : _newest(begin) {}
 
+    // Takes in an image, in the order of time.
     void add(std::uint64_t ns, const InputReport::Image& image);
-    // The controller has restarted, and its clock.
+    // Called when the controller has restarted, and its clock with it.
     void reset() noexcept { _wasReset = true; }
 
     // From the first to the newest image.

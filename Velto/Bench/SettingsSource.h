@@ -36,10 +36,11 @@ public:
     SettingsSource& operator=(const SettingsSource&) = delete;
     ~SettingsSource() = default;
 
-    // Every setting that is in force, those left at their default too if a service has said so. No actions.
+    // The settings known to be in force: with a service all of them, else those of the configuration and the command
+    // line. No actions.
     [[nodiscard]] const std::vector<Setting>& settings() const noexcept { return _settings; }
 
-    // Where they come from, for people: "velto serve (hidraw0), 1 of the command line".
+    // Says where they come from, for people: "velto serve (hidraw0), 1 of the command line".
     [[nodiscard]] std::string description() const;
 
 private:

@@ -9,7 +9,6 @@
 #include <functional>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 namespace VeltoTouch::Bench {
 
@@ -30,15 +29,17 @@ public:
     TroubleWatch& operator=(const TroubleWatch&) = delete;
     ~TroubleWatch() = default;
 
+    // Takes in a frame, in the order of time.
     void handle(const Frame& frame);
 
-    // After the newest frame: a touch is in progress or ended with it; neither that nor anything above noise.
+    // Whether a touch is in progress after the newest frame, or ended with it.
     [[nodiscard]] bool isTouched() const noexcept { return _observer.inProgress() != nullptr || _ended; }
+    // Whether there is no such touch, and nothing above noise.
     [[nodiscard]] bool isClear() const noexcept { return !isTouched() && !_pipeline.algs.handStats.aboveNoise; }
     // The touch that ended with the newest frame; null if none did.
     [[nodiscard]] const Analysis::Touch* endedTouch() const noexcept { return _ended ? &*_ended : nullptr; }
 
-    // How often it happened.
+    // Returns how often it happened.
     [[nodiscard]] std::uint64_t count(Trouble trouble) const noexcept {
         return _counts[static_cast<std::size_t>(trouble)];
     }

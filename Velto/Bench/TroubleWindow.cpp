@@ -30,7 +30,7 @@ bool areDecidedAlike(const Analysis::Touch& a, const Analysis::Touch& b) {
 void SettingsInForce::add(const Frame& frame) {
     if (frame.type != Frame::Type::State)
         return;
-    const auto setting = settingUnder(std::string(Keys::kPipelineDomain) + "." + frame.key);
+    const auto setting = settingUnder(Keys::pipelineKey(frame.key));
     if (!setting || !setting->row.is<SettingRow::Action>())
         _frames[frame.key] = frame;
 }

@@ -13,7 +13,7 @@
 
 namespace VeltoTouch::Bench {
 
-// Newest writes of settings, by key, without the keys that act and set nothing.
+// The newest write of each setting. Keys that act and set nothing are left out.
 class SettingsInForce {
 public:
     void add(const Frame& frame);
@@ -56,9 +56,9 @@ public:
 
     // Takes in a frame. The times should not decrease; a frame that is late counts as one of the newest time.
     void add(Frame frame);
-    // The newest frame is such a moment.
+    // Marks the newest frame as such a moment.
     void mark();
-    // No more frames come: ends a stretch.
+    // Called when no more frames come: ends a stretch in progress.
     void finish();
 
 private:

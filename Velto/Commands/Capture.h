@@ -33,17 +33,17 @@ public:
     // `options` outlive this.
     explicit Capture(const CaptureOptions& options);
 
-    // Before anything comes. Throws std::runtime_error if the files cannot be begun.
+    // Begins the files, before anything comes. Throws std::runtime_error if they cannot be begun.
     void begin();
 
-    // What comes from the surface. Where a handler throws, what is written is whole.
+    // Returns the handlers of what comes from the surface. If one throws, what is written is whole.
     [[nodiscard]] Bench::LiveSurface::Handlers handlers(EventLoop& loop);
 
     void sync() { _target->sync(); }
     void finish() { _target->finish(); }
     [[nodiscard]] const std::string& failure() const noexcept { return _failure; } // of the device
 
-    // Duration, rate, size, gaps: in a line that the next one overwrites, and for the end.
+    // Return duration, rate, size and gaps: in a line that the next one overwrites, and in several for the end.
     [[nodiscard]] std::string line() const;
     [[nodiscard]] std::string lines() const;
 

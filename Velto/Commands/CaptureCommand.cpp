@@ -4,6 +4,7 @@
 #include "Velto/Daemon/StopSignals.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/PlayOptions.h"
+#include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 
@@ -12,7 +13,6 @@
 #include <cmath>
 #include <memory>
 #include <optional>
-#include <utility>
 
 #include <fmt/format.h>
 
@@ -69,21 +69,22 @@ int captureWith(const CaptureOptions& options) {
     loop.addTimer(Files::GrowingRecording::kBetweenSyncs, [&] { capture.sync(); });
     const bool showsLine = standardOutputIsTerminal();
     if (showsLine)
-        loop.addTimer(kBetweenLines, [&] { writeStandardOutput("\r\x1b[K" + capture.line()); });
+        loop.addTimer(kBetweenLines, [&] { writeStandardOutput(kWipedLine + capture.line()); });
     int status = attempt([&] { loop.run(options.duration); });
     signals.beginEnd();
     surface.reset();
     if (status == 0) // what is behind a failed write is not written either
         status = attempt([&] { capture.finish(); });
     status = std::max(status, statusOfEnd(device.name(), capture.failure()));
-    writeStandardOutput((showsLine ? "\r\x1b[K" : "") + capture.lines());
+    writeStandardOutput((showsLine ? kWipedLine : "") + capture.lines());
     return status;
 }
 
 Trouble troubleNamed(const std::string& name) {
     const auto* const found = std::ranges::find(Bench::kTroubleNames, name);
     if (found == Bench::kTroubleNames.end())
-        throw CLI::ValidationError("--on", fmt::format("\"{}\" is none of cancel, gap, reset, invalid", name));
+        throw CLI::ValidationError("--on",
+                                   fmt::format("\"{}\" is none of {}", name, fmt::join(Bench::kTroubleNames, ", ")));
     return static_cast<Trouble>(found - Bench::kTroubleNames.begin());
 }
 
@@ -135,11 +136,7 @@ Command makeCaptureCommand(App& program) {
                                    "velto capture surface --on cancel,gap --before 30 --limit 500M -o trouble/"},
                                   kCaptureText);
     addDeviceArgument(*app, options->device);
-    CLI::Option* output =
-        app->add_option("-o", options->output, "The recording, or with --on the folder of recordings");
-    app->offer(output, fileNames())->type_name("OUT")->required()->check([](const std::string& path) {
-        return isStandardOutput(path) ? "a file is wanted" : "";
-    });
+    addOutputFile(*app, options->output, "The recording, or with --on the folder of recordings");
     addDuration(*app, options->duration);
     addTroubleOptions(*app, *options);
     addSpeed(*app, options->speed, "Pace of a device that is played: a factor on its own, or max (default: 1)");

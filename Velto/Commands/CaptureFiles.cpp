@@ -1,7 +1,7 @@
 #include "Velto/Commands/CaptureFiles.h"
 
-#include "Velto/Commands/Hosting.h"
 #include "Velto/Files/Reading.h"
+#include "Velto/Output/Terminal.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -56,8 +56,8 @@ struct OwnFile {
 
 // Oldest first.
 std::vector<OwnFile> ownFiles(const std::string& folder) {
-    static const std::regex& kName =
-        *new std::regex(R"(velto-\d{8}T\d{6}\.\d{3}Z-(cancel|gap|reset|invalid)(-\d+)?\.json)");
+    static const std::regex& kName = *new std::regex(
+        fmt::format(R"(velto-\d{{8}}T\d{{6}}\.\d{{3}}Z-({})(-\d+)?\.json)", fmt::join(Bench::kTroubleNames, "|")));
     std::vector<OwnFile> files;
     for (const auto& entry : fs::directory_iterator(folder)) {
         std::error_code failure; // of one that somebody else has deleted meanwhile

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,9 +28,9 @@ public:
     void write();
     void sync();
 
-    // Of the file that grows, and of all.
+    // The file that grows.
     [[nodiscard]] const std::string& path() const noexcept { return _path; }
-    [[nodiscard]] std::uint64_t fileSize() const noexcept { return _file->size(); }
+    // Of all files, in bytes.
     [[nodiscard]] std::uint64_t size() const noexcept { return _sizeBefore + _file->size(); }
 
 private:
@@ -56,16 +55,17 @@ public:
     virtual ~CaptureTarget() = default;
 
     virtual void add(const Frame& frame) = 0;
-    // The newest frame is trouble.
+    // Called when the newest frame is trouble.
     virtual void mark(Bench::Trouble /*trouble*/) {}
-    // Hands to the system what was added, and makes durable what was handed over.
+    // Hands what was added to the system.
     virtual void write() = 0;
+    // Makes durable what was written.
     virtual void sync() = 0;
-    // No more comes: all is written and durable.
+    // Called when no more comes: writes all and makes it durable.
     virtual void finish() = 0;
-    // Written until now, in bytes.
+    // Returns how much has been written, in bytes.
     [[nodiscard]] virtual std::uint64_t size() const = 0;
-    // How many recordings there are; none where it is always one.
+    // Returns how many recordings there are; nothing if it is always one.
     [[nodiscard]] virtual std::optional<std::uint64_t> recordings() const { return std::nullopt; }
 };
 

@@ -9,6 +9,7 @@
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/Numbers.h"
 #include "Velto/Options/PlayOptions.h"
+#include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Surface/Blanks.h"
@@ -82,17 +83,13 @@ void addAsked(std::string_view field, std::vector<Step>& asked) {
 }
 
 std::vector<Step> parsePlan(std::string_view text) {
-    try {
-        std::vector<Step> asked;
-        for (;;) {
-            const std::size_t comma = text.find(',');
-            addAsked(text.substr(0, comma), asked);
-            if (comma == std::string_view::npos)
-                return asked;
-            text.remove_prefix(comma + 1);
-        }
-    } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError("PLAN", error.what());
+    std::vector<Step> asked;
+    for (;;) {
+        const std::size_t comma = text.find(',');
+        addAsked(text.substr(0, comma), asked);
+        if (comma == std::string_view::npos)
+            return asked;
+        text.remove_prefix(comma + 1);
     }
 }
 
@@ -202,14 +199,12 @@ Command makeCollectCommand(App& program) {
         kCollectText);
     addDeviceArgument(*app, options->device);
     app->add_option_function<std::string>(
-           "PLAN", [options](const std::string& text) { options->asked = parsePlan(text); },
+           "PLAN",
+           [options](const std::string& text) { options->asked = asUsage("PLAN", [&] { return parsePlan(text); }); },
            "What to ask for, and how often: tap:volume-up x20, hold:play-pause x10")
         ->type_name("")
         ->required();
-    CLI::Option* output = app->add_option("-o", options->output, "The recording");
-    app->offer(output, fileNames())->type_name("OUT")->required()->check([](const std::string& path) {
-        return isStandardOutput(path) ? "a file is wanted" : "";
-    });
+    addOutputFile(*app, options->output, "The recording");
     app->add_option("--seed", options->seed, "Ask in a random order, the same for the same seed")->type_name("N");
     addSeconds(*app, "--pause", options->pause, "Count down for so many seconds before each gesture (default: 2)");
     addSeconds(*app, "--time", options->time, "Wait for a gesture for so many seconds (default: 3)");

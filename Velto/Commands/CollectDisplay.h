@@ -19,18 +19,19 @@ public:
     CollectDisplay& operator=(const CollectDisplay&) = delete;
     virtual ~CollectDisplay() = default;
 
-    // After the collector has entered a phase, and after each image.
+    // Called when the collector has entered a phase.
     virtual void phaseChanged(const Bench::Collector& collector) = 0;
+    // Called after each image.
     virtual void imageCame(const InputReport::Image& /*image*/) {}
 };
 
-// "tap volume-up", "slide volume-up to volume-down", "palm".
+// Returns "tap volume-up", "slide volume-up to volume-down", "palm".
 [[nodiscard]] std::string nameOf(const Surface::Step& gesture);
 
-// The terminal's whole screen, where input and output are one; else lines on the standard output, and keys from the
-// standard input, one whenever there is a choice: without one, what is spoiled stays so. `press` is called with each
-// key. `hasInput`: the standard input is free for keys; else the screen takes them from the terminal. Before the
-// program has other threads. Throws std::runtime_error.
+// Returns a display on the terminal's whole screen, if input and output are one; else one that writes lines to the
+// standard output and takes a key from the standard input for each choice; if none comes, what is spoiled stays so.
+// `press` is called with each key. `hasInput` says that the standard input is free for keys; else the screen takes them
+// from the terminal. Called before the program has other threads. Throws std::runtime_error.
 [[nodiscard]] std::unique_ptr<CollectDisplay> makeCollectDisplay(EventLoop& loop, const Bench::Collector& collector,
                                                                  std::function<void(char key)> press, bool hasInput);
 

@@ -27,12 +27,6 @@ struct DevicesOptions {
     bool jsonl = false;
 };
 
-std::string inQuotes(std::string_view text) {
-    std::string json;
-    JSON::appendString(json, text);
-    return json;
-}
-
 std::string asLine(const HidrawNode& node) {
     const auto column = [](const std::string& text) { return text.empty() ? "-" : printable(text); };
     return fmt::format("{:<14}  {:<32}  {:<16}  {}", column(node.path), column(node.product), column(node.serialNumber),
@@ -40,8 +34,8 @@ std::string asLine(const HidrawNode& node) {
 }
 
 std::string asMembers(const HidrawNode& node) {
-    return fmt::format(R"("node":{},"product":{},"serialNumber":{},"bus":{})", inQuotes(node.path),
-                       inQuotes(node.product), inQuotes(node.serialNumber), inQuotes(node.bus));
+    return fmt::format(R"("node":{},"product":{},"serialNumber":{},"bus":{})", JSON::quoted(node.path),
+                       JSON::quoted(node.product), JSON::quoted(node.serialNumber), JSON::quoted(node.bus));
 }
 
 int list(bool asJSONL) {
@@ -59,7 +53,7 @@ void showAdded(const HidrawNode& node, bool asJSONL) {
 
 void showRemoved(const HidrawNode& node, bool asJSONL) {
     writeStandardOutput(
-        asJSONL ? fmt::format("{{\"kind\":\"device\",\"action\":\"remove\",\"node\":{}}}\n", inQuotes(node.path))
+        asJSONL ? fmt::format("{{\"kind\":\"device\",\"action\":\"remove\",\"node\":{}}}\n", JSON::quoted(node.path))
                 : fmt::format("{} {}\n", coloured(Colour::Red, "-"), printable(node.path)));
 }
 
@@ -70,7 +64,7 @@ int watch(const DevicesOptions& options) {
     const auto added = [&](const HidrawNode& node) { showAdded(node, options.jsonl); };
     const auto removed = [&](const HidrawNode& node) { showRemoved(node, options.jsonl); };
     std::ranges::for_each(monitor.nodes(), added);
-    loop.addDescriptor(monitor.descriptor(), [&] { monitor.readNews(added, removed); });
+    loop.addDescriptor(monitor.descriptor(), [&] { monitor.readChanges(added, removed); });
     loop.run(options.duration);
     return 0;
 }

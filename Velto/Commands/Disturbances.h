@@ -1,7 +1,10 @@
 #pragma once
+
 #include "Velto/Analysis/Replay.h"
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 

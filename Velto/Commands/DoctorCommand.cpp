@@ -37,18 +37,11 @@ std::string_view nameOf(Finding::Verdict verdict) noexcept {
 }
 
 void writeLine(const ExaminationStep& step, const Finding& finding) {
-    std::string line = R"({"kind":"check","check":)";
-    const auto append = [&line](std::string_view text) { JSON::appendString(line, text); };
-    append(step.check);
-    line += R"(,"result":)";
-    append(nameOf(finding.verdict));
-    line += R"(,"text":)";
-    append(finding.text);
-    if (finding.verdict == Finding::Verdict::No) {
-        line += R"(,"advice":)";
-        append(finding.advice);
-    }
-    writeStandardOutput(line + "}\n");
+    const bool isNo = finding.verdict == Finding::Verdict::No;
+    writeStandardOutput(fmt::format(R"({{"kind":"check","check":"{}","result":"{}","text":{}{}}})"
+                                    "\n",
+                                    step.check, nameOf(finding.verdict), JSON::quoted(finding.text),
+                                    isNo ? R"(,"advice":)" + JSON::quoted(finding.advice) : ""));
 }
 
 // The checks of one line are written together, as far as they are well.

@@ -1,6 +1,6 @@
 #include "Plugin/Reports/FeatureReport.h"
+#include "Plugin/Reports/Regions.h"
 #include "Plugin/Shared/HexText.h"
-#include "Velto/Analysis/PixelNames.h"
 #include "Velto/Bench/LiveSurface.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
@@ -72,7 +72,7 @@ std::string textOf(HostTime time, Bytes report) {
     if (const auto image = InputReport::Image::parse(report.data(), report.size())) {
         std::array<std::string_view, kPadCount> letters;
         for (std::size_t i = 0; i < kPadCount; ++i)
-            letters[i] = Analysis::letterOf(i);
+            letters[i] = letterOf(i);
         return fmt::format("{}image, frame {}, {} ms\n", head, image->frameNumber, image->timestampMs) +
                padRow("pad", letters) + padRow("signal", image->padSignal) + padRow("raw", image->padRaw) + tail;
     }

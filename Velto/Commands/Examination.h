@@ -47,7 +47,7 @@ public:
     [[nodiscard]] Finding key();
     [[nodiscard]] Finding readers() const;
 
-    // What a user without rights does.
+    // Returns how a user joins the group that has the rights.
     [[nodiscard]] static std::string howToJoin();
 
 private:

@@ -94,10 +94,8 @@ int get(Bus::Client& client, const GetOptions& options) {
         sources.emplace(client);
     return forEachFile(options.keys, [&](const std::string& key) {
         const std::string value = JSON::text(values.at(key).get());
-        std::string quotedKey;
-        JSON::appendString(quotedKey, key);
-        writeStandardOutput(options.jsonl ? fmt::format(R"({{"kind":"property","key":{},"value":{}{}}})", quotedKey,
-                                                        value, sourceMember(sources->of(key))) +
+        writeStandardOutput(options.jsonl ? fmt::format(R"({{"kind":"property","key":{},"value":{}{}}})",
+                                                        JSON::quoted(key), value, sourceMember(sources->of(key))) +
                                                 "\n"
                                           : printable(value) + "\n");
     });

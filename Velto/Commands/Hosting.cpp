@@ -30,11 +30,7 @@ Candidates deviceCandidates() {
 constexpr const char* kPlugInName = "VeltoTouchHIDService.plugin";
 
 DeviceChoice parseDeviceOption(const std::string& name, const std::string& text) {
-    try {
-        return parseDevice(text);
-    } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError(name, error.what());
-    }
+    return asUsage(name, [&] { return parseDevice(text); });
 }
 
 // Where an installation and the build folder have it, seen from the program.
@@ -55,11 +51,7 @@ CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& descri
 CLI::Option* addWatched(App& app, Watched& target, const std::string& description) {
     app.addList(deviceList());
     const auto parse = [&target](const std::string& text) {
-        try {
-            target = parseWatched(text);
-        } catch (const std::invalid_argument& error) {
-            throw CLI::ValidationError("DEVICE|FILE", error.what());
-        }
+        target = asUsage("DEVICE|FILE", [&] { return parseWatched(text); });
     };
     Candidates candidates = deviceCandidates();
     candidates.filePrefixes.emplace_back();

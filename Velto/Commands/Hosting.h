@@ -5,7 +5,6 @@
 #include "Velto/Options/Devices.h"
 #include "Velto/Output/Terminal.h"
 
-#include <stdexcept>
 #include <string>
 
 // Shared by the commands that host the plug-in for a device.
@@ -31,16 +30,6 @@ void requireOtherFile(const DeviceChoice& device, const std::string& output);
 
 // --plugin PATH. Unset, the target is empty.
 void addPlugIn(App& app, std::string& target);
-
-// Does a part of the work. A failure is reported under the subject's name.
-template <class Work>
-auto about(const std::string& subject, const Work& work) {
-    try {
-        return work();
-    } catch (const std::exception& error) {
-        throw std::runtime_error(subject + ": " + messageOf(error));
-    }
-}
 
 // Opens a service of the plug-in in this folder on the device; an empty path means the program's own plug-in. Throws
 // std::runtime_error under the plug-in's name.

@@ -39,7 +39,7 @@ struct Info {
 std::vector<Setting> settingsInForce(const PipelineRecording& recording) {
     std::vector<Setting> settings;
     for (const Frame& frame : recording.frames()) {
-        std::string key = fmt::format("{}.{}", Keys::kPipelineDomain, frame.key);
+        std::string key = Keys::pipelineKey(frame.key);
         const auto setting = settingUnder(key);
         if (!setting || !setting->row.is<SettingRow::Action>())
             settings.push_back({.key = std::move(key), .value = frame.value});

@@ -1,7 +1,6 @@
 #include "Velto/Commands/Keeping.h"
 
 #include "Platform/FileDescriptor.h"
-#include "Velto/Commands/Hosting.h"
 #include "Velto/Daemon/Bus/Client.h"
 #include "Velto/Daemon/Configuration.h"
 #include "Velto/Daemon/KeptConfiguration.h"

@@ -39,11 +39,7 @@ struct LabelOptions {
 };
 
 SaidLabel readLabel(const std::string& text) {
-    try {
-        return parseLabel(text);
-    } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError(error.what());
-    }
+    return asUsage("", [&] { return parseLabel(text); });
 }
 
 std::size_t readNumber(const std::string& option, const std::string& text) {
@@ -56,16 +52,11 @@ std::size_t readNumber(const std::string& option, const std::string& text) {
 }
 
 std::string asLine(const std::string& file, const Label& label) {
-    const auto quoted = [](const std::string& text) {
-        std::string literal;
-        JSON::appendString(literal, text);
-        return literal;
-    };
     return fmt::format(
         R"({{"kind":"label"{},"label":{},"gesture":{},"region":{},"endRegion":{},"startNs":{},"endNs":{}}})"
         "\n",
-        fileMember(file), label.index, quoted(label.gesture), quoted(label.region),
-        label.endRegion.empty() ? "null" : quoted(label.endRegion), label.startNs, label.endNs);
+        fileMember(file), label.index, JSON::quoted(label.gesture), JSON::quoted(label.region),
+        label.endRegion.empty() ? "null" : JSON::quoted(label.endRegion), label.startNs, label.endNs);
 }
 
 std::string asRow(const Label& label) {

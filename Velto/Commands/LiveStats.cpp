@@ -1,10 +1,11 @@
 #include "Velto/Commands/LiveStats.h"
 
 #include "Plugin/Pipeline/Pipeline.h"
+#include "Plugin/Reports/Regions.h"
 #include "Plugin/Shared/ClockConversion.h"
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/NearestRank.h"
 #include "Velto/Analysis/PadStatistics.h"
-#include "Velto/Analysis/PixelNames.h"
 #include "Velto/Analysis/Track.h"
 #include "Velto/Bench/LiveSurface.h"
 #include "Velto/Commands/Hosting.h"
@@ -136,8 +137,7 @@ public:
         return fmt::format(R"({{"kind":"stream"{},"ns":{},"reports":{},"rateHz":{},"intervalMs":{},"jitterMs":{},)"
                            R"("events":{},"latencyMs":{},"gaps":{},"resets":{},"invalid":{},"pads":[{}]}})"
                            "\n",
-                           inFile, ns, _reports, rateHz() ? fmt::format("{}", *rateHz()) : "null",
-                           spansLine(_intervals.figures()),
+                           inFile, ns, _reports, Analysis::orNull(rateHz()), spansLine(_intervals.figures()),
                            _intervals.count() == 0 ? "null" : fmt::format("{}", _intervals.figures()->deviation),
                            _events, spansLine(_latencies.figures()), _pipeline.disjointImageCount, _pipeline.resetCount,
                            _invalidReports, fmt::join(pads, ","));
@@ -157,7 +157,7 @@ private:
     [[nodiscard]] std::string padRows() const {
         std::string text = fmt::format("  {:<18}{}\n", "pad", padHeading());
         for (std::size_t i = 0; i < kPadCount; ++i)
-            text += fmt::format("  {:<18}{}\n", Analysis::letterOf(i), padCells(_pads[i]));
+            text += fmt::format("  {:<18}{}\n", letterOf(i), padCells(_pads[i]));
         return text;
     }
     // Of all reports.

@@ -1,6 +1,6 @@
 #include "Velto/Commands/PadText.h"
 
-#include "Velto/Analysis/PixelNames.h"
+#include "Plugin/Reports/Regions.h"
 
 #include <array>
 #include <string_view>
@@ -33,8 +33,7 @@ std::string padCells(const Analysis::PadStatistics& pad) {
 
 std::string padMembers(std::size_t pad, const Analysis::PadStatistics& statistics) {
     const auto [baseline, noise, peak] = padFigures(statistics, "null");
-    return fmt::format(R"("pad":"{}","baseline":{},"noise":{},"peak":{})", Analysis::letterOf(pad), baseline, noise,
-                       peak);
+    return fmt::format(R"("pad":"{}","baseline":{},"noise":{},"peak":{})", letterOf(pad), baseline, noise, peak);
 }
 
 } // namespace VeltoTouch::Velto

@@ -7,7 +7,6 @@
 #include "Velto/Output/Terminal.h"
 #include "Velto/Output/TouchText.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -70,13 +69,11 @@ void preparePage(const std::string& path) {
     if (path.empty())
         return;
     leaveOutColours(); // the texts stand in the page too
-    try {
+    about(path, [&path] {
         requireWritable(path);
         if (holdsAnother(path))
             throw std::runtime_error("what is there is no page, and is kept");
-    } catch (const std::exception& error) {
-        throw std::runtime_error(path + ": " + messageOf(error));
-    }
+    });
 }
 
 int writePage(const std::string& path, const std::function<std::string()>& pageOf) {

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -41,12 +40,7 @@ void addRows(std::vector<Row>& rows, const ReadProperty& read) {
 } // namespace
 
 std::string sourceMember(const std::string& source) {
-    std::string member;
-    if (!source.empty()) {
-        member = ",\"source\":";
-        JSON::appendString(member, source);
-    }
-    return member;
+    return source.empty() ? "" : ",\"source\":" + JSON::quoted(source);
 }
 
 std::string propertyLines(const std::vector<ReadProperty>& properties) {

@@ -81,10 +81,7 @@ Command makeRecoverCommand(App& program) {
                                   "Saves what is whole in a damaged recording: every frame before and behind the\n"
                                   "damage. Tells which stretches of the text are lost.");
     addRecording(*app, options->file);
-    CLI::Option* output = app->add_option("-o", options->output, "Where to write the frames that are saved");
-    app->offer(output, fileNames())->type_name("OUT")->required()->check([](const std::string& path) {
-        return path.empty() || isStandardOutput(path) ? "a file is wanted" : "";
-    });
+    addOutputFile(*app, options->output, "Where to write the frames that are saved");
     app->add_flag("--jsonl", options->jsonl,
                   "JSON Lines: one that says what was saved and what was lost; toByte is the first byte that is not");
     return {app, [options] { return recover(*options); }};

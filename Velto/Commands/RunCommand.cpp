@@ -145,7 +145,7 @@ Command makeRunCommand(App& program) {
         fmt::format("Save the service's recording at the end: the newest {} reports and accelerometer samples",
                     kMaxRecordedFrames));
     app->offer(record, fileNames())->type_name("OUT")->check([](const std::string& path) {
-        return path.empty() || path == "-" ? "a file is wanted" : "";
+        return isStandardOutput(path) ? "a file is wanted" : "";
     });
     app->add_flag("--jsonl", options->jsonl, "JSON Lines: events as they happen, then properties and a summary");
     return {app, [options] { return run(*options); }};

@@ -42,11 +42,9 @@ void RunOutput::end(const Ending& ending) {
 
 void RunOutput::appendLines(std::string& text, const Ending& ending) const {
     for (const auto& [key, value] : ending.properties) {
-        text += fmt::format(R"({{"kind":"property"{},"key":)", _file);
-        JSON::appendString(text, key);
-        text += R"(,"value":)";
-        JSON::append(text, value.get());
-        text += "}\n";
+        text += fmt::format(R"({{"kind":"property"{},"key":{},"value":{}}})"
+                            "\n",
+                            _file, JSON::quoted(key), JSON::text(value.get()));
     }
     text +=
         fmt::format(R"({{"kind":"summary"{},"reports":{},"events":{},"debugInfo":{},"eventStats":{}}})", _file,

@@ -16,7 +16,6 @@
 #include <chrono>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -106,7 +105,7 @@ private:
     void handle(const Gesture& gesture) {
         const std::uint16_t key = _keys ? _keys->handle(gesture) : kNoKey;
         _loop.post([this, gesture, key] {
-            _object.tellGesture(gesture);
+            _object.signalGesture(gesture);
             if (const auto line = _log.add(gesture, key))
                 logServing(*line);
         });
@@ -115,7 +114,7 @@ private:
     void reload() {
         sd_notify(0, "RELOADING=1");
         _configuration.read();
-        _configuration.write(toldProperties());
+        _configuration.write(signalledProperties());
         if (_keys)
             _keys->setTable(_configuration.keys());
         logServing(_folder + ": read anew");
@@ -128,11 +127,11 @@ private:
                               const Ref<Value>& value) { return _service.setProperty(key, value); }};
     }
     // What is written is signalled on the bus too.
-    [[nodiscard]] Bus::ServiceProperties toldProperties() {
+    [[nodiscard]] Bus::ServiceProperties signalledProperties() {
         return {.get = properties().get, .set = [this](const std::string& key, const Ref<Value>& value) {
                     const bool isTaken = _service.setProperty(key, value);
                     if (isTaken)
-                        _object.tellProperty(key);
+                        _object.signalProperty(key);
                     return isTaken;
                 }};
     }

@@ -1,4 +1,5 @@
-#include "Velto/Analysis/PixelNames.h"
+#include "Plugin/Reports/Regions.h"
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/StreamStatistics.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Disturbances.h"
@@ -53,11 +54,6 @@ double msOf(std::uint64_t ns) { return static_cast<double>(ns) / 1e6; }
 
 // Lines for programs.
 
-template <class Number>
-std::string jsonOf(const std::optional<Number>& number) {
-    return number ? fmt::format("{}", *number) : "null";
-}
-
 std::string streamLine(const std::string& inFile, const StreamStatistics& statistics) {
     const auto ms = [&statistics](std::uint64_t Stretch::*which) {
         return statistics.intervals ? fmt::format("{}", msOf(*statistics.intervals.*which)) : "null";
@@ -65,8 +61,8 @@ std::string streamLine(const std::string& inFile, const StreamStatistics& statis
     return fmt::format(R"({{"kind":"stream"{},"reports":{},"rateHz":{},)"
                        R"("intervalMs":{{"median":{},"p99":{},"longest":{}}}}})"
                        "\n",
-                       inFile, statistics.reports, jsonOf(statistics.rateHz), ms(&Stretch::median), ms(&Stretch::p99),
-                       ms(&Stretch::longest));
+                       inFile, statistics.reports, Analysis::orNull(statistics.rateHz), ms(&Stretch::median),
+                       ms(&Stretch::p99), ms(&Stretch::longest));
 }
 
 std::string disturbanceLine(const std::string& inFile, const Replay::Disturbance& disturbance) {
@@ -145,7 +141,7 @@ void addStream(Columns& columns) {
 void addPads(Columns& columns) {
     columns.row("pad", [](const auto&) { return padHeading(); });
     for (std::size_t i = 0; i < kPadCount; ++i)
-        columns.row(Analysis::letterOf(i), [i](const auto& recording) { return padCells(recording.pads[i]); });
+        columns.row(letterOf(i), [i](const auto& recording) { return padCells(recording.pads[i]); });
 }
 
 // The first of each kind are listed of a single recording.

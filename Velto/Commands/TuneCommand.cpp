@@ -1,13 +1,13 @@
 #include "Platform/JSON.h"
 #include "Plugin/Pipeline/Properties.h"
 #include "Velto/Analysis/Counted.h"
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/Tuning.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/PagePlay.h"
 #include "Velto/Daemon/ValueText.h"
 #include "Velto/Options/Jobs.h"
 #include "Velto/Options/KeyOptions.h"
-#include "Velto/Options/Keys.h"
 #include "Velto/Options/Numbers.h"
 #include "Velto/Options/Sweeps.h"
 #include "Velto/Output/Files.h"
@@ -86,8 +86,6 @@ std::string settingsText(const std::vector<Setting>& settings) {
                             setting.value ? shortText(setting.value.get()) : "(as recorded)");
     return text;
 }
-
-std::string orNull(const std::optional<std::uint64_t>& number) { return number ? fmt::format("{}", *number) : "null"; }
 
 struct Answer {
     std::vector<std::vector<Setting>> points;

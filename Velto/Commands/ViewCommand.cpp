@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -51,7 +50,7 @@ void observe(Observation& observation, const std::string& file, const std::vecto
         const HostTime time(frame.timestampNs);
         if (frame.type == Frame::Type::InputReport)
             observation.report(time, frame.report);
-        std::string key = fmt::format("{}.{}", Keys::kPipelineDomain, frame.key);
+        std::string key = Keys::pipelineKey(frame.key);
         if (frame.type == Frame::Type::State && std::ranges::find(settings, key, &Setting::key) == settings.end())
             observation.set(time, {.key = std::move(key), .value = frame.value});
     }

@@ -1,8 +1,8 @@
 #include "Velto/Commands/ViewPicture.h"
 
 #include "Plugin/Algs/Pixel.h"
+#include "Plugin/Reports/Regions.h"
 #include "Plugin/Shared/ImageText.h"
-#include "Velto/Analysis/PixelNames.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Output/TouchText.h"
 
@@ -107,7 +107,7 @@ private:
     void drawPad(int row, int column, std::size_t pad) {
         const Moment::Pad& state = _moment.pads[pad];
         const int value = _state.showsRaw ? int{_moment.image.padRaw[pad]} : state.value;
-        _screen.put(row, column, fmt::format("{}{:>5}{}", Analysis::letterOf(pad), value, state.isOn ? '*' : ' '),
+        _screen.put(row, column, fmt::format("{}{:>5}{}", letterOf(pad), value, state.isOn ? '*' : ' '),
                     padStyle(state, _moment.activationThreshold));
     }
 

@@ -20,8 +20,6 @@
 namespace VeltoTouch {
 namespace {
 
-constexpr std::string_view kRecognizer = "recognizer";
-constexpr std::string_view kKeys = "keys";
 // A table's name that is longer than any that is wanted is wrong, whatever is in the table.
 constexpr std::size_t kLongestName = 64;
 constexpr std::size_t kLargestFile = std::size_t{16} << 10U; // the parser goes as deep as a file has dots
@@ -46,12 +44,13 @@ public:
             const toml::table* const table = node.as_table();
             const Origin origin = at(key);
             attempt(origin, [&, name = key.str()] {
-                if (name != kRecognizer && name != kKeys)
-                    refuse(fmt::format("unknown name '{}' ([{}] and [{}] are wanted)", name, kRecognizer, kKeys));
+                if (name != kRecognizerTable && name != kKeysDomain)
+                    refuse(fmt::format("unknown name '{}' ([{}] and [{}] are wanted)", name, kRecognizerTable,
+                                       kKeysDomain));
                 if (table == nullptr)
                     refuse(fmt::format("{}: a table is wanted", name));
                 forEachValue(*table, "", [&](const std::string& member, const toml::node& value, const Origin& place) {
-                    return name == kKeys ? readKey(member, value, place) : readSetting(member, value, place);
+                    return name == kKeysDomain ? readKey(member, value, place) : readSetting(member, value, place);
                 });
             });
         }

@@ -26,7 +26,7 @@ inline constexpr const char* kConfigurationFolder = "/etc/velto-touch";
 struct Complaint {
     Origin origin;
     std::string message;   // what is wrong, and what is wanted
-    bool isLeftOut = true; // else it is surely not meant, but holds
+    bool isLeftOut = true; // false: it holds, though it is surely not meant
 };
 
 // Each setting and key once: that of the last file.

@@ -53,9 +53,7 @@ std::string nameOf(const KeyPlace& place) { return fmt::format("{}.{}", nameOf(p
 std::string fullKeyOf(const KeyPlace& place) { return fmt::format("{}.{}", kKeysDomain, nameOf(place)); }
 
 ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin) {
-    ConfiguredSetting setting{.key = fmt::format("{}.{}.{}", Keys::kPipelineDomain, Keys::kAlgsDomain, name),
-                              .value = std::move(value),
-                              .origin = std::move(origin)};
+    ConfiguredSetting setting{.key = Keys::algsKey(name), .value = std::move(value), .origin = std::move(origin)};
     const Judgement judgement = judgeWrite(setting.key, setting.value.get());
     if (judgement.verdict == Judgement::Verdict::Unknown && judgement.reason.empty())
         refuse(fmt::format("unknown setting '{}' (one of {} is wanted)", name, fmt::join(settingNames(), ", ")));

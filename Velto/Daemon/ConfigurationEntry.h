@@ -18,7 +18,7 @@ struct Origin {
     std::uint32_t line = 0; // from 1; 0: the whole file
 };
 
-// "FILE:LINE", or "FILE".
+// Returns "FILE:LINE", or "FILE".
 [[nodiscard]] std::string textOf(const Origin& origin);
 
 struct ConfiguredSetting {
@@ -33,7 +33,8 @@ struct ConfiguredKey {
     Origin origin;
 };
 
-// The domain of the keys of gestures.
+// The tables of a configuration file. The second one's name is also the domain of its entries' full keys.
+inline constexpr std::string_view kRecognizerTable = "recognizer";
 inline constexpr std::string_view kKeysDomain = "keys";
 
 struct ConfigurationEntries {
@@ -41,27 +42,27 @@ struct ConfigurationEntries {
     std::vector<ConfiguredKey> keys;
 };
 
-// Puts entries in the place of those that are for the same, or behind all.
+// Adds entries to `target`. One for a setting or gesture that has an entry there takes its place.
 void put(ConfigurationEntries& target, const ConfigurationEntries& entries);
 
-// Returns the key of a gesture, or null.
+// Returns the entry of a gesture's key, null if it has none.
 [[nodiscard]] const ConfiguredKey* find(const ConfigurationEntries& entries, const KeyPlace& place) noexcept;
 
-// Throws std::invalid_argument.
+// Throws std::invalid_argument with this message.
 [[noreturn]] void refuse(const std::string& what);
 
-// Throw std::invalid_argument with what is wanted instead: an entry of [recognizer] by its name and value, the place of
-// one of [keys] by its name, such as "tap.play-pause", and the entry by its name and a key's.
+// Make an entry of [recognizer] from its name and value; the place of a gesture's key from its name in [keys], such as
+// "tap.play-pause"; and the entry from that name and a key's. Throw std::invalid_argument with what is wanted instead.
 [[nodiscard]] ConfiguredSetting configuredSetting(std::string_view name, Ref<Value> value, Origin origin);
 [[nodiscard]] KeyPlace keyPlaceCalled(std::string_view name);
 [[nodiscard]] ConfiguredKey configuredKey(std::string_view name, const std::string& key, Origin origin);
 
-// "tap.play-pause".
+// Returns "tap.play-pause".
 [[nodiscard]] std::string nameOf(const KeyPlace& place);
-// "keys.tap.play-pause": as it is given beside the full keys of settings.
+// Returns "keys.tap.play-pause", as it is given beside the full keys of settings.
 [[nodiscard]] std::string fullKeyOf(const KeyPlace& place);
 
-// The default keys, but for those that are configured.
+// Returns the default keys, with those that are configured in their places.
 [[nodiscard]] KeyTable keyTableOf(const ConfigurationEntries& entries);
 
 } // namespace VeltoTouch

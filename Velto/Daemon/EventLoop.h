@@ -29,10 +29,10 @@ public:
 
     // Calls the handler whenever there is something to read. The caller keeps the descriptor.
     void addDescriptor(int descriptor, Handler handler);
-    // Calls the handler again and again, at least `interval` after the previous call; where nothing else happens, up to
-    // a quarter of a second later.
+    // Calls the handler again and again, at least `interval` after the previous call; up to a quarter of a second later
+    // than that, so that wake-ups fall together.
     void addTimer(std::chrono::microseconds interval, Handler handler);
-    // The same in time, for what is seen.
+    // The same without that delay, for what people watch.
     void addExactTimer(std::chrono::microseconds interval, Handler handler);
 
     // Runs a block on the loop's thread after those posted before. Does not wait. Blocks that have not run when the

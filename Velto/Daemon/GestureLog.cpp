@@ -13,8 +13,6 @@
 namespace VeltoTouch {
 namespace {
 
-std::string regionOf(const Gesture& gesture) { return gesture.region ? std::string(nameOf(*gesture.region)) : ""; }
-
 std::string keyText(const std::vector<std::uint16_t>& keys) {
     std::vector<std::string> names;
     std::ranges::transform(keys, std::back_inserter(names), nameOfKey);
@@ -47,13 +45,13 @@ std::optional<std::string> GestureLog::add(const Gesture& gesture, std::uint16_t
     switch (gesture.kind) {
     case GestureKind::MayBegin:
     case GestureKind::HoldStart:
-        _region = regionOf(gesture);
+        _region = regionNameOf(gesture);
         return std::nullopt;
     case GestureKind::HoldChange:
-        _lastRegion = regionOf(gesture);
+        _lastRegion = regionNameOf(gesture);
         return std::nullopt;
     case GestureKind::Tap:
-        _region = regionOf(gesture);
+        _region = regionNameOf(gesture);
         break;
     case GestureKind::HoldEnd:
     case GestureKind::Cancel:

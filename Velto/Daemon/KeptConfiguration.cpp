@@ -50,10 +50,10 @@ Configuration::File readKept(const std::filesystem::path& file, std::vector<Comp
 }
 
 std::string keptText(const ConfigurationEntries& entries) {
-    std::string text = fmt::format("{}\n[recognizer]\n", kHead);
+    std::string text = fmt::format("{}\n[{}]\n", kHead, kRecognizerTable);
     for (const ConfiguredSetting& setting : entries.settings)
         text += fmt::format("{} = {}\n", *Keys::belowAlgs(setting.key), textOf(*as<Number>(setting.value)));
-    text += "\n[keys]\n";
+    text += fmt::format("\n[{}]\n", kKeysDomain);
     for (const ConfiguredKey& key : entries.keys)
         text += fmt::format("{} = \"{}\"\n", nameOf(key.place), nameOfKey(key.key));
     return text;

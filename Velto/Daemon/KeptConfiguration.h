@@ -10,13 +10,14 @@
 
 namespace VeltoTouch {
 
+// Returns the path of that file.
 [[nodiscard]] std::filesystem::path keptFileIn(const std::filesystem::path& folder);
 
-// Reads the file. `lost` has the lines that its text with other entries would not have: wrong ones, or else comments.
+// Reads the file. Adds to `lost` the lines that writing it anew would lose: wrong ones or, if there are none, comments.
 // Throws std::runtime_error if it cannot be read or is no TOML.
 [[nodiscard]] Configuration::File readKept(const std::filesystem::path& file, std::vector<Complaint>& lost);
 
-// The text of the file with these entries.
+// Returns the text of the file with these entries.
 [[nodiscard]] std::string keptText(const ConfigurationEntries& entries);
 
 } // namespace VeltoTouch

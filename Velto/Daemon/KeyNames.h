@@ -8,10 +8,10 @@
 
 namespace VeltoTouch {
 
-// "none" for no key.
+// Returns the name of a key; "none" for no key.
 [[nodiscard]] std::string nameOfKey(std::uint16_t key);
 
-// Returns nothing if no key of a keyboard is called that; "none" is no key.
+// Returns the key of this name, kNoKey for "none"; nothing if no key of a keyboard is called that.
 [[nodiscard]] std::optional<std::uint16_t> keyCalled(const std::string& name);
 
 } // namespace VeltoTouch

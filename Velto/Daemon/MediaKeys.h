@@ -17,7 +17,7 @@ namespace VeltoTouch {
 //   volume down   KEY_VOLUMEDOWN    KEY_VOLUMEDOWN
 //   none          -                 -
 //
-//   gesture                                what it does, after one key at most was pressed
+//   gesture                                what it does; "it" is the key that is pressed, if one is
 //   -----------------------------------    -------------------------------------------------------------------
 //   tap                                    releases it; presses and releases the region's key for a tap
 //   hold start                             releases it and presses the region's key for a hold
@@ -38,10 +38,11 @@ public:
 
     // Returns the key that the gesture pressed, or kNoKey.
     std::uint16_t handle(const Gesture& gesture);
+    // Releases the key that is pressed, if one is.
     void releaseAll();
 
-    // From the next press on. A key that is pressed stays so, and is released as the key that it is; new keys are
-    // announced when none is pressed.
+    // Uses the table from the next press on. A key that is pressed stays pressed, and is released later as the key that
+    // it is. New keys are announced when none is pressed.
     void setTable(const KeyTable& table);
 
 private:

@@ -5,9 +5,9 @@
 
 namespace VeltoTouch {
 
-// Calls a handler on SIGHUP. If the kernel sent it, because the terminal has gone, or the shell that hears of that
-// first passed it on, the loop stops instead; a program that ignores the signal (nohup) goes on. Constructed before the
-// program has other threads, which inherit the blocked signal.
+// Calls a handler on SIGHUP. If the signal means that the terminal has gone (the kernel sent it, or the shell passed it
+// on), the loop stops instead, unless the program was started to ignore the signal (nohup): then it goes on.
+// Constructed before the program has other threads, which inherit the blocked signal.
 class ReloadSignal {
 public:
     // `loop` must not run after this is destroyed. Throws std::system_error.

@@ -38,7 +38,6 @@ private:
     };
 
     [[nodiscard]] std::unique_ptr<libevdev_uinput, Destroy> make(std::span<const std::uint16_t> keys) const;
-
     void keepNode();
 
     const std::string _name;

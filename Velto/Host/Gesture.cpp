@@ -8,6 +8,7 @@
 namespace VeltoTouch {
 namespace {
 
+// The vendor-defined event of a firmware reset, as the plug-in's pipeline makes it.
 constexpr std::uint32_t kResetUsagePage = 0xFF60;
 constexpr std::uint32_t kResetUsage = 2;
 

@@ -1,5 +1,4 @@
 #include "Velto/Commands/Program.h"
-#include "Velto/Manual/CommandLine.h"
 #include "Velto/Manual/Completions.h"
 #include "Velto/Manual/Pages.h"
 #include "Velto/Output/Files.h"

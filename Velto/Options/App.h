@@ -1,7 +1,7 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
-#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -64,5 +64,16 @@ private:
     std::vector<const App*> _commands; // in the order of the help
     std::unordered_map<const CLI::Option*, Candidates> _candidates;
 };
+
+// Reads what stands on the command line and returns it. A std::invalid_argument is wrong usage, reported under `name`,
+// which may be empty.
+template <class Read>
+auto asUsage(const std::string& name, const Read& read) {
+    try {
+        return read();
+    } catch (const std::invalid_argument& error) {
+        throw name.empty() ? CLI::ValidationError(error.what()) : CLI::ValidationError(name, error.what());
+    }
+}
 
 } // namespace VeltoTouch::Velto

@@ -3,21 +3,10 @@
 #include "Velto/Options/Keys.h"
 
 #include <algorithm>
-#include <stdexcept>
 #include <utility>
 
 namespace VeltoTouch::Velto {
 namespace {
-
-// What is wrong with a text is wrong usage.
-template <class Read>
-auto asUsage(const std::string& text, const Read& read) {
-    try {
-        return read();
-    } catch (const std::invalid_argument& error) {
-        throw text.empty() ? CLI::ValidationError(error.what()) : CLI::ValidationError(text, error.what());
-    }
-}
 
 CLI::Option* addSettingOption(App& app, const std::string& name, std::vector<Setting>& target, KeyScope scope,
                               const std::string& description) {

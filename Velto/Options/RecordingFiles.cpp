@@ -69,6 +69,13 @@ CLI::Option* addOutput(App& app, std::string& target) {
     return app.offer(option, fileNames())->type_name("OUT");
 }
 
+CLI::Option* addOutputFile(App& app, std::string& target, const std::string& description) {
+    CLI::Option* option = app.add_option("-o", target, description);
+    return app.offer(option, fileNames())->type_name("OUT")->required()->check([](const std::string& path) {
+        return isStandardOutput(path) ? "a file is wanted" : "";
+    });
+}
+
 int forEachRecording(const std::vector<std::string>& paths, const std::string& work,
                      const std::function<void(const std::string& file)>& handle) {
     std::vector<std::string> files;

@@ -28,6 +28,9 @@ void addRecording(App& app, std::string& target);
 // -o OUT: the file to write. Unset, the target is empty, which is the standard output.
 CLI::Option* addOutput(App& app, std::string& target);
 
+// The same for what must be a file: it has to be given, and the standard output is wrong usage.
+CLI::Option* addOutputFile(App& app, std::string& target, const std::string& description);
+
 // Handles each recording as `forEachFile` does. A folder stands for its *.json files and those of its subfolders, in
 // byte order of their paths, which begin with the folder as it was given; links to folders are not followed. A folder
 // that cannot be read or holds no recording is reported like a failed file. `work` names the progress line.

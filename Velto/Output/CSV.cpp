@@ -1,6 +1,7 @@
 #include "Velto/Output/CSV.h"
 
 #include "Velto/Analysis/Pairing.h"
+#include "Velto/Analysis/Score.h"
 
 #include <iterator>
 #include <optional>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Velto/Analysis/Label.h"
-#include "Velto/Analysis/Score.h"
 #include "Velto/Analysis/Touch.h"
 #include "Velto/Analysis/Track.h"
 

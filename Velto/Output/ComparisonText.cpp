@@ -1,5 +1,6 @@
 #include "Velto/Output/ComparisonText.h"
 
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/TouchLines.h"
 #include "Velto/Output/GestureText.h"
 #include "Velto/Output/Terminal.h"

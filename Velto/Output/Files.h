@@ -22,8 +22,7 @@ struct OutputFailed : std::runtime_error {
 };
 
 // Returns the whole content of a file, or of the standard input for "-"; its progress is shown. Throws
-// std::system_error
-// ("No such file or directory"), or std::invalid_argument("4 GiB or larger").
+// std::system_error ("No such file or directory"), or std::invalid_argument("4 GiB or larger").
 [[nodiscard]] Ref<Data> readFile(const std::string& path);
 
 // Handles each line of a file. A std::invalid_argument of the handler is thrown on with the line's number in brackets.

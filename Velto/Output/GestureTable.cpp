@@ -3,14 +3,6 @@
 #include <utility>
 
 namespace VeltoTouch::Velto {
-namespace {
-
-std::string regionOf(const Gesture& gesture) {
-    return gesture.region ? std::string(nameOf(*gesture.region)) : std::string();
-}
-
-} // namespace
-
 void GestureTable::add(const Gesture& gesture) {
     switch (gesture.kind) {
     case GestureKind::MayBegin:
@@ -18,13 +10,13 @@ void GestureTable::add(const Gesture& gesture) {
     case GestureKind::HoldStart:
         if (_touch) {
             _touch->name = "hold";
-            _touch->region = regionOf(gesture);
+            _touch->region = regionNameOf(gesture);
             _touch->end = gesture.time;
         }
         return;
     case GestureKind::HoldChange:
         if (_touch) {
-            _touch->region += " > " + regionOf(gesture);
+            _touch->region.append(" > ").append(regionNameOf(gesture));
             _touch->end = gesture.time;
         }
         return;
@@ -32,7 +24,7 @@ void GestureTable::add(const Gesture& gesture) {
         return end("hold", gesture.time);
     case GestureKind::Tap:
         if (_touch)
-            _touch->region = regionOf(gesture);
+            _touch->region = regionNameOf(gesture);
         return end("tap", gesture.time);
     case GestureKind::Cancel:
         return end("rejected", gesture.time);
@@ -43,8 +35,11 @@ void GestureTable::add(const Gesture& gesture) {
 }
 
 void GestureTable::begin(const Gesture& gesture) {
-    _touch = {
-        .name = "", .region = regionOf(gesture), .frame = gesture.frame, .start = gesture.time, .end = gesture.time};
+    _touch = {.name = "",
+              .region = std::string(regionNameOf(gesture)),
+              .frame = gesture.frame,
+              .start = gesture.time,
+              .end = gesture.time};
 }
 
 void GestureTable::finish(HostTime time) {

@@ -22,7 +22,7 @@ Progress::Progress(std::string_view work, std::uint64_t total)
 
 Progress::~Progress() {
     if (_isWritten)
-        std::fputs("\r\x1b[K", stderr);
+        std::fputs(kWipedLine, stderr);
 }
 
 void Progress::look(std::uint64_t done) {
@@ -35,7 +35,7 @@ void Progress::look(std::uint64_t done) {
     const std::string amount =
         _total == 0 ? fmt::format("{}", done)
                     : fmt::format("{:.0f} %", 100.0 * static_cast<double>(done) / static_cast<double>(_total));
-    std::fputs(fmt::format("\r\x1b[K{}: {}", _work, amount).c_str(), stderr);
+    std::fputs(fmt::format("{}{}: {}", kWipedLine, _work, amount).c_str(), stderr);
 }
 
 } // namespace VeltoTouch::Velto

@@ -2,6 +2,7 @@
 
 #include "Platform/FileDescriptor.h"
 #include "Platform/UTF8.h"
+#include "Velto/Output/Terminal.h"
 #include "Velto/Output/TerminalRescue.h"
 
 #include <algorithm>
@@ -10,10 +11,8 @@
 #include <clocale>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <stdexcept>
-#include <string>
 #include <system_error>
 
 #define NCURSES_NOMACROS // functions in place of macros with common names
@@ -47,11 +46,6 @@ struct CloseFile {
     void operator()(FILE* file) const noexcept { std::fclose(file); }
 };
 using File = std::unique_ptr<FILE, CloseFile>;
-
-bool areColoursWanted() noexcept {
-    const char* const noColour = std::getenv("NO_COLOR");
-    return (noColour == nullptr || *noColour == '\0') && has_colors();
-}
 
 // In the order of the inks.
 constexpr std::array<short, 6> kColours{-1, COLOR_BLUE, COLOR_CYAN, COLOR_GREEN, COLOR_YELLOW, COLOR_RED};
@@ -119,7 +113,7 @@ struct Screen::Terminal {
         ::set_escdelay(25);
         ::keypad(stdscr, TRUE);
         ::nodelay(stdscr, TRUE);
-        hasColours = areColoursWanted();
+        hasColours = !refusesColours() && ::has_colors();
         if (!hasColours)
             return;
         ::start_color();

@@ -21,17 +21,13 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kWipedLine = "\r\x1b[K";
 // Bytes of a text that a pipe takes without waiting, all of them escaped, once it takes anything.
 constexpr std::size_t kTakenAtOnce = PIPE_BUF / 6 - 16;
 
 std::atomic<bool> areColoursLeftOut = false;
 
 bool coloursAreWanted() {
-    static const bool wanted = [] {
-        const char* noColour = std::getenv("NO_COLOR");
-        return (noColour == nullptr || *noColour == '\0') && standardOutputIsTerminal();
-    }();
+    static const bool wanted = !refusesColours() && standardOutputIsTerminal();
     return wanted && !areColoursLeftOut;
 }
 
@@ -127,6 +123,11 @@ std::string printable(std::string_view text) {
 }
 
 bool standardOutputIsTerminal() noexcept { return ::isatty(STDOUT_FILENO) != 0; }
+
+bool refusesColours() noexcept {
+    const char* const noColour = std::getenv("NO_COLOR");
+    return noColour != nullptr && *noColour != '\0';
+}
 
 void leaveOutColours() noexcept { areColoursLeftOut = true; }
 

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,9 @@
 // Messages to people.
 
 namespace VeltoTouch::Velto {
+
+// Goes back to the beginning of a terminal's line and clears it.
+inline constexpr const char* kWipedLine = "\r\x1b[K";
 
 // Writes one line to standard error; control characters are escaped.
 void writeErrorLine(std::string_view text);
@@ -28,6 +32,17 @@ void complain(std::string_view subject, std::string_view message);
 // Returns an exception's text, followed in brackets by the place of a damage, if it is known.
 [[nodiscard]] std::string messageOf(const std::exception& error);
 
+// Runs a part of the work and returns its result. A failure is thrown on as a std::runtime_error under the subject's
+// name.
+template <class Work>
+auto about(const std::string& subject, const Work& work) {
+    try {
+        return work();
+    } catch (const std::exception& error) {
+        throw std::runtime_error(subject + ": " + messageOf(error));
+    }
+}
+
 // Makes foreign text (names of files and devices, contents of recordings) safe for a terminal: control characters and
 // invalid UTF-8 become escapes. JSON stays the same JSON.
 [[nodiscard]] std::string printable(std::string_view text);
@@ -35,7 +50,10 @@ void complain(std::string_view subject, std::string_view message);
 // Returns whether the standard output is a terminal.
 [[nodiscard]] bool standardOutputIsTerminal() noexcept;
 
-// Colours text if the standard output is a terminal and NO_COLOR is not set.
+// Returns whether the user wants no colours: NO_COLOR is set, and not empty.
+[[nodiscard]] bool refusesColours() noexcept;
+
+// Colours text if the standard output is a terminal and colours are not refused.
 enum class Colour { Plain, Bold, Green, Yellow, Red };
 [[nodiscard]] std::string coloured(Colour colour, std::string_view text);
 

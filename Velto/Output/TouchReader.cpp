@@ -1,7 +1,6 @@
 #include "Velto/Output/TouchReader.h"
 
 #include "Platform/JSON.h"
-#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/Members.h"
 
 namespace VeltoTouch::Velto {

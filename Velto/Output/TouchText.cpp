@@ -4,7 +4,6 @@
 #include "Velto/Output/Terminal.h"
 
 #include <cmath>
-#include <cstdlib>
 
 #include <fmt/format.h>
 
@@ -154,9 +153,9 @@ std::string touchDetails(const Touch& touch, const Typicals& typicals) {
 std::string weakText(const WeakContact& contact) {
     return fmt::format(
         "weak  {:<3} {:>8.2f} s {:>6.0f} ms  {:<10}  {}, because of {}: {} counts, and more than {} needed\n",
-        contact.number, secondsOf(contact.startNs), static_cast<double>(contact.endNs - contact.startNs) / 1e6,
-        contact.peak.pixel, coloured(Colour::Yellow, "no touch"), phraseOf(contact.check.rule),
-        numberText(contact.check.value), numberText(contact.check.bound));
+        contact.number, secondsOf(contact.startNs), contact.durationMs(), contact.peak.pixel,
+        coloured(Colour::Yellow, "no touch"), phraseOf(contact.check.rule), numberText(contact.check.value),
+        numberText(contact.check.bound));
 }
 
 } // namespace VeltoTouch::Velto

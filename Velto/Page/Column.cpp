@@ -3,7 +3,6 @@
 #include <bit>
 #include <stdexcept>
 #include <string_view>
-#include <type_traits>
 
 #include <zlib.h>
 

@@ -3,15 +3,10 @@
 #include "Platform/JSON.h"
 
 #include <string>
-#include <string_view>
 
 namespace VeltoTouch::Page {
 
-[[nodiscard]] inline std::string quoted(std::string_view text) {
-    std::string json;
-    JSON::appendString(json, text);
-    return json;
-}
+using JSON::quoted;
 
 // An array of what `textOf` returns for each item; nothing for an empty text.
 template <class Items, class TextOf>

@@ -2,6 +2,7 @@
 
 #include "Plugin/Shared/Keys.h"
 #include "Velto/Analysis/InvalidReport.h"
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/Pairing.h"
 #include "Velto/Analysis/Replay.h"
 #include "Velto/Analysis/Score.h"
@@ -23,11 +24,6 @@ using namespace Analysis;
 using Disturbance = Replay::Disturbance;
 
 std::uint64_t nsOf(HostTime time) { return static_cast<std::uint64_t>(time.count()); }
-
-template <class Named>
-std::string nameOrNull(const std::optional<Named>& value) {
-    return value ? quoted(nameOf(*value)) : "null";
-}
 
 std::string settingsArray(const std::vector<Setting>& settings) {
     return arrayOf(settings, [](const Setting& setting) {

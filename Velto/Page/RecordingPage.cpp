@@ -1,6 +1,7 @@
 #include "Velto/Page/RecordingPage.h"
 
-#include "Velto/Analysis/PixelNames.h"
+#include "Plugin/Algs/Algs.h"
+#include "Plugin/Reports/Regions.h"
 #include "Velto/Page/Document.h"
 #include "Velto/Page/Film.h"
 #include "Velto/Page/JSONText.h"

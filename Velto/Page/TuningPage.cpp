@@ -1,5 +1,6 @@
 #include "Velto/Page/TuningPage.h"
 
+#include "Velto/Analysis/LineMembers.h"
 #include "Velto/Page/Document.h"
 #include "Velto/Page/JSONText.h"
 
@@ -45,8 +46,8 @@ std::string tuningPage(const std::vector<Axis>& axes, const Tuned& tuned, const 
     return document(fmt::format(R"({{"kind":"tuning","sweeps":{},"points":{},"front":{},"best":{},"text":{},)"
                                 R"("present":{{"point":{},"values":{},"faults":{}}}}})",
                                 arrayOf(axes, axis), arrayOf(tuned.points, faultsArray), front(tuned.isOnFront),
-                                tuned.best ? fmt::format("{}", *tuned.best) : "null", quoted(text), presentPoint(axes),
-                                arrayOf(axes, present), faultsArray(tuned.present)));
+                                orNull(tuned.best), quoted(text), presentPoint(axes), arrayOf(axes, present),
+                                faultsArray(tuned.present)));
 }
 
 } // namespace VeltoTouch::Page

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <memory>
 #include <utility>
-#include <vector>
 
 namespace VeltoTouch::Surface {
 namespace {

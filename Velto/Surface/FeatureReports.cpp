@@ -8,15 +8,14 @@
 namespace VeltoTouch::Surface {
 namespace {
 
-constexpr unsigned kHighestReportID = 0xFF;
-constexpr std::size_t kRoom = 512;
+constexpr std::size_t kRoom = 512; // bytes; more than any of them declares
 
 } // namespace
 
 std::vector<FeatureReading> readFeatureReports(HIDDeviceBackend& device) {
     const ReportDescriptor descriptor(kReportDescriptor);
     std::vector<FeatureReading> readings;
-    for (unsigned number = 1; number <= kHighestReportID; ++number) {
+    for (std::uint32_t number = 1; number <= ReportDescriptor::kHighestReportID; ++number) {
         const auto id = static_cast<std::uint8_t>(number);
         if (descriptor.reportLength(kIOHIDReportTypeFeature, id) == 0)
             continue;

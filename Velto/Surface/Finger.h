@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Plugin/Reports/InputReport.h"
 #include "Velto/Surface/Geometry.h"
 #include "Velto/Surface/Random.h"
 #include "Velto/Surface/Step.h"

@@ -1,5 +1,7 @@
 #include "Velto/Surface/Geometry.h"
 
+#include "Plugin/Reports/Regions.h"
+
 #include <string_view>
 
 namespace VeltoTouch::Surface {
@@ -36,7 +38,7 @@ constexpr std::array<Place, kPlaceCount> readPicture() {
     for (std::size_t pad = 0; pad < kPadCount; ++pad) {
         for (std::size_t row = 0; row < kPicture.size(); ++row) {
             for (std::size_t column = 0; column < kPicture[row].size(); ++column) {
-                if (kPicture[row][column] == static_cast<char>('A' + pad))
+                if (padOf(kPicture[row][column]) == pad)
                     found[count++] = {.pad = pad,
                                       .position = {.x = static_cast<double>(column) - kMiddleColumn,
                                                    .y = (kMiddleRow - static_cast<double>(row)) * kRowHeight}};

@@ -1,10 +1,7 @@
 #pragma once
 
-#include "Plugin/Reports/InputReport.h"
-
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <span>
 
 // Where the pads of the simulated surface lie and how much of a contact each of them feels.

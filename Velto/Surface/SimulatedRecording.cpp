@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 namespace VeltoTouch::Surface {
+
 Ref<Value> labelValue(const Simulation::Label& label) {
     std::vector<Dictionary::Entry> entries;
     const auto addText = [&entries](const char* key, std::string_view text) {

@@ -18,7 +18,7 @@ constexpr std::uint64_t kLeastLiftedScans = 3;
 constexpr std::int64_t kBaseline = 2000;
 constexpr std::int64_t kBaselineSpread = 60;
 
-// time of a scan in a unit of which a second has `unitsPerSecond`, rounded down; exact for any count of scans.
+// The time of a scan in a unit of which a second has `unitsPerSecond`, rounded down; exact for any count of scans.
 constexpr std::uint64_t timeOfScan(std::uint64_t scan, std::uint32_t rateHz, std::uint64_t unitsPerSecond) noexcept {
     return scan / rateHz * unitsPerSecond + scan % rateHz * unitsPerSecond / rateHz;
 }

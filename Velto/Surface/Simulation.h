@@ -42,8 +42,8 @@ public:
 
     // The intended gesture of the contact that begins now.
     struct Label {
-        std::string_view gesture;        // as nameOf gives it
-        std::string_view region;         // as regionOf gives it, "None" for a palm
+        std::string_view gesture;        // the name of a step's action (Step.h)
+        std::string_view region;         // a region's name (Regions.h), "None" for a palm
         std::string_view endRegion = {}; // of a slide, otherwise empty
         std::uint32_t startMs = 0;       // device time of the contact's first scan
         std::uint32_t endMs = 0;         // device time of the first scan without it

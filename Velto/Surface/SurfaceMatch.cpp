@@ -5,10 +5,8 @@
 namespace VeltoTouch::Surface {
 namespace {
 
-constexpr unsigned kReportIDs = 256; // 0, for reports without one, included
-
 bool hasReportsOf(const ReportDescriptor& wanted, const ReportDescriptor& descriptor, IOHIDReportType type) {
-    for (unsigned i = 0; i < kReportIDs; ++i) {
+    for (std::uint32_t i = 0; i <= ReportDescriptor::kHighestReportID; ++i) { // from 0, for reports without an ID
         const auto reportID = static_cast<std::uint8_t>(i);
         const std::size_t length = wanted.reportLength(type, reportID);
         if (length != 0 && length != descriptor.reportLength(type, reportID))

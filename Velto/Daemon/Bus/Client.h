@@ -5,7 +5,6 @@
 #include "Velto/Daemon/EventLoop.h"
 #include "Velto/Host/Gesture.h"
 
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -43,9 +42,9 @@ public:
     [[nodiscard]] uid_t user();
     // Returns a dictionary: the keys of gestures by what they are for, such as keys.tap.play-pause.
     [[nodiscard]] Ref<Value> keys();
-    // Returns a dictionary: where the values of settings and the keys come from that have not their defaults.
+    // Returns a dictionary: where the settings and keys come from that are not at their defaults.
     [[nodiscard]] Ref<Value> sources();
-    // Lets the service read its configuration anew.
+    // Makes the service read its configuration anew.
     void reload();
 
     // Reports each gesture, and the end of the surface's service, while the loop runs. An exception of a handler and
@@ -62,7 +61,7 @@ public:
     // Throws what the loss of the bus is for people.
     [[noreturn]] static void failOfLoss();
 
-    // The bus name's part of the surface, such as hidraw0.
+    // Returns the surface's part of the bus name, such as hidraw0.
     [[nodiscard]] const std::string& element() const noexcept { return _element; }
 
 private:

@@ -19,10 +19,11 @@ constexpr const char* kObjects = "/org/velto/Touch1";
 // Which bus: the system's, or that of the user's session.
 enum class Which { System, Session };
 
-// Returns the bus name's part for a device of the command line: the node's name for a path below /dev, else the kind
-// before the colon ("sim", "replay"). Only letters and digits are kept, so that it fits into a bus name and a path.
+// Returns a device's part of its bus name, from its name on the command line: the node's name for a path below /dev,
+// else the kind before the colon ("sim", "replay"). Only letters and digits are kept, as bus names and paths want it.
 [[nodiscard]] std::string elementOf(std::string_view device);
 
+// Return the bus name and the object's path of a device.
 [[nodiscard]] std::string nameOf(std::string_view element);
 [[nodiscard]] std::string pathOf(std::string_view element);
 

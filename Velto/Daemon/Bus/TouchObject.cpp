@@ -125,18 +125,18 @@ void TouchObject::sendReply(sd_bus_message* call, const Value* value) {
     checked(sd_bus_send(nullptr, reply.get(), nullptr), "reply");
 }
 
-void TouchObject::tellGesture(const Gesture& gesture) {
+void TouchObject::signalGesture(const Gesture& gesture) {
     ++_events;
     if (!_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
         return;
     const std::string name(nameOf(gesture.kind));
-    const std::string region(gesture.region ? nameOf(*gesture.region) : "");
+    const std::string region(regionNameOf(gesture));
     // Where the bus has gone, the next beat finds out.
     sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, "Gesture", "ssuut", name.c_str(), region.c_str(),
                        eventMembersOf(gesture).phase, gesture.frame, gesture.time.count());
 }
 
-void TouchObject::tellProperty(const std::string& key) {
+void TouchObject::signalProperty(const std::string& key) {
     if (!isPublic(key) || !_bus || unsentOn(_bus.get()) >= kMostUnsentSignals)
         return;
     const Ref<Value> value = _surface.properties.get(key);

@@ -59,10 +59,10 @@ public:
     TouchObject& operator=(const TouchObject&) = delete;
     ~TouchObject();
 
-    void tellGesture(const Gesture& gesture);
-    // Called after a property was written by whatever thread: signals the value that it has now, so that the last
-    // signal has the last value. Does nothing for one that is not public.
-    void tellProperty(const std::string& key);
+    void signalGesture(const Gesture& gesture);
+    // Called after a property was written, on any thread: signals the value that it has now, so that the last signal
+    // has the last value. Does nothing for a property that is not public.
+    void signalProperty(const std::string& key);
 
 private:
     using Counters = std::map<std::string, std::uint64_t>;

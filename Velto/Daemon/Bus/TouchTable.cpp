@@ -57,7 +57,7 @@ struct TouchObject::Table::Functions {
             const auto answer = [answer = answerTo(call, of(object)), key, object](const auto& outcome) {
                 answer(outcome);
                 if (!std::holds_alternative<CallError>(outcome))
-                    of(object).tellProperty(key);
+                    of(object).signalProperty(key);
             };
             of(object)._requests.set(key, std::move(value), answer);
         });
