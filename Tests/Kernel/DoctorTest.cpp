@@ -50,6 +50,8 @@ TEST(DoctorTest, WithoutAServiceItSaysWhatIsMissing) {
     ASSERT_EQ(::setresuid(kNobody, kNobody, 0), 0);
     EXPECT_THAT(nobodys.run({"doctor"}),
                 Ends(1, AllOf(HasSubstr("no right to open " + surface.path() + " (root:"), HasSubstr("run as root"))));
+    EXPECT_THAT(nobodys.run({"dump", "surface"}),
+                Ends(1, "", HasSubstr("velto: surface: no right to open " + surface.path() + " (root:")));
     ASSERT_EQ(::setresuid(0, 0, 0), 0);
     EXPECT_THAT(velto().run({"doctor", "--device", surface.path()}),
                 Ends(1, AllOf(HasSubstr("Virtual Touch Surface, K-1, Virtual, may be opened\nNO"),

@@ -47,9 +47,6 @@ public:
     [[nodiscard]] Finding key();
     [[nodiscard]] Finding readers() const;
 
-    // Returns how a user joins the group that has the rights.
-    [[nodiscard]] static std::string howToJoin();
-
 private:
     [[nodiscard]] bool hasNode() const noexcept { return _device.starts_with('/'); }
     [[nodiscard]] bool isServed() const;

@@ -1,5 +1,6 @@
 #include "Platform/FileDescriptor.h"
 #include "Velto/Commands/Examination.h"
+#include "Velto/Surface/NodeRights.h"
 #include "Velto/Surface/PluggedIn.h"
 
 #include <algorithm>
@@ -9,16 +10,12 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <grp.h>
-#include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Velto {
 namespace {
 
 using enum Finding::Verdict;
-constexpr const char* kGroup = "velto";
 constexpr const char* kNodePrefix = "hidraw"; // of what is served from a node
 constexpr const char* kFirst = "surface";     // that is plugged in, as other commands take it
 
@@ -44,55 +41,14 @@ Finding missing(const std::string& device) {
             .advice = "velto devices lists the surfaces; plug it in if it is missing"};
 }
 
-std::string groupOf(const struct stat& status) {
-    const group* const found = ::getgrgid(status.st_gid);
-    return found == nullptr ? std::to_string(status.st_gid) : found->gr_name;
-}
-
-std::string nameOfUser(uid_t number) {
-    const passwd* const found = ::getpwuid(number);
-    return found == nullptr ? std::to_string(number) : found->pw_name;
-}
-
-// Whether the user's entry has the group; this process may have been started before.
-bool isMember(gid_t group) {
-    const passwd* const user = ::getpwuid(::geteuid());
-    if (user == nullptr)
-        return false;
-    int count = 0;
-    ::getgrouplist(user->pw_name, user->pw_gid, nullptr, &count);
-    std::vector<gid_t> groups(static_cast<std::size_t>(count));
-    ::getgrouplist(user->pw_name, user->pw_gid, groups.data(), &count);
-    return std::ranges::find(groups, group) != groups.end();
-}
-
-std::string howToGetTheRight(const struct stat& status) {
-    if (groupOf(status) == kGroup)
-        return Examination::howToJoin();
-    if (::getgrnam(kGroup) == nullptr)
-        return "run as root; with the package velto-touch installed, the node belongs to the group velto";
-    return "udev has not given it to the group velto: sudo udevadm trigger --subsystem-match=hidraw, or run as root";
-}
-
 Finding noRight(const std::string& node) {
-    struct stat status {};
-    if (::stat(node.c_str(), &status) != 0)
+    if (::access(node.c_str(), F_OK) != 0)
         return missing(node);
-    return {.verdict = No,
-            .text = fmt::format("no right to open {} ({}:{} {:04o})", node, nameOfUser(status.st_uid), groupOf(status),
-                                status.st_mode & 07777U),
-            .advice = howToGetTheRight(status)};
+    const auto [text, advice] = Surface::missingRight(node);
+    return {.verdict = No, .text = text, .advice = advice};
 }
 
 } // namespace
-
-std::string Examination::howToJoin() {
-    const group* const found = ::getgrnam(kGroup);
-    if (found != nullptr && isMember(found->gr_gid))
-        return "you have joined the group velto since you logged in: log in again";
-    return fmt::format("join the group velto (sudo adduser {} velto, then log in again) or run as root",
-                       nameOfUser(::geteuid()));
-}
 
 bool Examination::isServed() const { return std::ranges::find(_served, Bus::elementOf(_device)) != _served.end(); }
 

@@ -1,6 +1,7 @@
 #include "Platform/FileDescriptor.h"
 #include "Velto/Commands/Examination.h"
 #include "Velto/Daemon/Bus/UnitState.h"
+#include "Velto/Surface/NodeRights.h"
 
 #include <cerrno>
 #include <cmath>
@@ -128,7 +129,7 @@ Finding Examination::service() {
         const bool isRefused = std::string_view(error.what()).starts_with("not allowed");
         return {.verdict = No,
                 .text = error.what(),
-                .advice = isRefused ? "sit at the machine, or " + howToJoin() : howToRestart()};
+                .advice = isRefused ? "sit at the machine, or " + Surface::howToJoin() : howToRestart()};
     }
     try {
         const std::string since = timeOf(_client->getObjectProperty("Since"));

@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/RunLoop.h"
 #include "Platform/Thread.h"
+#include "Velto/Surface/NodeRights.h"
 
 #include <algorithm>
 #include <array>
@@ -20,12 +21,12 @@ constexpr const char* kMode = "velto reader";
 constexpr std::size_t kReportRoom = 512;           // as the service has
 constexpr double kAccelerationIntervalUs = 10'000; // as the service asks for
 
-void open(HIDDeviceBackend& backend) {
-    switch (backend.open(0)) {
+void open(const ConnectedDevice& device) {
+    switch (device.backend().open(0)) {
     case kIOReturnSuccess:
         return;
     case kIOReturnNotPermitted:
-        throw std::runtime_error("not allowed to open it (root and the group velto are)");
+        throwMissingRight(device.name());
     case kIOReturnNoDevice:
         throw std::runtime_error("the device has gone");
     default:
@@ -101,7 +102,7 @@ private:
 
 DeviceReader::DeviceReader(const ConnectedDevice& device, Handlers handlers)
     : _backend(device.backend()), _thread(std::make_shared<Thread>(device, std::move(handlers))), _end(_thread->end()) {
-    open(_backend);
+    open(device);
     NSThread::detachNewThreadWithBlock("velto reader", [thread = _thread] { thread->run(); });
 }
 

@@ -2,9 +2,11 @@
 
 #include "Platform/Linux/HidrawDevice.h"
 #include "Platform/Linux/IIOAccelerometer.h"
+#include "Velto/Surface/NodeRights.h"
 #include "Velto/Surface/SurfaceMatch.h"
 
 #include <stdexcept>
+#include <system_error>
 
 namespace VeltoTouch::Surface {
 
@@ -18,7 +20,13 @@ std::vector<HidrawNode> findSurfaces() {
 HidrawMonitor monitorSurfaces() { return HidrawMonitor(isSurface); }
 
 ConnectedDevice connectNode(const std::string& path) {
-    return {path, makeRef<HidrawDevice>(path), findAccelerometers()};
+    try {
+        return {path, makeRef<HidrawDevice>(path), findAccelerometers()};
+    } catch (const std::system_error& error) {
+        if (error.code() == std::errc::permission_denied)
+            throwMissingRight(path);
+        throw;
+    }
 }
 
 } // namespace VeltoTouch::Surface

@@ -18,7 +18,7 @@ namespace VeltoTouch::Surface {
 [[nodiscard]] HidrawMonitor monitorSurfaces();
 
 // Connects the surface behind a node, under the node's path, and this machine's accelerometers. Throws
-// std::system_error if the node cannot be opened.
+// std::runtime_error if the node cannot be opened: with what to do if the user has no right to.
 [[nodiscard]] ConnectedDevice connectNode(const std::string& path);
 
 } // namespace VeltoTouch::Surface
