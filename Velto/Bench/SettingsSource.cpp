@@ -66,6 +66,7 @@ std::vector<Setting> SettingsSource::ofConfiguration() {
 }
 
 std::vector<Setting> SettingsSource::ofService() {
+    _client->requireAnswer();
     std::vector<Setting> settings;
     for (const FoundSetting& setting : allSettings()) {
         std::string key = fullKeyOf(setting);

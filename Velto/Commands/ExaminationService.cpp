@@ -125,6 +125,8 @@ Finding Examination::service() {
     try {
         _client.emplace(_options.served.bus, _device);
         version = textOf(_client->getObjectProperty("Version"));
+    } catch (const Bus::NoAnswer&) {
+        return {.verdict = No, .text = "the service does not answer", .advice = howToRestart()};
     } catch (const std::runtime_error& error) {
         const bool isRefused = std::string_view(error.what()).starts_with("not allowed");
         return {.verdict = No,

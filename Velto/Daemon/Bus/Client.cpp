@@ -6,6 +6,7 @@
 #include "Velto/Daemon/Bus/Values.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <stdexcept>
 #include <tuple>
@@ -17,6 +18,8 @@
 
 namespace VeltoTouch::Bus {
 namespace {
+
+constexpr std::uint64_t kPatience = 5'000'000; // microseconds, with a service's loop, which never works for long
 
 [[noreturn]] void fail(const std::string& what) { throw std::runtime_error(what); }
 
@@ -130,15 +133,21 @@ struct Client::Signals {
     }
 };
 
+NoAnswer::NoAnswer(Which which)
+    : std::runtime_error(fmt::format("the service does not answer (velto doctor{} says what to do)",
+                                     which == Which::Session ? " --user" : "")) {}
+
 void Client::failOfLoss() { fail("the bus has gone"); }
 
 std::vector<std::string> servedOn(Which which) { return elementsOn(connect(which).get()); }
 
 Client::Client(Which which, const std::string& device)
-    : _bus(connect(which)), _element(choose(_bus.get(), which, device)) {}
+    : _which(which), _bus(connect(which)), _element(choose(_bus.get(), which, device)) {
+    requireAnswer();
+}
 
 Client::Client(Which which, const std::string& device, MayBeUnserved /*tag*/)
-    : _bus(connect(which)), _element(elementOf(device)) {}
+    : _which(which), _bus(connect(which)), _element(elementOf(device)) {}
 
 bool Client::isServed() const {
     const std::vector<std::string> elements = elementsOn(_bus.get());
@@ -160,15 +169,19 @@ BusMessage Client::callFor(const char* method, const std::string& key) {
     return call;
 }
 
-BusMessage Client::send(const BusMessage& call) {
+BusMessage Client::send(const BusMessage& call, std::uint64_t timeout) {
     BusError error;
     sd_bus_message* reply = nullptr;
-    const int result = sd_bus_call(_bus.get(), call.get(), kDefaultTimeout, error.get(), &reply);
+    const int result = sd_bus_call(_bus.get(), call.get(), timeout, error.get(), &reply);
+    if (result == -ETIMEDOUT)
+        throw NoAnswer(_which);
     if (error.isSet())
         failWith(*error.get());
     checked(result, "the bus");
     return BusMessage(reply);
 }
+
+void Client::requireAnswer() { std::ignore = send(callOf("org.freedesktop.DBus.Peer", "Ping"), kPatience); }
 
 Ref<Value> Client::getProperty(const std::string& key) {
     return readVariant(send(callFor(isPublic(key) ? "GetPublicProperty" : "GetProperty", key)).get(), kAnySize);

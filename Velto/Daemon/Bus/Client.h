@@ -6,6 +6,7 @@
 #include "Velto/Host/Gesture.h"
 
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -17,18 +18,27 @@ namespace VeltoTouch::Bus {
 // std::runtime_error if there is no bus.
 [[nodiscard]] std::vector<std::string> servedOn(Which which);
 
+// A service that hangs, with a message for people.
+class NoAnswer : public std::runtime_error {
+public:
+    explicit NoAnswer(Which which);
+};
+
 // A client of a program that serves a surface. One thread.
 //
-// Each call throws std::runtime_error with a message for people; a refusal has the service's own words.
+// Each call throws std::runtime_error with a message for people; a refusal has the service's own words. A call may take
+// long, as a device may: whether there is somebody to wait for is asked first (`requireAnswer`).
 class Client {
 public:
-    // `device` is the served name; empty for the only one.
+    // `device` is the served name; empty for the only one. Requires an answer.
     Client(Which which, const std::string& device);
 
     // A client of a surface that need not be served yet: calls are refused until it is.
     struct MayBeUnserved {};
     Client(Which which, const std::string& device, MayBeUnserved);
     [[nodiscard]] bool isServed() const;
+    // Throws NoAnswer if the service's loop has not answered within five seconds.
+    void requireAnswer();
 
     // Never returns nil: a property that is absent is refused.
     [[nodiscard]] Ref<Value> getProperty(const std::string& key);
@@ -69,11 +79,12 @@ private:
 
     [[nodiscard]] BusMessage callOf(const char* interface, const char* method);
     [[nodiscard]] BusMessage callFor(const char* method, const std::string& key);
-    [[nodiscard]] BusMessage send(const BusMessage& call);
+    [[nodiscard]] BusMessage send(const BusMessage& call, std::uint64_t timeout = kDefaultTimeout);
     void match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*));
     void follow(EventLoop& loop, const char* signal, int (*handler)(sd_bus_message*, void*, sd_bus_error*),
                 std::function<void()> endHandler);
 
+    const Which _which;
     const BusHandle _bus;
     const std::string _element;
     EventLoop* _watcher = nullptr;
