@@ -21,7 +21,10 @@ constexpr const char* kDoctorText =
     "runs, reports come, a touch turns on, it becomes a gesture, there is a keyboard, a key\n"
     "is pressed, somebody reads it. On a terminal, or with --wait, it asks for a touch.\n"
     "If all is well, the lines are the surface's status. The exit status is 1 if something\n"
-    "is wrong.";
+    "is wrong.\n"
+    "\n"
+    "Without --device it is the first surface that is plugged in; a made-up one that is served\n"
+    "(velto serve --device sim) only where none is.";
 
 constexpr double kUsualWait = 10; // seconds
 

@@ -1,12 +1,15 @@
 #include "Platform/FileDescriptor.h"
 #include "Velto/Commands/Examination.h"
+#include "Velto/Options/Devices.h"
 #include "Velto/Surface/NodeRights.h"
 #include "Velto/Surface/PluggedIn.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <stdexcept>
 #include <system_error>
+#include <variant>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -41,6 +44,15 @@ Finding missing(const std::string& device) {
             .advice = "velto devices lists the surfaces; plug it in if it is missing"};
 }
 
+// Whether velto serve takes it.
+bool mayBeServed(const std::string& device) {
+    try {
+        return !std::holds_alternative<PipedSurface>(parseDevice(device).surface);
+    } catch (const std::invalid_argument&) {
+        return false;
+    }
+}
+
 Finding noRight(const std::string& node) {
     if (::access(node.c_str(), F_OK) != 0)
         return missing(node);
@@ -68,7 +80,7 @@ Finding Examination::surface() {
     if (_device.empty() && !isFirstWanted && nodes.empty() && madeUp != _served.end())
         _device = *madeUp;
     if (!_device.empty() && !hasNode())
-        return {.verdict = Yes, .text = _device};
+        return isServed() || mayBeServed(_device) ? Finding{.verdict = Yes, .text = _device} : missing(_device);
     if (_device.empty() && !nodes.empty())
         _device = nodes.front().path;
     if (_device.empty())
