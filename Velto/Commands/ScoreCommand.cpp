@@ -14,6 +14,7 @@
 #include "Velto/Page/ReportPage.h"
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -31,7 +32,7 @@ struct ScoreOptions {
     std::vector<Setting> settings;
     std::size_t jobs = 1;
     std::optional<double> leastRecall;
-    std::optional<std::uint64_t> mostFalse;
+    std::uint64_t mostFalse = std::numeric_limits<std::uint64_t>::max();
     std::optional<Shard> shard;
     bool merge = false;
     bool jsonl = false;
@@ -128,9 +129,9 @@ private:
             complain("score", fmt::format("recall {} is below {}", _total.recall(), *_options.leastRecall));
             return false;
         }
-        if (_options.mostFalse && _total.falseGestures() > *_options.mostFalse) {
+        if (_total.falseGestures() > _options.mostFalse) {
             complain("score", fmt::format("{} {} more than {}", counted(_total.falseGestures(), "false gesture"),
-                                          _total.falseGestures() == 1 ? "is" : "are", *_options.mostFalse));
+                                          _total.falseGestures() == 1 ? "is" : "are", _options.mostFalse));
             return false;
         }
         return true;
@@ -172,12 +173,16 @@ int mergeShards(const ScoreOptions& options) {
 }
 
 void addBounds(App& app, ScoreOptions& options) {
-    app.add_option("--min-recall", options.leastRecall,
-                   "Exit status 1 if less than this share of what was meant is found")
-        ->check(CLI::Range(0.0, 1.0))
+    const auto parseShare = [&options](const std::string& text) {
+        double share = 0;
+        if (!CLI::detail::lexical_cast(text, share) || !(share >= 0 && share <= 1))
+            throw CLI::ValidationError("--min-recall", "a number from 0 to 1 is wanted");
+        options.leastRecall = share;
+    };
+    app.add_option_function<std::string>("--min-recall", parseShare,
+                                         "Exit status 1 if less than this share of what was meant is found")
         ->type_name("R");
-    app.add_option("--max-false", options.mostFalse, "Exit status 1 if there are more false and stray gestures")
-        ->type_name("N");
+    addNumber(app, "--max-false", options.mostFalse, "Exit status 1 if there are more false and stray gestures");
 }
 
 // What would have no effect on results that are there is wrong usage.
