@@ -165,14 +165,13 @@ void View::stepTouch(bool isForward) {
 }
 
 void View::save() {
+    const std::string file =
+        _output.empty() ? fmt::format("velto-view-{:%Y%m%d-%H%M%S}.json", fmt::localtime(std::time(nullptr))) : _output;
     try {
-        const std::string file =
-            _output.empty() ? fmt::format("velto-view-{:%Y%m%d-%H%M%S}.json", fmt::localtime(std::time(nullptr)))
-                            : _output;
         writeFile(file, _observation.recording().json()->bytes());
         _state.message = fmt::format("saved {}", file);
     } catch (const std::exception& error) {
-        _state.message = fmt::format("not saved: {}", messageOf(error));
+        _state.message = fmt::format("not saved: {}: {}", file, messageOf(error));
     }
 }
 

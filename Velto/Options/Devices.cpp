@@ -111,6 +111,8 @@ Watched parseWatched(const std::string& text) {
     try {
         return {.name = text, .what = parseDevice(text)};
     } catch (const std::invalid_argument& error) {
+        if (text.starts_with("sim:")) // a device in which a step is wrong
+            throw;
         throw std::invalid_argument(fmt::format("'{}' is no file, and as a device {}", text, error.what()));
     }
 }

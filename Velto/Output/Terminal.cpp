@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <new>
 #include <utility>
 
@@ -86,6 +87,8 @@ void complain(std::string_view subject, std::string_view message) {
 std::string messageOf(const std::exception& error) {
     if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr)
         return "out of memory";
+    if (const auto* const failure = dynamic_cast<const std::filesystem::filesystem_error*>(&error))
+        return failure->code().message();
     return placedMessageOf(error);
 }
 
