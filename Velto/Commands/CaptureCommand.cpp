@@ -69,7 +69,7 @@ int captureWith(const CaptureOptions& options) {
     loop.addTimer(Files::GrowingRecording::kBetweenSyncs, [&] { capture.sync(); });
     const bool showsLine = standardOutputIsTerminal();
     if (showsLine)
-        loop.addTimer(kBetweenLines, [&] { writeStandardOutput(kWipedLine + capture.line()); });
+        loop.addTimer(kBetweenLines, [&] { writeStandardOutput(kWipedLine + onOneRow(capture.line())); });
     int status = attempt([&] { loop.run(options.duration); });
     signals.beginEnd();
     surface.reset();

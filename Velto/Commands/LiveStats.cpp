@@ -126,7 +126,7 @@ public:
 
     // The pads stand below the rest, or beside it where rows are few.
     [[nodiscard]] std::string text(bool isBeside) const {
-        return isBeside ? beside(streamRows(), padRows()) : streamRows() + padRows();
+        return isBeside ? beside(streamRows(), padRows(kNarrow)) : streamRows() + padRows(kWide);
     }
 
     // `ns`: since the start.
@@ -144,6 +144,10 @@ public:
     }
 
 private:
+    // The widths of a pad's name: beside the rest within 80 columns, and below it.
+    static constexpr int kNarrow = 4;
+    static constexpr int kWide = 18;
+
     [[nodiscard]] std::string streamRows() const {
         std::string text =
             row("reports", fmt::format("{}", _reports)) + row("rate", number(rateHz(), "{:.2f} Hz")) +
@@ -154,10 +158,10 @@ private:
                row("firmware resets", fmt::format("{}", _pipeline.resetCount)) +
                row("invalid reports", fmt::format("{}", _invalidReports));
     }
-    [[nodiscard]] std::string padRows() const {
-        std::string text = fmt::format("  {:<18}{}\n", "pad", padHeading());
+    [[nodiscard]] std::string padRows(int nameWidth) const {
+        std::string text = fmt::format("  {:<{}}{}\n", "pad", nameWidth, padHeading());
         for (std::size_t i = 0; i < kPadCount; ++i)
-            text += fmt::format("  {:<18}{}\n", letterOf(i), padCells(_pads[i]));
+            text += fmt::format("  {:<{}}{}\n", letterOf(i), nameWidth, padCells(_pads[i]));
         return text;
     }
     // Of all reports.
@@ -208,7 +212,7 @@ public:
         _rows = 0;
         for (std::size_t begin = 0; begin < text.size(); ++_rows) {
             const std::size_t end = text.find('\n', begin);
-            shown += text.substr(begin, end - begin) + "\x1b[K\n";
+            shown += "\x1b[K" + onOneRow(std::string_view(text).substr(begin, end - begin)) + "\n";
             begin = end + 1;
         }
         writeStandardOutput(shown);

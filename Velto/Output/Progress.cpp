@@ -35,7 +35,7 @@ void Progress::look(std::uint64_t done) {
     const std::string amount =
         _total == 0 ? fmt::format("{}", done)
                     : fmt::format("{:.0f} %", 100.0 * static_cast<double>(done) / static_cast<double>(_total));
-    std::fputs(fmt::format("{}{}: {}", kWipedLine, _work, amount).c_str(), stderr);
+    std::fputs((kWipedLine + onOneRow(fmt::format("{}: {}", _work, amount))).c_str(), stderr);
 }
 
 } // namespace VeltoTouch::Velto

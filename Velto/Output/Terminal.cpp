@@ -132,6 +132,8 @@ bool refusesColours() noexcept {
     return noColour != nullptr && *noColour != '\0';
 }
 
+std::string onOneRow(std::string_view text) { return fmt::format("\x1b[?7l{}\x1b[?7h", text); }
+
 void leaveOutColours() noexcept { areColoursLeftOut = true; }
 
 std::string coloured(Colour colour, std::string_view text) {

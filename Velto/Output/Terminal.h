@@ -57,6 +57,9 @@ auto about(const std::string& subject, const Work& work) {
 enum class Colour { Plain, Bold, Green, Yellow, Red };
 [[nodiscard]] std::string coloured(Colour colour, std::string_view text);
 
+// Makes a text stay on its row of a terminal, which leaves out what goes beyond.
+[[nodiscard]] std::string onOneRow(std::string_view text);
+
 // From now on nothing is coloured: what is written goes elsewhere.
 void leaveOutColours() noexcept;
 
