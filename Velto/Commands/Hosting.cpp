@@ -39,13 +39,27 @@ std::string ownPlugIn() {
     return (folder / VELTO_BIN_TO_PRIVATE / kPlugInName).lexically_normal();
 }
 
-} // namespace
-
-CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& description) {
-    app.addList(deviceList());
+CLI::Option* addDeviceOf(App& app, HelpList devices, DeviceChoice& target, const std::string& description) {
+    app.addList(std::move(devices));
     CLI::Option* option = app.add_option_function<std::string>(
         "--device", [&target](const std::string& text) { target = parseDeviceOption("--device", text); }, description);
     return app.offer(option, deviceCandidates())->type_name("DEVICE");
+}
+
+} // namespace
+
+CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& description) {
+    return addDeviceOf(app, deviceList(), target, description);
+}
+
+CLI::Option* addDeviceToServe(App& app, DeviceChoice& target) {
+    HelpList devices = deviceList();
+    devices.entries.pop_back(); // the standard input
+    return addDeviceOf(app, std::move(devices), target, "The surface; see below")
+        ->required()
+        ->check([](const std::string& device) {
+            return device == "-" ? "the standard input cannot be served (velto run, view and dump read it)" : "";
+        });
 }
 
 CLI::Option* addWatched(App& app, Watched& target, const std::string& description) {

@@ -14,6 +14,9 @@ namespace VeltoTouch::Velto {
 // --device DEVICE, and the devices at the end of the help.
 CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& description);
 
+// The same for what is served, which the standard input cannot be. Required.
+CLI::Option* addDeviceToServe(App& app, DeviceChoice& target);
+
 // DEVICE|FILE, and the devices at the end of the help.
 CLI::Option* addWatched(App& app, Watched& target, const std::string& description);
 

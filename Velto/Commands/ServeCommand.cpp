@@ -186,9 +186,7 @@ int run(const ServeOptions& options) {
 Command makeServeCommand(App& program) {
     const auto options = std::make_shared<ServeOptions>();
     App* app = program.addCommand("serve", {"velto serve --device surface"}, kServeText);
-    addDevice(*app, options->device, "The surface; see below")->required()->check([](const std::string& device) {
-        return device == "-" ? "the standard input cannot be served (velto run, view and dump read it)" : "";
-    });
+    addDeviceToServe(*app, options->device);
     addPlugIn(*app, options->plugIn);
     addBus(*app, options->bus);
     addConfiguration(*app, options->folder,
