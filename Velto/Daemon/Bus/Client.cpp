@@ -19,7 +19,7 @@
 namespace VeltoTouch::Bus {
 namespace {
 
-constexpr std::uint64_t kPatience = 5'000'000; // microseconds, with a service's loop, which never works for long
+constexpr std::uint64_t kPatience = 10'000'000; // microseconds, with a service's loop, which never works for long
 
 [[noreturn]] void fail(const std::string& what) { throw std::runtime_error(what); }
 

@@ -37,7 +37,7 @@ public:
     struct MayBeUnserved {};
     Client(Which which, const std::string& device, MayBeUnserved);
     [[nodiscard]] bool isServed() const;
-    // Throws NoAnswer if the service's loop has not answered within five seconds.
+    // Throws NoAnswer if the service's loop has not answered within ten seconds.
     void requireAnswer();
 
     // Never returns nil: a property that is absent is refused.
