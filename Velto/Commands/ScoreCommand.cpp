@@ -125,6 +125,10 @@ private:
     }
 
     [[nodiscard]] bool keepsItsBounds() const {
+        if (_options.leastRecall && _total.meant() == 0) {
+            complain("score", "no tap, hold or slide was meant, so there is no recall");
+            return false;
+        }
         if (_options.leastRecall && _total.recall() < *_options.leastRecall) {
             complain("score", fmt::format("recall {} is below {}", _total.recall(), *_options.leastRecall));
             return false;
