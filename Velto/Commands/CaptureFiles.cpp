@@ -138,8 +138,8 @@ TroubleCapture::TroubleCapture(const Options& options, const Bench::TroubleWatch
     about(_options.folder, [this] {
         fs::create_directories(_options.folder);
         lockFolder();
-        keepLimit();
     });
+    keepLimit();
 }
 
 // A limit counts and deletes the recordings of others too: nobody else may write any. A file system without locks is
@@ -186,14 +186,17 @@ void TroubleCapture::sync() {
 void TroubleCapture::finish() { _window.finish(); }
 
 void TroubleCapture::keepLimit() const {
-    if (!_options.limit)
-        return;
+    if (_options.limit)
+        about(_options.folder, [this] { deleteBeyond(*_options.limit); });
+}
+
+void TroubleCapture::deleteBeyond(std::uint64_t limit) const {
     const std::vector<OwnFile> files = ownFiles(_options.folder);
     std::uint64_t total = 0;
     for (const OwnFile& file : files)
         total += file.size;
     for (const OwnFile& file : files) {
-        if (total <= *_options.limit)
+        if (total <= limit)
             return;
         if (_recording && file.path == _recording->path())
             continue;

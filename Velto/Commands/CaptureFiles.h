@@ -111,6 +111,7 @@ private:
     void begin();
     void end();
     void keepLimit() const;
+    void deleteBeyond(std::uint64_t limit) const;
     void lockFolder();
 
     const Options _options;

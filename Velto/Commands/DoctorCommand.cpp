@@ -76,6 +76,14 @@ private:
     std::string _text;
 };
 
+Finding make(const ExaminationStep& step, Examination& examination) {
+    try {
+        return step.make(examination);
+    } catch (const Bus::NoAnswer&) { // it has begun to hang
+        return examination.noAnswer();
+    }
+}
+
 int examine(const DoctorOptions& options) {
     const bool isForPerson = !options.jsonl && standardOutputIsTerminal();
     const double seconds = options.wait.value_or(isForPerson ? kUsualWait : 0);
@@ -86,7 +94,7 @@ int examine(const DoctorOptions& options) {
     Page page;
     for (const ExaminationStep& step : examinationSteps()) {
         page.begin(step.line);
-        const Finding finding = step.make(examination);
+        const Finding finding = make(step, examination);
         if (options.jsonl)
             writeLine(step, finding);
         else

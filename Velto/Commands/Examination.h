@@ -47,6 +47,9 @@ public:
     [[nodiscard]] Finding key();
     [[nodiscard]] Finding readers() const;
 
+    // What there is to say where a check has thrown Bus::NoAnswer.
+    [[nodiscard]] Finding noAnswer() const;
+
 private:
     [[nodiscard]] bool hasNode() const noexcept { return _device.starts_with('/'); }
     [[nodiscard]] bool isServed() const;

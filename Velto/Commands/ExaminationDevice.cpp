@@ -80,7 +80,8 @@ Finding Examination::surface() {
     if (_device.empty() && !isFirstWanted && nodes.empty() && madeUp != _served.end())
         _device = *madeUp;
     if (!_device.empty() && !hasNode())
-        return isServed() || mayBeServed(_device) ? Finding{.verdict = Yes, .text = _device} : missing(_device);
+        return isServed() || mayBeServed(_device) || !_busFailure.empty() ? Finding{.verdict = Yes, .text = _device}
+                                                                          : missing(_device);
     if (_device.empty() && !nodes.empty())
         _device = nodes.front().path;
     if (_device.empty())
@@ -102,13 +103,11 @@ Finding Examination::node() const {
         return {.verdict = Yes, .text = "may be opened"};
     if (isServed())
         return {.verdict = Yes, .text = "opened by its service"};
-    if (error == EACCES)
+    if (error == EACCES || error == EPERM)
         return noRight(_device);
     return {.verdict = No,
             .text = fmt::format("{} cannot be opened: {}", _device, std::generic_category().message(error)),
-            .advice = error == EPERM
-                          ? "this container or unit forbids it: allow the device there"
-                          : "unplug the surface and plug it in again; sudo dmesg shows what the kernel says"};
+            .advice = "unplug the surface and plug it in again; sudo dmesg shows what the kernel says"};
 }
 
 } // namespace VeltoTouch::Velto

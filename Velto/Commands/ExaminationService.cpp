@@ -113,6 +113,10 @@ std::string Examination::howToRestart() const {
     return hasNode() && isOnSystemBus() ? "sudo systemctl restart " + unit() : "end velto serve and start it again";
 }
 
+Finding Examination::noAnswer() const {
+    return {.verdict = No, .text = "the service does not answer", .advice = howToRestart()};
+}
+
 Finding Examination::service() {
     if (!_busFailure.empty())
         return {.verdict = No,
@@ -126,7 +130,7 @@ Finding Examination::service() {
         _client.emplace(_options.served.bus, _device);
         version = textOf(_client->getObjectProperty("Version"));
     } catch (const Bus::NoAnswer&) {
-        return {.verdict = No, .text = "the service does not answer", .advice = howToRestart()};
+        return noAnswer();
     } catch (const std::runtime_error& error) {
         const bool isRefused = std::string_view(error.what()).starts_with("not allowed");
         return {.verdict = No,
@@ -137,6 +141,8 @@ Finding Examination::service() {
         const std::string since = timeOf(_client->getObjectProperty("Since"));
         _keyboard = textOf(_client->getObjectProperty("Keyboard"));
         return {.verdict = Yes, .text = fmt::format("version {} since {}", version, since)};
+    } catch (const Bus::NoAnswer&) {
+        return noAnswer();
     } catch (const std::runtime_error&) {
         return {.verdict = No,
                 .text = fmt::format("the service of version {} is older than this program", version),

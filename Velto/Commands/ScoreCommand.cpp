@@ -125,7 +125,7 @@ private:
     }
 
     [[nodiscard]] bool keepsItsBounds() const {
-        if (_options.leastRecall && _total.meant() == 0) {
+        if (_options.leastRecall && !_options.shard && _total.meant() == 0) { // a part may have none
             complain("score", "no tap, hold or slide was meant, so there is no recall");
             return false;
         }

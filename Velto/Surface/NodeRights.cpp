@@ -6,6 +6,7 @@
 #include <system_error>
 #include <vector>
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <grp.h>
 #include <pwd.h>
@@ -39,7 +40,9 @@ bool isMember(gid_t group) {
     return std::ranges::find(groups, group) != groups.end();
 }
 
-std::string howToGetTheRight(const struct stat& status) {
+std::string howToGetTheRight(const std::string& node, const struct stat& status) {
+    if (::faccessat(AT_FDCWD, node.c_str(), R_OK | W_OK, AT_EACCESS) == 0 || errno == EPERM)
+        return "this container or unit forbids it: allow the device there";
     if (groupOf(status) == kGroup)
         return howToJoin();
     if (::getgrnam(kGroup) == nullptr)
@@ -55,7 +58,7 @@ MissingRight missingRight(const std::string& node) {
         throw std::system_error(errno, std::generic_category());
     return {.text = fmt::format("no right to open {} ({}:{} {:04o})", node, nameOfUser(status.st_uid), groupOf(status),
                                 status.st_mode & 07777U),
-            .advice = howToGetTheRight(status)};
+            .advice = howToGetTheRight(node, status)};
 }
 
 void throwMissingRight(const std::string& node) {

@@ -23,7 +23,7 @@ ConnectedDevice connectNode(const std::string& path) {
     try {
         return {path, makeRef<HidrawDevice>(path), findAccelerometers()};
     } catch (const std::system_error& error) {
-        if (error.code() == std::errc::permission_denied)
+        if (error.code() == std::errc::permission_denied || error.code() == std::errc::operation_not_permitted)
             throwMissingRight(path);
         throw;
     }

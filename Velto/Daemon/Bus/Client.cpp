@@ -173,7 +173,8 @@ BusMessage Client::send(const BusMessage& call, std::uint64_t timeout) {
     BusError error;
     sd_bus_message* reply = nullptr;
     const int result = sd_bus_call(_bus.get(), call.get(), timeout, error.get(), &reply);
-    if (result == -ETIMEDOUT)
+    const bool hasEnded = sd_bus_error_has_name(error.get(), SD_BUS_ERROR_NO_REPLY) != 0; // the bus knows that
+    if (result == -ETIMEDOUT && !hasEnded)
         throw NoAnswer(_which);
     if (error.isSet())
         failWith(*error.get());

@@ -18,7 +18,7 @@ namespace VeltoTouch::Bus {
 // std::runtime_error if there is no bus.
 [[nodiscard]] std::vector<std::string> servedOn(Which which);
 
-// A service that hangs, with a message for people.
+// A service did not answer in time. With a message for people.
 class NoAnswer : public std::runtime_error {
 public:
     explicit NoAnswer(Which which);
