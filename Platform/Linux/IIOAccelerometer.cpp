@@ -4,6 +4,7 @@
 #include "Platform/Linux/EventReader.h"
 #include "Platform/Linux/IIOSamplingFrequency.h"
 
+#include <ratio>
 #include <utility>
 
 #include <iio.h>
@@ -12,7 +13,6 @@ namespace VeltoTouch {
 namespace {
 
 constexpr double kStandardGravity = 9.80665; // m/s^2
-constexpr double kMicrosecondsPerSecond = 1'000'000;
 
 // For a HID sensor that does not answer the kernel waits five seconds and then returns 0 as a value.
 constexpr double kLongestReadUs = 4'500'000;
@@ -102,7 +102,7 @@ bool IIOAccelerometer::setProperty(const std::string& key, const Ref<Value>& val
 void IIOAccelerometer::applyInterval() noexcept {
     const double intervalUs = _intervalUs;
     if (_appliedIntervalUs.exchange(intervalUs) != intervalUs)
-        setSamplingFrequency(kMicrosecondsPerSecond / intervalUs);
+        setSamplingFrequency(std::micro::den / intervalUs);
 }
 
 // The frequency may belong to the axes or to the device. A refused step is skipped.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <ratio>
 #include <system_error>
 #include <utility>
 
@@ -17,7 +18,6 @@ namespace VeltoTouch {
 namespace {
 
 constexpr std::uint64_t kWakeIdentifier = 0;
-constexpr double kNanosecondsPerSecond = 1e9;
 constexpr std::uint64_t kNanosecondsPerMillisecond = 1'000'000;
 constexpr double kLongestWaitSeconds = 1e9;             // what is longer waits for ever
 constexpr std::uint64_t kLongestWaitMs = 1'000'000'000; // of one epoll_wait
@@ -148,7 +148,7 @@ void RunLoop::remove(std::uint64_t identifier) noexcept {
 CFRunLoopRunResult RunLoop::run(std::string_view mode, double seconds, bool returnAfterSourceHandled) {
     std::optional<std::uint64_t> deadline;
     if (seconds < kLongestWaitSeconds)
-        deadline = mach_absolute_time() + static_cast<std::uint64_t>(std::max(seconds, 0.0) * kNanosecondsPerSecond);
+        deadline = mach_absolute_time() + static_cast<std::uint64_t>(std::max(seconds, 0.0) * std::nano::den);
     for (auto wait = Wait::Woken;;) {
         performBlocks(mode);
         if (_isStopped.exchange(false))

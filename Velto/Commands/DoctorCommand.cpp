@@ -48,7 +48,7 @@ void writeLine(const ExaminationStep& step, const Finding& finding) {
 }
 
 // The checks of one line are written together, as far as they are well.
-class Page {
+class Sheet {
 public:
     // Called before a check is made: it may take its time.
     void begin(std::string_view line) {
@@ -91,18 +91,18 @@ int examine(const DoctorOptions& options) {
         {.served = options.served,
          .wait = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(seconds)),
          .askForTouch = [seconds] { writeErrorLine(fmt::format("touch the surface now ({:g} s)", seconds)); }});
-    Page page;
+    Sheet sheet;
     for (const ExaminationStep& step : examinationSteps()) {
-        page.begin(step.line);
+        sheet.begin(step.line);
         const Finding finding = make(step, examination);
         if (options.jsonl)
             writeLine(step, finding);
         else
-            page.add(finding);
+            sheet.add(finding);
         if (finding.verdict == Finding::Verdict::No)
             return 1;
     }
-    page.end();
+    sheet.end();
     return 0;
 }
 

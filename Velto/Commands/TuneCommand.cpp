@@ -39,16 +39,16 @@ struct TuneOptions {
 };
 
 // A recording, played at every point.
-struct Played {
+struct PlayedFile {
     std::vector<Faults> faults;
     std::vector<bool> writes; // by sweep: whether it writes the setting itself
     bool hasLabels;
 };
 
-Played play(const TuneOptions& options, const std::vector<std::vector<Setting>>& points, const std::string& file) {
+PlayedFile play(const TuneOptions& options, const std::vector<std::vector<Setting>>& points, const std::string& file) {
     const PipelineRecording recording = loadRecording(file);
     const LabelledTrack labelled{.track = Track(recording.frames()), .labels = labelsOf(recording.frames())};
-    Played played{
+    PlayedFile played{
         .faults = faultsAt(points, options.settings, labelled), .writes = {}, .hasLabels = !labelled.labels.empty()};
     for (const Sweep& sweep : options.sweeps)
         played.writes.push_back(labelled.track.writes(sweep.key));
@@ -192,7 +192,7 @@ int tune(const TuneOptions& options) {
     const int status = forEachRecordingInOrder(
         options.paths, options.jobs, "tuning on",
         [&](const std::string& file) { return play(options, withPresent, file); },
-        [&](const std::string&, Played played) {
+        [&](const std::string&, PlayedFile played) {
             recordings.push_back(std::move(played.faults));
             for (std::size_t i = 0; i < areWritten.size(); ++i)
                 areWritten[i] = areWritten[i] || played.writes[i];

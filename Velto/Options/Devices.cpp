@@ -18,7 +18,9 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-using namespace VeltoTouch::Surface;
+using Surface::ConnectedDevice;
+using Surface::Simulation;
+using Surface::Step;
 
 bool strip(std::string_view& text, std::string_view prefix) {
     if (!text.starts_with(prefix))
@@ -31,7 +33,7 @@ std::vector<Step> parseSteps(std::string_view text) {
     std::vector<Step> steps;
     for (;;) {
         const auto comma = text.find(',');
-        steps.push_back(parseStep(text.substr(0, comma)));
+        steps.push_back(Surface::parseStep(text.substr(0, comma)));
         if (comma == std::string_view::npos)
             return steps;
         text.remove_prefix(comma + 1);
@@ -40,8 +42,8 @@ std::vector<Step> parseSteps(std::string_view text) {
 
 Simulation::StepSource stepsOf(const SimulatedSurface& surface, std::uint64_t seed) {
     if (surface.steps)
-        return scriptOf(*surface.steps);
-    return [user = std::make_shared<MadeUpUser>(seed)] { return std::optional(user->next()); };
+        return Surface::scriptOf(*surface.steps);
+    return [user = std::make_shared<Surface::MadeUpUser>(seed)] { return std::optional(user->next()); };
 }
 
 // Connects each kind.
@@ -52,21 +54,21 @@ struct Connect {
     ConnectedDevice operator()(const SimulatedSurface& surface) const {
         const Simulation::Options options;
         return {name,
-                simulatedDevice(Simulation(options, stepsOf(surface, options.seed)), speed),
-                {makeRef<SimulatedAccelerometer>()}};
+                Surface::simulatedDevice(Simulation(options, stepsOf(surface, options.seed)), speed),
+                {makeRef<Surface::SimulatedAccelerometer>()}};
     }
     ConnectedDevice operator()(const RecordedSurface& surface) const {
         const PipelineRecording recording = loadRecording(surface.file);
-        if (const std::uint64_t settings = settingsIn(recording); settings > 0)
+        if (const std::uint64_t settings = Surface::settingsIn(recording); settings > 0)
             complain(surface.file, fmt::format("left out {} recorded settings", settings));
-        return {name, recordingPlayer(recording, speed), {makeRef<SilentAccelerometer>()}};
+        return {name, Surface::recordingPlayer(recording, speed), {makeRef<Surface::SilentAccelerometer>()}};
     }
     ConnectedDevice operator()(const FirstSurface& /*surface*/) const {
-        return connectNode(findSurfaces().front().path);
+        return Surface::connectNode(Surface::findSurfaces().front().path);
     }
-    ConnectedDevice operator()(const SurfaceNode& surface) const { return connectNode(surface.path); }
+    ConnectedDevice operator()(const SurfaceNode& surface) const { return Surface::connectNode(surface.path); }
     ConnectedDevice operator()(const PipedSurface& /*surface*/) const {
-        return {name, makeRef<PipedDevice>(STDIN_FILENO), {makeRef<SilentAccelerometer>()}};
+        return {name, makeRef<Surface::PipedDevice>(STDIN_FILENO), {makeRef<Surface::SilentAccelerometer>()}};
     }
 };
 

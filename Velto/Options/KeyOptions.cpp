@@ -21,13 +21,13 @@ CLI::Option* addSettingOption(App& app, const std::string& name, std::vector<Set
                      keyCandidates(writableKeys(), "="));
 }
 
-// `require` throws std::invalid_argument for a key that is none of the known ones.
+// `check` throws std::invalid_argument for a key that is none of the known ones.
 CLI::Option* addKeyOption(App& app, const std::string& name, std::vector<std::string>& target,
-                          void (*require)(const std::string& key), const std::vector<std::string>& known,
+                          void (*check)(const std::string& key), const std::vector<std::string>& known,
                           const std::string& description) {
-    const auto parse = [&target, require](const std::vector<std::string>& keys) {
+    const auto parse = [&target, check](const std::vector<std::string>& keys) {
         for (const std::string& key : keys)
-            asUsage(key, [&] { require(key); });
+            asUsage(key, [&] { check(key); });
         target = keys;
     };
     app.addList(propertyList());
