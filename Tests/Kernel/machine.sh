@@ -69,7 +69,7 @@ pack_guest() { # FOLDER TO
 boot() { # SECONDS INITRD CONSOLE [OPTION...]
     local seconds=$1 initrd=$2 console=$3
     shift 3
-    timeout "$seconds" qemu-system-x86_64 -accel tcg -cpu max -display none -monitor none \
+    timeout "$seconds" qemu-system-x86_64 -accel tcg -cpu qemu64 -display none -monitor none \
         -serial stdio -nic none -no-reboot -kernel "$kernel/vmlinuz" -initrd "$initrd" \
         -append "console=ttyS0 quiet panic=-1" "$@" </dev/null 2>&1 | tr -d '\r' >"$console"
 }

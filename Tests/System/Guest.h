@@ -51,10 +51,13 @@ public:
         return shell("systemctl show --property " + key + " --value " + unit()).output;
     }
 
+    // Asks now and then: each time is a process, and holds up what is waited for.
+    [[nodiscard]] bool waitUntilState(const std::string& state) const {
+        return eventually([&] { return property("ActiveState") == state; }, std::chrono::milliseconds(300));
+    }
     // Whether the service is up and reads the surface, now that it has done so so many times.
     [[nodiscard]] bool waitUntilServed(int times = 1) {
-        return _device.waitUntilOpened(kOpenedForReports * times) &&
-               eventually([this] { return property("ActiveState") == "active"; });
+        return _device.waitUntilOpened(kOpenedForReports * times) && waitUntilState("active");
     }
     void tapPlayPause() {
         for (const auto& report : reportsOf({"tap:play-pause"}, kAtALowRate))
