@@ -17,7 +17,7 @@ using Verdict = Judgement::Verdict;
 
 [[noreturn]] void refuse(const std::string& what) { throw std::invalid_argument(what); }
 
-void requireSensible(const Judgement& judgement, const std::string& key, const std::vector<std::string>& keys) {
+void requireUsable(const Judgement& judgement, const std::string& key, const std::vector<std::string>& keys) {
     if (judgement.verdict == Verdict::Unknown && judgement.reason.empty())
         refuse("unknown key" + didYouMean(key, keys));
     if (judgement.verdict != Verdict::Sensible && judgement.verdict != Verdict::Doubtful)
@@ -36,16 +36,16 @@ Setting parseSetting(std::string_view text, KeyScope scope) {
         parsed = makeRef<String>(std::string(value));
     Setting setting{.key = std::string(text.substr(0, equals)), .value = std::move(parsed)};
     const bool isOutside = scope == KeyScope::Pipeline && !Keys::belowPipeline(setting.key);
-    requireSensible(isOutside ? Judgement{.verdict = Verdict::Unknown, .reason = {}}
-                              : judgeWrite(setting.key, setting.value.get()),
-                    setting.key, writableKeys());
+    requireUsable(isOutside ? Judgement{.verdict = Verdict::Unknown, .reason = {}}
+                            : judgeWrite(setting.key, setting.value.get()),
+                  setting.key, writableKeys());
     return setting;
 }
 
 void requireReadable(const std::string& key) {
     if (key.empty())
         refuse("a key is wanted");
-    requireSensible(judgeRead(key), key, readableKeys());
+    requireUsable(judgeRead(key), key, readableKeys());
 }
 
 void requireServed(const std::string& key) {
