@@ -65,7 +65,7 @@ pack_guest() { # FOLDER TO
     (cd "$1" && find . | cpio --quiet -o -H newc) | gzip -1 >"$2"
 }
 
-# Runs until the machine restarts; what it says goes to a file.
+# Runs until the machine restarts; what it says goes to a file. A processor without vector extensions is emulated quicker.
 boot() { # SECONDS INITRD CONSOLE [OPTION...]
     local seconds=$1 initrd=$2 console=$3
     shift 3

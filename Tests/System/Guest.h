@@ -51,7 +51,7 @@ public:
         return shell("systemctl show --property " + key + " --value " + unit()).output;
     }
 
-    // Asks now and then: each time is a process, and holds up what is waited for.
+    // Asks seldom: each time starts a process, which holds up what is waited for.
     [[nodiscard]] bool waitUntilState(const std::string& state) const {
         return eventually([&] { return property("ActiveState") == state; }, std::chrono::milliseconds(300));
     }
