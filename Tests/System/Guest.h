@@ -59,8 +59,8 @@ public:
     [[nodiscard]] bool waitUntilServed(int times = 1) {
         return _device.waitUntilOpened(kOpenedForReports * times) && waitUntilState("active");
     }
-    void tapPlayPause() {
-        for (const auto& report : reportsOf({"tap:play-pause"}, kAtALowRate))
+    void play(const std::string& step) {
+        for (const auto& report : reportsOf({step}, kAtALowRate))
             _device.send(report);
     }
     void unplug() { _device.unplug(); }

@@ -34,7 +34,7 @@ TEST(SurfaceServiceTest, EachTimeItIsPluggedInTheSurfaceGetsItsService) {
         ASSERT_TRUE(surface.waitUntilServed());
         EXPECT_EQ(ownersOf(surface.node()), "root velto 660");
         EXPECT_EQ(threadsAt(63, surface.property("MainPID")), 1);
-        surface.tapPlayPause();
+        surface.play("tap:play-pause");
         EXPECT_THAT(keyboard.next(2), testing::ElementsAre("+Play", "-Play"));
         surface.unplug();
         EXPECT_TRUE(surface.waitUntilState("inactive"));
@@ -109,14 +109,21 @@ constexpr const char* kHoldTimeout = "Pipeline.Algs.HoldTimeoutMilliseconds";
 
 std::string holdTimeout() { return shell(std::string("velto get --jsonl ") + kHoldTimeout).output; }
 
-// What WhatIsKeptHolds keeps, at a surface with this keyboard.
-void expectKept(ServedSurface& surface, const std::string& keyboard) {
-    const std::string kept = R"("value":450,"source":"/etc/velto-touch/config.d/90-set.toml:)";
+void expectKeptHoldTimeout(int milliseconds) {
+    const std::string kept =
+        "\"value\":" + std::to_string(milliseconds) + R"(,"source":"/etc/velto-touch/config.d/90-set.toml:)";
     EXPECT_TRUE(eventually([&] { return holdTimeout().find(kept) != std::string::npos; })) << holdTimeout();
-    KeyReader reader(keyboard);
-    surface.tapPlayPause();
-    EXPECT_THAT(reader.next(2), testing::ElementsAre("+Mute", "-Mute"));
-    EXPECT_EQ(surface.property("NRestarts"), "0");
+}
+
+// What `run` kept before the system started.
+TEST(SurfaceServiceTest, WhatWasKeptBeforeTheStartHolds) {
+    KernelNews news;
+    ServedSurface surface;
+    KeyReader keyboard(news.waitForNode("input/event"));
+    ASSERT_TRUE(surface.waitUntilServed());
+    expectKeptHoldTimeout(470);
+    surface.play("tap:volume-up");
+    EXPECT_THAT(keyboard.next(2), testing::ElementsAre("+Assistant", "-Assistant"));
 }
 
 // At once and after a reload. The keyboard is made anew for a key that it has not.
@@ -131,12 +138,16 @@ TEST(SurfaceServiceTest, WhatIsKeptHolds) {
     EXPECT_EQ(shell("velto set " + setting + "=300").output, "");
     EXPECT_THAT(holdTimeout(), testing::HasSubstr("set for now"));
     EXPECT_EQ(shell("systemctl reload " + surface.unit()).output, "");
-    expectKept(surface, keyboard);
+    expectKeptHoldTimeout(450);
+    KeyReader reader(keyboard);
+    surface.play("tap:play-pause");
+    EXPECT_THAT(reader.next(2), testing::ElementsAre("+Mute", "-Mute"));
+    EXPECT_EQ(surface.property("NRestarts"), "0");
     EXPECT_THAT(shell("su -s /bin/sh sitter -c 'velto set --keep " + setting + "=1'").output,
                 testing::HasSubstr("only root may keep settings"));
 }
 
-// Last of its boot, since it leaves no system to test where it fails.
+// The last, since it leaves no system to test where it fails.
 TEST(SurfaceServiceTest, ItComesAndGoesWithThePackage) {
     ServedSurface surface;
     ASSERT_TRUE(surface.waitUntilServed());
@@ -153,16 +164,6 @@ TEST(SurfaceServiceTest, ItComesAndGoesWithThePackage) {
     EXPECT_EQ(shell("dpkg --install /opt/*.deb").status, 0);
     EXPECT_TRUE(surface.waitUntilServed(3));
     EXPECT_EQ(ownersOf(surface.node()) + ", " + ownersOf("/dev/uinput"), "root velto 660, root velto-uinput 660");
-    EXPECT_EQ(failedUnits(), "");
-}
-
-// In a boot of its own, after that of the other tests: nobody but the plugged-in surface starts anything.
-TEST(RebootTest, WhatWasKeptHolds) {
-    KernelNews news;
-    ServedSurface surface;
-    const std::string keyboard = news.waitForNode("input/event");
-    ASSERT_TRUE(surface.waitUntilServed());
-    expectKept(surface, keyboard);
     EXPECT_EQ(failedUnits(), "");
 }
 
