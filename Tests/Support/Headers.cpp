@@ -1,0 +1,1 @@
+// Nothing but the precompiled headers that all tests share.
