@@ -50,11 +50,9 @@ public:
 
 private:
     [[nodiscard]] static std::string nameOf(int key) {
-        static const std::map<int, std::string> kNames{{KEY_PLAYPAUSE, "Play"},
-                                                       {KEY_ASSISTANT, "Assistant"},
-                                                       {KEY_VOLUMEUP, "Up"},
-                                                       {KEY_VOLUMEDOWN, "Down"},
-                                                       {KEY_MUTE, "Mute"}};
+        static const std::map<int, std::string> kNames{{KEY_PLAYPAUSE, "Play"}, {KEY_ASSISTANT, "Assistant"},
+                                                       {KEY_VOLUMEUP, "Up"},    {KEY_VOLUMEDOWN, "Down"},
+                                                       {KEY_MUTE, "Mute"},      {KEY_NEXTSONG, "Next"}};
         const auto known = kNames.find(key);
         return known == kNames.end() ? std::to_string(key) : known->second;
     }

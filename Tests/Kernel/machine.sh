@@ -38,12 +38,15 @@ update_packages() {
     "${as_root[@]}" apt-get -qq update </dev/null >&2
 }
 
-# The kernel out of its boot image, of which the header says where: the emulated processor would take long to unpack it.
+# The kernel out of its boot image, whose header says where it lies; its length follows it, in four bytes. The emulated
+# processor would take long to unpack it.
 unpack_kernel() { # VMLINUZ TO
     local sectors offset size
-    sectors=$(od -An -tu1 -j 0x1f1 -N 1 "$1") offset=$(od -An -tu4 -j 0x248 -N 4 "$1") size=$(od -An -tu4 -j 0x24c -N 4 "$1")
+    sectors=$(od -An -tu1 -j 0x1f1 -N 1 "$1")
+    offset=$(od -An -tu4 -j 0x248 -N 4 "$1")
+    size=$(od -An -tu4 -j 0x24c -N 4 "$1")
     dd if="$1" bs=1M iflag=skip_bytes,count_bytes skip=$(((sectors + 1) * 512 + offset)) count=$((size - 4)) status=none |
-        xz -dc >"$2" # what follows tells its length
+        xz -dc >"$2"
 }
 
 # Unpacks what is needed of the kernel into $kernel: vmlinux, the modules, and its version in a file. It is not
@@ -75,7 +78,7 @@ pack_guest() { # FOLDER TO
 }
 
 # Runs until the machine restarts; what it says goes to a file. A processor without vector extensions is emulated quicker,
-# and a kernel that trusts it.
+# and so is a kernel without its guards against processors' faults.
 boot() { # SECONDS INITRD CONSOLE [OPTION...]
     local seconds=$1 initrd=$2 console=$3
     shift 3
