@@ -1,12 +1,11 @@
 #include "Velto/Daemon/ReloadSignal.h"
 
-#include <cerrno>
+#include "Platform/FileDescriptor.h"
+
 #include <csignal>
-#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace VeltoTouch {
@@ -25,23 +24,17 @@ bool hasTerminal() noexcept {
 } // namespace
 
 ReloadSignal::ReloadSignal(EventLoop& loop, EventLoop::Handler handler)
-    : _loop(loop), _handler(std::move(handler)), _outlivesTerminal(isIgnored(SIGHUP)), _hadTerminal(hasTerminal()) {
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGHUP);
-    pthread_sigmask(SIG_BLOCK, &set, nullptr);
-    _descriptor = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
-    if (!_descriptor.isOpen())
-        throw std::system_error(errno, std::generic_category(), "signals");
-    loop.addDescriptor(_descriptor.get(), [this] { read(); });
+    : _loop(loop), _handler(std::move(handler)), _outlivesTerminal(isIgnored(SIGHUP)),
+      _hadTerminal(hasTerminal()), _signal{SIGHUP} {
+    loop.addDescriptor(_signal.get(), [this] { read(); });
 }
 
 void ReloadSignal::read() {
-    signalfd_siginfo signal{};
-    if (::read(_descriptor.get(), &signal, sizeof signal) != sizeof signal)
+    const auto signal = _signal.next();
+    if (!signal)
         return;
-    const bool isOfShell = static_cast<pid_t>(signal.ssi_pid) == ::getsid(0);
-    const bool hasTerminalGone = signal.ssi_code == SI_KERNEL || (_hadTerminal && isOfShell && !hasTerminal());
+    const bool isOfShell = static_cast<pid_t>(signal->ssi_pid) == ::getsid(0);
+    const bool hasTerminalGone = signal->ssi_code == SI_KERNEL || (_hadTerminal && isOfShell && !hasTerminal());
     if (!hasTerminalGone)
         _handler();
     else if (!_outlivesTerminal)

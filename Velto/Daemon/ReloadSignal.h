@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/FileDescriptor.h"
 #include "Velto/Daemon/EventLoop.h"
+#include "Velto/Daemon/SignalDescriptor.h"
 
 namespace VeltoTouch {
 
@@ -23,7 +23,7 @@ private:
     const EventLoop::Handler _handler;
     const bool _outlivesTerminal;
     const bool _hadTerminal;
-    FileDescriptor _descriptor;
+    const SignalDescriptor _signal;
 };
 
 } // namespace VeltoTouch

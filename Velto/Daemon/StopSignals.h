@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/FileDescriptor.h"
 #include "Velto/Daemon/EventLoop.h"
+#include "Velto/Daemon/SignalDescriptor.h"
 
 namespace VeltoTouch {
 
@@ -20,7 +20,7 @@ public:
     void beginEnd() noexcept;
 
 private:
-    FileDescriptor _descriptor;
+    const SignalDescriptor _signals;
 };
 
 } // namespace VeltoTouch

@@ -1,40 +1,27 @@
 #include "Velto/Output/Screen.h"
 
-#include "Platform/FileDescriptor.h"
 #include "Platform/UTF8.h"
+#include "Velto/Daemon/SignalDescriptor.h"
 #include "Velto/Output/Terminal.h"
 #include "Velto/Output/TerminalRescue.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
-#include <system_error>
 
 #define NCURSES_NOMACROS // functions in place of macros with common names
 #include <curses.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Velto {
 namespace {
-
-constexpr std::array kTerminalSignals{SIGHUP, SIGQUIT, SIGTSTP, SIGCONT, SIGWINCH};
-
-sigset_t terminalSignals() noexcept {
-    sigset_t set;
-    sigemptyset(&set);
-    for (const int signal : kTerminalSignals)
-        sigaddset(&set, signal);
-    return set;
-}
 
 // What makes the terminal do something; null if it cannot.
 const char* capabilityNamed(const char* name) noexcept {
@@ -63,7 +50,7 @@ std::size_t lengthOf(std::string_view text, int columns) noexcept {
 struct Screen::Terminal {
     File ownInput; // null: the standard input
     SCREEN* screen = nullptr;
-    FileDescriptor signals;
+    std::optional<SignalDescriptor> signals;
     bool hasColours = false;
 
     [[nodiscard]] FILE* input() const noexcept { return ownInput ? ownInput.get() : stdin; }
@@ -76,11 +63,7 @@ struct Screen::Terminal {
             if (!ownInput)
                 throw std::runtime_error("there is no terminal to read keys from");
         }
-        const sigset_t set = terminalSignals();
-        pthread_sigmask(SIG_BLOCK, &set, nullptr);
-        signals = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
-        if (!signals.isOpen())
-            throw std::system_error(errno, std::generic_category(), "signals");
+        signals.emplace({SIGHUP, SIGQUIT, SIGTSTP, SIGCONT, SIGWINCH});
         begin();
     }
     Terminal(const Terminal&) = delete;
@@ -190,13 +173,12 @@ std::optional<Screen::Press> Screen::nextPress() {
 
 bool Screen::isGone() const noexcept { return TerminalRescue::isReady(keys(), POLLHUP | POLLERR); }
 
-int Screen::signals() const noexcept { return _terminal->signals.get(); }
+int Screen::signals() const noexcept { return _terminal->signals->get(); }
 
 bool Screen::handleSignals() {
-    signalfd_siginfo signal{};
     bool isToEnd = false;
-    while (::read(signals(), &signal, sizeof signal) > 0) {
-        switch (signal.ssi_signo) {
+    while (const auto signal = _terminal->signals->next()) {
+        switch (signal->ssi_signo) {
         case SIGTSTP:
             suspend();
             break;
