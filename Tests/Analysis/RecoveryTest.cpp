@@ -2,8 +2,6 @@
 #include "Plugin/Recording/ContainerWriter.h"
 #include "Tests/Support/Frames.h"
 
-#include <chrono>
-
 #include <fmt/ranges.h>
 #include <gmock/gmock.h>
 
@@ -131,7 +129,8 @@ TEST(RecoveryTest, SaysTheVersionAndWhatIsLost) {
         EXPECT_EQ(summaryOf(text), summary) << text;
 }
 
-// Two braces or quotes in another's sight must not make every try as long as the text.
+// Two braces or quotes in another's sight must not make every try as long as the text: for one of these texts the tries
+// would take longer than a test may.
 TEST(RecoveryTest, TakesTimeInProportionToTheTextWhateverIsInIt) {
     const std::string frame = R"({"Data":"01","Timestamp":5,"Type":"InputReport"})";
     for (const std::string piece :
@@ -139,9 +138,7 @@ TEST(RecoveryTest, TakesTimeInProportionToTheTextWhateverIsInIt) {
         std::string text;
         while (text.size() < std::size_t{1} << 20U)
             text += piece;
-        const auto start = std::chrono::steady_clock::now();
         const auto recovery = recovered(text + "\n" + frame);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << piece;
         ASSERT_TRUE(recovery) << piece;
         EXPECT_THAT(textsOf(recovery->frames), testing::ElementsAre("[01]@5")) << piece;
     }
