@@ -29,10 +29,10 @@ struct Command {
 [[nodiscard]] Command makeScoreCommand(App& program);
 [[nodiscard]] Command makeCompareCommand(App& program);
 [[nodiscard]] Command makeTuneCommand(App& program);
-[[nodiscard]] Command makeExportCommand(App& program);
 [[nodiscard]] Command makePlotCommand(App& program);
 [[nodiscard]] Command makeStatsCommand(App& program);
 [[nodiscard]] Command makeRecoverCommand(App& program);
+[[nodiscard]] Command makeExportCommand(App& program);
 [[nodiscard]] Command makeRunCommand(App& program);
 [[nodiscard]] Command makeViewCommand(App& program);
 [[nodiscard]] Command makeDumpCommand(App& program);

@@ -7,6 +7,8 @@
 namespace VeltoTouch::Velto {
 namespace {
 
+constexpr const char* kStandardInput = "-";
+
 HelpList deviceList() {
     return {.heading = "Devices",
             .entries = {{"sim", "the simulated surface with a made-up user, without end"},
@@ -14,7 +16,7 @@ HelpList deviceList() {
                         {"replay:FILE", "a recording's reports; its settings are left out"},
                         {"surface", "the first surface on this machine"},
                         {"/dev/hidrawN", "a surface on this machine, as listed by velto devices"},
-                        {"-", "reports on the standard input: lines of hexadecimal bytes"}},
+                        {kStandardInput, "reports on the standard input: lines of hexadecimal bytes"}},
             .remarks = {},
             .textColumn = 18};
 }
@@ -54,11 +56,12 @@ CLI::Option* addDevice(App& app, DeviceChoice& target, const std::string& descri
 
 CLI::Option* addDeviceToServe(App& app, DeviceChoice& target) {
     HelpList devices = deviceList();
-    devices.entries.pop_back(); // the standard input
+    std::erase_if(devices.entries, [](const auto& entry) { return entry.term == kStandardInput; });
     return addDeviceOf(app, std::move(devices), target, "The surface; see below")
         ->required()
         ->check([](const std::string& device) {
-            return device == "-" ? "the standard input cannot be served (velto run, view and dump read it)" : "";
+            return device == kStandardInput ? "the standard input cannot be served (velto run, view and dump read it)"
+                                            : "";
         });
 }
 
