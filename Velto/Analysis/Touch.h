@@ -38,19 +38,22 @@ struct RuleRow {
     std::string_view op; // the check holds if VALUE op BOUND
     std::string_view unit;
     std::string_view setting; // that switches or moves it
+    std::string_view phrase;  // the rule as the reason in a sentence: "cancel, because of the tap score"
 };
 
 inline constexpr std::array<RuleRow, 10> kRuleRows{{
-    {Rule::Activation, "activation", ">", "count", kActivationThreshold},
-    {Rule::HoldTimeout, "holdTimeout", ">", "ms", kHoldTimeout},
-    {Rule::TouchScore, "touchScore", ">=", "score", kHoldSuppression},
-    {Rule::StaleTimeout, "staleTimeout", ">", "flag", kHoldSuppression},
-    {Rule::SignalPerTouchDuration, "signalPerTouchDuration", ">", "count/ms", kTapSuppression},
-    {Rule::SignalPerDuration, "signalPerDuration", ">=", "count/ms", kTapSuppression},
-    {Rule::NonActivePixels, "nonActivePixels", ">=", "pixels", kTapSuppression},
-    {Rule::TimeDurationRatio, "timeDurationRatio", ">=", "ratio", kTapSuppression},
-    {Rule::TapScore, "tapScore", ">=", "score", kTapSuppression},
-    {Rule::Residual, "residual", ">", "count", kActivationThreshold},
+    {Rule::Activation, "activation", ">", "count", kActivationThreshold, "the activation threshold"},
+    {Rule::HoldTimeout, "holdTimeout", ">", "ms", kHoldTimeout, "the hold time-out"},
+    {Rule::TouchScore, "touchScore", ">=", "score", kHoldSuppression, "the touch score"},
+    {Rule::StaleTimeout, "staleTimeout", ">", "flag", kHoldSuppression, "a time-out flag that was left"},
+    {Rule::SignalPerTouchDuration, "signalPerTouchDuration", ">", "count/ms", kTapSuppression,
+     "a weak signal for its time touching"},
+    {Rule::SignalPerDuration, "signalPerDuration", ">=", "count/ms", kTapSuppression, "a weak signal for its time"},
+    {Rule::NonActivePixels, "nonActivePixels", ">=", "pixels", kTapSuppression, "too many idle pads above noise"},
+    {Rule::TimeDurationRatio, "timeDurationRatio", ">=", "ratio", kTapSuppression,
+     "the short share of its time touching"},
+    {Rule::TapScore, "tapScore", ">=", "score", kTapSuppression, "the tap score"},
+    {Rule::Residual, "residual", ">", "count", kActivationThreshold, "what was left of the press before"},
 }};
 
 [[nodiscard]] constexpr const RuleRow& rowOf(Rule rule) noexcept { return kRuleRows[static_cast<std::size_t>(rule)]; }

@@ -42,7 +42,7 @@ std::string touchText(const Touch* touch) {
         return "no touch";
     const auto reason = touch->reason();
     return fmt::format("{} {}{}{}", nameOf(touch->outcome), nameOf(touch->region), reason ? ", because of " : "",
-                       reason ? nameOf(*reason) : "");
+                       reason ? rowOf(*reason).phrase : "");
 }
 
 std::string meantText(const Label* label, Change change) {

@@ -28,7 +28,7 @@ std::string causeOf(const LabelScore& label) {
     if (label.movedBy)
         return fmt::format("moved by {}", nameOf(*label.movedBy));
     if (label.reason)
-        return fmt::format("because of {}", nameOf(*label.reason));
+        return fmt::format("because of {}", rowOf(*label.reason).phrase);
     if (label.taken)
         return fmt::format("touch {} in its time counts for label {}, which is too close", label.taken->touch,
                            label.taken->label);

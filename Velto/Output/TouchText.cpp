@@ -12,23 +12,6 @@ namespace {
 
 using namespace Analysis;
 
-// A rule as it stands in a sentence.
-std::string_view phraseOf(Rule rule) noexcept {
-    static constexpr std::array<std::string_view, kRuleRows.size()> kPhrases{
-        "the activation threshold",             // activation
-        "the hold time-out",                    // holdTimeout
-        "the touch score",                      // touchScore
-        "a time-out flag that was left",        // staleTimeout
-        "a weak signal for its time touching",  // signalPerTouchDuration
-        "a weak signal for its time",           // signalPerDuration
-        "too many idle pads above noise",       // nonActivePixels
-        "the short share of its time touching", // timeDurationRatio
-        "the tap score",                        // tapScore
-        "what was left of the press before",    // residual
-    };
-    return kPhrases[static_cast<std::size_t>(rule)];
-}
-
 Colour colourOf(Outcome outcome) noexcept {
     switch (outcome) {
     case Outcome::Tap:
@@ -125,7 +108,8 @@ std::string alternativesLine(const Touch& touch) {
 
 std::string verdictText(const Touch& touch) {
     const auto reason = touch.reason();
-    return fmt::format("{}{}{}", nameOf(touch.outcome), reason ? ", because of " : "", reason ? phraseOf(*reason) : "");
+    return fmt::format("{}{}{}", nameOf(touch.outcome), reason ? ", because of " : "",
+                       reason ? rowOf(*reason).phrase : "");
 }
 
 std::string touchHeading(const Touch& touch, const Label* label) {
@@ -154,7 +138,7 @@ std::string weakText(const WeakContact& contact) {
     return fmt::format(
         "weak  {:<3} {:>8.2f} s {:>6.0f} ms  {:<10}  {}, because of {}: {} counts, and more than {} needed\n",
         contact.number, secondsOf(contact.startNs), contact.durationMs(), contact.peak.pixel,
-        coloured(Colour::Yellow, "no touch"), phraseOf(contact.check.rule), numberText(contact.check.value),
+        coloured(Colour::Yellow, "no touch"), rowOf(contact.check.rule).phrase, numberText(contact.check.value),
         numberText(contact.check.bound));
 }
 
