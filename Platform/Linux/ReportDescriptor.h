@@ -35,9 +35,6 @@ public:
     // Returns the first usage of the first collection; none if there is no collection or it has no usage.
     [[nodiscard]] std::optional<Usage> primaryUsage() const noexcept { return _primaryUsage; }
 
-    // Returns whether reports begin with their ID.
-    [[nodiscard]] bool hasReportIDs() const noexcept { return _hasReportIDs; }
-
     // Returns the length of a report in bytes, the ID included if there is one; 0 if the report is not declared.
     // Reports of a device without IDs are found under 0.
     [[nodiscard]] std::size_t reportLength(IOHIDReportType type, std::uint8_t reportID) const noexcept;

@@ -42,7 +42,8 @@ void Pipeline::handleFirmwareEvent(std::uint64_t timestamp, const InputReport::F
         return;
     ++resetCount;
     HIDEvents events = algs.handleReset();
-    events.push_back(IOHIDEventCreateVendorDefinedEvent(nullptr, 0, kResetUsagePage, kResetUsage, 0, {}, 0));
+    events.push_back(
+        IOHIDEventCreateVendorDefinedEvent(nullptr, 0, event.kResetUsagePage, event.kResetUsage, 0, {}, 0));
     handleHIDEvents(timestamp, events);
 }
 

@@ -20,10 +20,6 @@ namespace VeltoTouch {
 // that lock: they must not wait, take it again or throw (an exception ends the process).
 class Pipeline final : public PipelineInput, public PipelineOutput {
 public:
-    // The vendor-defined event that a firmware reset emits.
-    static constexpr std::uint32_t kResetUsagePage = 0xFF60;
-    static constexpr std::uint32_t kResetUsage = 2;
-
     using StateCallback = std::function<void(std::uint64_t timestamp, const std::string& key, const Ref<Value>& value)>;
     using ReportCallback = std::function<void(std::uint64_t timestamp, const std::uint8_t* report, std::size_t length)>;
 

@@ -37,6 +37,9 @@ struct Image {
 struct FirmwareEvent {
     static constexpr std::uint8_t kReportID = 0x02;
     static constexpr std::uint8_t kReset = 0; // the firmware has restarted
+    // The vendor-defined event by which a host hears of it.
+    static constexpr std::uint32_t kResetUsagePage = 0xFF60;
+    static constexpr std::uint32_t kResetUsage = 2;
 
     std::uint8_t event; // kReset, or a code that is only passed on
     std::array<std::uint8_t, 8> context;

@@ -28,7 +28,6 @@ Bytes joined(std::initializer_list<Bytes> parts) {
 TEST(ReportDescriptorTest, TheSurfaceSaysWhatItsReportsAre) {
     const ReportDescriptor surface(Surface::kReportDescriptor);
     EXPECT_EQ(surface.primaryUsage(), (Usage{0xFF60, 1}));
-    EXPECT_TRUE(surface.hasReportIDs());
     EXPECT_EQ(surface.reportLength(kInput, 1), 73U);
     EXPECT_EQ(surface.reportLength(kInput, 2), 10U);
     EXPECT_EQ(surface.longestReport(kInput), 73U);

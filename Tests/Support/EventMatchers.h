@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/HIDEvent.h"
-#include "Plugin/Pipeline/Pipeline.h"
+#include "Plugin/Reports/InputReport.h"
 #include "Plugin/Reports/Regions.h"
 
 #include <array>
@@ -38,7 +38,8 @@ inline constexpr std::array<KnownGesture, 6> kKnownGestures{{
 // What the event says: the gesture and its region, or the raw fields where they make up no gesture.
 inline std::string gestureTextOf(const HIDEvent& event) {
     if (const auto* vendor = std::get_if<VendorDefined>(&event.payload)) {
-        if (vendor->usagePage == Pipeline::kResetUsagePage && vendor->usage == Pipeline::kResetUsage)
+        if (vendor->usagePage == InputReport::FirmwareEvent::kResetUsagePage &&
+            vendor->usage == InputReport::FirmwareEvent::kResetUsage)
             return "FirmwareReset()";
         return fmt::format("vendor-defined event (usage page {:#x}, usage {:#x})", vendor->usagePage, vendor->usage);
     }

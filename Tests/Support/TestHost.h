@@ -3,6 +3,7 @@
 #include "Platform/Backend/HIDDeviceBackend.h"
 #include "Platform/PlugIn.h"
 #include "Platform/Testing/LogCapture.h"
+#include "Plugin/Algs/Algs.h"
 #include "Plugin/Recording/PipelineRecording.h"
 #include "Plugin/Service/Factory.h"
 #include "Tests/Support/EventMatchers.h"

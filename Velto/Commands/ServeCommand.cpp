@@ -9,8 +9,8 @@
 #include "Velto/Daemon/SurfaceKeys.h"
 #include "Velto/Daemon/UinputKeyboard.h"
 #include "Velto/Options/BusOptions.h"
+#include "Velto/Options/ConfigurationOptions.h"
 #include "Velto/Options/KeyOptions.h"
-#include "Velto/Options/Lasting.h"
 #include "Velto/Output/Terminal.h"
 
 #include <chrono>
@@ -171,7 +171,7 @@ private:
 int run(const ServeOptions& options) {
     ConfigurationEntries trial;
     try {
-        trial = lastingOf(options.trial, "velto serve --set");
+        trial = entriesOf(options.trial, "velto serve --set");
     } catch (const std::invalid_argument& error) {
         complain("--set", error.what());
         return kWrongUsage;

@@ -2,9 +2,9 @@
 #include "Velto/Commands/Keeping.h"
 #include "Velto/Daemon/Bus/Client.h"
 #include "Velto/Options/BusOptions.h"
+#include "Velto/Options/ConfigurationOptions.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Keys.h"
-#include "Velto/Options/Lasting.h"
 #include "Velto/Options/Suggestion.h"
 #include "Velto/Output/Terminal.h"
 
@@ -46,7 +46,7 @@ int set(const SetOptions& options) {
 }
 
 int keepGiven(const SetOptions& options) {
-    const ConfigurationEntries entries = lastingOf(options.settings, "velto set --keep");
+    const ConfigurationEntries entries = entriesOf(options.settings, "velto set --keep");
     warnOfDoubtfulSettings(options.settings);
     return keep(entries, options.folder, options.served.bus);
 }

@@ -1,5 +1,6 @@
 #include "Velto/Host/Gesture.h"
 
+#include "Plugin/Reports/InputReport.h"
 #include "Plugin/Reports/Regions.h"
 
 #include <algorithm>
@@ -8,9 +9,7 @@
 namespace VeltoTouch {
 namespace {
 
-// The vendor-defined event of a firmware reset, as the plug-in's pipeline makes it.
-constexpr std::uint32_t kResetUsagePage = 0xFF60;
-constexpr std::uint32_t kResetUsage = 2;
+using InputReport::FirmwareEvent;
 
 // How a kind of gesture stands in an event.
 struct Row {
@@ -46,8 +45,8 @@ bool isOf(const Row& row, const HIDEvent& event) noexcept {
 }
 
 bool isReset(const HIDEvent& event) noexcept {
-    return unsignedField(event, kIOHIDEventFieldVendorDefinedUsagePage) == kResetUsagePage &&
-           unsignedField(event, kIOHIDEventFieldVendorDefinedUsage) == kResetUsage;
+    return unsignedField(event, kIOHIDEventFieldVendorDefinedUsagePage) == FirmwareEvent::kResetUsagePage &&
+           unsignedField(event, kIOHIDEventFieldVendorDefinedUsage) == FirmwareEvent::kResetUsage;
 }
 
 std::optional<PixelRegion> regionOf(const HIDEvent& event) noexcept {
@@ -74,8 +73,8 @@ EventMembers eventMembersOf(const Gesture& gesture) noexcept {
     return {.phase = row.phase,
             .eventMask = row.eventMask,
             .y = static_cast<double>(gesture.region.value_or(PixelRegion::None)),
-            .usagePage = isReset ? kResetUsagePage : 0,
-            .usage = isReset ? kResetUsage : 0};
+            .usagePage = isReset ? FirmwareEvent::kResetUsagePage : 0,
+            .usage = isReset ? FirmwareEvent::kResetUsage : 0};
 }
 
 std::string_view nameOf(GestureKind kind) noexcept { return rowOf(kind).name; }

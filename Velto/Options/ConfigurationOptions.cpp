@@ -1,4 +1,4 @@
-#include "Velto/Options/Lasting.h"
+#include "Velto/Options/ConfigurationOptions.h"
 
 #include "Plugin/Shared/Keys.h"
 #include "Velto/Daemon/KeyNames.h"
@@ -9,19 +9,19 @@
 
 namespace VeltoTouch::Velto {
 
-ConfigurationEntries lastingOf(const std::vector<Setting>& given, const std::string& origin) {
-    ConfigurationEntries lasting;
+ConfigurationEntries entriesOf(const std::vector<Setting>& given, const std::string& origin) {
+    ConfigurationEntries entries;
     for (const auto& [key, value] : given) {
         const Origin place{.file = origin};
         const auto* const text = as<String>(value);
         if (const auto name = Keys::belowAlgs(key))
-            lasting.settings.push_back(configuredSetting(*name, value, place));
+            entries.settings.push_back(configuredSetting(*name, value, place));
         else if (const auto use = Keys::below(kKeysDomain, key))
-            lasting.keys.push_back(configuredKey(*use, text != nullptr ? text->text() : "", place));
+            entries.keys.push_back(configuredKey(*use, text != nullptr ? text->text() : "", place));
         else
             throw std::invalid_argument(key + ": neither a setting nor a key such as keys.tap.play-pause");
     }
-    return lasting;
+    return entries;
 }
 
 HelpList keyList() {

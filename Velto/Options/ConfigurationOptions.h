@@ -11,7 +11,7 @@ namespace VeltoTouch::Velto {
 
 // Sorts what was given on the command line; keys of gestures as "keys.tap.play-pause=KEY_MUTE". Throws
 // std::invalid_argument for what no configuration can hold.
-[[nodiscard]] ConfigurationEntries lastingOf(const std::vector<Setting>& given, const std::string& origin);
+[[nodiscard]] ConfigurationEntries entriesOf(const std::vector<Setting>& given, const std::string& origin);
 
 // The keys at the end of the help, with their defaults.
 [[nodiscard]] HelpList keyList();
