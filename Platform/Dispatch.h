@@ -39,8 +39,9 @@ enum dispatch_qos_class_t : std::uint8_t {
     QOS_CLASS_USER_INTERACTIVE, // immediately, if the process may have real-time threads: for short blocks
 };
 
-// Runs blocks one after the other, in the order queued, on a worker thread of its own. The last reference may be
-// dropped on any thread, the worker included, and does not wait; blocks queued by then still run.
+// Runs blocks one after the other, in the order queued, on a worker thread of its own. A block must not throw: an
+// exception ends the process. The last reference may be dropped on any thread, the worker included, and does not wait;
+// blocks queued by then still run.
 class DispatchQueue final : public Object {
 public:
     // Throws std::system_error if no thread can be created.

@@ -76,8 +76,12 @@ struct IOCFPlugInInterfaceStruct {
     std::uint16_t version;
     std::uint16_t revision;
 
-    // `service` is the handle of the device that the service is to work with.
+    // `service` is the handle of the device that the service is to work with. kIOReturnSuccess, or why not.
+    //
+    // Whether the plug-in serves the device. `*order` ranks plug-ins that want the same one; VeltoTouch wants any and
+    // leaves it as it is.
     IOReturn (*Probe)(void* self, CFDictionaryRef propertyTable, io_service_t service, std::int32_t* order);
+    // kIOReturnNoResources for a handle that no device has.
     IOReturn (*Start)(void* self, CFDictionaryRef propertyTable, io_service_t service);
     IOReturn (*Stop)(void* self);
 };
@@ -89,6 +93,7 @@ struct IOHIDServiceInterface2 {
     ULONG (*AddRef)(void* self);
     ULONG (*Release)(void* self);
 
+    // Whether the device could be opened.
     bool (*open)(void* self, IOOptionBits options);
     void (*close)(void* self, IOOptionBits options);
     // A value with a reference that the caller releases, or null.
@@ -101,7 +106,9 @@ struct IOHIDServiceInterface2 {
     void (*scheduleWithDispatchQueue)(void* self, dispatch_queue_t queue);
     // Returns when the service's thread has let go of the device.
     void (*unscheduleFromDispatchQueue)(void* self, dispatch_queue_t queue);
+    // An event with a reference that the caller releases, or null. VeltoTouch keeps none: null.
     IOHIDEventRef (*copyEvent)(void* self, std::uint32_t eventType, IOHIDEventRef matching, IOOptionBits options);
+    // kIOReturnSuccess, or why not. VeltoTouch takes none: kIOReturnUnsupported.
     IOReturn (*setOutputEvent)(void* self, IOHIDEventRef event);
 };
 

@@ -1,5 +1,9 @@
 # Manual pages and completions, made from the program's own description at the end of each build, and where they go.
-set(VELTO_DATE 2026-11-25) # of the pages: when the version was made, so that every build of it gives the same
+# The date of the pages is that of the packages' newest release, so that every build of it gives the same.
+file(STRINGS Packaging/Debian/changelog VELTO_RELEASED REGEX "^ -- " LIMIT_COUNT 1)
+string(REGEX REPLACE "^.*>  " "" VELTO_RELEASED "${VELTO_RELEASED}")
+execute_process(COMMAND date --utc --date=${VELTO_RELEASED} +%F OUTPUT_VARIABLE VELTO_DATE
+                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 set(VELTO_DOCS_DIR ${PROJECT_BINARY_DIR}/docs)
 
 target_compile_definitions(velto_docs PRIVATE VELTO_DATE="${VELTO_DATE}")

@@ -16,6 +16,7 @@ install(TARGETS VeltoPlatform EXPORT VeltoTouchTargets
         LIBRARY DESTINATION ${VELTO_PRIVATE_DIR} NAMELINK_COMPONENT development
         ${VELTO_HEADERS})
 install(TARGETS VeltoTouchCore VeltoTouchHost EXPORT VeltoTouchTargets ARCHIVE COMPONENT development ${VELTO_HEADERS})
+install(TARGETS VeltoArithmetic EXPORT VeltoTouchTargets)
 
 # The plug-in is a folder: the module and its manifest.
 set(VELTO_PLUGIN_DIR ${VELTO_PRIVATE_DIR}/VeltoTouchHIDService.plugin)

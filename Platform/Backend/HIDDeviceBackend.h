@@ -20,7 +20,9 @@ class InputReportSink {
 public:
     // Returns the buffer for one report, the report ID first.
     [[nodiscard]] virtual std::span<std::uint8_t> buffer() noexcept = 0;
-    // Delivers the first `length` bytes of the buffer; a longer report is cut off. `timeStamp`: host ticks.
+    // Delivers the first `length` bytes of the buffer; a longer report is cut off. `timeStamp`: host ticks, when the
+    // report was read, or what its stream says. It is the report's time at the bench (DeviceReader.h); the service
+    // takes the time under its lock and only logs this one.
     virtual void deliver(std::size_t length, std::uint64_t timeStamp) = 0;
 
 protected:
@@ -30,7 +32,10 @@ protected:
 // A device. Reports are delivered on the run loop's thread; all other operations may be called on any thread.
 class HIDDeviceBackend : public Object {
 public:
+    // Returns kIOReturnSuccess, or why not: kIOReturnNoDevice if it has gone, kIOReturnNotPermitted, kIOReturnBusy,
+    // otherwise kIOReturnError.
     [[nodiscard]] virtual IOReturn open(IOOptionBits options) = 0;
+    // Lets the device go. Idempotent.
     virtual void close(IOOptionBits options) = 0;
 
     // Adds a source to a mode of the calling thread's run loop that delivers every input report to `sink`, one report
@@ -38,7 +43,9 @@ public:
     // source. `sink` outlives the source. One source at a time. May throw std::system_error.
     [[nodiscard]] virtual RunLoopSource startReports(RunLoop& loop, std::string_view mode, InputReportSink& sink) = 0;
 
-    // Fills `buffer` with the report, ID first, and sets `length` to its length.
+    // Fills `buffer` with the report, ID first, and sets `length` to its length; what the buffer has no room for is cut
+    // off. Returns kIOReturnSuccess, or why not: kIOReturnUnsupported for a report that there is not, kIOReturnNotOpen,
+    // or as `open`.
     [[nodiscard]] virtual IOReturn getReport(IOHIDReportType type, std::uint32_t reportID,
                                              std::span<std::uint8_t> buffer, std::size_t& length) = 0;
 

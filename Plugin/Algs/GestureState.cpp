@@ -39,6 +39,7 @@ void HandStats::updateGestureState(std::uint32_t timeMs) noexcept {
         holdTimedOut = timedOut;
     }
 
+    // Without hold suppression a hold's end is a candidate too; the event rules (Algs.cpp) put the hold's end first.
     const bool touchEnded = !touching && wasTouching;
     tapCandidate = touchEnded && !wasHoldTimedOut;
     if (!enableTapSuppression) {

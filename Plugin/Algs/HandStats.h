@@ -55,12 +55,12 @@ public:
     bool wasAboveNoise = false;             //
     bool holding = false;                   // a hold is in progress
     bool wasHolding = false;                //
-    bool suppressingHold = false;           // the touch has timed out but its score kept it from being a hold
+    bool suppressingHold = false;           // timed out, but the score is too low for a hold; set like holdTimedOut
     bool wasSuppressingHold = false;        //
-    bool tapCandidate = false;              // a touch ended in this frame without having timed out
+    bool tapCandidate = false;              // a touch ended in this frame, and holdTimedOut was not set before it
     bool tapDetected = false;               // and it counts as a tap
     bool tapRejected = false;               // verdict of the tap model
-    bool holdTimedOut = false;              // the touch has timed out; kept only while hold suppression is enabled
+    bool holdTimedOut = false;              // the touch has timed out; updated only while hold suppression is on
     bool wasHoldTimedOut = false;           //
     std::uint32_t touchStartTime = 0;       // when touching last rose
     std::uint32_t touchEndTime = 0;         // when touching last fell

@@ -52,7 +52,7 @@ Ref<Value> valueOf(const FoundSetting& setting, const HandStats& hand, const Vir
         Overloaded{
             [&](SettingRow::Switch place) { return Number::withBool(hand.*place); },
             [&](SettingRow::Milliseconds place) { return Number::withUnsignedInt(hand.*place); },
-            [&](SettingRow::Threshold place) { return Number::withFloat(hand.*place); },
+            [&](SettingRow::Divisor place) { return Number::withFloat(hand.*place); },
             [&](SettingRow::Factors place) { return Number::withFloat((image.*place).at(setting.factor)); },
             [](SettingRow::Action) { return Ref<Number>(); },
         },
@@ -69,7 +69,7 @@ void Algs::setState(const std::string& key, const Ref<Value>& value) {
     std::visit(Overloaded{
                    [&](SettingRow::Switch place) { handStats.*place = number != nullptr && number->boolValue(); },
                    [&](SettingRow::Milliseconds place) { handStats.*place = millisecondsReading(number); },
-                   [&](SettingRow::Threshold place) { handStats.*place = floatReading(number); },
+                   [&](SettingRow::Divisor place) { handStats.*place = floatReading(number); },
                    [&](SettingRow::Factors place) { (virtualImage.*place).at(setting->factor) = floatReading(number); },
                    [&](SettingRow::Action act) { (eventStats.*act)(); },
                },

@@ -15,15 +15,16 @@
 namespace VeltoTouch {
 
 // A setting of the recognizer. Reading, writing, judging, lists and completion all use its row; the default is the
-// value in a new recognizer. A new setting is a field of HandStats or VirtualImage, and a row here.
+// value in a new recognizer. A new setting is a row here and the place that it names. A new kind of place is a type in
+// `Place`: the compiler finds the visits that lack it, not the tests by `is<>` in Properties.cpp and Sweeps.cpp.
 struct SettingRow {
     // Where the setting is kept. The kind of the place decides which values it takes.
     using Switch = bool HandStats::*;
     using Milliseconds = std::uint32_t HandStats::*;
-    using Threshold = float HandStats::*;
+    using Divisor = float HandStats::*;                             // of what is compared; 0 or less is doubted
     using Factors = std::array<float, kGroupCount> VirtualImage::*; // one for each N under the key, a dot and N
     using Action = void (EventStats::*)() noexcept;                 // done by each write, whatever its value
-    using Place = std::variant<Switch, Milliseconds, Threshold, Factors, Action>;
+    using Place = std::variant<Switch, Milliseconds, Divisor, Factors, Action>;
 
     std::string_view key; // without domain
     Place place;

@@ -27,7 +27,7 @@ bool isInRange(const SettingRow& row, const Number& number) {
                               constexpr double kMost = std::numeric_limits<std::uint32_t>::max();
                               return !number.isBool() && value >= 0.0 && value <= kMost && value == std::trunc(value);
                           },
-                          [&](SettingRow::Threshold) { return !number.isBool() && std::isfinite(number.floatValue()); },
+                          [&](SettingRow::Divisor) { return !number.isBool() && std::isfinite(number.floatValue()); },
                           [&](SettingRow::Factors) { return !number.isBool() && std::isfinite(number.floatValue()); },
                           [](SettingRow::Action) { return true; },
                       },
@@ -35,7 +35,7 @@ bool isInRange(const SettingRow& row, const Number& number) {
 }
 
 std::string doubtAbout(const SettingRow& row, const Number& number) {
-    if (row.is<SettingRow::Threshold>() && number.floatValue() <= 0.0F)
+    if (row.is<SettingRow::Divisor>() && number.floatValue() <= 0.0F)
         return "0 or less is allowed, but every pad's value is divided by it";
     if (row.is<SettingRow::Factors>())
         return "it is stored, but recognition keeps the factors it started with";
@@ -98,7 +98,7 @@ const ValueKind& kindOf(const SettingRow& row) noexcept {
     return std::visit(Overloaded{
                           [](SettingRow::Switch) -> const ValueKind& { return kSwitch; },
                           [](SettingRow::Milliseconds) -> const ValueKind& { return kInteger; },
-                          [](SettingRow::Threshold) -> const ValueKind& { return kFloat; },
+                          [](SettingRow::Divisor) -> const ValueKind& { return kFloat; },
                           [](SettingRow::Factors) -> const ValueKind& { return kFloat; },
                           [](SettingRow::Action) -> const ValueKind& { return kAction; },
                       },

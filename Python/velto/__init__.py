@@ -15,6 +15,7 @@ of a wrong type. What has no path is "-" in lines and messages, as the program c
 
 import functools
 import json
+import operator
 import os
 from collections.abc import Iterable, Mapping
 from concurrent.futures import ThreadPoolExecutor
@@ -120,7 +121,7 @@ def replay(recording: Source, settings: Settings | None = None, states: bool = T
     settings: written before the first frame; the recording's own writes of their keys are left out. ValueError for what
     `velto replay --set` refuses; TypeError for a key that is no str and a value that JSON does not know; UserWarning
     for a value that is surely not meant.
-    states: whether states and ranked values are made, 350 bytes an image.
+    states: whether states and ranked values are made, 360 bytes an image.
     """
     judged = _velto.JudgedSettings(settings)
     if not isinstance(recording, Recording):
@@ -167,16 +168,29 @@ class Score:
                 f"{total['false']} false, {total['stray']} stray>")
 
 
+def _workers(jobs: int | None) -> int | None:
+    if jobs is None:
+        return os.cpu_count()
+    try:
+        count = operator.index(jobs)
+    except TypeError:
+        raise TypeError(f"jobs: a whole number is wanted, not {type(jobs).__name__}") from None
+    if count < 1:
+        raise ValueError("jobs: a whole number of 1 or more is wanted")
+    return count
+
+
 def score(recordings: Source | Iterable[Source], settings: Settings | None = None, jobs: int | None = None) -> Score:
     """Scores labelled recordings, or those at paths or in bytes, `jobs` at a time; one a core unless it is given.
 
     A file that cannot be read has a record with `error` and counts as `failed`, as in the program. Settings are those
-    of `replay`, judged before anything is read.
+    of `replay`, judged before anything is read. ValueError for `jobs` below 1; TypeError if it is no whole number.
     """
     judged = _velto.JudgedSettings(settings)
+    workers = _workers(jobs)
     if isinstance(recordings, (str, bytes, os.PathLike, Recording)):
         recordings = [recordings]
-    with ThreadPoolExecutor(os.cpu_count() if jobs is None else jobs) as pool:
+    with ThreadPoolExecutor(workers) as pool:
         return Score("".join(pool.map(lambda each: _velto.score(each, judged), recordings)))
 
 

@@ -56,6 +56,16 @@ def test_recordings_in_memory_are_scored_too(velto_run):
         velto.score([recording, 5])
 
 
+@pytest.mark.parametrize("error, message, jobs", [
+    (ValueError, "jobs: a whole number of 1 or more is wanted", 0),
+    (ValueError, "jobs: a whole number of 1 or more is wanted", -1),
+    (TypeError, "jobs: a whole number is wanted, not str", "a"),
+])
+def test_a_score_says_what_is_wrong_with_jobs(error, message, jobs):
+    with pytest.raises(error, match=f"^{message}$"):
+        velto.score([], jobs=jobs)
+
+
 def test_files_are_those_that_the_program_takes(corpus, velto_run):
     os.mkfifo(corpus / "pipe.json")
     (corpus / "folder.json").mkdir()

@@ -7,7 +7,7 @@
 // The subcommands of `velto`. Each `make...Command` adds its subcommand with options and help to the program and
 // returns its runner, which owns the options. A runner returns the exit status: 0, or 1 if something failed and was
 // reported on standard error, or kWrongUsage if only reading has shown that. The program reports an exception that
-// leaves it.
+// leaves it. A command also needs its row in Program.cpp.
 
 namespace VeltoTouch::Velto {
 

@@ -169,15 +169,14 @@ private:
     std::map<std::string, std::size_t> _places;
 };
 
+void requireTwo(const std::vector<std::string>& results) {
+    if (results.size() != 2)
+        throw CLI::ValidationError("--a or --b is wanted, or two results of velto explain --jsonl");
+    if (results[0] == "-" && results[1] == "-")
+        throw CLI::ValidationError("the standard input can be one of the two results, not both");
+}
+
 int compareResults(const CompareOptions& options) {
-    if (options.paths.size() != 2) {
-        complain("compare", "--a or --b is wanted, or two results of velto explain --jsonl");
-        return kWrongUsage;
-    }
-    if (options.paths[0] == "-" && options.paths[1] == "-") {
-        complain("compare", "the standard input can be one of the two results, not both");
-        return kWrongUsage;
-    }
     preparePage(options.page);
     Results results;
     LabelledTouches Plays::*side = &Plays::a;
@@ -201,9 +200,10 @@ Command makeCompareCommand(App& program) {
                                   "Says which touches become something else with other settings: what is\n"
                                   "fixed, what is broken, and why.\n"
                                   "\n"
-                                  "In a recording with labels nothing was meant by a touch without one: a tap\n"
-                                  "or hold of such a touch that goes is fixed, one that comes is broken. Labels\n"
-                                  "\"spoiled\" and the touches in their time are left out.\n"
+                                  "In a recording with labels, a touch without a label was not meant as a\n"
+                                  "gesture. A tap or hold of such a touch counts as fixed if it disappears and\n"
+                                  "as broken if it appears. Labels \"spoiled\" and the touches in their time\n"
+                                  "are left out.\n"
                                   "\n"
                                   "Without settings, PATHs are two results of velto explain --jsonl, of the\n"
                                   "same recordings; a page of --html then has no pictures.");
@@ -217,6 +217,10 @@ Command makeCompareCommand(App& program) {
     addJobs(*app, options->jobs);
     app->add_flag("--jsonl", options->jsonl, "JSON Lines");
     addPage(*app, options->page);
+    app->callback([options] {
+        if (options->wantsResults())
+            requireTwo(options->paths);
+    });
     return {app, [options] { return options->wantsResults() ? compareResults(*options) : compareSettings(*options); }};
 }
 

@@ -16,7 +16,7 @@ HelpList deviceList() {
                         {"replay:FILE", "a recording's reports; its settings are left out"},
                         {"surface", "the first surface on this machine"},
                         {"/dev/hidrawN", "a surface on this machine, as listed by velto devices"},
-                        {kStandardInput, "reports on the standard input: lines of hexadecimal bytes"}},
+                        {kStandardInput, "reports on the standard input, as hexadecimal lines or VTR1 records"}},
             .remarks = {},
             .textColumn = 18};
 }

@@ -154,8 +154,8 @@ Command makeInfoCommand(App& program) {
                                   "Shows what recordings hold: frames, duration, gaps, settings in force,\n"
                                   "gestures found.\n"
                                   "\n"
-                                  "For how steadily reports came see velto stats, for why touches were decided\n"
-                                  "so velto explain.");
+                                  "velto stats shows how steadily reports came, velto explain why each touch\n"
+                                  "was decided as it was.");
     addRecordings(*app, options->paths);
     app->add_flag("--json", options->json, "One JSON object a file");
     return {app, [options] {

@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -108,13 +109,27 @@ std::vector<Place> labelsAmong(std::list<Frame>& frames) {
     return labels;
 }
 
+void requireGesture(std::string_view text, std::string_view elseTaken) {
+    std::vector<std::string_view> names;
+    for (const Surface::StepForm& form : Surface::kStepForms) {
+        if (Surface::isGesture(form.action))
+            names.push_back(form.name);
+    }
+    if (std::ranges::find(names, text.substr(0, text.find(':'))) != names.end())
+        return;
+    if (!elseTaken.empty())
+        names.push_back(elseTaken);
+    const std::string_view last = names.back();
+    names.pop_back();
+    throw std::invalid_argument(fmt::format("\"{}\": no such gesture ({} or {})", text, fmt::join(names, ", "), last));
+}
+
 } // namespace
 
 // A step may say a duration, which a gesture has of its own.
-Surface::Step parseGesture(std::string_view text) {
+Surface::Step parseGesture(std::string_view text, std::string_view elseTaken) {
+    requireGesture(text, elseTaken);
     const Surface::Step step = Surface::parseStep(text);
-    if (step.action == Action::Idle || step.action == Action::Reset)
-        throw std::invalid_argument(fmt::format("{} is no gesture", text));
     if (std::ranges::count(text, ':') > (step.action == Action::Palm ? 0 : 1))
         throw std::invalid_argument(fmt::format("{} says a duration, which has no place here", text));
     return step;
@@ -133,7 +148,7 @@ SaidLabel parseLabel(std::string_view text) {
     Surface::Simulation::Label label{.gesture = Analysis::kSpoiled, .region = nameOf(PixelRegion::None)};
     try {
         if (gesture != Analysis::kSpoiled)
-            label = labelOf(parseGesture(gesture), 0, 0);
+            label = labelOf(parseGesture(gesture, Analysis::kSpoiled), 0, 0);
     } catch (const std::invalid_argument& error) {
         refuse(text, error.what());
     }

@@ -24,8 +24,9 @@ struct SaidLabel {
     std::uint32_t lengthMs = 0;         // at least 1
 };
 
-// Throw std::invalid_argument with what is wrong. A gesture is GESTURE:REGION.
-[[nodiscard]] Surface::Step parseGesture(std::string_view text);
+// Throw std::invalid_argument with what is wrong. A gesture is GESTURE:REGION; `elseTaken` is a word that the caller
+// takes too, named beside the gestures.
+[[nodiscard]] Surface::Step parseGesture(std::string_view text, std::string_view elseTaken = {});
 [[nodiscard]] SaidLabel parseLabel(std::string_view text);
 
 // Labels have the numbers that `velto label` lists before the edit.

@@ -73,7 +73,8 @@ std::string usageMessage(const CLI::App* program, const CLI::Error& error) {
     std::vector<std::string> left = app.remaining();
     std::erase(left, "--");
     const std::string message = left.empty() ? error.what() : messageFor(left.front(), app);
-    const std::string name = app.get_parent() == nullptr ? "" : " " + app.get_name();
+    const bool isOfProgram = app.get_parent() == nullptr || app.get_name() == "help"; // its words are the program's
+    const std::string name = isOfProgram ? "" : " " + app.get_name();
     return fmt::format("velto: {} (velto{} --help says more)\n", message, name);
 }
 

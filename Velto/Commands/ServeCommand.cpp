@@ -117,7 +117,7 @@ private:
         _configuration.write(signalledProperties());
         if (_keys)
             _keys->setTable(_configuration.keys());
-        logServing(_folder + ": read anew");
+        logServing(_folder + ": configuration reloaded");
         sd_notify(0, "READY=1");
     }
 
@@ -196,7 +196,8 @@ Command makeServeCommand(App& program) {
                 "says; may be given several times")
         ->allow_extra_args(false);
     app->addList(keyList());
-    app->add_flag("--no-keys", options->withoutKeys, "Make no keyboard: gestures are told on the bus alone");
+    app->add_flag("--no-keys", options->withoutKeys,
+                  "Make no keyboard; gestures are only signalled on the bus and logged");
     return {app, [options] { return run(*options); }};
 }
 

@@ -58,7 +58,7 @@ int run(const SetOptions& options) {
         if (options.keep)
             return keepGiven(options);
         if (std::ranges::any_of(options.settings, isKey))
-            throw std::invalid_argument("keys of gestures are not set but kept (--keep)");
+            throw std::invalid_argument("a gesture's key can only be kept: add --keep");
     } catch (const std::invalid_argument& error) {
         writeErrorLine(std::string("velto: ") + error.what());
         return kWrongUsage;

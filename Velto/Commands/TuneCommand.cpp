@@ -224,8 +224,8 @@ Command makeTuneCommand(App& program) {
         "With folds, points are also chosen on some of the recordings and tried on the\n"
         "others: that cost says what to expect of recordings still to come.\n"
         "\n"
-        "The present settings are those of --set, else the defaults, but where a\n"
-        "recording writes one itself: then they are as recorded.");
+        "The present value of a setting is that of --set; without it, what the\n"
+        "recording itself writes, or else the default.");
     addRecordings(*app, options->paths);
     addSweeps(*app, options->sweeps);
     addSettings(*app, options->settings, KeyScope::Pipeline,

@@ -21,8 +21,8 @@ namespace VeltoTouch {
 //   -----------------------------------    -------------------------------------------------------------------
 //   tap                                    releases it; presses and releases the region's key for a tap
 //   hold start                             releases it and presses the region's key for a hold
-//   hold change between volume regions     releases it and presses the region's key; nothing where they are the same
-//   hold change to another region          releases a volume region's key
+//   hold change to a volume region         releases it and presses the region's key; nothing where they are the same
+//   hold change to another region          releases it
 //   may begin, hold end, cancel,           releases it
 //   firmware reset
 //

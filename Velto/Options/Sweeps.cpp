@@ -25,7 +25,7 @@ constexpr std::size_t kMostValues = 10'000;
 std::vector<std::string> sweepableKeys() {
     std::vector<std::string> keys;
     for (const SettingRow& row : kSettingRows) {
-        if (row.is<SettingRow::Switch>() || row.is<SettingRow::Milliseconds>() || row.is<SettingRow::Threshold>())
+        if (row.is<SettingRow::Switch>() || row.is<SettingRow::Milliseconds>() || row.is<SettingRow::Divisor>())
             keys.push_back(fullKeyOf(row));
     }
     return keys;

@@ -15,8 +15,8 @@ namespace VeltoTouch::Surface {
 // have other readers.
 class DeviceReader {
 public:
-    // Called on the reader's thread. `time`: host ticks, when it was read. They may wait, but not for ever; they must
-    // not throw.
+    // Called on the reader's thread. `time`: host ticks, the backend's stamp: when it was read, or what a piped stream
+    // says. They may wait, but not for ever; they must not throw.
     struct Handlers {
         std::function<void(std::uint64_t time, std::span<const std::uint8_t> report)> report; // the report ID first
         std::function<void(std::uint64_t time, float x, float y, float z)> acceleration;      // in g

@@ -25,7 +25,7 @@ struct StepForm {
     std::string_view meaning;
 };
 
-// In the order of the actions.
+// In the order of the actions; what is no contact of a hand comes last.
 inline constexpr std::array<StepForm, 7> kStepForms{{
     {Action::Tap, "tap", Takes::Place, 100, "a short press"},
     {Action::Hold, "hold", Takes::Place, 900, "a long press"},
@@ -54,6 +54,9 @@ struct Step {
 [[nodiscard]] constexpr std::string_view nameOf(Action action) noexcept {
     return kStepForms[static_cast<std::size_t>(action)].name;
 }
+
+// Whether a hand does it: all but idle and reset.
+[[nodiscard]] constexpr bool isGesture(Action action) noexcept { return action < Action::Idle; }
 
 // The regions as a step names them: "play-pause, volume-up, volume-down".
 [[nodiscard]] std::string regionPlaces();
