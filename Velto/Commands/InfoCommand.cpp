@@ -57,7 +57,7 @@ Info inspect(const std::string& file) {
         ++info.framesByType[static_cast<std::size_t>(frame.type)];
 
     Replay replay;
-    GestureTable gestures([](const GestureTable::Touch&) {});
+    GestureTable gestures;
     replay.gestureHandler = [&](const Gesture& gesture) { gestures.add(gesture); };
     replay.disturbanceHandler = [&info](const Replay::Disturbance& disturbance) { info.disturbances.add(disturbance); };
     Progress progress("replaying " + file, recording.frames().size());
