@@ -64,6 +64,7 @@ private:
     std::shared_ptr<Pipeline> _pipeline = std::make_shared<Pipeline>();
     Counts _counts;
     std::optional<InputReport::Image> _image; // of the report in progress, until it is shown
+    std::vector<Gesture> _gestures;           // of the report in progress
 };
 
 } // namespace VeltoTouch::Analysis

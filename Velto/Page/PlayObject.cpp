@@ -116,7 +116,7 @@ void PlayObject::addImages(const Play& play, std::vector<Range> ranges) {
     std::ranges::sort(ranges, {}, &Range::fromNs);
     auto next = ranges.begin(); // the first that has not begun
     Range latest{.fromNs = 1, .toNs = 0};
-    track.play(play.settings, [&](const Track::Step& step, const Algs& algs, const HIDEvents&) {
+    track.play(play.settings, [&](const Track::Step& step, const Algs& algs, std::span<const Gesture>) {
         for (; next != ranges.end() && next->fromNs <= step.ns; ++next)
             latest = {.fromNs = next->fromNs, .toNs = std::max(latest.toNs, next->toNs)};
         _images.add(step, algs, latest.holds(step.ns, step.ns));
