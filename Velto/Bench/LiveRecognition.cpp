@@ -3,7 +3,7 @@
 namespace VeltoTouch::Bench {
 
 LiveRecognition::LiveRecognition() {
-    using enum Analysis::Replay::Disturbance::Kind;
+    using enum Disturbance::Kind;
     using Step = Analysis::Track::Step;
     _pipeline.imageHandler = [this](std::uint64_t, const InputReport::Image& image) {
         _seen.step = Step{.kind = Step::Kind::Image, .image = image};

@@ -2,7 +2,7 @@
 
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Recording/Frame.h"
-#include "Velto/Analysis/Replay.h"
+#include "Velto/Analysis/Disturbance.h"
 #include "Velto/Analysis/Track.h"
 #include "Velto/Host/Gesture.h"
 
@@ -12,13 +12,15 @@
 
 namespace VeltoTouch::Bench {
 
+using Analysis::Disturbance;
+
 // Plays frames, as they come, through a pipeline of its own: what a service would see of them. One thread.
 class LiveRecognition {
 public:
     // What a frame came to. Of a frame that is no report all is empty.
     struct Seen {
         std::optional<Analysis::Track::Step> step; // none for a report that recognition does not see
-        std::optional<Analysis::Replay::Disturbance::Kind> disturbance;
+        std::optional<Disturbance::Kind> disturbance;
         std::vector<Gesture> gestures;
     };
 

@@ -5,8 +5,8 @@
 namespace VeltoTouch::Bench {
 namespace {
 
-Trouble troubleOf(Analysis::Replay::Disturbance::Kind kind) noexcept {
-    using Kind = Analysis::Replay::Disturbance::Kind;
+Trouble troubleOf(Disturbance::Kind kind) noexcept {
+    using Kind = Disturbance::Kind;
     switch (kind) {
     case Kind::Gap:
         return Trouble::Gap;

@@ -16,7 +16,9 @@ namespace VeltoTouch::Bench {
 // What interrupts the images or a touch: a touch that the recognizer decided to cancel, a gap in the frame numbers, a
 // reset of the controller's firmware, a report that is neither image nor firmware event.
 enum class Trouble : std::uint8_t { Cancel, Gap, Reset, Invalid };
-inline constexpr std::array<std::string_view, 4> kTroubleNames{"cancel", "gap", "reset", "invalid"};
+inline constexpr std::array<std::string_view, 4> kTroubleNames{"cancel", nameOf(Disturbance::Kind::Gap),
+                                                               nameOf(Disturbance::Kind::Reset),
+                                                               nameOf(Disturbance::Kind::InvalidReport)};
 [[nodiscard]] constexpr std::string_view nameOf(Trouble trouble) noexcept {
     return kTroubleNames[static_cast<std::size_t>(trouble)];
 }

@@ -21,7 +21,6 @@ namespace VeltoTouch::Page {
 namespace {
 
 using namespace Analysis;
-using Disturbance = Replay::Disturbance;
 
 std::uint64_t nsOf(HostTime time) { return static_cast<std::uint64_t>(time.count()); }
 
@@ -100,12 +99,10 @@ void PlayObject::listen(const Play& play) {
                                          nameOrNull(gesture.region))});
     };
     replay.disturbanceHandler = [this](const Disturbance& disturbance) {
-        static constexpr std::string_view kKinds[] = {"invalid", "gap", "reset"};
         const std::uint64_t ns = nsOf(disturbance.time);
-        _disturbances.push_back(
-            {ns, ns,
-             fmt::format(R"({{"ns":{},"kind":"{}","text":"{}"}})", ns,
-                         kKinds[static_cast<std::size_t>(disturbance.kind)], disturbanceText(disturbance))});
+        _disturbances.push_back({ns, ns,
+                                 fmt::format(R"({{"ns":{},"kind":"{}","text":"{}"}})", ns, nameOf(disturbance.kind),
+                                             disturbanceText(disturbance))});
     };
     replay.play(play.recording, play.settings, Replay::kMaxSpeed);
 }
