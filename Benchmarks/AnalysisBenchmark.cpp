@@ -43,7 +43,7 @@ void TouchesAgainstRecognizer(benchmark::State& state) {
     double observed = 0;
     for ([[maybe_unused]] auto _ : state) {
         const auto start = Clock::now();
-        track.play({}, [](const Track::Step&, const Algs&, const HIDEvents&) {});
+        track.play({}, [](const Track::Step&, const Algs&, std::span<const Gesture>) {});
         const auto middle = Clock::now();
         benchmark::DoNotOptimize(touchesOf(track, {}));
         const auto end = Clock::now();

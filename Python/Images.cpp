@@ -1,7 +1,6 @@
 #include "Python/Images.h"
 
 #include "Plugin/Reports/InputReport.h"
-#include "Plugin/Shared/ClockConversion.h"
 #include "Python/Arguments.h"
 #include "Python/Arrays.h"
 
@@ -96,7 +95,11 @@ Recording recordingOf(const py::object& images) {
     PipelineRecording recording;
     for (py::ssize_t i = 0; i < each.shape(0); ++i) {
         const auto report = reportOf(each(i));
-        recording.handleInputReport(Util::machTimeFromNanoseconds(each(i).ns), report.data(), report.size());
+        recording.appendFrame({.type = Frame::Type::InputReport,
+                               .timestampNs = each(i).ns,
+                               .key = {},
+                               .value = nullptr,
+                               .report = {report.begin(), report.end()}});
     }
     return {std::move(recording), ""};
 }

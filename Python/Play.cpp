@@ -55,16 +55,12 @@ TapRow tapOf(const Track::Step& step, const HandStats& hand, std::uint64_t touch
             .tapRejected = hand.tapRejected};
 }
 
-void appendEvents(std::string& text, const std::string& inFile, const Track::Step& step, const HIDEvents& events) {
-    const HostTime time(step.ns);
-    for (const Ref<HIDEvent>& event : events) {
-        if (auto gesture = gestureOf(*event)) {
-            gesture->time = time;
-            appendEventLine(text, inFile, *gesture);
-        }
-    }
+void appendEvents(std::string& text, const std::string& inFile, const Track::Step& step,
+                  std::span<const Gesture> gestures) {
+    for (const Gesture& gesture : gestures)
+        appendEventLine(text, inFile, gesture);
     if (step.kind == Track::Step::Kind::Reset) // the pipeline reports it behind what ended with it
-        appendEventLine(text, inFile, {.kind = GestureKind::FirmwareReset, .region = {}, .time = time});
+        appendEventLine(text, inFile, {.kind = GestureKind::FirmwareReset, .region = {}, .time = HostTime(step.ns)});
 }
 
 std::string touchLines(const Recording& recording, const std::vector<Touch>& touches) {
@@ -91,9 +87,9 @@ Played play(const Recording& recording, const std::vector<Setting>& settings, bo
         played.states.reserve(track.imageCount());
         played.ranked.reserve(track.imageCount());
     }
-    track.play(settings, [&](const Track::Step& step, const Algs& algs, const HIDEvents& events) {
-        observer.frame(step, algs, events);
-        appendEvents(played.events, inFile, step, events);
+    track.play(settings, [&](const Track::Step& step, const Algs& algs, std::span<const Gesture> gestures) {
+        observer.frame(step, algs, gestures);
+        appendEvents(played.events, inFile, step, gestures);
         if (observer.endedTouches() > played.taps.size())
             played.taps.push_back(tapOf(step, algs.handStats, observer.endedTouches()));
         if (wantsStates && step.kind == Track::Step::Kind::Image) {

@@ -20,10 +20,8 @@ PipelineRecording madeUpRecording() {
 }
 
 void observe(Observation& observation, const PipelineRecording& recording) {
-    for (const Frame& frame : recording.frames()) {
-        if (frame.type == Frame::Type::InputReport)
-            observation.report(HostTime(frame.timestampNs), frame.report);
-    }
+    for (const Frame& frame : recording.frames())
+        observation.add(frame);
 }
 
 std::string textOf(const Analysis::Touch& touch) {
@@ -56,7 +54,11 @@ TEST(ObservationTest, WhatIsKeptIsBounded) {
     Observation all(0);
     observe(all, recording);
     Observation observation(kBound);
-    observation.set({}, {.key = std::string(Analysis::kHoldTimeout), .value = Number::withUnsignedInt(250)});
+    observation.add({.type = Frame::Type::State,
+                     .timestampNs = 0,
+                     .key = "Algs.HoldTimeoutMilliseconds",
+                     .value = Number::withUnsignedInt(250),
+                     .report = {}});
     observe(observation, recording);
     EXPECT_EQ(observation.end(), all.end());
     EXPECT_EQ(observation.firstKept(), all.end() - 2 * kBound);

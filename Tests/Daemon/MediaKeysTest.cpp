@@ -140,7 +140,6 @@ TEST(GestureLogTest, ATouchIsALine) {
          "hold VolumeUp > None, 0.30 s: none"},
         {{{mayBegin(VolumeUp), kNoKey}, {cancel(), kNoKey}}, "rejected VolumeUp, 0.10 s: none"},
         {{{firmwareReset(), kNoKey}}, "firmware reset: none"},
-        {{{holdStart(VolumeUp), KEY_MUTE}, {holdEnd(VolumeUp), kNoKey}}, "hold VolumeUp, 0.10 s: KEY_MUTE"},
     };
     GestureLog log;
     HostTime time{};

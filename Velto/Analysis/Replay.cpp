@@ -51,15 +51,13 @@ void Replay::installHandlers(HostTime start) {
         if (frameHandler)
             _image = image;
     };
-    _pipeline->hidEventsHandler = [this, start](std::uint64_t, const HIDEvents& events) {
+    _pipeline->hidEventsHandler = [this, start](std::uint64_t, const auto& events) {
         _counts.events += events.size();
         showFrame();
-        for (const Ref<HIDEvent>& event : events) {
-            std::optional<Gesture> gesture = gestureOf(*event);
-            if (!gesture)
-                continue;
-            gesture->time -= start;
-            gestureHandler(*gesture);
+        translateEvents(events, _gestures);
+        for (Gesture& gesture : _gestures) {
+            gesture.time -= start;
+            gestureHandler(gesture);
         }
     };
 }

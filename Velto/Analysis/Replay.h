@@ -2,13 +2,13 @@
 
 #include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Recording/PipelineRecording.h"
+#include "Velto/Analysis/Disturbance.h"
 #include "Velto/Analysis/Setting.h"
 #include "Velto/Host/Gesture.h"
 
 #include <functional>
 #include <limits>
 #include <optional>
-#include <span>
 #include <vector>
 
 namespace VeltoTouch::Analysis {
@@ -25,16 +25,6 @@ public:
         std::uint64_t events = 0;
         std::uint64_t settingsLeftOut = 0;
         HostTime duration{}; // from the first frame to the last
-    };
-
-    // An interruption of the images.
-    struct Disturbance {
-        enum class Kind { InvalidReport, Gap, Reset };
-        Kind kind;
-        HostTime time{};                             // since the start of playback
-        std::optional<std::uint32_t> lastFrame = {}; // number of the image before it, if there is one
-        std::uint32_t frame = 0;                     // of a gap: number of the image behind it
-        std::span<const std::uint8_t> report = {};   // the invalid one
     };
 
     // The handlers run within the pipeline and must not throw; work that may throw belongs into `frameDone`.
@@ -64,6 +54,7 @@ private:
     std::shared_ptr<Pipeline> _pipeline = std::make_shared<Pipeline>();
     Counts _counts;
     std::optional<InputReport::Image> _image; // of the report in progress, until it is shown
+    std::vector<Gesture> _gestures;           // of the report in progress
 };
 
 } // namespace VeltoTouch::Analysis

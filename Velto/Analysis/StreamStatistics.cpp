@@ -39,9 +39,9 @@ StreamStatistics statisticsOf(PipelineRecording& recording, const std::function<
     Replay replay;
     replay.gestureHandler = [](const Gesture&) {};
     bool isReset = false; // what the recognizer sees next is no image
-    replay.disturbanceHandler = [&](const Replay::Disturbance& disturbance) {
+    replay.disturbanceHandler = [&](const Disturbance& disturbance) {
         statistics.disturbances.push_back(disturbance);
-        isReset = disturbance.kind == Replay::Disturbance::Kind::Reset;
+        isReset = disturbance.kind == Disturbance::Kind::Reset;
     };
     replay.frameHandler = [&](const Algs& algs, const InputReport::Image& image) {
         if (std::exchange(isReset, false))

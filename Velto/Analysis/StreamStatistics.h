@@ -26,9 +26,9 @@ struct StreamStatistics {
     std::uint64_t reports = 0; // of any kind, invalid ones included
     // Reports less one, over the time from the first to the last; none if that takes no time.
     std::optional<double> rateHz;
-    std::optional<Intervals> intervals;            // none with fewer than two reports
-    std::vector<Replay::Disturbance> disturbances; // in order; the invalid reports are the recording's
-    std::array<PadStatistics, kPadCount> pads{};   // with the recognizer set as the recording sets it
+    std::optional<Intervals> intervals;          // none with fewer than two reports
+    std::vector<Disturbance> disturbances;       // in order; the invalid reports are the recording's
+    std::array<PadStatistics, kPadCount> pads{}; // with the recognizer set as the recording sets it
 };
 
 // Plays a recording that is sorted by time; `frameDone` is called after each of its frames. The result refers to the

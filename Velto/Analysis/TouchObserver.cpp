@@ -73,14 +73,14 @@ PixelRegion decidedRegion(const Touch& touch, PixelRegion last) {
 
 } // namespace
 
-void TouchObserver::frame(const Track::Step& step, const Algs& algs, const HIDEvents& events) {
+void TouchObserver::frame(const Track::Step& step, const Algs& algs, std::span<const Gesture> gestures) {
     const HandStats& hand = algs.handStats;
     if (_contributions == Contributions::Follow)
         _score.add(algs);
     if (hand.touching && !_isTouching)
         begin(step, algs);
     if (_isTouching) {
-        addEvents(step, events);
+        addGestures(step, gestures);
         if (hand.touching)
             follow(step, algs);
         else
@@ -119,11 +119,9 @@ void TouchObserver::begin(const Track::Step& step, const Algs& algs) {
         addActivation(algs.virtualPixels, _troughs.groups);
 }
 
-void TouchObserver::addEvents(const Track::Step& step, const HIDEvents& events) {
-    for (const Ref<HIDEvent>& event : events) {
-        if (const auto gesture = gestureOf(*event))
-            _touch.events.push_back({.ns = step.ns, .kind = gesture->kind, .region = gesture->region});
-    }
+void TouchObserver::addGestures(const Track::Step& step, std::span<const Gesture> gestures) {
+    for (const Gesture& gesture : gestures)
+        _touch.events.push_back({.ns = step.ns, .kind = gesture.kind, .region = gesture.region});
 }
 
 void TouchObserver::follow(const Track::Step& step, const Algs& algs) {
@@ -224,8 +222,8 @@ std::vector<Touch> TouchObserver::finish() {
 std::vector<Touch> touchesOf(const Track& track, const std::vector<Setting>& settings,
                              TouchObserver::Contributions contributions) {
     TouchObserver observer(contributions);
-    track.play(settings, [&observer](const Track::Step& step, const Algs& algs, const HIDEvents& events) {
-        observer.frame(step, algs, events);
+    track.play(settings, [&observer](const Track::Step& step, const Algs& algs, std::span<const Gesture> gestures) {
+        observer.frame(step, algs, gestures);
     });
     return observer.finish();
 }

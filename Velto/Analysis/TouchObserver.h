@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -26,7 +27,7 @@ public:
     explicit TouchObserver(Contributions contributions) : _contributions(contributions) {}
 
     // Takes in a frame, in order. The recognizer is as it stands after it.
-    void frame(const Track::Step& step, const Algs& algs, const HIDEvents& events);
+    void frame(const Track::Step& step, const Algs& algs, std::span<const Gesture> gestures);
 
     // Takes out the touches that have ended so far, in their order. For observation without end.
     [[nodiscard]] std::vector<Touch> takeEnded() { return std::exchange(_touches, {}); }
@@ -51,7 +52,7 @@ private:
     void follow(const Track::Step& step, const Algs& algs);
     void followPeak(const Algs& algs);
     void followTimeout(const Track::Step& step, const HandStats& hand);
-    void addEvents(const Track::Step& step, const HIDEvents& events);
+    void addGestures(const Track::Step& step, std::span<const Gesture> gestures);
     void end(const Track::Step& step, const Algs& algs);
     void addForkChecks();
     void addTapChecks(const HandStats& hand, bool onlyIfOneFails);

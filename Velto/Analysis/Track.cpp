@@ -3,16 +3,22 @@
 #include "Plugin/Shared/Keys.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace VeltoTouch::Analysis {
+namespace {
 
-std::optional<Track::Step> Track::stepOf(std::span<const std::uint8_t> report) {
+// Returns nothing for a report that recognition does not see.
+std::optional<Track::Step> stepOf(std::span<const std::uint8_t> report) {
+    using Kind = Track::Step::Kind;
     if (const auto event = InputReport::FirmwareEvent::parse(report.data(), report.size()))
-        return event->isReset() ? std::optional(Step{.kind = Step::Kind::Reset}) : std::nullopt;
+        return event->isReset() ? std::optional(Track::Step{.kind = Kind::Reset}) : std::nullopt;
     if (const auto image = InputReport::Image::parse(report.data(), report.size()))
-        return Step{.kind = Step::Kind::Image, .image = *image};
+        return Track::Step{.kind = Kind::Image, .image = *image};
     return std::nullopt;
 }
+
+} // namespace
 
 Track::Track(const std::list<Frame>& frames) {
     if (frames.empty())
@@ -55,13 +61,20 @@ void Track::play(const std::vector<Setting>& settings, const FrameHandler& handl
             continue;
         algs.setState(written.emplace_back(*key), setting.value);
     }
+    std::vector<Gesture> gestures; // of the frame in progress
+    const auto handOver = [&](const Step& step, const auto& events) {
+        translateEvents(events, gestures);
+        for (Gesture& gesture : gestures)
+            gesture.time = HostTime(step.ns);
+        handleFrame(step, algs, gestures);
+    };
     for (const Step& step : _steps) {
         switch (step.kind) {
         case Step::Kind::Image:
-            handleFrame(step, algs, algs.handleImage(step.image));
+            handOver(step, algs.handleImage(step.image));
             break;
         case Step::Kind::Reset:
-            handleFrame(step, algs, algs.handleReset());
+            handOver(step, algs.handleReset());
             break;
         case Step::Kind::Setting:
             if (const Setting& write = _writes[step.setting]; std::ranges::find(written, write.key) == written.end())

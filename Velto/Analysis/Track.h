@@ -4,11 +4,11 @@
 #include "Plugin/Recording/Frame.h"
 #include "Plugin/Reports/InputReport.h"
 #include "Velto/Analysis/Setting.h"
+#include "Velto/Host/Gesture.h"
 
 #include <cstdint>
 #include <functional>
 #include <list>
-#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -30,11 +30,8 @@ public:
         InputReport::Image image = {}; // all 0 for a reset, as the recognizer takes it
     };
 
-    // The step that a report is, its time 0; none for a report that recognition does not see.
-    [[nodiscard]] static std::optional<Step> stepOf(std::span<const std::uint8_t> report);
-
-    // A frame's events, if there are any, have time stamp 0. The recognizer is as it stands after the frame.
-    using FrameHandler = std::function<void(const Step& step, const Algs& algs, const HIDEvents& events)>;
+    // `gestures` are the frame's, at the step's time. The recognizer is as it stands after the frame.
+    using FrameHandler = std::function<void(const Step& step, const Algs& algs, std::span<const Gesture> gestures)>;
 
     // `frames` are a recording's, sorted by time.
     explicit Track(const std::list<Frame>& frames);

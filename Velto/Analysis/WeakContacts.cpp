@@ -86,7 +86,7 @@ std::vector<WeakContact> WeakContacts::finish() {
 
 std::vector<WeakContact> weakContactsOf(const Track& track, const std::vector<Setting>& settings) {
     WeakContacts contacts;
-    track.play(settings, [&contacts](const Track::Step& step, const Algs& algs, const HIDEvents&) {
+    track.play(settings, [&contacts](const Track::Step& step, const Algs& algs, std::span<const Gesture>) {
         contacts.frame(step, algs);
     });
     return contacts.finish();

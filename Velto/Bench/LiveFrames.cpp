@@ -26,17 +26,24 @@ Frame accelerationFrame(HostTime time, float x, float y, float z) {
 
 } // namespace
 
+std::optional<Frame> settingFrame(HostTime time, const Setting& setting) {
+    const auto key = Keys::belowPipeline(setting.key);
+    if (!key)
+        return std::nullopt;
+    return Frame{.type = Frame::Type::State,
+                 .timestampNs = time.count(),
+                 .key = std::string(*key),
+                 .value = setting.value,
+                 .report = {}};
+}
+
 LiveSurface::Handlers frameHandlers(const std::function<void(const Frame& frame)>& add) {
     LiveSurface::Handlers handlers;
     handlers.report = [add](HostTime time, std::span<const std::uint8_t> report) { add(reportFrame(time, report)); };
     handlers.acceleration = [add](HostTime time, float x, float y, float z) { add(accelerationFrame(time, x, y, z)); };
     handlers.setting = [add](HostTime time, const Setting& setting) {
-        if (const auto key = Keys::belowPipeline(setting.key))
-            add({.type = Frame::Type::State,
-                 .timestampNs = time.count(),
-                 .key = std::string(*key),
-                 .value = setting.value,
-                 .report = {}});
+        if (const auto frame = settingFrame(time, setting))
+            add(*frame);
     };
     return handlers;
 }

@@ -24,21 +24,20 @@ LiveSurface::LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device
     : _loop(loop), _handlers(std::move(handlers)),
       _settings(loop, bus, device.name(), std::move(ofCommandLine),
                 [this](std::span<const Setting> changed) { changeSettings(changed); }) {
-    _reader.emplace(device,
-                    Surface::DeviceReader::Handlers{
-                        .report =
-                            [this](std::uint64_t time, std::span<const std::uint8_t> report) {
-                                add({.time = hostTimeOf(time), .content = Report{{report.begin(), report.end()}}});
-                            },
-                        .acceleration =
-                            [this](std::uint64_t time, float x, float y, float z) {
-                                add({.time = hostTimeOf(time), .content = Acceleration{.x = x, .y = y, .z = z}});
-                            },
-                        .ended =
-                            [this](const std::exception_ptr& failure) {
-                                add({.time = hostTimeNow(), .content = End{messageOf(failure)}});
-                            },
-                    });
+    _reader.emplace(device, Surface::DeviceReader::Handlers{
+                                .report =
+                                    [this](HostTime time, std::span<const std::uint8_t> report) {
+                                        add({.time = time, .content = Report{{report.begin(), report.end()}}});
+                                    },
+                                .acceleration =
+                                    [this](HostTime time, float x, float y, float z) {
+                                        add({.time = time, .content = Acceleration{.x = x, .y = y, .z = z}});
+                                    },
+                                .ended =
+                                    [this](const std::exception_ptr& failure) {
+                                        add({.time = hostTimeNow(), .content = End{messageOf(failure)}});
+                                    },
+                            });
 }
 
 LiveSurface::~LiveSurface() {

@@ -1,16 +1,10 @@
 #include "Velto/Bench/Observation.h"
 
-#include "Plugin/Shared/ClockConversion.h"
-#include "Plugin/Shared/Keys.h"
-
 #include <algorithm>
-#include <string>
 #include <utility>
 
 namespace VeltoTouch::Bench {
 namespace {
-
-std::uint64_t ticksOf(HostTime time) noexcept { return Util::machTimeFromNanoseconds(time.count()); }
 
 Moment::State stateOf(const HandStats& hand) noexcept {
     if (hand.holding)
@@ -29,39 +23,33 @@ std::size_t strongestGroupOf(const VirtualPixels& groups) {
 
 } // namespace
 
-Observation::Observation(std::uint64_t bound) : _bound(bound) {
-    _recording.setMaxFrameCount(bound);
-    _recording.pipeline = _pipeline;
-    _pipeline->invalidReportHandler = [this](auto...) { ++_invalidReports; };
-    _pipeline->hidEventsHandler = [this](std::uint64_t, const HIDEvents& events) { _events = events; };
-}
+Observation::Observation(std::uint64_t bound) : _bound(bound) { _recording.setMaxFrameCount(bound); }
 
-void Observation::set(HostTime time, const Setting& setting) {
-    if (const auto key = Keys::belowPipeline(setting.key))
-        _recording.setState(ticksOf(time), std::string(*key), setting.value);
-}
-
-void Observation::report(HostTime time, std::span<const std::uint8_t> report) {
-    if (!_start)
-        _start = _last = time;
-    time = _last = std::max(time, _last); // a piped device may say anything
-    ++_reports;
-    _recording.handleInputReport(ticksOf(time), report.data(), report.size());
-    if (auto step = Analysis::Track::stepOf(report)) {
-        step->ns = (time - *_start).count();
-        observe(*step);
+void Observation::add(Frame frame) {
+    if (frame.type == Frame::Type::Metadata)
+        return;
+    if (frame.type == Frame::Type::InputReport) {
+        if (_reports++ == 0)
+            _startNs = _lastNs = frame.timestampNs;
+        frame.timestampNs = _lastNs = std::max(frame.timestampNs, _lastNs); // a piped device may say anything
     }
-    _events.clear();
+    const LiveRecognition::Seen& seen = _recognition.handle(frame);
+    _recording.appendFrame(std::move(frame));
+    if (!seen.step)
+        return;
+    Analysis::Track::Step step = *seen.step;
+    step.ns -= _startNs;
+    observe(step, seen.gestures);
 }
 
-void Observation::observe(const Analysis::Track::Step& step) {
-    _observer.frame(step, _pipeline->algs, _events);
+void Observation::observe(const Analysis::Track::Step& step, std::span<const Gesture> gestures) {
+    _observer.frame(step, _recognition.algs(), gestures);
     for (Analysis::Touch& touch : _observer.takeEnded())
         _decisions.push_back({.moment = end(), .touch = std::move(touch)});
-    add(momentAt(step));
+    keep(momentAt(step));
 }
 
-void Observation::add(const Moment& moment) {
+void Observation::keep(const Moment& moment) {
     _moments.push_back(moment);
     if (_bound == 0)
         return;
@@ -72,7 +60,7 @@ void Observation::add(const Moment& moment) {
 }
 
 Moment Observation::momentAt(const Analysis::Track::Step& step) const {
-    const Algs& algs = _pipeline->algs;
+    const Algs& algs = _recognition.algs();
     const HandStats& hand = algs.handStats;
     const std::size_t group = strongestGroupOf(algs.virtualPixels);
     Moment moment{.time = HostTime(step.ns),
@@ -89,9 +77,9 @@ Moment Observation::momentAt(const Analysis::Track::Step& step) const {
                   .holdTimeoutMs = hand.holdTimeoutMs,
                   .contact = {},
                   .reports = _reports,
-                  .gaps = _pipeline->disjointImageCount,
-                  .resets = _pipeline->resetCount,
-                  .invalidReports = _invalidReports};
+                  .gaps = _recognition.gaps(),
+                  .resets = _recognition.resets(),
+                  .invalidReports = _recognition.invalidReports()};
     for (std::size_t i = 0; i < kPadCount; ++i)
         moment.pads[i] = {.value = algs.pixels.value[i], .isOn = algs.pixels.on[i] != 0};
     if (const Analysis::Touch* touch = _observer.inProgress())

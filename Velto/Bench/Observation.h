@@ -1,22 +1,19 @@
 #pragma once
 
-#include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Recording/PipelineRecording.h"
 #include "Velto/Analysis/TouchObserver.h"
+#include "Velto/Bench/LiveRecognition.h"
 #include "Velto/Host/HostTime.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
 
 namespace VeltoTouch::Bench {
-
-using Analysis::Setting;
 
 // What is known of a surface after a frame: plain values, to be shown now or again later.
 struct Moment {
@@ -61,13 +58,9 @@ struct Moment {
 class Observation {
 public:
     explicit Observation(std::uint64_t bound);
-    Observation(const Observation&) = delete;
-    Observation& operator=(const Observation&) = delete;
-    ~Observation() = default;
 
-    // Take in a write of a setting and a report, in the order of time. Keys outside the pipeline's domain are ignored.
-    void set(HostTime time, const Setting& setting);
-    void report(HostTime time, std::span<const std::uint8_t> report);
+    // Takes in a write of a setting or a report, in the order of time. Ignores metadata.
+    void add(Frame frame);
 
     // Moments are numbered from 0. Those before `firstKept` are forgotten.
     [[nodiscard]] std::size_t firstKept() const noexcept { return _forgotten; }
@@ -89,19 +82,17 @@ public:
 private:
     static constexpr std::size_t kMostDecisions = 10'000;
 
-    void observe(const Analysis::Track::Step& step);
-    void add(const Moment& moment);
+    void observe(const Analysis::Track::Step& step, std::span<const Gesture> gestures);
+    void keep(const Moment& moment);
     [[nodiscard]] Moment momentAt(const Analysis::Track::Step& step) const;
 
     const std::uint64_t _bound;
-    const std::shared_ptr<Pipeline> _pipeline = std::make_shared<Pipeline>();
     PipelineRecording _recording;
+    LiveRecognition _recognition;
     Analysis::TouchObserver _observer{Analysis::TouchObserver::Contributions::Leave};
-    std::optional<HostTime> _start;
-    HostTime _last{};
     std::uint64_t _reports = 0;
-    std::uint64_t _invalidReports = 0;
-    HIDEvents _events; // of the report in progress
+    std::uint64_t _startNs = 0; // of the first report
+    std::uint64_t _lastNs = 0;
 
     std::deque<Moment> _moments;
     std::size_t _forgotten = 0;

@@ -1,42 +1,36 @@
 #include "Velto/Bench/TroubleWatch.h"
 
-#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Host/Gesture.h"
 
-#include <utility>
-
 namespace VeltoTouch::Bench {
+namespace {
 
-TroubleWatch::TroubleWatch(std::function<void(Trouble trouble)> troubleHandler)
-    : _troubleHandler(std::move(troubleHandler)) {
-    _pipeline.hidEventsHandler = [this](std::uint64_t, const HIDEvents& events) {
-        _events = events;
-        for (const Ref<HIDEvent>& event : events) {
-            const auto gesture = gestureOf(*event);
-            if (gesture && gesture->kind == GestureKind::Cancel)
-                add(Trouble::Cancel);
-        }
-    };
-    _pipeline.disjointImageHandler = [this](auto...) { add(Trouble::Gap); };
-    _pipeline.invalidReportHandler = [this](auto...) { add(Trouble::Invalid); };
-    _pipeline.firmwareEventHandler = [this](std::uint64_t, const InputReport::FirmwareEvent& event) {
-        if (event.isReset())
-            add(Trouble::Reset);
-    };
+Trouble troubleOf(Disturbance::Kind kind) noexcept {
+    using Kind = Disturbance::Kind;
+    switch (kind) {
+    case Kind::Gap:
+        return Trouble::Gap;
+    case Kind::Reset:
+        return Trouble::Reset;
+    case Kind::InvalidReport:
+        break;
+    }
+    return Trouble::Invalid;
 }
 
+} // namespace
+
 void TroubleWatch::handle(const Frame& frame) {
-    const std::uint64_t time = Util::machTimeFromNanoseconds(frame.timestampNs);
     _ended.reset();
-    _events.clear();
-    if (frame.type == Frame::Type::State)
-        _pipeline.setState(time, frame.key, frame.value);
-    else if (frame.type == Frame::Type::InputReport)
-        _pipeline.handleInputReport(time, frame.report.data(), frame.report.size());
-    if (auto step = frame.type == Frame::Type::InputReport ? Analysis::Track::stepOf(frame.report) : std::nullopt) {
-        step->ns = frame.timestampNs;
-        _observer.frame(*step, _pipeline.algs, _events);
+    const LiveRecognition::Seen& seen = _recognition.handle(frame);
+    if (seen.disturbance)
+        add(troubleOf(*seen.disturbance));
+    for (const Gesture& gesture : seen.gestures) {
+        if (gesture.kind == GestureKind::Cancel)
+            add(Trouble::Cancel);
     }
+    if (seen.step)
+        _observer.frame(*seen.step, _recognition.algs(), seen.gestures);
     for (Analysis::Touch& touch : _observer.takeEnded())
         _ended = std::move(touch);
 }

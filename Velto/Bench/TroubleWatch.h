@@ -1,21 +1,24 @@
 #pragma once
 
-#include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Recording/Frame.h"
 #include "Velto/Analysis/TouchObserver.h"
+#include "Velto/Bench/LiveRecognition.h"
 
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace VeltoTouch::Bench {
 
 // What interrupts the images or a touch: a touch that the recognizer decided to cancel, a gap in the frame numbers, a
 // reset of the controller's firmware, a report that is neither image nor firmware event.
 enum class Trouble : std::uint8_t { Cancel, Gap, Reset, Invalid };
-inline constexpr std::array<std::string_view, 4> kTroubleNames{"cancel", "gap", "reset", "invalid"};
+inline constexpr std::array<std::string_view, 4> kTroubleNames{"cancel", nameOf(Disturbance::Kind::Gap),
+                                                               nameOf(Disturbance::Kind::Reset),
+                                                               nameOf(Disturbance::Kind::InvalidReport)};
 [[nodiscard]] constexpr std::string_view nameOf(Trouble trouble) noexcept {
     return kTroubleNames[static_cast<std::size_t>(trouble)];
 }
@@ -24,10 +27,8 @@ inline constexpr std::array<std::string_view, 4> kTroubleNames{"cancel", "gap", 
 class TroubleWatch {
 public:
     // `troubleHandler` is called within `handle`, and must not throw.
-    explicit TroubleWatch(std::function<void(Trouble trouble)> troubleHandler);
-    TroubleWatch(const TroubleWatch&) = delete;
-    TroubleWatch& operator=(const TroubleWatch&) = delete;
-    ~TroubleWatch() = default;
+    explicit TroubleWatch(std::function<void(Trouble trouble)> troubleHandler)
+        : _troubleHandler(std::move(troubleHandler)) {}
 
     // Takes in a frame, in the order of time.
     void handle(const Frame& frame);
@@ -35,7 +36,7 @@ public:
     // Whether a touch is in progress after the newest frame, or ended with it.
     [[nodiscard]] bool isTouched() const noexcept { return _observer.inProgress() != nullptr || _ended; }
     // Whether there is no such touch, and nothing above noise.
-    [[nodiscard]] bool isClear() const noexcept { return !isTouched() && !_pipeline.algs.handStats.aboveNoise; }
+    [[nodiscard]] bool isClear() const noexcept { return !isTouched() && !_recognition.algs().handStats.aboveNoise; }
     // The touch that ended with the newest frame; null if none did.
     [[nodiscard]] const Analysis::Touch* endedTouch() const noexcept { return _ended ? &*_ended : nullptr; }
 
@@ -49,9 +50,8 @@ private:
 
     const std::function<void(Trouble trouble)> _troubleHandler;
     std::array<std::uint64_t, kTroubleNames.size()> _counts{};
-    Pipeline _pipeline;
+    LiveRecognition _recognition;
     Analysis::TouchObserver _observer{Analysis::TouchObserver::Contributions::Leave};
-    HIDEvents _events; // of the frame in progress
     std::optional<Analysis::Touch> _ended;
 };
 

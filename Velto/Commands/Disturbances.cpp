@@ -7,17 +7,17 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-std::string place(const Replay::Disturbance& disturbance) {
+std::string place(const Disturbance& disturbance) {
     return disturbance.lastFrame ? fmt::format("after frame {}", *disturbance.lastFrame) : "before the first frame";
 }
 
-std::string textOf(const Replay::Disturbance& disturbance) {
+std::string textOf(const Disturbance& disturbance) {
     switch (disturbance.kind) {
-    case Replay::Disturbance::Kind::InvalidReport:
+    case Disturbance::Kind::InvalidReport:
         return fmt::format("{}: {}", place(disturbance), Analysis::faultOf(disturbance.report));
-    case Replay::Disturbance::Kind::Gap:
+    case Disturbance::Kind::Gap:
         return fmt::format("frame {} {}", disturbance.frame, place(disturbance));
-    case Replay::Disturbance::Kind::Reset:
+    case Disturbance::Kind::Reset:
         return place(disturbance);
     }
     return {};
@@ -25,7 +25,7 @@ std::string textOf(const Replay::Disturbance& disturbance) {
 
 } // namespace
 
-void Disturbances::add(const Replay::Disturbance& disturbance) {
+void Disturbances::add(const Disturbance& disturbance) {
     List& list = _lists[static_cast<std::size_t>(disturbance.kind)];
     if (list.lines.size() == kMostListed)
         ++list.unlisted;
@@ -33,7 +33,7 @@ void Disturbances::add(const Replay::Disturbance& disturbance) {
         list.lines.push_back(fmt::format("{:>9.3f} s  {}", Seconds(disturbance.time).count(), textOf(disturbance)));
 }
 
-std::vector<std::string> Disturbances::lines(Replay::Disturbance::Kind kind) const {
+std::vector<std::string> Disturbances::lines(Disturbance::Kind kind) const {
     const List& list = _lists[static_cast<std::size_t>(kind)];
     std::vector<std::string> lines = list.lines;
     if (list.unlisted > 0)

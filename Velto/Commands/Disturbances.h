@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Velto/Analysis/Replay.h"
+#include "Velto/Analysis/Disturbance.h"
 
 #include <array>
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace VeltoTouch::Velto {
 
-using Analysis::Replay;
+using Analysis::Disturbance;
 
 // The disturbances of a recording as lines for people, each with its time and frame number. Of each kind only the first
 // few are kept, so that memory and output are bounded.
@@ -18,10 +18,10 @@ class Disturbances {
 public:
     static constexpr std::size_t kMostListed = 10; // of each kind
 
-    void add(const Replay::Disturbance& disturbance);
+    void add(const Disturbance& disturbance);
 
     // The lines of one kind, in order; the last one says how many more there were, if any.
-    [[nodiscard]] std::vector<std::string> lines(Replay::Disturbance::Kind kind) const;
+    [[nodiscard]] std::vector<std::string> lines(Disturbance::Kind kind) const;
 
 private:
     struct List {

@@ -19,6 +19,8 @@
 namespace VeltoTouch::Velto {
 namespace {
 
+using Analysis::Replay;
+
 struct InfoOptions {
     std::vector<std::string> paths;
     bool json = false;
@@ -57,9 +59,9 @@ Info inspect(const std::string& file) {
         ++info.framesByType[static_cast<std::size_t>(frame.type)];
 
     Replay replay;
-    GestureTable gestures([](const GestureTable::Touch&) {});
+    GestureTable gestures;
     replay.gestureHandler = [&](const Gesture& gesture) { gestures.add(gesture); };
-    replay.disturbanceHandler = [&info](const Replay::Disturbance& disturbance) { info.disturbances.add(disturbance); };
+    replay.disturbanceHandler = [&info](const Disturbance& disturbance) { info.disturbances.add(disturbance); };
     Progress progress("replaying " + file, recording.frames().size());
     replay.frameDone = [&progress, played = std::uint64_t{0}]() mutable { progress.update(++played); };
     replay.play(recording, {}, Replay::kMaxSpeed);
@@ -89,7 +91,7 @@ std::string asText(const std::string& file, const Info& info) {
     const auto line = [&text](std::string_view name, const std::string& value) {
         text += fmt::format("  {:<18} {}\n", name, value);
     };
-    const auto disturbances = [&](std::string_view name, std::uint64_t count, Replay::Disturbance::Kind kind) {
+    const auto disturbances = [&](std::string_view name, std::uint64_t count, Disturbance::Kind kind) {
         line(name, fmt::format("{}", count));
         for (const std::string& disturbance : info.disturbances.lines(kind))
             line("", disturbance);
@@ -100,7 +102,7 @@ std::string asText(const std::string& file, const Info& info) {
                      Analysis::counted(info.framesByType[1], "input report"), info.framesByType[2]));
     line("duration", fmt::format("{:.3f} s", Seconds(info.counts.duration).count()));
     line("images", fmt::format("{}", info.counts.images));
-    using enum Replay::Disturbance::Kind;
+    using enum Disturbance::Kind;
     disturbances("invalid reports", info.counts.invalidReports, InvalidReport);
     disturbances("gaps", info.gaps, Gap);
     disturbances("firmware resets", info.resets, Reset);

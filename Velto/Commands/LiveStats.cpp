@@ -1,12 +1,11 @@
 #include "Velto/Commands/LiveStats.h"
 
-#include "Plugin/Pipeline/Pipeline.h"
 #include "Plugin/Reports/Regions.h"
-#include "Plugin/Shared/ClockConversion.h"
 #include "Velto/Analysis/LineMembers.h"
 #include "Velto/Analysis/NearestRank.h"
 #include "Velto/Analysis/PadStatistics.h"
-#include "Velto/Analysis/Track.h"
+#include "Velto/Bench/LiveFrames.h"
+#include "Velto/Bench/LiveRecognition.h"
 #include "Velto/Bench/LiveSurface.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Commands/PadText.h"
@@ -23,6 +22,7 @@
 #include <deque>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -93,35 +93,19 @@ private:
 class LiveStats {
 public:
     // `isPiped`: reports have the times of another clock, and how late an event is cannot be known.
-    explicit LiveStats(bool isPiped) {
-        _pipeline.invalidReportHandler = [this](auto...) { ++_invalidReports; };
-        _pipeline.hidEventsHandler = [this, isPiped](auto...) {
-            ++_events;
-            const HostTime now = hostTimeNow();
-            if (!isPiped)
-                _latencies.add((now - std::min(now, _lastTime.value_or(now))).count());
-        };
-    }
-    LiveStats(const LiveStats&) = delete;
-    LiveStats& operator=(const LiveStats&) = delete;
-    ~LiveStats() = default;
+    explicit LiveStats(bool isPiped) : _isPiped(isPiped) {}
 
-    void set(HostTime time, const Bench::Setting& setting) {
-        if (const auto key = Keys::belowPipeline(setting.key))
-            _pipeline.setState(Util::machTimeFromNanoseconds(time.count()), std::string(*key), setting.value);
-    }
-    void add(HostTime time, std::span<const std::uint8_t> report) {
-        ++_reports;
-        if (_lastTime)
-            _intervals.add((time - std::min(time, *_lastTime)).count());
-        _firstTime = _firstTime.value_or(time);
-        _lastTime = time;
-        _pipeline.handleInputReport(Util::machTimeFromNanoseconds(time.count()), report.data(), report.size());
-        const auto step = Analysis::Track::stepOf(report);
-        if (!step || step->kind != Analysis::Track::Step::Kind::Image)
+    void add(const Frame& frame) {
+        const HostTime time(frame.timestampNs);
+        if (frame.type == Frame::Type::InputReport)
+            count(time);
+        const Bench::LiveRecognition::Seen& seen = _recognition.handle(frame);
+        if (!seen.gestures.empty())
+            countEvents(time);
+        if (!seen.step || seen.step->kind != Analysis::Track::Step::Kind::Image)
             return;
         for (std::size_t i = 0; i < kPadCount; ++i)
-            _pads[i].add(step->image.padSignal[i], !_pipeline.algs.handStats.touching);
+            _pads[i].add(seen.step->image.padSignal[i], !_recognition.algs().handStats.touching);
     }
 
     // The pads stand below the rest, or beside it where rows are few.
@@ -139,8 +123,8 @@ public:
                            "\n",
                            inFile, ns, _reports, Analysis::orNull(rateHz()), spansLine(_intervals.figures()),
                            _intervals.count() == 0 ? "null" : fmt::format("{}", _intervals.figures()->deviation),
-                           _events, spansLine(_latencies.figures()), _pipeline.disjointImageCount, _pipeline.resetCount,
-                           _invalidReports, fmt::join(pads, ","));
+                           _events, spansLine(_latencies.figures()), _recognition.gaps(), _recognition.resets(),
+                           _recognition.invalidReports(), fmt::join(pads, ","));
     }
 
 private:
@@ -148,15 +132,29 @@ private:
     static constexpr int kNarrow = 4;
     static constexpr int kWide = 18;
 
+    void count(HostTime time) {
+        ++_reports;
+        if (_lastTime)
+            _intervals.add((time - std::min(time, *_lastTime)).count());
+        _firstTime = _firstTime.value_or(time);
+        _lastTime = time;
+    }
+    // The events of a report that was read at `time`.
+    void countEvents(HostTime time) {
+        ++_events;
+        const HostTime now = hostTimeNow();
+        if (!_isPiped)
+            _latencies.add((now - std::min(now, time)).count());
+    }
     [[nodiscard]] std::string streamRows() const {
         std::string text =
             row("reports", fmt::format("{}", _reports)) + row("rate", number(rateHz(), "{:.2f} Hz")) +
             spans("interval", _intervals.figures()) +
             row("jitter", _intervals.count() == 0 ? "-" : fmt::format("{:.3f} ms", _intervals.figures()->deviation)) +
             row("events", fmt::format("{}", _events)) + spans("report to event", _latencies.figures());
-        return text + row("gaps", fmt::format("{}", _pipeline.disjointImageCount)) +
-               row("firmware resets", fmt::format("{}", _pipeline.resetCount)) +
-               row("invalid reports", fmt::format("{}", _invalidReports));
+        return text + row("gaps", fmt::format("{}", _recognition.gaps())) +
+               row("firmware resets", fmt::format("{}", _recognition.resets())) +
+               row("invalid reports", fmt::format("{}", _recognition.invalidReports()));
     }
     [[nodiscard]] std::string padRows(int nameWidth) const {
         std::string text = fmt::format("  {:<{}}{}\n", "pad", nameWidth, padHeading());
@@ -192,9 +190,9 @@ private:
                        : "null";
     }
 
-    Pipeline _pipeline;
+    const bool _isPiped;
+    Bench::LiveRecognition _recognition;
     std::uint64_t _reports = 0;
-    std::uint64_t _invalidReports = 0;
     std::uint64_t _events = 0;
     std::optional<HostTime> _firstTime;
     std::optional<HostTime> _lastTime;
@@ -232,18 +230,13 @@ int showLiveStats(const LiveStatsOptions& options) {
     LiveStats stats(std::holds_alternative<PipedSurface>(options.device.surface));
     std::string failure;
     std::optional<Bench::LiveSurface> surface;
-    about(subject, [&] {
-        surface.emplace(
-            loop, device, options.bus, std::vector<Bench::Setting>(),
-            Bench::LiveSurface::Handlers{
-                .report = [&](HostTime time, std::span<const std::uint8_t> report) { stats.add(time, report); },
-                .setting = [&](HostTime time, const Bench::Setting& setting) { stats.set(time, setting); },
-                .gone =
-                    [&](const std::string& why) {
-                        failure = why;
-                        loop.stop();
-                    }});
-    });
+    auto handlers = Bench::frameHandlers([&](const Frame& frame) { stats.add(frame); });
+    handlers.gone = [&](const std::string& why) {
+        failure = why;
+        loop.stop();
+    };
+    about(subject,
+          [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), std::move(handlers)); });
     const HostTime start = hostTimeNow();
     const auto heading = [&] {
         return fmt::format("{}   settings: {}\n", printable(options.device.name), surface->settings().description());

@@ -27,7 +27,7 @@ namespace VeltoTouch::Velto {
 namespace {
 
 using Analysis::StreamStatistics;
-using Kind = Replay::Disturbance::Kind;
+using Kind = Disturbance::Kind;
 using Stretch = StreamStatistics::Intervals;
 
 struct StatsOptions {
@@ -65,30 +65,23 @@ std::string streamLine(const std::string& inFile, const StreamStatistics& statis
                        ms(&Stretch::p99), ms(&Stretch::longest));
 }
 
-std::string disturbanceLine(const std::string& inFile, const Replay::Disturbance& disturbance) {
-    const auto line = [&](std::string_view kind, const std::string& members) {
-        return fmt::format(R"({{"kind":"{}"{},"ns":{}{}}})"
-                           "\n",
-                           kind, inFile, disturbance.time.count(), members);
-    };
-    switch (disturbance.kind) {
-    case Kind::Gap:
-        return line("gap", fmt::format(R"(,"from":{},"to":{})", *disturbance.lastFrame, disturbance.frame));
-    case Kind::Reset:
-        return line("reset", "");
-    case Kind::InvalidReport:
-        return line("invalid",
-                    fmt::format(R"(,"length":{},"id":{})", disturbance.report.size(),
-                                disturbance.report.empty() ? "null" : fmt::format("{}", disturbance.report.front())));
-    }
-    return {};
+std::string disturbanceLine(const std::string& inFile, const Disturbance& disturbance) {
+    std::string members;
+    if (disturbance.kind == Kind::Gap)
+        members = fmt::format(R"(,"from":{},"to":{})", *disturbance.lastFrame, disturbance.frame);
+    else if (disturbance.kind == Kind::InvalidReport)
+        members = fmt::format(R"(,"length":{},"id":{})", disturbance.report.size(),
+                              disturbance.report.empty() ? "null" : fmt::format("{}", disturbance.report.front()));
+    return fmt::format(R"({{"kind":"{}"{},"ns":{}{}}})"
+                       "\n",
+                       nameOf(disturbance.kind), inFile, disturbance.time.count(), members);
 }
 
 std::string asLines(const Shown& shown) {
     const std::string inFile = fileMember(shown.file);
     const StreamStatistics& statistics = shown.statistics;
     std::string text = streamLine(inFile, statistics);
-    for (const Replay::Disturbance& disturbance : statistics.disturbances)
+    for (const Disturbance& disturbance : statistics.disturbances)
         text += disturbanceLine(inFile, disturbance);
     for (std::size_t i = 0; i < kPadCount; ++i)
         text += fmt::format(R"({{"kind":"pad"{},{}}})"
@@ -148,12 +141,12 @@ void addPads(Columns& columns) {
 void addDisturbances(Columns& columns, const std::list<Shown>& shown) {
     Disturbances lines;
     if (shown.size() == 1) {
-        for (const Replay::Disturbance& disturbance : shown.front().statistics.disturbances)
+        for (const Disturbance& disturbance : shown.front().statistics.disturbances)
             lines.add(disturbance);
     }
     const auto disturbances = [&](std::string_view name, Kind kind) {
         columns.row(name, [kind](const auto& recording) {
-            return fmt::format("{}", std::ranges::count(recording.disturbances, kind, &Replay::Disturbance::kind));
+            return fmt::format("{}", std::ranges::count(recording.disturbances, kind, &Disturbance::kind));
         });
         for (const std::string& line : lines.lines(kind))
             columns.line(line);

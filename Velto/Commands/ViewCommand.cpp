@@ -1,4 +1,5 @@
 #include "Plugin/Shared/Keys.h"
+#include "Velto/Bench/LiveFrames.h"
 #include "Velto/Bench/LiveSurface.h"
 #include "Velto/Bench/Observation.h"
 #include "Velto/Commands/Command.h"
@@ -44,15 +45,16 @@ struct ViewOptions {
 void observe(Observation& observation, const std::string& file, const std::vector<Setting>& settings) {
     const PipelineRecording recording = loadRecording(file);
     const HostTime start(recording.frames().empty() ? 0 : recording.frames().front().timestampNs);
-    for (const Setting& setting : settings)
-        observation.set(start, setting);
+    for (const Setting& setting : settings) {
+        if (auto frame = Bench::settingFrame(start, setting))
+            observation.add(std::move(*frame));
+    }
     for (const Frame& frame : recording.frames()) {
-        const HostTime time(frame.timestampNs);
-        if (frame.type == Frame::Type::InputReport)
-            observation.report(time, frame.report);
-        std::string key = Keys::pipelineKey(frame.key);
-        if (frame.type == Frame::Type::State && std::ranges::find(settings, key, &Setting::key) == settings.end())
-            observation.set(time, {.key = std::move(key), .value = frame.value});
+        const bool isLeftOut =
+            frame.type == Frame::Type::State &&
+            std::ranges::find(settings, Keys::pipelineKey(frame.key), &Setting::key) != settings.end();
+        if (!isLeftOut)
+            observation.add(frame);
     }
 }
 
@@ -62,13 +64,7 @@ public:
     LiveView(EventLoop& loop, Screen& screen, Observation& observation, const ViewOptions& options,
              const Surface::ConnectedDevice& device)
         : View(loop, screen, observation, device.name(), options.output),
-          _surface(
-              loop, device, options.bus, options.settings,
-              {.report = [&observation](HostTime time,
-                                        std::span<const std::uint8_t> report) { observation.report(time, report); },
-               .setting = [&observation](HostTime time, const Setting& setting) { observation.set(time, setting); },
-               .batchEnd = [this] { markChanged(); },
-               .gone = [this](const std::string& failure) { end(failure); }}) {}
+          _surface(loop, device, options.bus, options.settings, handlers(observation)) {}
 
     // Why the device has gone; empty if it just has.
     [[nodiscard]] const std::string& failure() const noexcept { return _failure; }
@@ -82,6 +78,12 @@ private:
             View::goOn();
     }
 
+    [[nodiscard]] Bench::LiveSurface::Handlers handlers(Observation& observation) {
+        auto handlers = Bench::frameHandlers([&observation](const Frame& frame) { observation.add(frame); });
+        handlers.batchEnd = [this] { markChanged(); };
+        handlers.gone = [this](const std::string& failure) { end(failure); };
+        return handlers;
+    }
     void end(const std::string& failure) {
         _hasGone = true;
         _failure = failure;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -19,58 +20,24 @@ std::string keyText(const std::vector<std::uint16_t>& keys) {
     return keys.empty() ? nameOfKey(kNoKey) : fmt::format("{}", fmt::join(names, ", "));
 }
 
-std::string_view endOf(GestureKind kind) {
-    switch (kind) {
-    case GestureKind::Tap:
-        return "tap";
-    case GestureKind::HoldEnd:
-        return "hold";
-    case GestureKind::Cancel:
-        return "rejected";
-    default:
-        return "firmware reset";
-    }
+// Of a touch without a region, a firmware reset, the name alone.
+std::string textOf(const TouchGrouping::Touch& touch) {
+    std::string text(nameOfEnd(touch.last));
+    if (touch.regions.empty())
+        return text;
+    const std::string_view first = touch.regions.front();
+    const std::string_view last = touch.regions.back();
+    return text + fmt::format(" {}{}, {:.2f} s", first, last == first ? "" : fmt::format(" > {}", last),
+                              Seconds(touch.end - touch.start).count());
 }
 
 } // namespace
 
 std::optional<std::string> GestureLog::add(const Gesture& gesture, std::uint16_t key) {
-    const bool isHoldAnew = gesture.kind == GestureKind::HoldStart && !_start;
-    if (gesture.kind == GestureKind::MayBegin || isHoldAnew) {
-        *this = {};
-        _start = gesture.time;
-    }
     if (key != kNoKey && std::ranges::count(_keys, key) == 0)
         _keys.push_back(key);
-    switch (gesture.kind) {
-    case GestureKind::MayBegin:
-    case GestureKind::HoldStart:
-        _region = regionNameOf(gesture);
-        return std::nullopt;
-    case GestureKind::HoldChange:
-        _lastRegion = regionNameOf(gesture);
-        return std::nullopt;
-    case GestureKind::Tap:
-        _region = regionNameOf(gesture);
-        break;
-    case GestureKind::HoldEnd:
-    case GestureKind::Cancel:
-    case GestureKind::FirmwareReset:
-        break;
-    }
-    std::string line = lineOf(gesture);
-    *this = {};
-    return line;
-}
-
-std::string GestureLog::lineOf(const Gesture& last) const {
-    std::string text(endOf(last.kind));
-    if (_start) {
-        const std::chrono::duration<double> duration = last.time - *_start;
-        text += fmt::format(" {}{}, {:.2f} s", _region,
-                            _lastRegion.empty() || _lastRegion == _region ? "" : " > " + _lastRegion, duration.count());
-    }
-    return text + ": " + keyText(_keys);
+    const auto ended = _touches.add(gesture);
+    return ended ? std::optional(textOf(*ended) + ": " + keyText(std::exchange(_keys, {}))) : std::nullopt;
 }
 
 } // namespace VeltoTouch

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Velto/Host/Gesture.h"
+#include "Velto/Host/TouchGrouping.h"
 
 #include <cstdint>
 #include <optional>
@@ -22,12 +22,8 @@ public:
     [[nodiscard]] std::optional<std::string> add(const Gesture& gesture, std::uint16_t key);
 
 private:
-    [[nodiscard]] std::string lineOf(const Gesture& last) const;
-
-    std::optional<HostTime> _start; // of the touch in progress
-    std::string _region;            // where it started
-    std::string _lastRegion;        // of a hold that moved
-    std::vector<std::uint16_t> _keys;
+    TouchGrouping _touches;
+    std::vector<std::uint16_t> _keys; // of the touch in progress
 };
 
 } // namespace VeltoTouch

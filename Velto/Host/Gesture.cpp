@@ -67,6 +67,14 @@ std::optional<Gesture> gestureOf(const HIDEvent& event) noexcept {
                    .time = hostTimeOf(IOHIDEventGetTimeStamp(&event))};
 }
 
+void translateEvents(std::span<const Ref<HIDEvent>> events, std::vector<Gesture>& gestures) {
+    gestures.clear();
+    for (const Ref<HIDEvent>& event : events) {
+        if (const auto gesture = gestureOf(*event))
+            gestures.push_back(*gesture);
+    }
+}
+
 EventMembers eventMembersOf(const Gesture& gesture) noexcept {
     const Row& row = rowOf(gesture.kind);
     const bool isReset = gesture.kind == FirmwareReset;

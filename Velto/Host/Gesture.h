@@ -6,7 +6,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <vector>
 
 // Gestures of the touch service. An event is translated into a `Gesture` here, once. Code above Host handles gestures,
 // never events.
@@ -30,6 +32,9 @@ struct Gesture {
 
 // Returns nothing for an event that is no gesture of the surface.
 [[nodiscard]] std::optional<Gesture> gestureOf(const HIDEvent& event) noexcept;
+
+// Replaces the content of `gestures` with the gestures among the events, in order.
+void translateEvents(std::span<const Ref<HIDEvent>> events, std::vector<Gesture>& gestures);
 
 // The members of a gesture's event. They follow from kind and region.
 struct EventMembers {

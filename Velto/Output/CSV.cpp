@@ -30,7 +30,7 @@ std::string nameField(const std::optional<Named>& value) {
 
 std::string imageRows(const std::string& file, const Track& track) {
     std::string rows;
-    track.play({}, [&](const Track::Step& step, const Algs&, const HIDEvents&) {
+    track.play({}, [&](const Track::Step& step, const Algs&, std::span<const Gesture>) {
         if (step.kind != Track::Step::Kind::Image)
             return;
         fmt::format_to(std::back_inserter(rows), "{},{},{},{}", file, step.ns, step.image.frameNumber,

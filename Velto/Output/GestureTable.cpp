@@ -1,60 +1,42 @@
 #include "Velto/Output/GestureTable.h"
 
-#include <utility>
+#include <fmt/ranges.h>
 
 namespace VeltoTouch::Velto {
-void GestureTable::add(const Gesture& gesture) {
-    switch (gesture.kind) {
-    case GestureKind::MayBegin:
-        return begin(gesture);
-    case GestureKind::HoldStart:
-        if (_touch) {
-            _touch->name = "hold";
-            _touch->region = regionNameOf(gesture);
-            _touch->end = gesture.time;
-        }
-        return;
-    case GestureKind::HoldChange:
-        if (_touch) {
-            _touch->region.append(" > ").append(regionNameOf(gesture));
-            _touch->end = gesture.time;
-        }
-        return;
-    case GestureKind::HoldEnd:
-        return end("hold", gesture.time);
-    case GestureKind::Tap:
-        if (_touch)
-            _touch->region = regionNameOf(gesture);
-        return end("tap", gesture.time);
-    case GestureKind::Cancel:
-        return end("rejected", gesture.time);
-    case GestureKind::FirmwareReset:
-        begin(gesture);
-        return end("firmware reset", gesture.time);
-    }
+namespace {
+
+GestureTable::Row rowOf(const TouchGrouping::Touch& touch) {
+    return {.name = std::string(nameOfEnd(touch.last)),
+            .region = fmt::format("{}", fmt::join(touch.regions, " > ")),
+            .frame = touch.frame,
+            .start = touch.start,
+            .end = touch.end};
 }
 
-void GestureTable::begin(const Gesture& gesture) {
-    _touch = {.name = "",
-              .region = std::string(regionNameOf(gesture)),
-              .frame = gesture.frame,
-              .start = gesture.time,
-              .end = gesture.time};
+} // namespace
+
+std::optional<GestureTable::Row> GestureTable::add(const Gesture& gesture) {
+    const auto ended = _touches.add(gesture);
+    return ended ? std::optional(count(rowOf(*ended))) : std::nullopt;
 }
 
-void GestureTable::finish(HostTime time) {
-    if (_touch && _touch->name == "hold")
-        end("hold, not ended", time);
+std::optional<GestureTable::Row> GestureTable::finish(HostTime time) {
+    auto hold = holdInProgress();
+    if (!hold)
+        return std::nullopt;
+    hold->name = "hold, not ended";
+    hold->end = time;
+    return count(*hold);
 }
 
-void GestureTable::end(std::string name, HostTime time) {
-    if (!_touch)
-        return;
-    _touch->name = std::move(name);
-    _touch->end = time;
-    ++_counts[_touch->name][_touch->region];
-    _show(*_touch);
-    _touch.reset();
+std::optional<GestureTable::Row> GestureTable::holdInProgress() const {
+    const auto* const hold = _touches.holdInProgress();
+    return hold != nullptr ? std::optional(rowOf(*hold)) : std::nullopt;
+}
+
+GestureTable::Row GestureTable::count(Row row) {
+    ++_counts[row.name][row.region];
+    return row;
 }
 
 } // namespace VeltoTouch::Velto

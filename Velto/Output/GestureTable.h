@@ -1,19 +1,18 @@
 #pragma once
 
-#include "Velto/Host/Gesture.h"
+#include "Velto/Host/TouchGrouping.h"
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
 
 namespace VeltoTouch::Velto {
 
-// Groups gestures into touches, one row each, named after how the touch ended.
+// Makes a row of each touch, named after how it ended, and counts them.
 class GestureTable {
 public:
-    struct Touch {
+    struct Row {
         std::string name;    // tap, hold, rejected, firmware reset
         std::string region;  // of a moved hold all of them: "VolumeUp > VolumeDown"; empty if there is none
         std::uint32_t frame; // device frame at its start
@@ -21,17 +20,13 @@ public:
         HostTime end;
     };
 
-    // `show` is called with each touch as it ends.
-    explicit GestureTable(std::function<void(const Touch&)> show) : _show(std::move(show)) {}
+    // Returns the row of the touch that the gesture ends.
+    std::optional<Row> add(const Gesture& gesture);
+    // Returns the row of a hold that the recording's end cuts off at `time`.
+    std::optional<Row> finish(HostTime time);
 
-    void add(const Gesture& gesture);
-    // Shows a hold that the recording's end cut off.
-    void finish(HostTime time);
-
-    // Returns the hold in progress, lasting to its last event so far, or null.
-    [[nodiscard]] const Touch* holdInProgress() const noexcept {
-        return _touch && !_touch->name.empty() ? &*_touch : nullptr;
-    }
+    // Returns the row of the hold in progress, lasting to its last event so far.
+    [[nodiscard]] std::optional<Row> holdInProgress() const;
 
     // Returns how many there were, by name and region.
     [[nodiscard]] const std::map<std::string, std::map<std::string, std::uint64_t>>& counts() const noexcept {
@@ -39,11 +34,9 @@ public:
     }
 
 private:
-    void begin(const Gesture& gesture);
-    void end(std::string name, HostTime time);
+    Row count(Row row);
 
-    std::function<void(const Touch&)> _show;
-    std::optional<Touch> _touch; // in progress
+    TouchGrouping _touches;
     std::map<std::string, std::map<std::string, std::uint64_t>> _counts;
 };
 

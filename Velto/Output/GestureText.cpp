@@ -3,8 +3,6 @@
 #include "Velto/Output/GestureTable.h"
 #include "Velto/Output/Terminal.h"
 
-#include <utility>
-
 #include <fmt/format.h>
 
 namespace VeltoTouch::Velto {
@@ -37,16 +35,16 @@ public:
                "\n";
     }
     void add(std::string& text, const Gesture& gesture) override {
-        _gestures.add(gesture);
-        text += std::exchange(_rows, {});
-        if (const auto* hold = _gestures.holdInProgress(); hold != nullptr && _showsHolds) {
+        if (const auto ended = _gestures.add(gesture))
+            text += row(*ended);
+        if (const auto hold = _gestures.holdInProgress(); hold && _showsHolds) {
             text += row(*hold);
             text.back() = '\r';
         }
     }
     void finish(std::string& text, HostTime end) override {
-        _gestures.finish(end);
-        text += std::exchange(_rows, {});
+        if (const auto cutOff = _gestures.finish(end))
+            text += row(*cutOff);
     }
     [[nodiscard]] std::string summary() const override {
         std::string text;
@@ -63,7 +61,7 @@ private:
             return Colour::Green;
         return name == "rejected" ? Colour::Yellow : Colour::Red;
     }
-    static std::string row(const GestureTable::Touch& touch) {
+    static std::string row(const GestureTable::Row& touch) {
         return fmt::format("  {:>8.2f} s  {:>5.0f} ms  {:>10}  {} {}\n", Seconds(touch.start).count(),
                            Milliseconds(touch.end - touch.start).count(), touch.frame,
                            coloured(colourOf(touch.name), fmt::format("{:<16}", touch.name)), touch.region);
@@ -71,8 +69,7 @@ private:
 
     const std::string _title;
     const bool _showsHolds;
-    std::string _rows; // of gestures that have ended
-    GestureTable _gestures{[this](const GestureTable::Touch& touch) { _rows += row(touch); }};
+    GestureTable _gestures;
 };
 
 } // namespace

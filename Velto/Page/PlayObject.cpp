@@ -21,7 +21,6 @@ namespace VeltoTouch::Page {
 namespace {
 
 using namespace Analysis;
-using Disturbance = Replay::Disturbance;
 
 std::uint64_t nsOf(HostTime time) { return static_cast<std::uint64_t>(time.count()); }
 
@@ -100,12 +99,10 @@ void PlayObject::listen(const Play& play) {
                                          nameOrNull(gesture.region))});
     };
     replay.disturbanceHandler = [this](const Disturbance& disturbance) {
-        static constexpr std::string_view kKinds[] = {"invalid", "gap", "reset"};
         const std::uint64_t ns = nsOf(disturbance.time);
-        _disturbances.push_back(
-            {ns, ns,
-             fmt::format(R"({{"ns":{},"kind":"{}","text":"{}"}})", ns,
-                         kKinds[static_cast<std::size_t>(disturbance.kind)], disturbanceText(disturbance))});
+        _disturbances.push_back({ns, ns,
+                                 fmt::format(R"({{"ns":{},"kind":"{}","text":"{}"}})", ns, nameOf(disturbance.kind),
+                                             disturbanceText(disturbance))});
     };
     replay.play(play.recording, play.settings, Replay::kMaxSpeed);
 }
@@ -116,7 +113,7 @@ void PlayObject::addImages(const Play& play, std::vector<Range> ranges) {
     std::ranges::sort(ranges, {}, &Range::fromNs);
     auto next = ranges.begin(); // the first that has not begun
     Range latest{.fromNs = 1, .toNs = 0};
-    track.play(play.settings, [&](const Track::Step& step, const Algs& algs, const HIDEvents&) {
+    track.play(play.settings, [&](const Track::Step& step, const Algs& algs, std::span<const Gesture>) {
         for (; next != ranges.end() && next->fromNs <= step.ns; ++next)
             latest = {.fromNs = next->fromNs, .toNs = std::max(latest.toNs, next->toNs)};
         _images.add(step, algs, latest.holds(step.ns, step.ns));

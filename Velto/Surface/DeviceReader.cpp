@@ -61,7 +61,7 @@ public:
 
     [[nodiscard]] std::span<std::uint8_t> buffer() noexcept override { return _buffer; }
     void deliver(std::size_t length, std::uint64_t timeStamp) override {
-        _handlers.report(timeStamp, std::span(_buffer).first(std::min(length, _buffer.size())));
+        _handlers.report(hostTimeOf(timeStamp), std::span(_buffer).first(std::min(length, _buffer.size())));
     }
 
 private:
@@ -88,7 +88,7 @@ private:
         const auto axis = [&event](IOHIDEventField field) {
             return static_cast<float>(IOHIDEventGetFloatValue(&event, field));
         };
-        _handlers.acceleration(IOHIDEventGetTimeStamp(&event), axis(kIOHIDEventFieldAccelerometerX),
+        _handlers.acceleration(hostTimeOf(IOHIDEventGetTimeStamp(&event)), axis(kIOHIDEventFieldAccelerometerX),
                                axis(kIOHIDEventFieldAccelerometerY), axis(kIOHIDEventFieldAccelerometerZ));
     }
 

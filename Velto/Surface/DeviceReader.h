@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Velto/Host/HostTime.h"
 #include "Velto/Surface/ConnectedDevice.h"
 
 #include <cstdint>
@@ -15,11 +16,11 @@ namespace VeltoTouch::Surface {
 // have other readers.
 class DeviceReader {
 public:
-    // Called on the reader's thread. `time`: host ticks, the backend's stamp: when it was read, or what a piped stream
-    // says. They may wait, but not for ever; they must not throw.
+    // Called on the reader's thread. `time`: the backend's stamp: when it was read, or what a piped stream says. They may
+    // wait, but not for ever; they must not throw.
     struct Handlers {
-        std::function<void(std::uint64_t time, std::span<const std::uint8_t> report)> report; // the report ID first
-        std::function<void(std::uint64_t time, float x, float y, float z)> acceleration;      // in g
+        std::function<void(HostTime time, std::span<const std::uint8_t> report)> report; // the report ID first
+        std::function<void(HostTime time, float x, float y, float z)> acceleration;      // in g
         // The last call: the device has gone, or what made reading fail. Not called if this is destroyed before.
         std::function<void(std::exception_ptr failure)> ended;
     };

@@ -1,0 +1,39 @@
+#include "Velto/Bench/LiveRecognition.h"
+
+namespace VeltoTouch::Bench {
+
+LiveRecognition::LiveRecognition() {
+    using enum Disturbance::Kind;
+    using Step = Analysis::Track::Step;
+    _pipeline.imageHandler = [this](std::uint64_t, const InputReport::Image& image) {
+        _seen.step = Step{.kind = Step::Kind::Image, .image = image};
+    };
+    _pipeline.firmwareEventHandler = [this](std::uint64_t, const InputReport::FirmwareEvent& event) {
+        if (!event.isReset())
+            return;
+        _seen.step = Step{.kind = Step::Kind::Reset};
+        _seen.disturbance = Reset;
+    };
+    _pipeline.disjointImageHandler = [this](auto...) { _seen.disturbance = Gap; };
+    _pipeline.invalidReportHandler = [this](auto...) {
+        _seen.disturbance = InvalidReport;
+        ++_invalidReports;
+    };
+    _pipeline.hidEventsHandler = [this](std::uint64_t, const auto& events) { translateEvents(events, _seen.gestures); };
+}
+
+const LiveRecognition::Seen& LiveRecognition::handle(const Frame& frame) {
+    const HostTime time(frame.timestampNs);
+    _seen.step.reset();
+    _seen.disturbance.reset();
+    _seen.gestures.clear();
+    if (frame.type == Frame::Type::State)
+        _pipeline.setState(ticksOf(time), frame.key, frame.value);
+    else if (frame.type == Frame::Type::InputReport)
+        _pipeline.handleInputReport(ticksOf(time), frame.report.data(), frame.report.size());
+    if (_seen.step)
+        _seen.step->ns = frame.timestampNs;
+    return _seen;
+}
+
+} // namespace VeltoTouch::Bench
