@@ -22,8 +22,8 @@ namespace {
 using Bench::Trouble;
 
 constexpr const char* kCaptureText =
-    "Records a device for as long as you like, straight to a file, so that a crash or a power cut\n"
-    "costs at most its last second. It is for sessions that outgrow what velto record and velto\n"
+    "Records a device for as long as you like, straight to a file. A crash or a power cut costs at\n"
+    "most its last second. It is for sessions that outgrow what velto record and velto\n"
     "run --record keep, and for trouble that comes seldom. The device may be served (velto serve) at\n"
     "the same time.\n"
     "\n"

@@ -16,10 +16,10 @@ namespace VeltoTouch::Velto {
 namespace {
 
 constexpr const char* kDoctorText =
-    "Goes the way from the surface to the key and stops at the first thing that is wrong, with\n"
-    "what to do about it: the surface is plugged in, its node may be opened, its service\n"
-    "runs, reports come, a touch turns on, it becomes a gesture, there is a keyboard, a key\n"
-    "is pressed, somebody reads it. On a terminal, or with --wait, it asks for a touch.\n"
+    "Goes the way from the surface to the key and stops at the first thing that is wrong. It says\n"
+    "what to do about it. All is well if the surface is plugged in, its node may be opened, its\n"
+    "service runs, reports come, a touch turns on, it becomes a gesture, there is a keyboard, a\n"
+    "key is pressed, somebody reads it. On a terminal, or with --wait, it asks for a touch.\n"
     "If all is well, the lines are the surface's status. The exit status is 1 if something\n"
     "is wrong.\n"
     "\n"

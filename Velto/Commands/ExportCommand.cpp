@@ -57,7 +57,7 @@ int exportAll(const ExportOptions& options) {
 Command makeExportCommand(App& program) {
     const auto options = std::make_shared<ExportOptions>();
     App* app = program.addCommand("export", {"velto export --what touches recordings/ -o touches.csv"},
-                                  "Writes what recordings hold as comma-separated values, one table for all of\n"
+                                  "Writes what recordings hold as comma-separated values: one table for all of\n"
                                   "them, for spreadsheets and notebooks.");
     const auto parse = [options](const std::string& name) {
         const auto table = std::ranges::find(kTables, name);

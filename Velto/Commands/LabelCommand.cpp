@@ -22,8 +22,8 @@ namespace {
 using Analysis::Label;
 
 constexpr const char* kLabelText =
-    "Lists the labels of a recording, which say what was meant by each contact, and edits\n"
-    "them for velto score.\n"
+    "Lists and edits the labels of a recording: for velto score, they say what was meant by\n"
+    "each contact.\n"
     "\n"
     "LABEL is GESTURE:REGION@START+LENGTH: the gestures are tap, hold, slide, brush and palm,\n"
     "places as in velto simulate --help, seconds from the recording's first frame. A palm has\n"

@@ -125,8 +125,8 @@ Command makeReplayCommand(App& program) {
     App* app = program.addCommand("replay",
                                   {"velto replay gestures.json",
                                    "velto replay --jsonl --set Pipeline.Algs.HoldTimeoutMilliseconds=250 recordings/"},
-                                  "Plays recordings of any version through a fresh recognizer and shows the\n"
-                                  "gestures that it finds.\n"
+                                  "Plays recordings of any version and shows the gestures that a fresh\n"
+                                  "recognizer finds.\n"
                                   "\n"
                                   "For why a touch became none see velto explain, against labels velto score.");
     addRecordings(*app, options->paths);

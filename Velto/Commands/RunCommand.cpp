@@ -22,8 +22,8 @@
 namespace VeltoTouch::Velto {
 namespace {
 
-constexpr const char* kRunText = "Loads the touch service's plug-in, opens a device for it and shows the\n"
-                                 "gestures as they come. Ends at the device's end, after --duration or with\n"
+constexpr const char* kRunText = "Loads the plug-in, opens a device for it and shows the gestures as they\n"
+                                 "come. Ends at the device's end, after --duration or with\n"
                                  "Ctrl-C.\n"
                                  "\n"
                                  "--record is for a look at what a run has just shown, with velto explain, score\n"

@@ -218,8 +218,8 @@ Command makeTuneCommand(App& program) {
     const auto options = std::make_shared<TuneOptions>();
     App* app = program.addCommand(
         "tune", {"velto tune recordings/ --sweep Pipeline.Algs.ActivationThreshold=150:300:10 --folds 5"},
-        "Plays labelled recordings with every point of a grid of settings and says\n"
-        "which go wrong least often.\n"
+        "Finds the settings of a grid with which labelled recordings go wrong\n"
+        "least often. They are played with every point of it.\n"
         "\n"
         "With folds, points are also chosen on some of the recordings and tried on the\n"
         "others: that cost says what to expect of recordings still to come.\n"

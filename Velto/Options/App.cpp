@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <sstream>
 #include <utility>
 
 #include <fmt/format.h>
@@ -36,9 +35,7 @@ public:
         return text + "\n" + app->get_description() + "\n";
     }
     std::string make_subcommand(const CLI::App* command) const override {
-        std::stringstream line;
-        CLI::detail::format_help(line, command->get_name(), command->get_description(), get_column_width());
-        return line.str();
+        return fmt::format("  {:<10}{}\n", command->get_name(), ours(command).summary());
     }
     // Which options go with which, the messages say. Dots stand where several values may follow.
     std::string make_option_opts(const CLI::Option* option) const override {

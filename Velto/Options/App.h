@@ -53,7 +53,8 @@ public:
     [[nodiscard]] const std::vector<HelpList>& lists() const noexcept { return _lists; }
     [[nodiscard]] Candidates candidatesFor(const CLI::Option& option) const;
 
-    // The text's first statement in one line, without its full stop.
+    // The text up to the first ". ", ": " or "; ", in one line: what the program's help, manual page and completions
+    // show of a subcommand.
     [[nodiscard]] std::string summary() const;
 
 private:

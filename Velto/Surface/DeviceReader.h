@@ -16,8 +16,8 @@ namespace VeltoTouch::Surface {
 // have other readers.
 class DeviceReader {
 public:
-    // Called on the reader's thread. `time`: the backend's stamp: when it was read, or what a piped stream says. They may
-    // wait, but not for ever; they must not throw.
+    // Called on the reader's thread. `time`: the backend's stamp: when it was read, or what a piped stream says. They
+    // may wait, but not for ever; they must not throw.
     struct Handlers {
         std::function<void(HostTime time, std::span<const std::uint8_t> report)> report; // the report ID first
         std::function<void(HostTime time, float x, float y, float z)> acceleration;      // in g
