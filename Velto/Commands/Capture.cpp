@@ -40,13 +40,9 @@ Capture::Capture(const CaptureOptions& options)
 
 void Capture::begin() { _target = targetOf(_options, _watch); }
 
-Bench::LiveSurface::Handlers Capture::handlers(EventLoop& loop) {
+Bench::LiveSurface::Handlers Capture::handlers() {
     auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });
     handlers.batchEnd = [this] { _target->write(); };
-    handlers.gone = [this, &loop](const std::string& failure) {
-        _failure = failure;
-        loop.stop();
-    };
     return handlers;
 }
 

@@ -37,11 +37,10 @@ public:
     void begin();
 
     // Returns the handlers of what comes from the surface. If one throws, what is written is whole.
-    [[nodiscard]] Bench::LiveSurface::Handlers handlers(EventLoop& loop);
+    [[nodiscard]] Bench::LiveSurface::Handlers handlers();
 
     void sync() { _target->sync(); }
     void finish() { _target->finish(); }
-    [[nodiscard]] const std::string& failure() const noexcept { return _failure; } // of the device
 
     // Return duration, rate, size and gaps: in a line that the next one overwrites, and in several for the end.
     [[nodiscard]] std::string line() const;
@@ -59,7 +58,6 @@ private:
     std::uint64_t _reports = 0;
     HostTime _first{};
     HostTime _last{};
-    std::string _failure;
 };
 
 } // namespace VeltoTouch::Velto

@@ -1,7 +1,7 @@
 #include "Velto/Commands/Capture.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
-#include "Velto/Daemon/StopSignals.h"
+#include "Velto/Commands/LiveRun.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/RecordingFiles.h"
@@ -59,25 +59,19 @@ int attempt(const Work& work) {
 
 int captureWith(const CaptureOptions& options) {
     requireOtherFile(options.device, options.output);
-    EventLoop loop;
-    const auto device =
-        about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });
-    StopSignals signals(loop); // before any thread
+    LiveRun live(options.device, static_cast<double>(options.speed));
     Capture capture(options);
-    std::optional<Bench::LiveSurface> surface;
-    about(device.name(),
-          [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), capture.handlers(loop)); });
+    live.read(options.bus, {}, capture.handlers());
+    live.takeSignals();
     capture.begin(); // an old recording stays if there is no device
-    loop.addTimer(Files::GrowingRecording::kBetweenSyncs, [&] { capture.sync(); });
+    live.loop().addTimer(Files::GrowingRecording::kBetweenSyncs, [&] { capture.sync(); });
     const bool showsLine = standardOutputIsTerminal();
     if (showsLine)
-        loop.addTimer(kBetweenLines, [&] { writeStandardOutput(kWipedLine + onOneRow(capture.line())); });
-    int status = attempt([&] { loop.run(options.duration); });
-    signals.beginEnd();
-    surface.reset();
+        live.loop().addTimer(kBetweenLines, [&] { writeStandardOutput(kWipedLine + onOneRow(capture.line())); });
+    int status = attempt([&] { live.run(options.duration); });
     if (status == 0) // what is behind a failed write is not written either
         status = attempt([&] { capture.finish(); });
-    status = std::max(status, statusOfEnd(device.name(), capture.failure()));
+    status = std::max(status, live.status());
     writeStandardOutput((showsLine ? kWipedLine : "") + capture.lines());
     return status;
 }

@@ -4,7 +4,7 @@
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Commands/LabelEdit.h"
-#include "Velto/Daemon/StopSignals.h"
+#include "Velto/Commands/LiveRun.h"
 #include "Velto/Files/GrowingRecording.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/Numbers.h"
@@ -119,10 +119,6 @@ public:
     [[nodiscard]] Bench::LiveSurface::Handlers handlers() {
         auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });
         handlers.batchEnd = [this] { _recording->write(); };
-        handlers.gone = [this](const std::string& failure) {
-            _failure = failure;
-            _loop.stop();
-        };
         return handlers;
     }
 
@@ -133,7 +129,6 @@ public:
     }
     void closeDisplay() { _display.reset(); }
     [[nodiscard]] const Collector& collector() const noexcept { return _collector; }
-    [[nodiscard]] const std::string& failure() const noexcept { return _failure; } // of the device
 
 private:
     static std::uint64_t nanoseconds(double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); }
@@ -157,37 +152,28 @@ private:
     std::optional<Files::GrowingRecording> _recording;
     Collector _collector;
     std::unique_ptr<CollectDisplay> _display;
-    std::string _failure;
 };
 
 int collect(const CollectOptions& options) {
     leaveOutColours(); // those of the screen are others
     requireOtherFile(options.device, options.output);
-    EventLoop loop;
-    const auto device =
-        about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });
-    StopSignals signals(loop); // before any thread
+    LiveRun live(options.device, static_cast<double>(options.speed));
+    live.takeSignals(); // before the display takes the terminal
     std::unique_ptr<Session> session;
-    about(options.output, [&] { session = std::make_unique<Session>(loop, options); });
-    {
-        std::optional<Bench::LiveSurface> surface;
-        about(device.name(),
-              [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), session->handlers()); });
-        about(options.output, [&] { session->begin(options.output); }); // an old one stays if there is no device
-        try {
-            loop.run();
-        } catch (const ClosedPipe&) { // the last write to the standard output reports it
-        } catch (const std::system_error& error) {
-            throw std::runtime_error(fmt::format("{}: {}", options.output, error.what()));
-        }
+    about(options.output, [&] { session = std::make_unique<Session>(live.loop(), options); });
+    live.read(options.bus, {}, session->handlers());
+    about(options.output, [&] { session->begin(options.output); }); // an old one stays if there is no device
+    try {
+        live.run({}, [&] { session->closeDisplay(); });
+    } catch (const ClosedPipe&) { // the last write to the standard output reports it
+    } catch (const std::system_error& error) {
+        throw std::runtime_error(fmt::format("{}: {}", options.output, error.what()));
     }
-    session->closeDisplay(); // before a second signal ends the program
-    signals.beginEnd();
     about(options.output, [&] { session->finish(); });
     const Collector& collector = session->collector();
     writeStandardOutput(fmt::format("{}: {} of {} labelled, {} spoiled\n", printable(options.output),
                                     collector.labelled(), collector.asked().size(), collector.spoiled()));
-    return statusOfEnd(device.name(), session->failure());
+    return live.status();
 }
 
 } // namespace

@@ -59,13 +59,13 @@ void showRemoved(const HidrawNode& node, bool asJSONL) {
 
 int watch(const DevicesOptions& options) {
     EventLoop loop;
-    const StopSignals signals(loop);
+    StopSignals signals(loop); // before something is shown
     HidrawMonitor monitor = Surface::monitorSurfaces();
     const auto added = [&](const HidrawNode& node) { showAdded(node, options.jsonl); };
     const auto removed = [&](const HidrawNode& node) { showRemoved(node, options.jsonl); };
     std::ranges::for_each(monitor.nodes(), added);
     loop.addDescriptor(monitor.descriptor(), [&] { monitor.readChanges(added, removed); });
-    loop.run(options.duration);
+    signals.run(options.duration);
     return 0;
 }
 

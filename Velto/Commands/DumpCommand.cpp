@@ -1,11 +1,9 @@
 #include "Plugin/Reports/FeatureReport.h"
 #include "Plugin/Reports/Regions.h"
 #include "Plugin/Shared/HexText.h"
-#include "Velto/Bench/LiveSurface.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
-#include "Velto/Daemon/EventLoop.h"
-#include "Velto/Daemon/StopSignals.h"
+#include "Velto/Commands/LiveRun.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
@@ -166,26 +164,15 @@ int dumpRecording(const DumpOptions& options, const std::string& file) {
 }
 
 int dumpDevice(const DumpOptions& options, const DeviceChoice& choice) {
-    EventLoop loop;
-    const auto device = about(choice.subject(), [&] { return connect(choice, 1.0); });
-    const StopSignals signals(loop); // before any thread
+    LiveRun live(choice);
     Dump dump(options, choice.file());
-    std::string failure;
-    const auto surface = about(choice.subject(), [&] {
-        return std::make_unique<Bench::LiveSurface>(
-            loop, device, std::nullopt, std::vector<Bench::Setting>(),
-            Bench::LiveSurface::Handlers{.report = [&](HostTime time, Bytes report) { dump.add(time, report); },
-                                         .batchEnd = [&] { dump.flush(); },
-                                         .gone =
-                                             [&](const std::string& why) {
-                                                 failure = why;
-                                                 loop.stop();
-                                             }});
-    });
+    live.read(
+        std::nullopt, {},
+        {.report = [&](HostTime time, Bytes report) { dump.add(time, report); }, .batchEnd = [&] { dump.flush(); }});
     if (!options.hex)
-        writeStandardOutput(featuresOf(device, options));
-    loop.run(options.duration);
-    return statusOfEnd(choice.subject(), failure);
+        writeStandardOutput(featuresOf(live.device(), options));
+    live.run(options.duration);
+    return live.status();
 }
 
 int dump(const DumpOptions& options) {

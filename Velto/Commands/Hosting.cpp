@@ -1,6 +1,7 @@
 #include "Velto/Commands/Hosting.h"
 
 #include "Velto/Host/Bundle.h"
+#include "Velto/Output/Terminal.h"
 
 #include <filesystem>
 
@@ -88,13 +89,6 @@ void requireOtherFile(const DeviceChoice& device, const std::string& output) {
     std::error_code notThere;
     if (!device.file().empty() && std::filesystem::equivalent(device.file(), output, notThere))
         throw std::runtime_error(output + ": it is the recording that is played");
-}
-
-int statusOfEnd(const std::string& device, const std::string& failure) {
-    if (failure.empty())
-        return 0;
-    complain(device, failure);
-    return 1;
 }
 
 void addPlugIn(App& app, std::string& target) {

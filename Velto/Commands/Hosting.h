@@ -3,7 +3,6 @@
 #include "Velto/Host/HostedService.h"
 #include "Velto/Options/App.h"
 #include "Velto/Options/Devices.h"
-#include "Velto/Output/Terminal.h"
 
 #include <string>
 
@@ -26,10 +25,6 @@ CLI::Option* addDeviceArgument(App& app, DeviceChoice& target);
 // Throws std::runtime_error under the output's name if it is the very recording that the device plays: what is written
 // as it comes would take the place of what has not been played yet.
 void requireOtherFile(const DeviceChoice& device, const std::string& output);
-
-// The exit status of a command whose device has gone: 0 if it was unplugged or at its end. Reports any other failure
-// under the device's name.
-[[nodiscard]] int statusOfEnd(const std::string& device, const std::string& failure);
 
 // --plugin PATH. Unset, the target is empty.
 void addPlugIn(App& app, std::string& target);

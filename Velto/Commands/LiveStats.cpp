@@ -6,11 +6,8 @@
 #include "Velto/Analysis/PadStatistics.h"
 #include "Velto/Bench/LiveFrames.h"
 #include "Velto/Bench/LiveRecognition.h"
-#include "Velto/Bench/LiveSurface.h"
-#include "Velto/Commands/Hosting.h"
+#include "Velto/Commands/LiveRun.h"
 #include "Velto/Commands/PadText.h"
-#include "Velto/Daemon/EventLoop.h"
-#include "Velto/Daemon/StopSignals.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/GestureText.h"
 #include "Velto/Output/Terminal.h"
@@ -22,7 +19,6 @@
 #include <deque>
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -223,23 +219,12 @@ private:
 } // namespace
 
 int showLiveStats(const LiveStatsOptions& options) {
-    EventLoop loop;
-    const std::string subject = options.device.subject();
-    const auto device = about(subject, [&] { return connect(options.device, 1.0); });
-    const StopSignals signals(loop); // before any thread
+    LiveRun live(options.device);
     LiveStats stats(std::holds_alternative<PipedSurface>(options.device.surface));
-    std::string failure;
-    std::optional<Bench::LiveSurface> surface;
-    auto handlers = Bench::frameHandlers([&](const Frame& frame) { stats.add(frame); });
-    handlers.gone = [&](const std::string& why) {
-        failure = why;
-        loop.stop();
-    };
-    about(subject,
-          [&] { surface.emplace(loop, device, options.bus, std::vector<Bench::Setting>(), std::move(handlers)); });
+    live.read(options.bus, {}, Bench::frameHandlers([&](const Frame& frame) { stats.add(frame); }));
     const HostTime start = hostTimeNow();
     const auto heading = [&] {
-        return fmt::format("{}   settings: {}\n", printable(options.device.name), surface->settings().description());
+        return fmt::format("{}   settings: {}\n", printable(options.device.name), live.settings().description());
     };
     Block block;
     const auto show = [&] {
@@ -250,10 +235,10 @@ int showLiveStats(const LiveStatsOptions& options) {
     };
     const bool isRefreshed = options.jsonl || standardOutputIsTerminal();
     if (isRefreshed)
-        loop.addTimer(1s, show);
-    loop.run(options.duration);
+        live.loop().addTimer(1s, show);
+    live.run(options.duration);
     isRefreshed ? show() : writeStandardOutput(heading() + stats.text(false));
-    return statusOfEnd(subject, failure);
+    return live.status();
 }
 
 } // namespace VeltoTouch::Velto

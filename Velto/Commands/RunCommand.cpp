@@ -2,9 +2,9 @@
 #include "Plugin/Shared/Keys.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
+#include "Velto/Commands/LiveRun.h"
 #include "Velto/Commands/RunOutput.h"
 #include "Velto/Commands/ServiceRecording.h"
-#include "Velto/Daemon/StopSignals.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/Keys.h"
 #include "Velto/Options/PlayOptions.h"
@@ -87,12 +87,9 @@ int run(const RunOptions& options) {
         warnOfLostPauses(options);
     }
 
-    EventLoop loop;
-    const auto endRun = [&loop] { loop.stop(); };
-    const auto device =
-        about(options.device.subject(), [&] { return connect(options.device, static_cast<double>(options.speed)); });
-    // Before any thread, and after the recording is read: until then a signal ends the program.
-    StopSignals signals(loop);
+    LiveRun live(options.device, static_cast<double>(options.speed));
+    const Surface::ConnectedDevice& device = live.device();
+    const auto endRun = [&loop = live.loop()] { loop.stop(); };
     device.backend().removalHandler = endRun;
 
     RunOutput output(options.jsonl, options.device, endRun);
@@ -104,11 +101,11 @@ int run(const RunOptions& options) {
     HostedService service = openService(options.plugIn, device, show);
     int status = writeSettings(service, options.settings);
 
+    live.takeSignals(); // before something is shown
     output.begin();
     start = hostTimeNow();
     service.schedule();
-    loop.run(options.duration);
-    signals.beginEnd();
+    live.run(options.duration);
 
     RunOutput::Ending ending;
     status |= readProperties(service, options.properties, ending.properties);
@@ -122,7 +119,7 @@ int run(const RunOptions& options) {
         status |= saveRun(service, options.recording, ending.reports, start);
     service.stop();
     output.end(ending);
-    return status | statusOfEnd(options.device.subject(), device.backend().failure());
+    return status | statusOfEnd(live.subject(), device.backend().failure());
 }
 
 } // namespace

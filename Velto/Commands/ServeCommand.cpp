@@ -54,9 +54,9 @@ constexpr std::chrono::seconds kLongestSilence{1};
 void logServing(const std::string& line) { writeErrorLineIfTaken("velto: " + line); }
 
 // Runs the loop; returns what it throws.
-std::exception_ptr failureOf(EventLoop& loop) noexcept {
+std::exception_ptr failureOf(StopSignals& signals) noexcept {
     try {
-        loop.run();
+        signals.run({}, [] { sd_notify(0, "STOPPING=1"); });
         return nullptr;
     } catch (...) {
         return std::current_exception();
@@ -84,9 +84,7 @@ public:
     void run() {
         _service.schedule();
         sd_notify(0, "READY=1");
-        const std::exception_ptr failure = failureOf(_loop);
-        sd_notify(0, "STOPPING=1");
-        _signals.beginEnd();
+        const std::exception_ptr failure = failureOf(_signals);
         _service.unschedule();
         if (_keys)
             _keys->end();

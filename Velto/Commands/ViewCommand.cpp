@@ -1,9 +1,9 @@
 #include "Plugin/Shared/Keys.h"
 #include "Velto/Bench/LiveFrames.h"
-#include "Velto/Bench/LiveSurface.h"
 #include "Velto/Bench/Observation.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
+#include "Velto/Commands/LiveRun.h"
 #include "Velto/Commands/View.h"
 #include "Velto/Daemon/EventLoop.h"
 #include "Velto/Daemon/StopSignals.h"
@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -61,17 +62,14 @@ void observe(Observation& observation, const std::string& file, const std::vecto
 // The newest moment of a device. When the device has gone, what was seen of it stays; a failure ends the view.
 class LiveView final : public View {
 public:
-    LiveView(EventLoop& loop, Screen& screen, Observation& observation, const ViewOptions& options,
-             const Surface::ConnectedDevice& device)
-        : View(loop, screen, observation, device.name(), options.output),
-          _surface(loop, device, options.bus, options.settings, handlers(observation)) {}
-
-    // Why the device has gone; empty if it just has.
-    [[nodiscard]] const std::string& failure() const noexcept { return _failure; }
+    LiveView(LiveRun& live, Screen& screen, Observation& observation, const ViewOptions& options)
+        : View(live.loop(), screen, observation, live.device().name(), options.output), _live(live) {
+        live.read(options.bus, options.settings, handlers(observation), LiveRun::WhenGone::Stay);
+    }
 
 private:
     [[nodiscard]] std::size_t current() override { return lastMoment(); }
-    [[nodiscard]] std::string settings() const override { return _surface.settings().description(); }
+    [[nodiscard]] std::string settings() const override { return _live.settings().description(); }
     [[nodiscard]] std::string progress() const override { return "live"; }
     void goOn() override {
         if (!_hasGone)
@@ -86,7 +84,6 @@ private:
     }
     void end(const std::string& failure) {
         _hasGone = true;
-        _failure = failure;
         if (!isPaused() && !failure.empty())
             return loop().stop();
         if (!isPaused())
@@ -95,8 +92,7 @@ private:
     }
 
     bool _hasGone = false;
-    std::string _failure;
-    Bench::LiveSurface _surface;
+    const LiveRun& _live;
 };
 
 // A recording at its own pace.
@@ -140,26 +136,22 @@ int viewRecording(const ViewOptions& options, const std::string& file) {
     Observation observation(0);
     about(file, [&] { observe(observation, file, options.settings); });
     EventLoop loop;
-    const StopSignals signals(loop);
-    Screen screen;
-    RecordingView view(loop, screen, observation, options);
-    loop.run();
+    StopSignals signals(loop); // before the screen takes the terminal
+    std::optional<Screen> screen(std::in_place);
+    RecordingView view(loop, *screen, observation, options);
+    signals.run({}, [&] { screen.reset(); });
     return 0;
 }
 
 int viewDevice(const ViewOptions& options, const DeviceChoice& choice) {
-    EventLoop loop;
-    const auto device = about(choice.subject(), [&] { return connect(choice, 1.0); });
-    const StopSignals signals(loop); // before any thread
+    LiveRun live(choice);
+    live.takeSignals(); // before the screen takes the terminal
     Observation observation(kMaxRecordedFrames);
-    std::string failure;
-    about(choice.subject(), [&] {
-        Screen screen;
-        LiveView view(loop, screen, observation, options, device);
-        loop.run();
-        failure = view.failure();
-    });
-    return statusOfEnd(choice.subject(), failure);
+    std::optional<Screen> screen;
+    about(live.subject(), [&] { screen.emplace(); });
+    LiveView view(live, *screen, observation, options);
+    about(live.subject(), [&] { live.run({}, [&] { screen.reset(); }); });
+    return live.status();
 }
 
 int view(const ViewOptions& options) {

@@ -40,10 +40,10 @@ void showOn(EventLoop& loop, Bus::Client& client, GestureText& gestures) {
 int watch(const WatchOptions& options) {
     Bus::Client client(options.served.bus, options.served.device);
     EventLoop loop;
-    const StopSignals signals(loop);
+    StopSignals signals(loop); // before something is shown
     const auto gestures = options.jsonl ? GestureText::gestureLines() : GestureText::table("", false);
     showOn(loop, client, *gestures);
-    loop.run(options.duration);
+    signals.run(options.duration);
     return 0;
 }
 

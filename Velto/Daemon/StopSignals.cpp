@@ -1,6 +1,7 @@
 #include "Velto/Daemon/StopSignals.h"
 
 #include <csignal>
+#include <exception>
 #include <initializer_list>
 
 namespace VeltoTouch {
@@ -20,8 +21,21 @@ void restoreDefaults(int /*signal*/) { setHandler(SIG_DFL, 0); }
 
 } // namespace
 
-StopSignals::StopSignals(EventLoop& loop) : _signals(kSignals) {
+StopSignals::StopSignals(EventLoop& loop) : _loop(loop), _signals(kSignals) {
     loop.addDescriptor(_signals.get(), [&loop] { loop.stop(); });
+}
+
+void StopSignals::run(std::optional<std::chrono::microseconds> longest, const std::function<void()>& close) {
+    std::exception_ptr failure;
+    try {
+        _loop.run(longest);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    close();
+    beginEnd();
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
 void StopSignals::beginEnd() noexcept {
