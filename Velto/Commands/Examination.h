@@ -23,8 +23,8 @@ struct Finding {
 };
 
 // The way from the device to the key, for `velto doctor`: a check a step, each made once and after those before it,
-// as far as the first no. What is wrong with the machine is a finding; a check throws std::runtime_error if the service
-// ends meanwhile.
+// as far as the first no. What is wrong with the machine is a finding; a check throws Bus::NoAnswer if the service does
+// not answer, and std::runtime_error if it ends meanwhile.
 //
 // ExaminationDevice.cpp has surface and node, ExaminationService.cpp service and reports, ExaminationTouch.cpp touch
 // and gesture, ExaminationKeys.cpp the rest.

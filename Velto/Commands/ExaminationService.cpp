@@ -129,21 +129,16 @@ Finding Examination::service() {
     try {
         _client.emplace(_options.served.bus, _device);
         version = textOf(_client->getObjectProperty("Version"));
-    } catch (const Bus::NoAnswer&) {
-        return noAnswer();
-    } catch (const std::runtime_error& error) {
-        const bool isRefused = std::string_view(error.what()).starts_with("not allowed");
-        return {.verdict = No,
-                .text = error.what(),
-                .advice = isRefused ? "sit at the machine, or " + Surface::howToJoin() : howToRestart()};
+    } catch (const Bus::NotAllowed& error) {
+        return {.verdict = No, .text = error.what(), .advice = "sit at the machine, or " + Surface::howToJoin()};
+    } catch (const Bus::Refused& error) {
+        return {.verdict = No, .text = error.what(), .advice = howToRestart()};
     }
     try {
         const std::string since = timeOf(_client->getObjectProperty("Since"));
         _keyboard = textOf(_client->getObjectProperty("Keyboard"));
         return {.verdict = Yes, .text = fmt::format("version {} since {}", version, since)};
-    } catch (const Bus::NoAnswer&) {
-        return noAnswer();
-    } catch (const std::runtime_error&) {
+    } catch (const Bus::Refused&) { // it knows no such properties
         return {.verdict = No,
                 .text = fmt::format("the service of version {} is older than this program", version),
                 .advice = howToRestart()};

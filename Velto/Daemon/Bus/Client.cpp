@@ -72,9 +72,8 @@ std::string choose(sd_bus* bus, Which which, const std::string& device) {
 
 [[noreturn]] void failWith(const sd_bus_error& error) {
     if (sd_bus_error_has_name(&error, SD_BUS_ERROR_ACCESS_DENIED) != 0)
-        fail("not allowed (whoever sits at the machine may read settings, statistics and the version; all else takes "
-             "root or the group velto)");
-    fail(error.message != nullptr ? error.message : error.name);
+        throw NotAllowed();
+    throw Refused(error.message != nullptr ? error.message : error.name);
 }
 
 } // namespace
@@ -136,6 +135,10 @@ struct Client::Signals {
 NoAnswer::NoAnswer(Which which)
     : std::runtime_error(fmt::format("the service does not answer (velto doctor{} says what to do)",
                                      which == Which::Session ? " --user" : "")) {}
+
+NotAllowed::NotAllowed()
+    : Refused("not allowed (whoever sits at the machine may read settings, statistics and the version; all else takes "
+              "root or the group velto)") {}
 
 void Client::failOfLoss() { fail("the bus has gone"); }
 

@@ -24,10 +24,22 @@ public:
     explicit NoAnswer(Which which);
 };
 
+// The service or the bus has answered a call with an error. With its words.
+class Refused : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+// The caller has no right to what was asked for. With a message for people.
+class NotAllowed : public Refused {
+public:
+    NotAllowed();
+};
+
 // A client of a program that serves a surface. One thread.
 //
-// Each call throws std::runtime_error with a message for people; a refusal has the service's own words. A call may take
-// long, as a device may: whether there is somebody to wait for is asked first (`requireAnswer`).
+// Each call throws std::runtime_error with a message for people: Refused for an error that was answered, NoAnswer, or
+// another. A call may take long, as a device may: whether there is somebody to wait for is asked first
+// (`requireAnswer`).
 class Client {
 public:
     // `device` is the served name; empty for the only one. Requires an answer.
