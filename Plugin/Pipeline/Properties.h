@@ -68,6 +68,10 @@ struct Judgement {
     std::string reason; // what is wanted, or what is doubtful; empty if the verdict says it all
 };
 
+// What callers say where the service refuses to read or write.
+inline constexpr const char* kNoValue = "there is no value under this key";
+inline constexpr const char* kValueNotTaken = "the device does not take this value";
+
 // Returns whether a property is readable by unprivileged callers: the settings, and the public rows.
 [[nodiscard]] bool isPublic(const std::string& key);
 

@@ -61,7 +61,7 @@ private:
             _keys = _client.keys();
         if (const String* const name = textIn(_keys, gesture))
             return makeRef<String>(name->text());
-        throw std::runtime_error("there is no value under this key");
+        throw std::runtime_error(kNoValue);
     }
 
     Bus::Client& _client;

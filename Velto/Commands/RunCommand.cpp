@@ -1,3 +1,4 @@
+#include "Plugin/Pipeline/Properties.h"
 #include "Plugin/Recording/PipelineRecording.h"
 #include "Plugin/Shared/Keys.h"
 #include "Velto/Commands/Command.h"
@@ -46,7 +47,7 @@ int writeSettings(const HostedService& service, const std::vector<Setting>& sett
     for (const Setting& setting : settings) {
         if (service.setProperty(setting.key, setting.value))
             continue;
-        complain(setting.key, "the device does not take this value" + didYouMean(setting.key, writableKeys()));
+        complain(setting.key, kValueNotTaken + didYouMean(setting.key, writableKeys()));
         status = 1;
     }
     return status;
@@ -57,7 +58,7 @@ int readProperties(const HostedService& service, const std::vector<std::string>&
     return forEachFile(keys, [&](const std::string& key) {
         Ref<Value> value = service.copyProperty(key);
         if (!value)
-            throw std::runtime_error("there is no value under this key" + didYouMean(key, readableKeys()));
+            throw std::runtime_error(kNoValue + didYouMean(key, readableKeys()));
         properties.emplace_back(key, std::move(value));
     });
 }

@@ -17,30 +17,28 @@
 namespace VeltoTouch::Bus {
 namespace {
 
-constexpr std::string_view kSetProperty = "SetProperty";
-constexpr std::string_view kReload = "Reload";
 constexpr const char* kBus = "org.freedesktop.DBus";
 constexpr std::uint64_t kAnswerBytes = 256;          // of an error, or of an answer without its value
 constexpr std::uint64_t kLibrarysAnswerBytes = 4096; // of all properties, or of the description of an object
 constexpr std::uint64_t kMostUnsentErrors = 16;
 constexpr std::uint64_t kAskedAt = CallQueue::kMostUnread / 2; // one that reads never gets to the bound
 
-bool isOurs(sd_bus_message* call) {
+// Whether a call is one of a method of the surface's interface.
+bool isCallOf(sd_bus_message* call, std::string_view method) {
     const char* interface = sd_bus_message_get_interface(call);
-    return interface == nullptr || std::string_view(interface) == kInterface;
+    return (interface == nullptr || std::string_view(interface) == kInterface) &&
+           sd_bus_message_get_member(call) == method;
 }
 
-bool isWrite(sd_bus_message* call) { return isOurs(call) && sd_bus_message_get_member(call) == kSetProperty; }
+bool isWrite(sd_bus_message* call) { return isCallOf(call, kSetProperty); }
 
 bool isRequest(sd_bus_message* call) {
-    const std::string_view member = sd_bus_message_get_member(call);
-    return isWrite(call) || (isOurs(call) && (member == "GetProperty" || member == "GetPublicProperty"));
+    return isWrite(call) || isCallOf(call, kGetProperty) || isCallOf(call, kGetPublicProperty);
 }
 
 // Whether anything comes of a call.
 bool hasEffect(sd_bus_message* call) {
-    return sd_bus_message_get_expect_reply(call) > 0 || isWrite(call) ||
-           (isOurs(call) && sd_bus_message_get_member(call) == kReload);
+    return sd_bus_message_get_expect_reply(call) > 0 || isWrite(call) || isCallOf(call, kReload);
 }
 
 bool isNext(sd_bus_message* call, char type) {

@@ -87,7 +87,7 @@ struct Client::Signals {
         std::uint32_t phase = 0; // follows from the kind
         std::uint32_t frame = 0;
         std::uint64_t timeNs = 0;
-        if (sd_bus_message_read(signal, "ssuut", &kindName, &regionName, &phase, &frame, &timeNs) < 0)
+        if (sd_bus_message_read(signal, kGestureTypes, &kindName, &regionName, &phase, &frame, &timeNs) < 0)
             return 0;
         const auto kind = gestureKindCalled(kindName);
         if (!kind) // of a later version
@@ -188,11 +188,11 @@ BusMessage Client::send(const BusMessage& call, std::uint64_t timeout) {
 void Client::requireAnswer() { std::ignore = send(callOf("org.freedesktop.DBus.Peer", "Ping"), kPatience); }
 
 Ref<Value> Client::getProperty(const std::string& key) {
-    return readVariant(send(callFor(isPublic(key) ? "GetPublicProperty" : "GetProperty", key)).get(), kAnySize);
+    return readVariant(send(callFor(isPublic(key) ? kGetPublicProperty : kGetProperty, key)).get(), kAnySize);
 }
 
 void Client::setProperty(const std::string& key, const Value& value) {
-    const BusMessage call = callFor("SetProperty", key);
+    const BusMessage call = callFor(kSetProperty, key);
     appendVariant(call.get(), value);
     std::ignore = send(call);
 }
@@ -222,9 +222,9 @@ uid_t Client::user() {
 
 Ref<Value> Client::keys() { return getObjectProperty("Keys"); }
 
-Ref<Value> Client::sources() { return readVariant(send(callOf(kInterface, "GetSources")).get(), kAnySize); }
+Ref<Value> Client::sources() { return readVariant(send(callOf(kInterface, kGetSources)).get(), kAnySize); }
 
-void Client::reload() { std::ignore = send(callOf(kInterface, "Reload")); }
+void Client::reload() { std::ignore = send(callOf(kInterface, kReload)); }
 
 void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void*, sd_bus_error*)) {
     checked(sd_bus_add_match(_bus.get(), nullptr, rule.c_str(), handler, this), "the bus");
@@ -233,7 +233,7 @@ void Client::match(const std::string& rule, int (*handler)(sd_bus_message*, void
 void Client::watch(EventLoop& loop, std::function<void(const Gesture&)> gestureHandler,
                    std::function<void()> endHandler) {
     _gestureHandler = std::move(gestureHandler);
-    follow(loop, "Gesture", Signals::gesture, std::move(endHandler));
+    follow(loop, kGesture, Signals::gesture, std::move(endHandler));
 }
 
 void Client::followProperties(EventLoop& loop, PropertyHandler propertyHandler, std::function<void()> endHandler,
@@ -241,7 +241,7 @@ void Client::followProperties(EventLoop& loop, PropertyHandler propertyHandler, 
     _propertyHandler = std::move(propertyHandler);
     _beginHandler = std::move(beginHandler);
     _lossHandler = std::move(lossHandler);
-    follow(loop, "PropertyChanged", Signals::property, std::move(endHandler));
+    follow(loop, kPropertyChanged, Signals::property, std::move(endHandler));
 }
 
 void Client::follow(EventLoop& loop, const char* signal, int (*handler)(sd_bus_message*, void*, sd_bus_error*),

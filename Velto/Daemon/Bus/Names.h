@@ -16,6 +16,16 @@ constexpr const char* kName = "org.velto.Touch1";
 constexpr const char* kInterface = "org.velto.Touch1";
 constexpr const char* kObjects = "/org/velto/Touch1";
 
+// The members of the interface that both ends name. The others stand in the object's table.
+constexpr const char* kGetProperty = "GetProperty";
+constexpr const char* kGetPublicProperty = "GetPublicProperty";
+constexpr const char* kSetProperty = "SetProperty";
+constexpr const char* kGetSources = "GetSources";
+constexpr const char* kReload = "Reload";
+constexpr const char* kPropertyChanged = "PropertyChanged";
+constexpr const char* kGesture = "Gesture";
+constexpr const char* kGestureTypes = "ssuut"; // gesture, region, phase, frame, timeNs
+
 // Which bus: the system's, or that of the user's session.
 enum class Which { System, Session };
 

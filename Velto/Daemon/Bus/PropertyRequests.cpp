@@ -43,7 +43,7 @@ void PropertyRequests::get(const std::string& key, Answer answer) {
     const auto read = [this, key]() -> Outcome {
         if (Ref<Value> value = _properties.get(key))
             return value;
-        return CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, "there is no value under this key");
+        return CallError(SD_BUS_ERROR_UNKNOWN_PROPERTY, kNoValue);
     };
     begin(read, std::move(answer));
 }
@@ -52,7 +52,7 @@ void PropertyRequests::set(const std::string& key, Ref<Value> value, Answer answ
     const auto write = [this, key, value = checkedSetting(key, std::move(value))]() -> Outcome {
         if (_properties.set(key, value))
             return nullptr;
-        return CallError(SD_BUS_ERROR_PROPERTY_READ_ONLY, "the device does not take this value");
+        return CallError(SD_BUS_ERROR_PROPERTY_READ_ONLY, kValueNotTaken);
     };
     begin(write, std::move(answer));
 }

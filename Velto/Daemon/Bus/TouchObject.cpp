@@ -132,7 +132,7 @@ void TouchObject::signalGesture(const Gesture& gesture) {
     const std::string name(nameOf(gesture.kind));
     const std::string region(regionNameOf(gesture));
     // Where the bus has gone, the next beat finds out.
-    sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, "Gesture", "ssuut", name.c_str(), region.c_str(),
+    sd_bus_emit_signal(_bus.get(), _path.c_str(), kInterface, kGesture, kGestureTypes, name.c_str(), region.c_str(),
                        eventMembersOf(gesture).phase, gesture.frame, gesture.time.count());
 }
 
@@ -143,7 +143,7 @@ void TouchObject::signalProperty(const std::string& key) {
     if (!value)
         return;
     const auto make = [&](sd_bus_message** message) {
-        return sd_bus_message_new_signal(_bus.get(), message, _path.c_str(), kInterface, "PropertyChanged");
+        return sd_bus_message_new_signal(_bus.get(), message, _path.c_str(), kInterface, kPropertyChanged);
     };
     const auto signal = madeBy<BusMessage>(make, "signal");
     checked(sd_bus_message_append(signal.get(), "s", key.c_str()), "signal");

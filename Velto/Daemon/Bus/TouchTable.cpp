@@ -1,6 +1,7 @@
 #include "Velto/Daemon/Bus/TouchTable.h"
 
 #include "Plugin/Pipeline/Properties.h"
+#include "Velto/Daemon/Bus/Names.h"
 #include "Velto/Daemon/Bus/Replies.h"
 
 #include <cerrno>
@@ -140,15 +141,15 @@ struct TouchObject::Table::Functions {
 // Everybody may call everything here: the bus's policy says who reaches us.
 const sd_bus_vtable TouchObject::Table::rows[] = {
     SD_BUS_VTABLE_START(0),
-    SD_BUS_METHOD_WITH_NAMES("GetProperty", "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value), Functions::getProperty,
+    SD_BUS_METHOD_WITH_NAMES(kGetProperty, "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value), Functions::getProperty,
                              SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_NAMES("GetPublicProperty", "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value),
+    SD_BUS_METHOD_WITH_NAMES(kGetPublicProperty, "s", SD_BUS_PARAM(key), "v", SD_BUS_PARAM(value),
                              Functions::getPublicProperty, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_NAMES("SetProperty", "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), "", "", Functions::setProperty,
+    SD_BUS_METHOD_WITH_NAMES(kSetProperty, "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), "", "", Functions::setProperty,
                              SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_NAMES("GetSources", "", "", "v", SD_BUS_PARAM(sources), Functions::getSources,
+    SD_BUS_METHOD_WITH_NAMES(kGetSources, "", "", "v", SD_BUS_PARAM(sources), Functions::getSources,
                              SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD("Reload", "", "", Functions::reload, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD(kReload, "", "", Functions::reload, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_PROPERTY("Device", "s", Functions::device, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Version", "s", Functions::version, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Since", "t", Functions::since, 0, SD_BUS_VTABLE_PROPERTY_CONST),
@@ -157,9 +158,9 @@ const sd_bus_vtable TouchObject::Table::rows[] = {
     SD_BUS_PROPERTY("Keyboard", "s", Functions::keyboard, 0, 0),
     SD_BUS_PROPERTY("Counters", "a{st}", Functions::counters, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_SIGNAL_WITH_NAMES(
-        "Gesture", "ssuut",
+        kGesture, kGestureTypes,
         SD_BUS_PARAM(gesture) SD_BUS_PARAM(region) SD_BUS_PARAM(phase) SD_BUS_PARAM(frame) SD_BUS_PARAM(timeNs), 0),
-    SD_BUS_SIGNAL_WITH_NAMES("PropertyChanged", "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), 0),
+    SD_BUS_SIGNAL_WITH_NAMES(kPropertyChanged, "sv", SD_BUS_PARAM(key) SD_BUS_PARAM(value), 0),
     SD_BUS_VTABLE_END,
 };
 
