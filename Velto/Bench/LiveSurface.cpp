@@ -1,5 +1,6 @@
 #include "Velto/Bench/LiveSurface.h"
 
+#include "Plugin/Recording/Damage.h"
 #include "Plugin/Shared/Overloaded.h"
 
 #include <utility>
@@ -7,13 +8,13 @@
 namespace VeltoTouch::Bench {
 namespace {
 
-std::string messageOf(const std::exception_ptr& failure) {
+std::string textOf(const std::exception_ptr& failure) {
     try {
         if (failure)
             std::rethrow_exception(failure);
         return "";
     } catch (const std::exception& error) {
-        return error.what();
+        return placedMessageOf(error);
     }
 }
 
@@ -35,7 +36,7 @@ LiveSurface::LiveSurface(EventLoop& loop, const Surface::ConnectedDevice& device
                                     },
                                 .ended =
                                     [this](const std::exception_ptr& failure) {
-                                        add({.time = hostTimeNow(), .content = End{messageOf(failure)}});
+                                        add({.time = hostTimeNow(), .content = End{textOf(failure)}});
                                     },
                             });
 }

@@ -82,8 +82,8 @@ Finding Examination::noTouch() {
                                        strongest->check.value, strongest->check.bound);
             finding.advice = strongest->check.rule == Rule::Residual
                                  ? "press harder, and lift off entirely between two touches"
-                                 : fmt::format("press harder, or {} Pipeline.Algs.ActivationThreshold={:.0f}",
-                                               commandLine("set"), thresholdFor(*strongest));
+                                 : fmt::format("press harder, or {} {}={:.0f}", commandLine("set"),
+                                               kActivationThreshold, thresholdFor(*strongest));
         } else if (track.imageCount() == 0) {
             finding.text = "reports come, but no images of the pads";
             finding.advice = commandLine("record") + " -o seen.json && velto info seen.json shows what they are";

@@ -113,9 +113,9 @@ struct Screen::Terminal {
     }
 };
 
-Screen::Screen() : _terminal(new Terminal) {}
+Screen::Screen() : _terminal(std::make_unique<Terminal>()) {}
 
-Screen::~Screen() { delete _terminal; }
+Screen::~Screen() = default;
 
 int Screen::rows() const noexcept { return LINES; }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -56,7 +57,7 @@ private:
     void resume();
 
     struct Terminal;
-    Terminal* const _terminal;
+    const std::unique_ptr<Terminal> _terminal;
 };
 
 } // namespace VeltoTouch::Velto
