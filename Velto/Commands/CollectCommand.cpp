@@ -15,7 +15,6 @@
 #include "Velto/Surface/Blanks.h"
 #include "Velto/Surface/Random.h"
 
-#include <charconv>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -72,9 +71,8 @@ void addAsked(std::string_view field, std::vector<Step>& asked) {
     std::uint32_t count = 1;
     if (blank != std::string_view::npos) {
         const std::string_view times = Surface::trimmed(text.substr(blank));
-        const char* const end = times.data() + times.size();
-        const auto [next, error] = std::from_chars(times.data() + 1, end, count);
-        if (times.front() != 'x' || error != std::errc() || next != end || count == 0 || count > kMostOfAGesture)
+        count = times.front() == 'x' ? numberIn<std::uint32_t>(times.substr(1)).value_or(0) : 0;
+        if (count == 0 || count > kMostOfAGesture)
             throw std::invalid_argument(fmt::format("\"{}\": x1 to x{} is wanted", text, kMostOfAGesture));
     }
     if (asked.size() + count > kMostAsked)

@@ -4,6 +4,7 @@
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/Hosting.h"
 #include "Velto/Commands/LiveRun.h"
+#include "Velto/Options/Numbers.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
@@ -12,7 +13,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -182,13 +182,10 @@ int dump(const DumpOptions& options) {
 }
 
 std::uint8_t parseID(const std::string& text) {
-    const bool isHexadecimal = text.starts_with("0x");
-    const char* const begin = text.data() + (isHexadecimal ? 2 : 0);
-    std::uint8_t id = 0;
-    const auto [end, error] = std::from_chars(begin, text.data() + text.size(), id, isHexadecimal ? 16 : 10);
-    if (error != std::errc() || end != text.data() + text.size())
+    const auto id = text.starts_with("0x") ? numberIn<std::uint8_t>(text.substr(2), 16) : numberIn<std::uint8_t>(text);
+    if (!id)
         throw CLI::ValidationError("--report", "a number from 0 to 255 (0xff) is wanted");
-    return id;
+    return *id;
 }
 
 } // namespace

@@ -4,12 +4,12 @@
 #include "Velto/Analysis/Label.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Commands/LabelEdit.h"
+#include "Velto/Options/Numbers.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/GestureText.h"
 #include "Velto/Output/Terminal.h"
 
-#include <charconv>
 #include <iterator>
 #include <memory>
 #include <stdexcept>
@@ -43,12 +43,10 @@ SaidLabel readLabel(const std::string& text) {
 }
 
 std::size_t readNumber(const std::string& option, const std::string& text) {
-    std::size_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [next, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || next != end || number == 0)
+    const auto number = numberIn<std::size_t>(text);
+    if (!number || *number == 0)
         throw CLI::ValidationError(option, fmt::format("\"{}\" is no label's number", text));
-    return number;
+    return *number;
 }
 
 std::string asLine(const std::string& file, const Label& label) {

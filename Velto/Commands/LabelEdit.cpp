@@ -3,10 +3,10 @@
 #include "Plugin/Reports/InputReport.h"
 #include "Plugin/Reports/Regions.h"
 #include "Velto/Analysis/Label.h"
+#include "Velto/Options/Numbers.h"
 #include "Velto/Surface/SimulatedRecording.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -28,12 +28,10 @@ constexpr std::uint64_t kNsPerMs = 1'000'000;
 }
 
 double readSeconds(std::string_view label, std::string_view digits) {
-    double seconds = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto [next, error] = std::from_chars(digits.data(), end, seconds);
-    if (error != std::errc() || next != end || !(seconds >= 0 && seconds <= kLongestSeconds))
+    const auto seconds = numberIn<double>(digits);
+    if (!seconds || *seconds < 0 || *seconds > kLongestSeconds)
         refuse(label, fmt::format("\"{}\" is no number of seconds from 0 on", digits));
-    return seconds;
+    return *seconds;
 }
 
 // The extent of a recording whose frames may be in any order.

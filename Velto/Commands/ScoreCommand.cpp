@@ -178,10 +178,10 @@ int mergeShards(const ScoreOptions& options) {
 
 void addBounds(App& app, ScoreOptions& options) {
     const auto parseShare = [&options](const std::string& text) {
-        double share = 0;
-        if (!CLI::detail::lexical_cast(text, share) || !(share >= 0 && share <= 1))
+        const auto share = numberIn<double>(text);
+        if (!share || *share < 0 || *share > 1)
             throw CLI::ValidationError("--min-recall", "a number from 0 to 1 is wanted");
-        options.leastRecall = share;
+        options.leastRecall = *share;
     };
     app.add_option_function<std::string>("--min-recall", parseShare,
                                          "Exit status 1 if less than this share of what was meant is found")

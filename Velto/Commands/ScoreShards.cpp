@@ -3,11 +3,11 @@
 #include "Platform/JSON.h"
 #include "Velto/Commands/Command.h"
 #include "Velto/Options/App.h"
+#include "Velto/Options/Numbers.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -56,17 +56,12 @@ bool areAllOfOneRun(std::vector<ReadShard>& shards) {
 } // namespace
 
 Shard parseShard(const std::string& text) {
-    Shard shard;
-    const auto slash = text.find('/');
-    const auto parse = [](std::string_view digits, std::size_t& number) {
-        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-        return error == std::errc() && end == digits.data() + digits.size();
-    };
-    const bool isRead = slash != std::string::npos && parse(std::string_view(text).substr(0, slash), shard.number) &&
-                        parse(std::string_view(text).substr(slash + 1), shard.of);
-    if (!isRead || shard.number < 1 || shard.number > shard.of)
+    const std::size_t slash = std::min(text.find('/'), text.size());
+    const auto number = numberIn<std::size_t>(text.substr(0, slash));
+    const auto of = numberIn<std::size_t>(text.substr(std::min(slash + 1, text.size())));
+    if (!number || !of || *number < 1 || *number > *of)
         throw CLI::ValidationError("--shard", "K/N is wanted, K from 1 to N");
-    return shard;
+    return {.number = *number, .of = *of};
 }
 
 // FNV-1a.

@@ -3,6 +3,7 @@
 #include "Velto/Manual/Quoted.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace VeltoTouch::Velto::Manual {
 namespace {
@@ -82,8 +83,8 @@ std::string function(const std::string& name, const App& app, const std::string&
     std::string cases;
     std::string free; // those whose value may be anything
     for (const CLI::Option* option : optionsOf(app)) {
-        const std::string pattern = CLI::detail::join(namesOf(*option), " | ");
-        options += " " + CLI::detail::join(namesOf(*option), " ");
+        const std::string pattern = fmt::format("{}", fmt::join(namesOf(*option), " | "));
+        options += fmt::format(" {}", fmt::join(namesOf(*option), " "));
         if (typeOf(*option).empty())
             continue;
         const std::string values = offer(app.candidatesFor(*option), "            ");

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace VeltoTouch::Velto::Manual {
 namespace {
@@ -78,7 +79,7 @@ std::string valueOf(Arguments& made, const std::string& prefix, const App& app, 
     if (candidates.filePrefixes == std::vector<std::string>{""} && candidates.words.empty() && !areTerms) {
         action = "_files";
     } else if (!candidates.filePrefixes.empty() || !candidates.words.empty() || areTerms) {
-        action = prefix + "_" + CLI::detail::trim_copy(option.get_name(), "-");
+        action = prefix + "_" + option.get_single_name();
         action.erase(std::min(action.find('='), action.size())); // of KEY=VALUE
         made.functions += valueFunction(action, type, candidates);
     }
@@ -90,7 +91,7 @@ void addOption(Arguments& made, const std::string& prefix, const App& app, const
     const bool isFlag = typeOf(option).empty();
     const std::string rest =
         "[" + masked(option.get_description(), "[]") + "]" + (isFlag ? "" : valueOf(made, prefix, app, option));
-    const std::string others = isRepeated(option) ? "*" : "(" + CLI::detail::join(names, " ") + ")";
+    const std::string others = isRepeated(option) ? "*" : fmt::format("({})", fmt::join(names, " "));
     for (const std::string& name : names) {
         const char* const join = isFlag ? "" : name.starts_with("--") ? "=" : "+"; // --speed=N or --speed N; -oOUT
         made.lines += fmt::format(" \\\n        {}", quoted(others + name + join + rest));

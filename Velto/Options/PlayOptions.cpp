@@ -1,5 +1,7 @@
 #include "Velto/Options/PlayOptions.h"
 
+#include "Velto/Options/Numbers.h"
+
 #include <limits>
 
 namespace VeltoTouch::Velto {
@@ -11,17 +13,17 @@ constexpr std::chrono::duration<double> kLongestDuration{1e9}; // 31 years
 float parseSpeed(const std::string& text) {
     if (text == kMax)
         return std::numeric_limits<float>::infinity();
-    float speed = 0;
-    if (!CLI::detail::lexical_cast(text, speed) || !(speed > 0.0F))
+    const auto speed = static_cast<float>(numberIn<double>(text).value_or(0)); // max if it is too large for a float
+    if (speed <= 0.0F)
         throw CLI::ValidationError("--speed", "a number above 0 or max is wanted");
     return speed;
 }
 
 std::optional<std::chrono::microseconds> parseDuration(const std::string& text) {
-    double seconds = 0;
-    if (!CLI::detail::lexical_cast(text, seconds) || !(seconds > 0.0))
+    const auto seconds = numberIn<double>(text);
+    if (!seconds || *seconds <= 0.0)
         throw CLI::ValidationError("--duration", "a number of seconds above 0 is wanted");
-    const std::chrono::duration<double> duration(seconds);
+    const std::chrono::duration<double> duration(*seconds);
     if (duration >= kLongestDuration)
         return std::nullopt;
     return std::chrono::duration_cast<std::chrono::microseconds>(duration);
@@ -38,8 +40,8 @@ void addSpeed(App& app, float& target, const std::string& description) {
 CLI::Option* addSeconds(App& app, const std::string& name, std::optional<double>& target,
                         const std::string& description) {
     const auto parse = [&target, name](const std::string& text) {
-        double seconds = 0;
-        if (!CLI::detail::lexical_cast(text, seconds) || !(seconds >= 0.0 && seconds <= kLongestDuration.count()))
+        const auto seconds = numberIn<double>(text);
+        if (!seconds || *seconds < 0.0 || *seconds > kLongestDuration.count())
             throw CLI::ValidationError(name, "a number of seconds from 0 on is wanted");
         target = seconds;
     };

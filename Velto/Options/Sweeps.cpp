@@ -2,12 +2,11 @@
 
 #include "Plugin/Pipeline/Properties.h"
 #include "Velto/Options/Keys.h"
+#include "Velto/Options/Numbers.h"
 #include "Velto/Options/Settings.h"
 #include "Velto/Options/Suggestion.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
@@ -41,19 +40,12 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     return parts;
 }
 
-std::optional<double> numberIn(std::string_view text) {
-    double number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && std::isfinite(number) ? std::optional(number)
-                                                                                             : std::nullopt;
-}
-
 // FROM:TO:STEP as texts. Each is computed from FROM, so that no rounding adds up.
 std::vector<std::string> rangeIn(std::string_view text) {
     const std::vector<std::string_view> parts = split(text, ':');
-    const auto from = numberIn(parts[0]);
-    const auto to = parts.size() == 3 ? numberIn(parts[1]) : std::nullopt;
-    const auto step = parts.size() == 3 ? numberIn(parts[2]) : std::nullopt;
+    const auto from = numberIn<double>(parts[0]);
+    const auto to = parts.size() == 3 ? numberIn<double>(parts[1]) : std::nullopt;
+    const auto step = parts.size() == 3 ? numberIn<double>(parts[2]) : std::nullopt;
     if (!from || !to || !step || !(*step > 0.0) || *to < *from)
         throw std::invalid_argument("FROM:TO:STEP are three numbers, TO not below FROM, STEP above 0");
     if ((*to - *from) / *step >= static_cast<double>(kMostValues))
