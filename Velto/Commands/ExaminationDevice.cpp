@@ -9,7 +9,7 @@
 #include <exception>
 #include <stdexcept>
 #include <system_error>
-#include <variant>
+#include <tuple>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -47,7 +47,8 @@ Finding missing(const std::string& device) {
 // Whether velto serve takes it.
 bool mayBeServed(const std::string& device) {
     try {
-        return !std::holds_alternative<PipedSurface>(parseDevice(device).surface);
+        std::ignore = parseDevice(device);
+        return formOf(device)->whyNotServed.empty();
     } catch (const std::invalid_argument&) {
         return false;
     }

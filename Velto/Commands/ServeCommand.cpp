@@ -1,5 +1,5 @@
 #include "Velto/Commands/Command.h"
-#include "Velto/Commands/Hosting.h"
+#include "Velto/Commands/PlugIn.h"
 #include "Velto/Daemon/Bus/TouchObject.h"
 #include "Velto/Daemon/EventLoop.h"
 #include "Velto/Daemon/GestureLog.h"
@@ -10,6 +10,7 @@
 #include "Velto/Daemon/UinputKeyboard.h"
 #include "Velto/Options/BusOptions.h"
 #include "Velto/Options/ConfigurationOptions.h"
+#include "Velto/Options/DeviceOptions.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Output/Terminal.h"
 

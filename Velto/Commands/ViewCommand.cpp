@@ -2,12 +2,12 @@
 #include "Velto/Bench/LiveFrames.h"
 #include "Velto/Bench/Observation.h"
 #include "Velto/Commands/Command.h"
-#include "Velto/Commands/Hosting.h"
 #include "Velto/Commands/LiveRun.h"
 #include "Velto/Commands/View.h"
 #include "Velto/Daemon/EventLoop.h"
 #include "Velto/Daemon/StopSignals.h"
 #include "Velto/Options/BusOptions.h"
+#include "Velto/Options/DeviceOptions.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/RecordingFiles.h"
 

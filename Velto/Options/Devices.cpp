@@ -8,11 +8,15 @@
 #include "Velto/Surface/Scripts.h"
 #include "Velto/Surface/SimulatedAccelerometer.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Velto {
@@ -22,12 +26,8 @@ using Surface::ConnectedDevice;
 using Surface::Simulation;
 using Surface::Step;
 
-bool strip(std::string_view& text, std::string_view prefix) {
-    if (!text.starts_with(prefix))
-        return false;
-    text.remove_prefix(prefix.size());
-    return true;
-}
+constexpr std::string_view kScript = "sim:";
+constexpr std::string_view kNode = "/dev/hidraw";
 
 std::vector<Step> parseSteps(std::string_view text) {
     std::vector<Step> steps;
@@ -38,6 +38,35 @@ std::vector<Step> parseSteps(std::string_view text) {
             return steps;
         text.remove_prefix(comma + 1);
     }
+}
+
+using MaybeSurface = std::optional<AnySurface>;
+MaybeSurface readMadeUp(std::string_view /*nothing*/) { return SimulatedSurface{}; }
+MaybeSurface readScript(std::string_view steps) { return SimulatedSurface{.steps = parseSteps(steps)}; }
+MaybeSurface readRecorded(std::string_view file) {
+    return file.empty() ? std::nullopt : MaybeSurface(RecordedSurface{.file = std::string(file)});
+}
+MaybeSurface readFirst(std::string_view /*nothing*/) { return FirstSurface{}; }
+MaybeSurface readNode(std::string_view number) { return SurfaceNode{.path = std::string(kNode).append(number)}; }
+MaybeSurface readPiped(std::string_view /*nothing*/) { return PipedSurface{}; }
+
+using enum DeviceForm::Completion;
+constexpr std::array kForms{
+    DeviceForm{"sim", "", "the simulated surface with a made-up user, without end", Word, readMadeUp},
+    DeviceForm{kScript, "STEP,...", "the simulated surface, steps as in velto simulate --help", Opening, readScript},
+    DeviceForm{"replay:", "FILE", "a recording's reports; its settings are left out", FilePrefix, readRecorded},
+    DeviceForm{"surface", "", "the first surface on this machine", Word, readFirst},
+    DeviceForm{kNode, "N", "a surface on this machine, as listed by velto devices", Nodes, readNode},
+    DeviceForm{"-", "", "reports on the standard input, as hexadecimal lines or VTR1 records", None, readPiped,
+               "the standard input cannot be served (velto run, view and dump read it)"},
+};
+
+[[noreturn]] void refuse() {
+    std::vector<std::string> forms;
+    std::ranges::transform(kForms, std::back_inserter(forms), &DeviceForm::text);
+    const std::string last = forms.back();
+    forms.pop_back();
+    throw std::invalid_argument(fmt::format("{} or {} is wanted", fmt::join(forms, ", "), last));
 }
 
 Simulation::StepSource stepsOf(const SimulatedSurface& surface, std::uint64_t seed) {
@@ -89,31 +118,32 @@ bool DeviceChoice::isPlayed() const noexcept {
     return std::holds_alternative<SimulatedSurface>(surface) || std::holds_alternative<RecordedSurface>(surface);
 }
 
+std::span<const DeviceForm> deviceForms() noexcept { return kForms; }
+
+const DeviceForm* formOf(std::string_view device) noexcept {
+    const auto* const found =
+        std::ranges::find_if(kForms, [device](const DeviceForm& form) { return form.fits(device); });
+    return found == kForms.end() ? nullptr : found;
+}
+
 DeviceChoice parseDevice(std::string_view text) {
-    const std::string name(text);
-    if (text == "sim")
-        return {.name = name, .surface = SimulatedSurface{}};
-    if (strip(text, "sim:"))
-        return {.name = name, .surface = SimulatedSurface{.steps = parseSteps(text)}};
-    if (strip(text, "replay:") && !text.empty())
-        return {.name = name, .surface = RecordedSurface{.file = std::string(text)}};
-    if (text == "surface")
-        return {.name = name, .surface = FirstSurface{}};
-    if (text.starts_with("/dev/hidraw"))
-        return {.name = name, .surface = SurfaceNode{.path = name}};
-    if (text == "-")
-        return {.name = name, .surface = PipedSurface{}};
-    throw std::invalid_argument("sim, sim:STEP,..., replay:FILE, surface, /dev/hidrawN or - is wanted");
+    const DeviceForm* const form = formOf(text);
+    if (form == nullptr)
+        refuse();
+    std::optional<AnySurface> surface = form->read(text.substr(form->opening.size()));
+    if (!surface)
+        refuse();
+    return {.name = std::string(text), .surface = *std::move(surface)};
 }
 
 Watched parseWatched(const std::string& text) {
     std::error_code ignored;
-    if (!text.starts_with("/dev/hidraw") && std::filesystem::exists(text, ignored))
+    if (!text.starts_with(kNode) && std::filesystem::exists(text, ignored))
         return {.name = text, .what = RecordedSurface{.file = text}};
     try {
         return {.name = text, .what = parseDevice(text)};
     } catch (const std::invalid_argument& error) {
-        if (text.starts_with("sim:")) // a device in which a step is wrong
+        if (text.starts_with(kScript)) // a device in which a step is wrong
             throw;
         throw std::invalid_argument(fmt::format("'{}' is no file, and as a device {}", text, error.what()));
     }

@@ -3,7 +3,9 @@
 #include "Velto/Surface/ConnectedDevice.h"
 #include "Velto/Surface/Step.h"
 
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -26,9 +28,11 @@ struct SurfaceNode {
 
 struct PipedSurface {}; // on the standard input
 
+using AnySurface = std::variant<SimulatedSurface, RecordedSurface, FirstSurface, SurfaceNode, PipedSurface>;
+
 struct DeviceChoice {
     std::string name = "sim"; // as given
-    std::variant<SimulatedSurface, RecordedSurface, FirstSurface, SurfaceNode, PipedSurface> surface;
+    AnySurface surface;
 
     // Of a recorded one; empty for others.
     [[nodiscard]] std::string file() const;
@@ -38,8 +42,27 @@ struct DeviceChoice {
     [[nodiscard]] std::string subject() const;
 };
 
-// Reads sim, sim:STEP,STEP,..., replay:FILE, surface, /dev/hidrawN or -. Throws std::invalid_argument with what is
-// wrong.
+// What DEVICE may be. Reading, help, completion and messages are made of the forms.
+struct DeviceForm {
+    std::string_view opening; // "sim:", or all of it
+    std::string_view rest;    // what stands behind the opening, as help names it: "STEP,..."; empty: nothing
+    std::string_view meaning;
+    enum class Completion : std::uint8_t { Word, Opening, FilePrefix, Nodes, None } completion;
+    // Nothing if the rest is missing. Throws std::invalid_argument with what is wrong.
+    std::optional<AnySurface> (*read)(std::string_view rest);
+    std::string_view whyNotServed = {}; // empty: it may be served
+
+    [[nodiscard]] std::string text() const { return std::string(opening).append(rest); }
+    [[nodiscard]] bool fits(std::string_view device) const noexcept {
+        return rest.empty() ? device == opening : device.starts_with(opening);
+    }
+};
+[[nodiscard]] std::span<const DeviceForm> deviceForms() noexcept;
+
+// Returns the form of a device, or null if it has none.
+[[nodiscard]] const DeviceForm* formOf(std::string_view device) noexcept;
+
+// Reads a device of any form. Throws std::invalid_argument with what is wrong.
 [[nodiscard]] DeviceChoice parseDevice(std::string_view text);
 
 // What is looked at: a recording, or a device.
