@@ -198,9 +198,14 @@ Command makeDumpCommand(App& program) {
     app->add_option_function<std::string>(
            "--report", [options](const std::string& text) { options->id = parseID(text); }, "Only reports with this ID")
         ->type_name("ID");
-    addDuration(*app, options->duration)->description("Of a device: end after so many seconds");
+    CLI::Option* duration = addDuration(*app, options->duration);
+    duration->description("Of a device: end after so many seconds");
     CLI::Option* hex = app->add_flag("--hex", options->hex, "Lines for the device -: time and bytes");
     app->add_flag("--jsonl", options->jsonl, "JSON Lines, one a report")->excludes(hex);
+    app->callback([options, duration] {
+        if (options->watched.device() == nullptr)
+            refuseBesideRecording({duration});
+    });
     return {app, [options] { return dump(*options); }};
 }
 

@@ -7,6 +7,7 @@
 #include "Velto/Commands/PadText.h"
 #include "Velto/Files/Reading.h"
 #include "Velto/Options/BusOptions.h"
+#include "Velto/Options/DeviceOptions.h"
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
@@ -32,6 +33,7 @@ using Stretch = StreamStatistics::Intervals;
 
 struct StatsOptions {
     std::vector<std::string> paths;
+    std::optional<DeviceChoice> device; // in place of recordings
     Bus::Which bus = Bus::Which::System;
     std::optional<std::chrono::microseconds> duration;
     bool jsonl = false;
@@ -195,9 +197,9 @@ std::optional<DeviceChoice> deviceOf(const std::vector<std::string>& paths) {
 }
 
 int show(const StatsOptions& options) {
-    if (const auto device = deviceOf(options.paths))
+    if (options.device)
         return showLiveStats(
-            {.device = *device, .bus = options.bus, .duration = options.duration, .jsonl = options.jsonl});
+            {.device = *options.device, .bus = options.bus, .duration = options.duration, .jsonl = options.jsonl});
     const bool isPair = !options.jsonl && areTwoRecordings(options.paths);
     std::list<Shown> shown; // what waits to be written
     const int status = forEachRecording(options.paths, "replaying", [&](const std::string& file) {
@@ -227,10 +229,16 @@ Command makeStatsCommand(App& program) {
         "how long it takes from reading a report to an event. The standard input, -, is a\n"
         "recording or reports (lines of velto dump --hex), whichever it begins as.");
     addRecordings(*app, options->paths);
-    addBus(*app, options->bus);
-    addDuration(*app, options->duration)->description("Of a device: end after so many seconds");
+    CLI::Option* bus = addBus(*app, options->bus);
+    CLI::Option* duration = addDuration(*app, options->duration);
+    duration->description("Of a device: end after so many seconds");
     app->add_flag("--jsonl", options->jsonl,
                   "JSON Lines: one for the reports, one a disturbance, one a pad; of a device one a second");
+    app->callback([options, bus, duration] {
+        options->device = deviceOf(options->paths);
+        if (!options->device)
+            refuseBesideRecording({duration, bus});
+    });
     return {app, [options] { return show(*options); }};
 }
 

@@ -2,8 +2,8 @@
 
 namespace VeltoTouch::Velto {
 
-void addBus(CLI::App& app, Bus::Which& target) {
-    app.add_flag_callback(
+CLI::Option* addBus(CLI::App& app, Bus::Which& target) {
+    return app.add_flag_callback(
         "--user", [&target] { target = Bus::Which::Session; }, "Use the bus of your session, not the system's");
 }
 

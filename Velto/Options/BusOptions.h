@@ -10,7 +10,7 @@
 namespace VeltoTouch::Velto {
 
 // --user: the bus of the user's session in place of the system's.
-void addBus(CLI::App& app, Bus::Which& target);
+CLI::Option* addBus(CLI::App& app, Bus::Which& target);
 
 // Selects one of the served surfaces.
 struct ServedChoice {

@@ -87,6 +87,13 @@ CLI::Option* addDeviceArgument(App& app, DeviceChoice& target) {
     return app.offer(option, deviceCandidates())->type_name("")->required();
 }
 
+void refuseBesideRecording(std::initializer_list<const CLI::Option*> options) {
+    for (const CLI::Option* option : options) {
+        if (option->count() > 0)
+            throw CLI::ValidationError(option->get_name(), "for a device only");
+    }
+}
+
 void requireOtherFile(const DeviceChoice& device, const std::string& output) {
     std::error_code notThere;
     if (!device.file().empty() && std::filesystem::equivalent(device.file(), output, notThere))

@@ -3,6 +3,7 @@
 #include "Velto/Options/App.h"
 #include "Velto/Options/Devices.h"
 
+#include <initializer_list>
 #include <string>
 
 // The device of a command, as argument and option.
@@ -20,6 +21,9 @@ CLI::Option* addWatched(App& app, Watched& target, const std::string& descriptio
 
 // DEVICE, an argument, and the devices at the end of the help.
 CLI::Option* addDeviceArgument(App& app, DeviceChoice& target);
+
+// Refuses, as wrong usage, options that are for a device only: called where a recording is given.
+void refuseBesideRecording(std::initializer_list<const CLI::Option*> options);
 
 // Throws std::runtime_error under the output's name if it is the very recording that the device plays: what is written
 // as it comes would take the place of what has not been played yet.
