@@ -24,13 +24,11 @@ std::string sizeText(std::uint64_t bytes) {
 std::unique_ptr<CaptureTarget> targetOf(const CaptureOptions& options, const Bench::TroubleWatch& watch) {
     if (options.on.empty())
         return std::make_unique<WholeCapture>(options.output);
-    const auto nanoseconds = [](double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); };
-    return std::make_unique<TroubleCapture>(
-        TroubleCapture::Options{.folder = options.output,
-                                .beforeNs = nanoseconds(options.before.value_or(10)),
-                                .afterNs = nanoseconds(options.after.value_or(5)),
-                                .limit = options.limit},
-        watch);
+    return std::make_unique<TroubleCapture>(TroubleCapture::Options{.folder = options.output,
+                                                                    .beforeNs = options.before.count(),
+                                                                    .afterNs = options.after.count(),
+                                                                    .limit = options.limit},
+                                            watch);
 }
 
 } // namespace

@@ -21,8 +21,8 @@ struct CaptureOptions {
     float speed = 1;
     std::optional<std::chrono::microseconds> duration; // none: without end
     std::vector<Bench::Trouble> on;                    // empty: everything is kept
-    std::optional<double> before;
-    std::optional<double> after;
+    HostTime before = std::chrono::seconds(10);
+    HostTime after = std::chrono::seconds(5);
     std::optional<std::uint64_t> limit;
     Bus::Which bus = Bus::Which::System;
 };

@@ -15,6 +15,7 @@
 #include "Velto/Surface/Blanks.h"
 #include "Velto/Surface/Random.h"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -49,7 +50,7 @@ constexpr const char* kCollectText =
     "Without a terminal it writes lines and takes a key of the standard input for each choice.";
 
 constexpr std::uint32_t kMostOfAGesture = 10'000;
-constexpr double kLongestTime = 600; // in seconds
+constexpr std::chrono::minutes kLongestTime{10};
 constexpr std::size_t kMostAsked = 100'000;
 
 struct CollectOptions {
@@ -57,8 +58,8 @@ struct CollectOptions {
     std::vector<Step> asked;
     std::string output;
     std::optional<std::uint64_t> seed; // none: in the order of the plan
-    std::optional<double> pause;
-    std::optional<double> time;
+    HostTime pause = std::chrono::seconds(2);
+    HostTime time = std::chrono::seconds(3);
     float speed = 1;
     Bus::Which bus = Bus::Which::System;
 };
@@ -101,10 +102,9 @@ void shuffle(std::vector<Step>& steps, std::uint64_t seed) {
 class Session {
 public:
     Session(EventLoop& loop, const CollectOptions& options)
-        : _loop(loop),
-          _collector(options.asked, nanoseconds(options.pause.value_or(2)), nanoseconds(options.time.value_or(3)),
-                     {.label = [this](const Frame& label) { _recording->append(label); },
-                      .change = [this] { handleChange(); }}),
+        : _loop(loop), _collector(options.asked, options.pause.count(), options.time.count(),
+                                  {.label = [this](const Frame& label) { _recording->append(label); },
+                                   .change = [this] { handleChange(); }}),
           _display(makeCollectDisplay(
               loop, _collector, [this](char key) { _collector.press(key); },
               !std::holds_alternative<PipedSurface>(options.device.surface))) {
@@ -129,8 +129,6 @@ public:
     [[nodiscard]] const Collector& collector() const noexcept { return _collector; }
 
 private:
-    static std::uint64_t nanoseconds(double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); }
-
     void add(const Frame& frame) {
         _recording->append(frame);
         if (frame.type != Frame::Type::InputReport)

@@ -5,6 +5,7 @@
 #include "Velto/Output/Files.h"
 #include "Velto/Output/Terminal.h"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,11 +27,11 @@ constexpr const char* kDoctorText =
     "Without --device it is the first surface that is plugged in; a made-up one that is served\n"
     "(velto serve --device sim) only where none is.";
 
-constexpr double kUsualWait = 10; // seconds
+constexpr std::chrono::seconds kUsualWait{10};
 
 struct DoctorOptions {
     ServedChoice served;
-    std::optional<double> wait; // seconds; none: a person alone is asked
+    std::optional<HostTime> wait; // none: a person alone is asked
     bool jsonl = false;
 };
 
@@ -86,11 +87,12 @@ Finding make(const ExaminationStep& step, Examination& examination) {
 
 int examine(const DoctorOptions& options) {
     const bool isForPerson = !options.jsonl && standardOutputIsTerminal();
-    const double seconds = options.wait.value_or(isForPerson ? kUsualWait : 0);
-    Examination examination(
-        {.served = options.served,
-         .wait = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(seconds)),
-         .askForTouch = [seconds] { writeErrorLine(fmt::format("touch the surface now ({:g} s)", seconds)); }});
+    const HostTime wait = options.wait.value_or(isForPerson ? HostTime(kUsualWait) : HostTime());
+    Examination examination({.served = options.served,
+                             .wait = std::chrono::duration_cast<std::chrono::microseconds>(wait),
+                             .askForTouch = [wait] {
+                                 writeErrorLine(fmt::format("touch the surface now ({:g} s)", Seconds(wait).count()));
+                             }});
     Sheet sheet;
     for (const ExaminationStep& step : examinationSteps()) {
         sheet.begin(step.line);

@@ -28,14 +28,14 @@ struct ExplainOptions {
     std::vector<std::string> paths;
     std::vector<Setting> settings;
     std::size_t touch = 0; // 0: not chosen so
-    std::optional<double> atSeconds;
+    std::optional<HostTime> at;
     std::size_t jobs = 1;
     bool rejected = false;
     bool weak = false;
     bool wouldBe = false;
     bool jsonl = false;
 
-    [[nodiscard]] bool wantsOne() const noexcept { return touch > 0 || atSeconds; }
+    [[nodiscard]] bool wantsOne() const noexcept { return touch > 0 || at; }
 };
 
 // A recording's answer. Touches that are not shown still count for what is typical.
@@ -59,24 +59,24 @@ Touch& touchNumbered(std::vector<Touch>& touches, std::size_t number) {
         throw std::runtime_error(fmt::format("no touch {}: there are {}", number, touches.size()));
     return touches[number - 1];
 }
-Touch& touchAt(std::vector<Touch>& touches, double seconds) {
-    const auto ns = static_cast<std::uint64_t>(seconds * 1e9);
+Touch& touchAt(std::vector<Touch>& touches, HostTime time) {
+    const std::uint64_t ns = time.count();
     const auto nearest =
         std::ranges::min_element(touches, {}, [ns](const Touch& touch) { return distance(touch, ns); });
     if (nearest == touches.end())
         throw std::runtime_error("there is no touch");
     if (distance(*nearest, ns) > 0)
-        throw std::runtime_error(fmt::format("no touch at {} s: the nearest is touch {}, {:.3f} to {:.3f} s", seconds,
-                                             nearest->number, static_cast<double>(nearest->startNs) / 1e9,
-                                             static_cast<double>(nearest->endNs) / 1e9));
+        throw std::runtime_error(fmt::format(
+            "no touch at {} s: the nearest is touch {}, {:.3f} to {:.3f} s", Seconds(time).count(), nearest->number,
+            static_cast<double>(nearest->startNs) / 1e9, static_cast<double>(nearest->endNs) / 1e9));
     return *nearest;
 }
 
 std::vector<Touch*> wantedOf(const ExplainOptions& options, std::vector<Touch>& touches) {
     if (options.touch > 0)
         return {&touchNumbered(touches, options.touch)};
-    if (options.atSeconds)
-        return {&touchAt(touches, *options.atSeconds)};
+    if (options.at)
+        return {&touchAt(touches, *options.at)};
     std::vector<Touch*> wanted;
     for (Touch& touch : touches) {
         if (!options.rejected || touch.outcome == Outcome::Cancel)
@@ -164,7 +164,7 @@ Command makeExplainCommand(App& program) {
                                   "that would have made it something else.");
     addRecordings(*app, options->paths);
     CLI::Option* touch = addNumber(*app, "--touch", options->touch, "Only this touch, counted from 1", std::size_t{1});
-    CLI::Option* at = addSeconds(*app, "--at", options->atSeconds, "Only the touch at this time of the recording");
+    CLI::Option* at = addSeconds(*app, "--at", options->at, "Only the touch at this time of the recording");
     at->excludes(touch);
     app->add_flag("--rejected", options->rejected, "Only touches that became no gesture")
         ->excludes(touch)

@@ -26,8 +26,8 @@ struct PlotOptions {
     std::string second; // empty: none
     std::vector<Setting> settings;
     std::vector<Setting> b; // of the second play, beyond those of both
-    std::optional<double> fromSeconds;
-    std::optional<double> toSeconds;
+    std::optional<HostTime> from;
+    std::optional<HostTime> to;
     bool wouldBe = false;
     std::string output; // empty: standard output
 
@@ -44,18 +44,16 @@ struct PlotOptions {
 void requireOneSecondPlay(const PlotOptions& options) {
     if (!options.second.empty() && !options.b.empty())
         throw CLI::ValidationError("--b", "there is a second play already: SECOND");
-    if (options.fromSeconds && options.toSeconds && *options.fromSeconds >= *options.toSeconds)
+    if (options.from && options.to && *options.from >= *options.to)
         throw CLI::ValidationError("--to", "a later time than that of --from is wanted");
 }
 
-std::uint64_t nsOf(double seconds) { return static_cast<std::uint64_t>(seconds * 1e9); }
-
 Page::Range rangeOf(const PlotOptions& options) {
     Page::Range range;
-    if (options.fromSeconds)
-        range.fromNs = nsOf(*options.fromSeconds);
-    if (options.toSeconds)
-        range.toNs = nsOf(*options.toSeconds);
+    if (options.from)
+        range.fromNs = options.from->count();
+    if (options.to)
+        range.toNs = options.to->count();
     return range;
 }
 
@@ -63,9 +61,9 @@ Page::Range rangeOf(const PlotOptions& options) {
 void requireSomethingShown(const PlotOptions& options, const PipelineRecording& recording) {
     const std::list<Frame>& frames = recording.frames();
     const std::uint64_t endNs = frames.empty() ? 0 : frames.back().timestampNs - frames.front().timestampNs;
-    if (options.fromSeconds && *options.fromSeconds > 0 && nsOf(*options.fromSeconds) >= endNs)
+    if (options.from && options.from->count() > 0 && options.from->count() >= endNs)
         throw std::runtime_error(fmt::format("nothing is to be shown from {} s on: the recording ends at {:.3f} s",
-                                             *options.fromSeconds, static_cast<double>(endNs) / 1e9));
+                                             Seconds(*options.from).count(), static_cast<double>(endNs) / 1e9));
 }
 
 int plot(const PlotOptions& options) {
@@ -113,8 +111,8 @@ Command makePlotCommand(App& program) {
     addSettings(*app, options->b, KeyScope::Pipeline,
                 "A setting of a second play, beyond those of --set; may be given several times", "--b")
         ->allow_extra_args(false);
-    addSeconds(*app, "--from", options->fromSeconds, "Show nothing before this time of the recording");
-    addSeconds(*app, "--to", options->toSeconds, "Show nothing after this time of the recording");
+    addSeconds(*app, "--from", options->from, "Show nothing before this time of the recording");
+    addSeconds(*app, "--to", options->to, "Show nothing after this time of the recording");
     app->add_flag("--would-be", options->wouldBe, "Find for every touch shown the settings that would change it");
     addOutput(*app, options->output)->description("Where to write the page")->required();
     app->callback([options] { requireOneSecondPlay(*options); });

@@ -173,7 +173,11 @@ Command makeViewCommand(App& program) {
     app->offer(app->add_option("-o", options->output, "Where s saves (default: a new file here, named after the time)"),
                fileNames())
         ->type_name("OUT");
-    addBus(*app, options->bus);
+    CLI::Option* bus = addBus(*app, options->bus);
+    app->callback([options, bus] {
+        if (options->watched.device() == nullptr)
+            refuseBesideRecording({bus});
+    });
     return {app, [options] { return view(*options); }};
 }
 

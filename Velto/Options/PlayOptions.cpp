@@ -2,6 +2,7 @@
 
 #include "Velto/Options/Numbers.h"
 
+#include <cmath>
 #include <limits>
 
 namespace VeltoTouch::Velto {
@@ -37,15 +38,11 @@ void addSpeed(App& app, float& target, const std::string& description) {
     app.offer(option, {.words = {kMax}, .openings = {}, .filePrefixes = {}, .patterns = {}})->type_name("N|max");
 }
 
-CLI::Option* addSeconds(App& app, const std::string& name, std::optional<double>& target,
-                        const std::string& description) {
-    const auto parse = [&target, name](const std::string& text) {
-        const auto seconds = numberIn<double>(text);
-        if (!seconds || *seconds < 0.0 || *seconds > kLongestDuration.count())
-            throw CLI::ValidationError(name, "a number of seconds from 0 on is wanted");
-        target = seconds;
-    };
-    return app.add_option_function<std::string>(name, parse, description)->type_name("S");
+HostTime parseSeconds(const std::string& name, const std::string& text) {
+    const auto seconds = numberIn<double>(text);
+    if (!seconds || *seconds < 0.0 || *seconds > kLongestDuration.count())
+        throw CLI::ValidationError(name, "a number of seconds from 0 on is wanted");
+    return HostTime(static_cast<std::uint64_t>(std::llround(*seconds * 1e9)));
 }
 
 CLI::Option* addDuration(App& app, std::optional<std::chrono::microseconds>& target) {
