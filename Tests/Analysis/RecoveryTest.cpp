@@ -129,8 +129,8 @@ TEST(RecoveryTest, SaysTheVersionAndWhatIsLost) {
         EXPECT_EQ(summaryOf(text), summary) << text;
 }
 
-// Two braces or quotes in another's sight must not make every try as long as the text: for one of these texts the tries
-// would take longer than a test may.
+// Two braces or quotes in another's sight must not make every try as long as the text: a text full of braces would then
+// take longer than a test may.
 TEST(RecoveryTest, TakesTimeInProportionToTheTextWhateverIsInIt) {
     const std::string frame = R"({"Data":"01","Timestamp":5,"Type":"InputReport"})";
     for (const std::string piece :

@@ -140,6 +140,9 @@ TEST(GestureLogTest, ATouchIsALine) {
          "hold VolumeUp > None, 0.30 s: none"},
         {{{mayBegin(VolumeUp), kNoKey}, {cancel(), kNoKey}}, "rejected VolumeUp, 0.10 s: none"},
         {{{firmwareReset(), kNoKey}}, "firmware reset: none"},
+        {{{holdEnd(VolumeUp), kNoKey}, {holdStart(VolumeUp), KEY_MUTE}, {holdEnd(VolumeUp), kNoKey}},
+         "hold VolumeUp, 0.10 s: KEY_MUTE"}, // the end of one that began before, and one that begins again
+        {{{tap(PlayPause), KEY_MUTE}}, "tap PlayPause, 0.00 s: KEY_MUTE"},
     };
     GestureLog log;
     HostTime time{};

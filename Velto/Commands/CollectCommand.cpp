@@ -114,9 +114,10 @@ public:
     // Before the loop runs. Throws what a GrowingRecording throws.
     void begin(const std::string& path) { _recording.emplace(path); }
 
-    [[nodiscard]] Bench::LiveSurface::Handlers handlers() {
-        auto handlers = Bench::frameHandlers([this](const Frame& frame) { add(frame); });
-        handlers.batchEnd = [this] { _recording->write(); };
+    // Returns the handlers of what comes from the surface, for a session that has begun before the run.
+    [[nodiscard]] static Bench::LiveSurface::Handlers handlers(std::unique_ptr<Session>& session) {
+        auto handlers = Bench::frameHandlers([&session](const Frame& frame) { session->add(frame); });
+        handlers.batchEnd = [&session] { session->_recording->write(); };
         return handlers;
     }
 
@@ -154,10 +155,10 @@ int collect(const CollectOptions& options) {
     leaveOutColours(); // those of the screen are others
     requireOtherFile(options.device, options.output);
     LiveRun live(options.device, static_cast<double>(options.speed));
-    live.takeSignals(); // before the display takes the terminal
     std::unique_ptr<Session> session;
+    live.read(options.bus, {}, Session::handlers(session));
+    live.takeSignals(); // before the display takes the terminal
     about(options.output, [&] { session = std::make_unique<Session>(live.loop(), options); });
-    live.read(options.bus, {}, session->handlers());
     about(options.output, [&] { session->begin(options.output); }); // an old one stays if there is no device
     try {
         live.run({}, [&] { session->closeDisplay(); });

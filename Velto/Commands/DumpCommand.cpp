@@ -9,6 +9,7 @@
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Files.h"
 #include "Velto/Output/GestureText.h"
+#include "Velto/Output/Terminal.h"
 #include "Velto/Surface/FeatureReports.h"
 
 #include <algorithm>
@@ -169,8 +170,9 @@ int dumpDevice(const DumpOptions& options, const DeviceChoice& choice) {
     live.read(
         std::nullopt, {},
         {.report = [&](HostTime time, Bytes report) { dump.add(time, report); }, .batchEnd = [&] { dump.flush(); }});
-    if (!options.hex)
-        writeStandardOutput(featuresOf(live.device(), options));
+    const std::string features = options.hex ? "" : featuresOf(live.device(), options);
+    live.takeSignals(); // before something is shown
+    writeStandardOutput(features);
     live.run(options.duration);
     return live.status();
 }

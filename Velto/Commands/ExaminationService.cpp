@@ -131,7 +131,9 @@ Finding Examination::service() {
         version = textOf(_client->getObjectProperty("Version"));
     } catch (const Bus::NotAllowed& error) {
         return {.verdict = No, .text = error.what(), .advice = "sit at the machine, or " + Surface::howToJoin()};
-    } catch (const Bus::Refused& error) {
+    } catch (const Bus::NoAnswer&) {
+        throw;
+    } catch (const std::runtime_error& error) { // it has ended meanwhile, or does not speak our language
         return {.verdict = No, .text = error.what(), .advice = howToRestart()};
     }
     try {

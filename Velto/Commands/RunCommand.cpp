@@ -12,6 +12,7 @@
 #include "Velto/Options/PlayOptions.h"
 #include "Velto/Options/Suggestion.h"
 #include "Velto/Output/Files.h"
+#include "Velto/Output/Terminal.h"
 
 #include <algorithm>
 #include <cmath>

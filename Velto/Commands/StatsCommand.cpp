@@ -33,7 +33,6 @@ using Stretch = StreamStatistics::Intervals;
 
 struct StatsOptions {
     std::vector<std::string> paths;
-    std::optional<DeviceChoice> device; // in place of recordings
     Bus::Which bus = Bus::Which::System;
     std::optional<std::chrono::microseconds> duration;
     bool jsonl = false;
@@ -196,10 +195,17 @@ std::optional<DeviceChoice> deviceOf(const std::vector<std::string>& paths) {
     }
 }
 
+// Whether they are recordings, as far as that is seen without reading.
+bool areRecordings(const std::vector<std::string>& paths) {
+    std::error_code ignored;
+    return paths.size() > 1 ||
+           (std::filesystem::exists(paths.front(), ignored) && parseWatched(paths.front()).device() == nullptr);
+}
+
 int show(const StatsOptions& options) {
-    if (options.device)
+    if (const auto device = deviceOf(options.paths))
         return showLiveStats(
-            {.device = *options.device, .bus = options.bus, .duration = options.duration, .jsonl = options.jsonl});
+            {.device = *device, .bus = options.bus, .duration = options.duration, .jsonl = options.jsonl});
     const bool isPair = !options.jsonl && areTwoRecordings(options.paths);
     std::list<Shown> shown; // what waits to be written
     const int status = forEachRecording(options.paths, "replaying", [&](const std::string& file) {
@@ -235,8 +241,7 @@ Command makeStatsCommand(App& program) {
     app->add_flag("--jsonl", options->jsonl,
                   "JSON Lines: one for the reports, one a disturbance, one a pad; of a device one a second");
     app->callback([options, bus, duration] {
-        options->device = deviceOf(options->paths);
-        if (!options->device)
+        if (areRecordings(options->paths))
             refuseBesideRecording({duration, bus});
     });
     return {app, [options] { return show(*options); }};

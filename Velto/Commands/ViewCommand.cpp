@@ -10,6 +10,7 @@
 #include "Velto/Options/DeviceOptions.h"
 #include "Velto/Options/KeyOptions.h"
 #include "Velto/Options/RecordingFiles.h"
+#include "Velto/Output/Terminal.h"
 
 #include <algorithm>
 #include <chrono>
@@ -63,8 +64,15 @@ void observe(Observation& observation, const std::string& file, const std::vecto
 class LiveView final : public View {
 public:
     LiveView(LiveRun& live, Screen& screen, Observation& observation, const ViewOptions& options)
-        : View(live.loop(), screen, observation, live.device().name(), options.output), _live(live) {
-        live.read(options.bus, options.settings, handlers(observation), LiveRun::WhenGone::Stay);
+        : View(live.loop(), screen, observation, live.device().name(), options.output), _live(live) {}
+
+    // Returns the handlers of what comes from the surface, for a view that is made before the run.
+    [[nodiscard]] static Bench::LiveSurface::Handlers handlers(Observation& observation,
+                                                               std::optional<LiveView>& view) {
+        auto handlers = Bench::frameHandlers([&observation](const Frame& frame) { observation.add(frame); });
+        handlers.batchEnd = [&view] { view->markChanged(); };
+        handlers.gone = [&view](const std::string& failure) { view->end(failure); };
+        return handlers;
     }
 
 private:
@@ -76,12 +84,6 @@ private:
             View::goOn();
     }
 
-    [[nodiscard]] Bench::LiveSurface::Handlers handlers(Observation& observation) {
-        auto handlers = Bench::frameHandlers([&observation](const Frame& frame) { observation.add(frame); });
-        handlers.batchEnd = [this] { markChanged(); };
-        handlers.gone = [this](const std::string& failure) { end(failure); };
-        return handlers;
-    }
     void end(const std::string& failure) {
         _hasGone = true;
         if (!isPaused() && !failure.empty())
@@ -145,11 +147,13 @@ int viewRecording(const ViewOptions& options, const std::string& file) {
 
 int viewDevice(const ViewOptions& options, const DeviceChoice& choice) {
     LiveRun live(choice);
-    live.takeSignals(); // before the screen takes the terminal
     Observation observation(kMaxRecordedFrames);
     std::optional<Screen> screen;
+    std::optional<LiveView> view;
+    live.read(options.bus, options.settings, LiveView::handlers(observation, view), LiveRun::WhenGone::Stay);
+    live.takeSignals(); // before the screen takes the terminal
     about(live.subject(), [&] { screen.emplace(); });
-    LiveView view(live, *screen, observation, options);
+    view.emplace(live, *screen, observation, options);
     about(live.subject(), [&] { live.run({}, [&] { screen.reset(); }); });
     return live.status();
 }

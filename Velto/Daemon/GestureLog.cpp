@@ -34,6 +34,8 @@ std::string textOf(const TouchGrouping::Touch& touch) {
 } // namespace
 
 std::optional<std::string> GestureLog::add(const Gesture& gesture, std::uint16_t key) {
+    if (gesture.kind == GestureKind::MayBegin)
+        _keys.clear();
     if (key != kNoKey && std::ranges::count(_keys, key) == 0)
         _keys.push_back(key);
     const auto ended = _touches.add(gesture);

@@ -6,6 +6,8 @@ namespace VeltoTouch {
 
 std::optional<TouchGrouping::Touch> TouchGrouping::add(const Gesture& gesture) {
     using enum GestureKind;
+    if (!_touch && (gesture.kind == HoldEnd || gesture.kind == Cancel))
+        return std::nullopt;
     if (!_touch || gesture.kind == MayBegin || gesture.kind == FirmwareReset)
         _touch = {.last = {}, .regions = {}, .frame = gesture.frame, .start = gesture.time, .end = {}};
     _touch->last = gesture.kind;

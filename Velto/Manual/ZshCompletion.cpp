@@ -3,6 +3,7 @@
 #include "Velto/Manual/Quoted.h"
 
 #include <algorithm>
+#include <cctype>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -80,7 +81,8 @@ std::string valueOf(Arguments& made, const std::string& prefix, const App& app, 
         action = "_files";
     } else if (!candidates.filePrefixes.empty() || !candidates.words.empty() || areTerms) {
         action = prefix + "_" + option.get_single_name();
-        action.erase(std::min(action.find('='), action.size())); // of KEY=VALUE
+        std::ranges::replace_if(
+            action, [](unsigned char character) { return std::isalnum(character) == 0; }, '_');
         made.functions += valueFunction(action, type, candidates);
     }
     return fmt::format(":{}:{}", masked(type, ":"), action);

@@ -10,7 +10,7 @@ namespace VeltoTouch::Velto {
 // The whole terminal as rows and columns of text, until this is destroyed: then the terminal is as it was. A fault of
 // the program and a stop signal that finds it waiting for the terminal restore the terminal too.
 //
-// The terminal's signals are taken by `handleSignals`: this is constructed before the program has other threads.
+// The terminal's signals are taken by `handleSignals`. Other threads must block them, as those of NSThread do.
 // One at a time, on the main thread.
 class Screen {
 public:

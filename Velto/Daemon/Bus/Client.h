@@ -24,7 +24,7 @@ public:
     explicit NoAnswer(Which which);
 };
 
-// The service or the bus has answered a call with an error. With its words.
+// A call has come to an error: of the service, of the bus, or of the connection. With its words.
 class Refused : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
