@@ -15,7 +15,7 @@ constexpr std::chrono::duration<double> kLongestDuration{1e9}; // 31 years
 float parseSpeed(const std::string& text) {
     if (text == kMax)
         return std::numeric_limits<float>::infinity();
-    constexpr double kFastest = std::numeric_limits<float>::max();
+    constexpr auto kFastest = static_cast<double>(std::numeric_limits<float>::max());
     const auto speed = static_cast<float>(std::min(numberIn<double>(text).value_or(0), kFastest));
     if (speed <= 0.0F)
         throw CLI::ValidationError("--speed", "a number above 0 or max is wanted");
