@@ -42,8 +42,9 @@ void Pipeline::handleFirmwareEvent(std::uint64_t timestamp, const InputReport::F
         return;
     ++resetCount;
     HIDEvents events = algs.handleReset();
-    events.push_back(
-        IOHIDEventCreateVendorDefinedEvent(nullptr, 0, event.kResetUsagePage, event.kResetUsage, 0, {}, 0));
+    using InputReport::FirmwareEvent;
+    events.push_back(IOHIDEventCreateVendorDefinedEvent(nullptr, 0, FirmwareEvent::kResetUsagePage,
+                                                        FirmwareEvent::kResetUsage, 0, {}, 0));
     handleHIDEvents(timestamp, events);
 }
 
