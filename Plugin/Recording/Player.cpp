@@ -75,4 +75,8 @@ void Player::playNext(float speed, PipelineInput* target) {
     handOver(*frame, _startTimeMach + Util::machTimeFromNanoseconds(sinceFirstNs), *target);
 }
 
+void Player::play(const Frame& frame, PipelineInput& target) {
+    handOver(frame, Util::machTimeFromNanoseconds(frame.timestampNs), target);
+}
+
 } // namespace VeltoTouch

@@ -38,6 +38,9 @@ public:
     // Throws std::runtime_error("playback finished") if there is no next frame.
     void playNext(float speed, PipelineInput* target);
 
+    // Hands a frame to `target` at the host time that is its own.
+    static void play(const Frame& frame, PipelineInput& target);
+
     // The host time of the last `start`, in ticks.
     [[nodiscard]] std::uint64_t startTime() const noexcept { return _startTimeMach; }
 

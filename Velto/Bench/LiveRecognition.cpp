@@ -1,5 +1,7 @@
 #include "Velto/Bench/LiveRecognition.h"
 
+#include "Plugin/Recording/Player.h"
+
 namespace VeltoTouch::Bench {
 
 LiveRecognition::LiveRecognition() {
@@ -23,14 +25,10 @@ LiveRecognition::LiveRecognition() {
 }
 
 const LiveRecognition::Seen& LiveRecognition::handle(const Frame& frame) {
-    const HostTime time(frame.timestampNs);
     _seen.step.reset();
     _seen.disturbance.reset();
     _seen.gestures.clear();
-    if (frame.type == Frame::Type::State)
-        _pipeline.setState(ticksOf(time), frame.key, frame.value);
-    else if (frame.type == Frame::Type::InputReport)
-        _pipeline.handleInputReport(ticksOf(time), frame.report.data(), frame.report.size());
+    Player::play(frame, _pipeline);
     if (_seen.step)
         _seen.step->ns = frame.timestampNs;
     return _seen;

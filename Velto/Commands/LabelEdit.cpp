@@ -4,6 +4,7 @@
 #include "Plugin/Reports/Regions.h"
 #include "Velto/Analysis/Label.h"
 #include "Velto/Options/Numbers.h"
+#include "Velto/Surface/Alternatives.h"
 #include "Velto/Surface/SimulatedRecording.h"
 
 #include <algorithm>
@@ -11,9 +12,9 @@
 #include <limits>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 namespace VeltoTouch::Velto {
 namespace {
@@ -117,9 +118,8 @@ void requireGesture(std::string_view text, std::string_view elseTaken) {
         return;
     if (!elseTaken.empty())
         names.push_back(elseTaken);
-    const std::string_view last = names.back();
-    names.pop_back();
-    throw std::invalid_argument(fmt::format("\"{}\": no such gesture ({} or {})", text, fmt::join(names, ", "), last));
+    throw std::invalid_argument(
+        fmt::format("\"{}\": no such gesture ({})", text, Surface::alternatives(std::move(names))));
 }
 
 } // namespace

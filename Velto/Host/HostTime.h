@@ -11,9 +11,6 @@ using HostTime = std::chrono::duration<std::uint64_t, std::nano>;
 // Converts ticks of the clock. The product with the timebase wraps at 2^64. Any thread.
 [[nodiscard]] HostTime hostTimeOf(std::uint64_t ticks) noexcept;
 
-// Converts the other way, likewise. Any thread.
-[[nodiscard]] std::uint64_t ticksOf(HostTime time) noexcept;
-
 // Returns the present time. Any thread.
 [[nodiscard]] HostTime hostTimeNow() noexcept;
 

@@ -11,12 +11,11 @@ namespace VeltoTouch {
 
 // Groups gestures into touches:
 //
-//   mayBegin                          begins a touch, as do holdStart, holdChange and tap if none is in progress: a
-//   hold
-//                                     that a changed setting has ended can begin again under the same finger
-//   holdStart, holdChange             go on with it
-//   tap, holdEnd, cancel              end it; the last two are nothing where nobody saw it begin
-//   firmwareReset                     is a touch of its own
+//   mayBegin                begins a touch, as do holdStart, holdChange and tap if none is in progress: a hold that a
+//                           changed setting has ended can begin again under the same finger
+//   holdStart, holdChange   go on with it
+//   tap, holdEnd, cancel    end it; the last two are nothing where nobody saw it begin
+//   firmwareReset           is a touch of its own
 class TouchGrouping {
 public:
     struct Touch {

@@ -2,6 +2,7 @@
 
 #include "Velto/Options/RecordingFiles.h"
 #include "Velto/Output/Terminal.h"
+#include "Velto/Surface/Alternatives.h"
 #include "Velto/Surface/Devices.h"
 #include "Velto/Surface/PipedDevice.h"
 #include "Velto/Surface/PluggedIn.h"
@@ -14,9 +15,9 @@
 #include <iterator>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <unistd.h>
 
 namespace VeltoTouch::Velto {
@@ -64,9 +65,7 @@ constexpr std::array kForms{
 [[noreturn]] void refuse() {
     std::vector<std::string> forms;
     std::ranges::transform(kForms, std::back_inserter(forms), &DeviceForm::text);
-    const std::string last = forms.back();
-    forms.pop_back();
-    throw std::invalid_argument(fmt::format("{} or {} is wanted", fmt::join(forms, ", "), last));
+    throw std::invalid_argument(Surface::alternatives(std::move(forms)) + " is wanted");
 }
 
 Simulation::StepSource stepsOf(const SimulatedSurface& surface, std::uint64_t seed) {

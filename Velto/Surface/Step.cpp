@@ -1,11 +1,13 @@
 #include "Velto/Surface/Step.h"
 
 #include "Plugin/Reports/Regions.h"
+#include "Velto/Surface/Alternatives.h"
 
 #include <algorithm>
 #include <charconv>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -75,9 +77,7 @@ const StepForm& formNamed(std::string_view text, std::string_view name) {
         return *form;
     std::vector<std::string_view> names(kStepForms.size());
     std::ranges::transform(kStepForms, names.begin(), &StepForm::name);
-    const std::string_view last = names.back();
-    names.pop_back();
-    refuse(text, fmt::format("no such step ({} or {})", fmt::join(names, ", "), last));
+    refuse(text, fmt::format("no such step ({})", alternatives(std::move(names))));
 }
 
 } // namespace

@@ -37,8 +37,8 @@ public:
 
 // A client of a program that serves a surface. One thread.
 //
-// Each call throws std::runtime_error with a message for people: Refused for an error that was answered, NoAnswer, or
-// another. A call may take long, as a device may: whether there is somebody to wait for is asked first
+// Each call throws std::runtime_error with a message for people: Refused, NoAnswer, or another. A call may take long,
+// as a device may: whether there is somebody to wait for is asked first
 // (`requireAnswer`).
 class Client {
 public:
